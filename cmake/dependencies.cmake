@@ -1,0 +1,85 @@
+# The one list of third-party code. Nothing of it is in this repository.
+#
+# Libraries with a CMake package of their own are found; the source libraries are declared with FetchContent by
+# upstream commit, so a machine with internet needs nothing else. Where `run` and `test` have taken the sources from
+# Debian's archive they set FETCHCONTENT_SOURCE_DIR_<NAME>, and nothing is downloaded here.
+
+include(FetchContent)
+set(FETCHCONTENT_QUIET ON)
+
+find_package(Threads REQUIRED)
+find_package(OpenSSL 3.0 REQUIRED)
+find_package(glfw3 3.3 REQUIRED)
+find_package(RapidJSON REQUIRED)
+find_path(STB_INCLUDE_DIR stb_image.h PATH_SUFFIXES stb REQUIRED)
+if(NOT WIN32)
+  find_package(OpenGL REQUIRED COMPONENTS OpenGL)
+endif()
+
+# Declares a source library and gives its folder in <name>_SOURCE_DIR, without running a build of its own.
+function(volo_source_library name repository commit)
+  FetchContent_Declare(${name} GIT_REPOSITORY ${repository} GIT_TAG ${commit} SOURCE_SUBDIR no-build-here)
+  FetchContent_MakeAvailable(${name})
+  set(${name}_SOURCE_DIR ${${name}_SOURCE_DIR} PARENT_SCOPE)
+endfunction()
+
+volo_source_library(imgui https://github.com/ocornut/imgui.git 1f7f1f54af38b0350d8c0008b096a9af6de299c7)
+volo_source_library(httplib https://github.com/yhirose/cpp-httplib.git b8fe69e4e892ec394ca8de27ab2fe219008690b6)
+volo_source_library(miniz https://github.com/richgel999/miniz.git d10b03cc73475af673df40f06e5cefd1d5f940d9)
+
+# --- Dear ImGui: headers for everybody, and two builds of the library: the one that ships, and one with the
+# test-engine hooks, for programs that look items up by identifier. Only the library's own code differs.
+set(VOLO_IMGUI_SOURCES
+  ${imgui_SOURCE_DIR}/imgui.cpp ${imgui_SOURCE_DIR}/imgui_draw.cpp ${imgui_SOURCE_DIR}/imgui_tables.cpp
+  ${imgui_SOURCE_DIR}/imgui_widgets.cpp)
+
+add_library(imgui_headers INTERFACE)
+target_include_directories(imgui_headers SYSTEM INTERFACE ${imgui_SOURCE_DIR} ${imgui_SOURCE_DIR}/backends)
+target_compile_definitions(imgui_headers INTERFACE IMGUI_DISABLE_OBSOLETE_FUNCTIONS IMGUI_DISABLE_DEMO_WINDOWS)
+
+add_library(imgui STATIC ${VOLO_IMGUI_SOURCES})
+target_link_libraries(imgui PUBLIC imgui_headers)
+
+add_library(imgui_hooked STATIC EXCLUDE_FROM_ALL ${VOLO_IMGUI_SOURCES})
+target_link_libraries(imgui_hooked PUBLIC imgui_headers)
+target_compile_definitions(imgui_hooked PRIVATE IMGUI_ENABLE_TEST_ENGINE)
+
+add_library(imgui_backends STATIC
+  ${imgui_SOURCE_DIR}/backends/imgui_impl_glfw.cpp ${imgui_SOURCE_DIR}/backends/imgui_impl_opengl3.cpp)
+target_link_libraries(imgui_backends PUBLIC imgui_headers glfw)
+if(NOT WIN32)
+  target_link_libraries(imgui_backends PUBLIC OpenGL::GL ${CMAKE_DL_LIBS})
+endif()
+
+# --- cpp-httplib: header only, TLS on, compression off.
+add_library(httplib INTERFACE)
+target_include_directories(httplib SYSTEM INTERFACE ${httplib_SOURCE_DIR})
+target_compile_definitions(httplib INTERFACE CPPHTTPLIB_OPENSSL_SUPPORT)
+target_link_libraries(httplib INTERFACE OpenSSL::SSL OpenSSL::Crypto Threads::Threads)
+if(WIN32)
+  target_link_libraries(httplib INTERFACE ws2_32 crypt32)
+endif()
+
+# --- stb_image, RapidJSON: headers.
+add_library(stb_image INTERFACE)
+target_include_directories(stb_image SYSTEM INTERFACE ${STB_INCLUDE_DIR})
+add_library(rapidjson_headers INTERFACE)
+target_include_directories(rapidjson_headers SYSTEM INTERFACE ${RAPIDJSON_INCLUDE_DIRS})
+target_compile_definitions(rapidjson_headers INTERFACE RAPIDJSON_HAS_STDSTRING=1)
+
+# --- miniz: one source in the amalgamated form, several in the upstream repository, which lacks only the header that
+# its own build would generate. CRC-32 comes from outside (install/crc32.cpp): miniz's own is almost half of the time
+# that an extraction takes.
+file(GLOB VOLO_MINIZ_SOURCES ${miniz_SOURCE_DIR}/miniz*.c)
+add_library(miniz STATIC ${VOLO_MINIZ_SOURCES})
+target_include_directories(miniz SYSTEM PUBLIC ${miniz_SOURCE_DIR})
+if(EXISTS ${miniz_SOURCE_DIR}/miniz_tdef.c)
+  file(WRITE ${CMAKE_BINARY_DIR}/miniz/miniz_export.h "#define MINIZ_EXPORT\n")
+  target_include_directories(miniz SYSTEM PUBLIC ${CMAKE_BINARY_DIR}/miniz)
+endif()
+
+# --- For the tests and the benchmarks only.
+if(VOLO_BUILD_TESTS)
+  find_package(GTest REQUIRED)
+  find_package(benchmark QUIET)
+endif()

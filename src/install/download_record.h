@@ -1,0 +1,16 @@
+#pragma once
+
+// One row of the Downloads list: a package transfer of this run of the program.
+
+#include <cstdint>
+#include <string>
+
+enum class DownloadStatus : std::int32_t { Downloading = 0, Downloaded = 1, Installing = 2, Installed = 3, Failed = 4 };
+
+struct DownloadRecord {
+    std::string version;  // as the manifest gave it
+    std::string filePath; // of the package, never of the part file
+    DownloadStatus status = DownloadStatus::Downloading;
+    std::int64_t downloadedBytes = 0;
+    std::int64_t totalBytes = 0; // 0 while unknown
+};

@@ -1,0 +1,57 @@
+#pragma once
+
+// Signs the user in with a Google account through the system's browser: authorization code with PKCE (RFC 7636), the
+// redirect taken by a loopback listener (RFC 8252), tokens and user information fetched on a worker thread.
+//
+// All members are called on the frame thread. Results of other threads arrive in a mailbox that pollSignIn empties at
+// the top of every frame. startSignIn, cancelSignIn, signOut, restoreSession and the destructor join a worker that is
+// inside a network call, and stand still for as long as that call lasts: that is meant. Nothing else here blocks.
+
+#include "signin/loopback_listener.h"
+#include "signin/sign_in_mailbox.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <thread>
+
+class LauncherSettings;
+
+enum class SignInState : std::uint32_t { SignedOut = 0, RestoringSession = 1, SigningIn = 2, SignedIn = 3 };
+
+class SignInFlow {
+  public:
+    // `settings` is borrowed and outlives the flow.
+    SignInFlow(const std::string& clientId, const std::string& clientSecret, LauncherSettings* settings);
+    ~SignInFlow();
+    SignInFlow(const SignInFlow&) = delete;
+    SignInFlow& operator=(const SignInFlow&) = delete;
+
+    void startSignIn();
+    void cancelSignIn();
+    void pollSignIn();
+    void restoreSession(); // with the stored refresh token
+    void signOut();        // locally; Google is not told
+
+    // Frame thread only.
+    SignInState state = SignInState::SignedOut;
+    std::string userName;
+    std::string userEmail;
+    std::string errorMessage;     // what the sign-in screen shows; empty means no error
+    bool failedOnRestore = false; // the last failure came from restoring a stored session
+
+  private:
+    void stopListener();
+    void startWorker(const std::string& code, const std::string& refreshToken, bool isRefresh,
+                     const std::string& redirectUri);
+    void joinWorker();
+    void disownWorker();
+
+    const std::string clientId_;
+    const std::string clientSecret_;
+    LauncherSettings* const settings_;
+    std::string codeVerifier_; // of the current attempt
+    std::shared_ptr<SignInMailbox> mailbox_;
+    LoopbackListener listener_;
+    std::thread workerThread_; // joinable until the next operation joins it
+};
