@@ -1,0 +1,82 @@
+// Program entry: the single-instance guard, the application object, the window, the frame loop, and a tear-down in a
+// fixed order. No arguments are read.
+
+#include "shell/launcher_app.h"
+#include "system/operating_system.h"
+#include "system/single_instance.h"
+#include "ui/ui_host.h"
+#include "ui/ui_theme.h"
+
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace {
+
+// The first candidate that is a regular file, as UTF-8; empty when none is.
+std::string findFont(const std::vector<std::filesystem::path>& candidates) {
+    for (const std::filesystem::path& candidate : candidates) {
+        std::error_code ignored;
+        if (!std::filesystem::is_regular_file(candidate, ignored)) continue;
+        const std::u8string text = candidate.u8string();
+        return {text.begin(), text.end()};
+    }
+    return {};
+}
+
+} // namespace
+
+int main() {
+#ifdef SIGPIPE
+    std::signal(SIGPIPE, SIG_IGN); // a TLS connection that breaks while it is written to must not end the process
+#endif
+    SingleInstanceGuard guard;
+    if (guard.anotherInstanceRuns()) {
+        std::fputs("[Launcher] VOLO Launcher is already running.\n", stderr);
+        return 0;
+    }
+
+    LauncherApp app; // outlives the window: its workers are joined last
+
+    UiHostDesc desc;
+    desc.title = "VOLO Launcher";
+    desc.width = 1180;
+    desc.height = 740;
+    desc.minWidth = 900;
+    desc.minHeight = 560;
+
+    const std::filesystem::path besideLauncher = launcherDirectory();
+    std::error_code ignored;
+    const std::vector<std::filesystem::path> fontCandidates = {
+        besideLauncher / "Roboto-Medium.ttf",
+        besideLauncher / "engine/ui/misc/fonts/Roboto-Medium.ttf",
+        std::filesystem::current_path(ignored) / "engine/ui/misc/fonts/Roboto-Medium.ttf",
+    };
+    const std::string fontPath = findFont(fontCandidates);
+    desc.fontPath = fontPath.c_str();
+
+    UiHost host;
+    std::string errorText;
+    if (!host.initialize(desc, errorText)) {
+        std::fprintf(stderr, "[Launcher] UI host failed: %s\n", errorText.c_str());
+        guard.release();
+        return 1;
+    }
+
+    uiThemeInitialize(host.integration);
+    while (host.beginFrame()) {
+        uiThemeSetScale(host.dpiScale());
+        uiThemeTick(host.deltaSeconds);
+        uiThemeApplyStyle();
+        app.drawFrame(host.deltaSeconds);
+        float clearColour[4];
+        uiThemeBackgroundFloat(clearColour);
+        if (!host.presentFrame(clearColour)) break;
+    }
+
+    host.shutdown();
+    guard.release(); // a new instance need not wait for the workers of this one
+    return 0;
+}

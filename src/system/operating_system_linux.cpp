@@ -1,0 +1,1 @@
+#include "system/operating_system.h"
