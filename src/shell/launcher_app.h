@@ -8,16 +8,21 @@
 #include "install/editor_install_state.h"
 #include "signin/sign_in_flow.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
 
 struct ImTextureData;
-struct ImVec2;
 
 enum class LauncherTab : std::int32_t { Projects = 0, Installs = 1, Downloads = 2 };
 enum class ProjectSortColumn : std::int32_t { LastOpened = 0, Name = 1, Platform = 2, EditorVersion = 3 };
+
+// Copies a text into one of the fixed buffers that text fields edit, cut to fit.
+template<std::size_t size> void copyToBuffer(const std::string& text, char (&buffer)[size]) {
+    buffer[text.copy(buffer, size - 1)] = '\0';
+}
 
 class LauncherApp {
   public:
@@ -77,14 +82,22 @@ class LauncherApp {
     void drawCreateProjectPopup();
     void drawOpenErrorPopup();
 
-    void drawSearchBox(ImVec2 min, ImVec2 max);
-    void drawProjectTable(float top);
-    void drawSortHeader(const char* label, float x, ProjectSortColumn column, ImVec2 textTopAndMiddle, float headerTop,
-                        float headerHeight);
+    // The Projects screen's pieces; the records are its source's own.
+    struct ProjectsLayout;
+    struct TableHeader;
+    struct ProjectRows;
+    struct RowRequest;
+    void drawSearchBox(const ProjectsLayout& at);
+    void drawTitleLine(const ProjectsLayout& at);
+    void drawTableHeader(const ProjectsLayout& at, float top);
+    void drawSortHeader(const TableHeader& header, const char* label, float x, ProjectSortColumn column);
+    void drawProjectRow(const ProjectRows& rows, std::size_t position, RowRequest& request);
+    void drawProjectMenu(const std::string& path, bool exists, bool favorite, std::int32_t index, RowRequest& request);
+    void drawEmptyProjects(const ProjectsLayout& at, float top, float height, bool searching);
 
+    void restoreStoredSession();
     void loadBackgroundTexture();
     void showOpenError(const std::string& message);
-    void markOpened(const std::string& path, std::int64_t seconds);
 
     ImTextureData* backgroundTexture = nullptr; // the sign-in screen's picture
     bool backgroundLoadTried = false;

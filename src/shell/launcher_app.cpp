@@ -1,0 +1,89 @@
+#include "shell/launcher_app.h"
+
+#include "ui/ui_theme.h"
+
+#include <imgui_internal.h>
+
+LauncherApp::LauncherApp()
+    : config(std::make_unique<LauncherConfig>(loadLauncherConfig())), settings(std::make_unique<LauncherSettings>()) {
+    (void)settings->load(); // a first run has nothing to load
+    if (!config->configured) return;
+
+    signIn = std::make_unique<SignInFlow>(config->googleClientId, config->googleClientSecret, settings.get());
+    install = std::make_unique<EditorInstallState>(
+        config->editorUpdateManifestUrl, config->downloadsDirectory,
+        ArtifactAuthenticity{config->artifactAuthenticityUrl, config->artifactAuthenticityKeys});
+    restoreStoredSession();
+}
+
+// The subsystems go with their pointers, in the reverse order of their declaration: the installer first, which cancels
+// and joins its worker, then the sign-in, then what both borrow.
+LauncherApp::~LauncherApp() {
+    if (backgroundTexture == nullptr) return;
+    // The host has gone first and has taken the context with it, unless a test keeps one.
+    if (ImGui::GetCurrentContext() != nullptr) ImGui::UnregisterUserTexture(backgroundTexture);
+    backgroundTexture->DestroyPixels();
+    IM_DELETE(backgroundTexture);
+}
+
+void LauncherApp::restoreStoredSession() {
+    if (settings->refreshToken().empty()) return;
+    sessionRestoreStarted = true;
+    signIn->restoreSession();
+}
+
+void LauncherApp::drawFrame(float /*deltaSeconds*/) {
+    if (signIn) signIn->pollSignIn();
+    if (install) {
+        install->joinIfFinished();
+        servicePendingOpen();
+    }
+    if (signIn && !sessionRestoreStarted && signIn->state == SignInState::SignedOut) restoreStoredSession();
+
+    const ImGuiViewport* viewport = ImGui::GetMainViewport();
+    ImGui::SetNextWindowPos(viewport->WorkPos);
+    ImGui::SetNextWindowSize(viewport->WorkSize);
+    ImGui::PushStyleVar(ImGuiStyleVar_WindowPadding, ImVec2(0.0f, 0.0f));
+    ImGui::PushStyleVar(ImGuiStyleVar_WindowBorderSize, 0.0f);
+    ImGuiWindowFlags flags = ImGuiWindowFlags_NoDecoration | ImGuiWindowFlags_NoMove |
+                             ImGuiWindowFlags_NoScrollWithMouse | ImGuiWindowFlags_NoBackground |
+                             ImGuiWindowFlags_NoSavedSettings | ImGuiWindowFlags_NoBringToFrontOnFocus;
+#ifdef IMGUI_HAS_DOCK
+    flags |= ImGuiWindowFlags_NoDocking;
+#endif
+    ImGui::Begin("##ZantorLauncher", nullptr, flags);
+    ImGui::PopStyleVar(2);
+
+    const bool signedInShell = config->configured && (signIn->state == SignInState::RestoringSession ||
+                                                      signIn->state == SignInState::SignedIn);
+    ImDrawList* drawList = ImGui::GetWindowDrawList();
+    const ImVec2 min = ImGui::GetWindowPos();
+    const ImVec2 max = min + ImGui::GetWindowSize();
+    // The shell's panels round their own bottom right corner.
+    drawList->AddRectFilled(min, max, uiThemeBackground(), uiThemeWindowRounding(),
+                            signedInShell ? ImDrawFlags_RoundCornersBottomLeft : ImDrawFlags_RoundCornersBottom);
+
+    if (!config->configured) {
+        drawNotConfiguredScreen();
+    } else if (signedInShell) {
+        drawSignedInShell();
+    } else {
+        drawSignInScreen();
+    }
+    drawProjectDialogs();
+    uiThemeReveal(drawList, min, max);
+    ImGui::End();
+}
+
+void LauncherApp::drawSignedInShell() {
+    if (!updateCheckStarted) {
+        updateCheckStarted = true;
+        if (install) install->startUpdate();
+    }
+    drawSidebar(); // first: a click shows the new tab in the same frame
+    switch (activeTab) {
+    case LauncherTab::Projects: drawProjectsScreen(); break;
+    case LauncherTab::Installs: drawInstallsScreen(); break;
+    default: drawDownloadsScreen(); break;
+    }
+}

@@ -1,0 +1,104 @@
+// The two modal popups. They are drawn at the root window's level, whoever asked for them, so that their identifiers are
+// always the same.
+
+#include "shell/launcher_app.h"
+#include "system/operating_system.h"
+#include "ui/ui_theme.h"
+
+#include <imgui.h>
+
+#include <cstdio>
+
+namespace {
+
+constexpr const char* kCreatePopup = "Create a new project";
+constexpr const char* kOpenErrorPopup = "Cannot open project";
+
+constexpr float kBodyWidth = 460.0f;
+constexpr float kIntroHeight = 36.0f;
+constexpr float kIntroLineGap = 4.0f;
+constexpr float kLocationWidth = 360.0f;
+constexpr float kBrowseWidth = 94.0f;
+constexpr float kButtonWidth = 120.0f;
+constexpr float kCreateWidth = 150.0f;
+
+void gap(float height) { ImGui::Dummy({0.0f, uiThemePx(height)}); }
+
+bool beginModal(const char* name, bool& requested) {
+    if (requested) {
+        ImGui::OpenPopup(name);
+        requested = false;
+    }
+    const ImGuiViewport* viewport = ImGui::GetMainViewport();
+    ImGui::SetNextWindowPos({viewport->Pos.x + viewport->Size.x * 0.5f, viewport->Pos.y + viewport->Size.y * 0.5f},
+                            ImGuiCond_Appearing, {0.5f, 0.5f});
+    return ImGui::BeginPopupModal(name, nullptr, ImGuiWindowFlags_AlwaysAutoResize);
+}
+
+void drawFieldLabel(const char* label) {
+    ImGui::PushFont(uiThemeFont(11.0f), 0.0f);
+    ImGui::PushStyleColor(ImGuiCol_Text, uiThemeMutedForeground());
+    ImGui::TextUnformatted(label);
+    ImGui::PopStyleColor();
+    ImGui::PopFont();
+}
+
+} // namespace
+
+void LauncherApp::drawProjectDialogs() {
+    if (beginModal(kCreatePopup, createProjectRequested)) {
+        drawCreateProjectPopup();
+        ImGui::EndPopup();
+    }
+    if (beginModal(kOpenErrorPopup, openErrorRequested)) {
+        drawOpenErrorPopup();
+        ImGui::EndPopup();
+    }
+}
+
+void LauncherApp::drawCreateProjectPopup() {
+    uiThemeTextWrapped(ImGui::GetWindowDrawList(), uiThemeFont(14.0f), ImGui::GetCursorScreenPos(),
+                       uiThemeMutedForeground(),
+                       "Choose a name and location. VOLO will create a project folder with a .zantorproj project file.",
+                       uiThemePx(kBodyWidth), kIntroLineGap);
+    gap(kIntroHeight);
+
+    drawFieldLabel("PROJECT NAME");
+    ImGui::SetNextItemWidth(uiThemePx(kBodyWidth));
+    if (ImGui::IsWindowAppearing()) ImGui::SetKeyboardFocusHere();
+    ImGui::InputTextWithHint("##NewProjectName", "My VOLO project", newProjectName, sizeof newProjectName);
+
+    gap(8.0f);
+    drawFieldLabel("LOCATION");
+    ImGui::SetNextItemWidth(uiThemePx(kLocationWidth));
+    ImGui::InputText("##NewProjectLocation", newProjectLocation, sizeof newProjectLocation);
+    ImGui::SameLine(0.0f, uiThemePx(kBodyWidth - kLocationWidth - kBrowseWidth));
+    if (ImGui::Button("Browse", {uiThemePx(kBrowseWidth), 0.0f})) {
+        const std::string folder = browseForFolder("Choose project location", newProjectLocation);
+        if (!folder.empty()) copyToBuffer(folder, newProjectLocation);
+    }
+
+    gap(6.0f);
+    ImGui::PushTextWrapPos(ImGui::GetCursorPosX() + uiThemePx(kBodyWidth)); // a long path must not widen the popup
+    ImGui::TextDisabled("%s/%s", newProjectLocation, newProjectName);
+    if (!createProjectError.empty()) {
+        ImGui::TextColored(ImGui::ColorConvertU32ToFloat4(uiThemeDestructive()), "%s", createProjectError.c_str());
+    }
+    ImGui::PopTextWrapPos();
+
+    gap(12.0f);
+    if (ImGui::Button("Cancel", {uiThemePx(kButtonWidth), 0.0f})) ImGui::CloseCurrentPopup();
+    ImGui::SameLine();
+    if (ImGui::Button("Create project", {uiThemePx(kCreateWidth), 0.0f})) {
+        createProject();
+        if (createProjectError.empty()) ImGui::CloseCurrentPopup();
+    }
+}
+
+void LauncherApp::drawOpenErrorPopup() {
+    ImGui::PushTextWrapPos(ImGui::GetCursorPosX() + uiThemePx(kBodyWidth));
+    ImGui::TextUnformatted(openErrorMessage.c_str());
+    ImGui::PopTextWrapPos();
+    gap(12.0f);
+    if (ImGui::Button("OK", {uiThemePx(kButtonWidth), 0.0f})) ImGui::CloseCurrentPopup();
+}

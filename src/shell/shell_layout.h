@@ -1,0 +1,7 @@
+#pragma once
+
+// What the screens of the signed-in shell agree on. Units at scale 1.
+
+inline constexpr float kSidebarWidth = 210.0f;
+inline constexpr float kContentInset = 24.0f; // from the sidebar, and from the window's right edge
+inline constexpr float kContentTop = 16.0f;

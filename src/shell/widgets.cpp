@@ -1,0 +1,105 @@
+#include "shell/widgets.h"
+
+#include "ui/ui_theme.h"
+
+#include <imgui_internal.h>
+
+#include <algorithm>
+
+namespace {
+
+constexpr float kButtonRounding = 6.0f;
+
+struct ButtonLook {
+    ImU32 normal, hovered, held;
+    ImU32 outline; // 0: none
+    ImU32 text;
+};
+constexpr ButtonLook kPrimary = {0xFFFD6E0D, 0xFFD75E0B, 0xFFCA580A, 0, 0xFFFFFFFF};
+constexpr ButtonLook kSecondary = {0xFF202020, 0xFF2A2A2A, 0xFF303030, 0xFF3C3C3C, 0xFFDCDCDC};
+
+bool drawButton(const char* label, ImVec2 position, ImVec2 size, float fontSize, const ButtonLook& look) {
+    ImGuiWindow* window = ImGui::GetCurrentWindow();
+    if (window->SkipItems) return false;
+    const ImVec2 max = position + size;
+    const HitArea area = hitArea(window->GetID(label), position, max);
+    if (!area.added) return false;
+
+    ImDrawList* drawList = window->DrawList;
+    const float rounding = uiThemePx(kButtonRounding);
+    uiThemeRoundedPanel(drawList, position, max,
+                        area.held      ? look.held
+                        : area.hovered ? look.hovered
+                                       : look.normal,
+                        rounding);
+    if (look.outline != 0) uiThemeBorder(drawList, position, max, rounding, 1.0f, look.outline);
+
+    ImFont* font = uiThemeFont(fontSize);
+    const ImVec2 textSize = uiThemeTextSize(font, label);
+    uiThemeText(drawList, font, position + (size - textSize) * 0.5f, look.text, label);
+    return area.clicked;
+}
+
+// The corners of a five-pointed star on a circle of radius 1, clockwise from straight up; every second one is an inner
+// corner at 0.4 of the radius.
+constexpr ImVec2 kStar[10] = {
+    {0.0f, -1.0f},        {0.235114f, -0.323607f}, {0.951057f, -0.309017f}, {0.380423f, 0.123607f},
+    {0.587785f, 0.809017f}, {0.0f, 0.4f},          {-0.587785f, 0.809017f}, {-0.380423f, 0.123607f},
+    {-0.951057f, -0.309017f}, {-0.235114f, -0.323607f},
+};
+
+} // namespace
+
+HitArea hitArea(ImGuiID id, ImVec2 min, ImVec2 max) {
+    HitArea area;
+    const ImRect rectangle(min, max);
+    area.added = ImGui::ItemAdd(rectangle, id);
+    if (!area.added) return area;
+    area.clicked = ImGui::ButtonBehavior(rectangle, id, &area.hovered, &area.held);
+    ImGui::KeepAliveID(id);
+    return area;
+}
+
+bool drawPrimaryButton(const char* label, ImVec2 position, ImVec2 size, float fontSize) {
+    return drawButton(label, position, size, fontSize, kPrimary);
+}
+
+bool drawSecondaryButton(const char* label, ImVec2 position, ImVec2 size, float fontSize) {
+    return drawButton(label, position, size, fontSize, kSecondary);
+}
+
+void drawProgressBar(ImDrawList* drawList, ImVec2 min, ImVec2 max, float fraction) {
+    const ImVec2 size = max - min;
+    const float radius = size.y * 0.5f;
+    uiThemeRoundedPanel(drawList, min, max, uiThemeBorderStrong(), radius);
+    if (!(fraction > 0.001f)) return;
+    // Never narrower than high, so a small fraction is a dot and not a sliver.
+    const float width = std::max(size.x * std::min(fraction, 1.0f), size.y);
+    uiThemeRoundedPanel(drawList, min, ImVec2(min.x + width, max.y), uiThemeForeground(), radius);
+}
+
+void drawStarIcon(ImDrawList* drawList, ImVec2 centre, float radius, ImU32 colour, bool filled) {
+    ImVec2 corners[10];
+    for (int i = 0; i < 10; ++i) corners[i] = centre + kStar[i] * radius;
+    if (filled) {
+        for (int i = 0; i < 10; ++i) drawList->AddTriangleFilled(centre, corners[i], corners[(i + 1) % 10], colour);
+    }
+    drawList->AddPolyline(corners, 10, colour, ImDrawFlags_Closed, filled ? 1.0f : 1.2f);
+}
+
+void drawFolderIcon(ImDrawList* drawList, ImVec2 topLeft, float size, ImU32 colour) {
+    const float x = topLeft.x, y = topLeft.y, height = 0.75f * size;
+    drawList->AddRect({x, y + 0.28f * height}, {x + size, y + height}, colour, 1.0f, 0, 1.2f);
+    const ImVec2 tab[4] = {{x, y + 0.28f * height},
+                           {x, y},
+                           {x + 0.38f * size, y},
+                           {x + 0.38f * size + 2.0f, y + 0.28f * height}};
+    drawList->AddPolyline(tab, 4, colour, ImDrawFlags_None, 1.2f);
+}
+
+void drawEditorIcon(ImDrawList* drawList, ImVec2 topLeft, float size, ImU32 colour) {
+    const float x = topLeft.x, y = topLeft.y, height = 0.75f * size;
+    drawList->AddRect({x, y}, {x + size, y + height}, colour, 1.0f, 0, 1.2f);
+    drawList->AddLine({x, y + 0.55f * height}, {x + size, y + 0.55f * height}, colour, 1.0f);
+    drawList->AddCircleFilled({x + 0.8f * size, y + 0.78f * height}, 1.5f, colour);
+}
