@@ -71,7 +71,8 @@ target_compile_definitions(rapidjson_headers INTERFACE RAPIDJSON_HAS_STDSTRING=1
 # its own build would generate. CRC-32 comes from outside (install/crc32.cpp): miniz's own is almost half of the time
 # that an extraction takes.
 file(GLOB VOLO_MINIZ_SOURCES ${miniz_SOURCE_DIR}/miniz*.c)
-add_library(miniz STATIC ${VOLO_MINIZ_SOURCES})
+add_library(miniz STATIC ${VOLO_MINIZ_SOURCES} ${CMAKE_SOURCE_DIR}/src/install/crc32.cpp)
+target_compile_definitions(miniz PRIVATE USE_EXTERNAL_MZCRC)
 target_include_directories(miniz SYSTEM PUBLIC ${miniz_SOURCE_DIR})
 if(EXISTS ${miniz_SOURCE_DIR}/miniz_tdef.c)
   file(WRITE ${CMAKE_BINARY_DIR}/miniz/miniz_export.h "#define MINIZ_EXPORT\n")
