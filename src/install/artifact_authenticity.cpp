@@ -15,12 +15,9 @@ bool verifyArtifactAuthenticity(const ArtifactAuthenticity& pinned, const std::s
         failureText = text;
         return false;
     };
-    // What this build pins, if it does (src/CMakeLists.txt).
-    static const ArtifactAuthenticity builtIn{VOLO_AUTHENTICITY_URL, VOLO_AUTHENTICITY_KEYS};
-    const ArtifactAuthenticity& trust = builtIn.url.empty() && builtIn.keys.empty() ? pinned : builtIn;
-    if (trust.url.empty() && trust.keys.empty()) return true;
-    const std::vector<std::string> keys = parsePublisherKeys(trust.keys);
-    if (trust.url.empty() || keys.empty())
+    if (pinned.url.empty() && pinned.keys.empty()) return true;
+    const std::vector<std::string> keys = parsePublisherKeys(pinned.keys);
+    if (pinned.url.empty() || keys.empty())
         return fail("the publisher key in the launcher configuration is not usable.");
 
     // From the files themselves: the manifest's word is what is being checked.
@@ -36,7 +33,7 @@ bool verifyArtifactAuthenticity(const ArtifactAuthenticity& pinned, const std::s
     std::string path;
     HttpsAnswer answer;
     server.readTimeoutSeconds = 30;
-    const std::string url = trust.url + "/" + package.sha256 + std::string(statement::kFileExtension);
+    const std::string url = pinned.url + "/" + package.sha256 + std::string(statement::kFileExtension);
     if (parseHttpsUrl(url, server.host, server.port, path)) answer = httpsGet(server, path, {}, statement::kMaxBytes);
     if (!answer.answered) return fail("the authenticity service could not be reached.");
     if (answer.status != 200) return fail("no release statement is published for this package.");

@@ -11,9 +11,8 @@ struct ArtifactAuthenticity {
 };
 
 // Asks for the release statement of the package file and holds it against the files on disk, the pinned keys and the
-// clock. A build that pins keys or URL itself (VOLO_AUTHENTICITY_URL, VOLO_AUTHENTICITY_KEYS) ignores `pinned`.
-// `decryptedPath` is the archive that came out of a container, empty for a plain one. Blocking; install worker only.
-// False leaves words for the user in `failureText`.
+// clock. `decryptedPath` is the archive that came out of a container, empty for a plain one. Blocking; install worker
+// only. False leaves words for the user in `failureText`.
 [[nodiscard]] bool verifyArtifactAuthenticity(const ArtifactAuthenticity& pinned, const std::string& version,
                                               const std::string& packagePath, const std::string& decryptedPath,
                                               std::string& failureText);

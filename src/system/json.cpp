@@ -1,6 +1,5 @@
 #include "system/json.h"
 
-
 bool parseJsonObject(std::string_view text, rapidjson::Document& document) {
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
     if (text.starts_with(byteOrderMark)) text.remove_prefix(byteOrderMark.size());
