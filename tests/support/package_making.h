@@ -16,7 +16,7 @@ struct ZipEntry {
     std::uint32_t externalAttributes = 0;
     bool sizesBehindData = false; // in a data descriptor
     bool zip64 = false;           // sizes and offset in the 64-bit extra field
-    std::optional<std::uint32_t> claimedCrc;
+    std::optional<std::uint32_t> claimedCrc = std::nullopt;
 };
 
 // An entry as an archiver on Unix writes it; `mode` includes the file type.
