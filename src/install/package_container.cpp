@@ -44,16 +44,19 @@ bool readExactly(std::ifstream& file, unsigned char* bytes, std::size_t count) {
     return static_cast<std::size_t>(file.gcount()) == count;
 }
 
-void write(std::ofstream& file, const std::vector<unsigned char>& bytes, int count) {
-    if (count > 0) file.write(reinterpret_cast<const char*>(bytes.data()), count);
-}
-
 struct ContainerHeader {
     std::array<unsigned char, container::kHeaderSize> bytes{};
     std::array<unsigned char, container::kTagSize> tag{};
     std::uint64_t payloadSize = 0;
 
     const unsigned char* nonce() const { return bytes.data() + container::kNonceOffset; }
+};
+
+// A container whose header has been found good.
+struct OpenContainer {
+    std::vector<unsigned char> key;
+    std::ifstream file;
+    ContainerHeader header;
 };
 
 // Reads header and tag, and leaves the file at the first byte of the ciphertext. The answer is what is wrong with the
@@ -85,37 +88,49 @@ const char* readHeader(std::ifstream& file, ContainerHeader& header) {
     return nullptr;
 }
 
-// The answer is what went wrong, or null when the tag has vouched for everything that was written.
-const char* decryptPayload(std::ifstream& input, std::ofstream& output, ContainerHeader& header,
-                           const std::vector<unsigned char>& key) {
+// The answer is what went wrong, or null when the tag has vouched for everything that was passed on.
+const char* decryptPayload(OpenContainer& opened, const PlaintextSink& sink) {
+    ContainerHeader& header = opened.header;
     const std::unique_ptr<EVP_CIPHER_CTX, decltype(&EVP_CIPHER_CTX_free)> cipher(EVP_CIPHER_CTX_new(),
                                                                                  &EVP_CIPHER_CTX_free);
     if (!cipher) return "Failed to allocate cipher context.";
     if (EVP_DecryptInit_ex(cipher.get(), EVP_aes_256_gcm(), nullptr, nullptr, nullptr) != 1 ||
         EVP_CIPHER_CTX_ctrl(cipher.get(), EVP_CTRL_GCM_SET_IVLEN, container::kNonceSize, nullptr) != 1 ||
-        EVP_DecryptInit_ex(cipher.get(), nullptr, nullptr, key.data(), header.nonce()) != 1)
+        EVP_DecryptInit_ex(cipher.get(), nullptr, nullptr, opened.key.data(), header.nonce()) != 1)
         return "Failed to initialize AES-256-GCM cipher.";
 
     std::vector<unsigned char> ciphertext(kChunkSize);
     std::vector<unsigned char> plaintext(kChunkSize + 16);
     int produced = 0;
+    const auto pass = [&] {
+        if (produced > 0) sink(plaintext.data(), static_cast<std::size_t>(produced));
+    };
     for (std::uint64_t left = header.payloadSize; left > 0;) {
         const auto wanted = static_cast<std::streamsize>(std::min<std::uint64_t>(kChunkSize, left));
-        input.read(reinterpret_cast<char*>(ciphertext.data()), wanted);
-        const std::streamsize count = input.gcount();
+        opened.file.read(reinterpret_cast<char*>(ciphertext.data()), wanted);
+        const std::streamsize count = opened.file.gcount();
         if (count <= 0) return "Premature end of ciphertext.";
         if (EVP_DecryptUpdate(cipher.get(), plaintext.data(), &produced, ciphertext.data(), static_cast<int>(count)) !=
             1)
             return "Decryption error.";
-        write(output, plaintext, produced);
+        pass();
         left -= static_cast<std::uint64_t>(count);
     }
     if (EVP_CIPHER_CTX_ctrl(cipher.get(), EVP_CTRL_GCM_SET_TAG, container::kTagSize, header.tag.data()) != 1)
         return "Failed to set authentication tag.";
     if (EVP_DecryptFinal_ex(cipher.get(), plaintext.data(), &produced) <= 0)
         return "Authentication tag verification failed: artifact has been tampered with or key is invalid.";
-    write(output, plaintext, produced);
+    pass();
     return nullptr;
+}
+
+const char* openContainer(OpenContainer& opened, const std::string& path, const std::string& keyText) {
+    opened.key = decodeKey(keyText);
+    if (opened.key.size() != container::kKeySize) return "Invalid decryption key length.";
+    opened.file.rdbuf()->pubsetbuf(nullptr, 0); // chunks are large enough for reads and writes of their own
+    opened.file.open(path, std::ios::binary);
+    if (!opened.file) return "Could not open encrypted file for reading.";
+    return readHeader(opened.file, opened.header);
 }
 
 } // namespace
@@ -134,18 +149,24 @@ bool decryptPackage(const std::string& containerPath, const std::string& outputP
         failureText = text;
         return false;
     };
-    const std::vector<unsigned char> key = decodeKey(keyText);
-    if (key.size() != container::kKeySize) return fail("Invalid decryption key length.");
-    std::ifstream input;
-    input.rdbuf()->pubsetbuf(nullptr, 0); // chunks are large enough for reads and writes of their own
-    input.open(containerPath, std::ios::binary);
-    if (!input) return fail("Could not open encrypted file for reading.");
-    ContainerHeader header;
-    if (const char* wrong = readHeader(input, header)) return fail(wrong);
+    OpenContainer opened;
+    if (const char* wrong = openContainer(opened, containerPath, keyText)) return fail(wrong);
     std::ofstream output;
     output.rdbuf()->pubsetbuf(nullptr, 0);
     output.open(outputPath, std::ios::binary | std::ios::trunc);
     if (!output) return fail("Could not open output file for writing.");
-    if (const char* wrong = decryptPayload(input, output, header, key)) return fail(wrong);
+    const auto write = [&](const unsigned char* bytes, std::size_t count) {
+        output.write(reinterpret_cast<const char*>(bytes), static_cast<std::streamsize>(count));
+    };
+    if (const char* wrong = decryptPayload(opened, write)) return fail(wrong);
     return true;
+}
+
+bool decryptPackageTo(const PlaintextSink& sink, const std::string& containerPath, const std::string& keyText,
+                      std::string& failureText) {
+    OpenContainer opened;
+    const char* wrong = openContainer(opened, containerPath, keyText);
+    if (!wrong) wrong = decryptPayload(opened, sink);
+    if (wrong) failureText = wrong;
+    return wrong == nullptr;
 }

@@ -17,6 +17,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -42,3 +43,8 @@ bool isEncryptedPackage(const std::string& path);
 // of writing are not looked at; a short output is for its reader to find.
 [[nodiscard]] bool decryptPackage(const std::string& containerPath, const std::string& outputPath,
                                   const std::string& keyText, std::string& failureText);
+
+// The same in a stream: `sink` gets the plaintext piece by piece. What it got means nothing unless the answer was true.
+using PlaintextSink = std::function<void(const unsigned char* bytes, std::size_t count)>;
+[[nodiscard]] bool decryptPackageTo(const PlaintextSink& sink, const std::string& containerPath,
+                                    const std::string& keyText, std::string& failureText);

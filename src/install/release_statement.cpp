@@ -74,6 +74,13 @@ bool parseReleaseStatement(std::string_view text, ReleaseStatement& release) {
     return !release.signatures.empty();
 }
 
+bool parseStatementNumbers(const ReleaseStatement& release, StatementNumbers& numbers) {
+    return parseNumber(release.fields[statement::Size], numbers.size) &&
+           parseNumber(release.fields[statement::NotBefore], numbers.notBefore) &&
+           parseNumber(release.fields[statement::NotAfter], numbers.notAfter) && numbers.notAfter > numbers.notBefore &&
+           numbers.notAfter - numbers.notBefore <= statement::kMaxLifetimeSeconds;
+}
+
 bool isSignedByAny(const ReleaseStatement& release, const std::vector<std::string>& keys) {
     return std::any_of(keys.begin(), keys.end(), [&](const std::string& key) {
         return std::any_of(release.signatures.begin(), release.signatures.end(), [&](const std::string& signature) {
@@ -100,21 +107,16 @@ std::string judgeReleaseStatement(std::string_view text, const std::vector<std::
     if (!parseReleaseStatement(text, release)) return kMalformed;
     if (!isSignedByAny(release, keys)) return "the release is not signed by a trusted key.";
 
-    std::int64_t size = 0;
-    std::int64_t notBefore = 0;
-    std::int64_t notAfter = 0;
+    StatementNumbers numbers;
     const auto& fields = release.fields;
-    if (!parseNumber(fields[statement::Size], size) || !parseNumber(fields[statement::NotBefore], notBefore) ||
-        !parseNumber(fields[statement::NotAfter], notAfter) || notAfter <= notBefore ||
-        notAfter - notBefore > statement::kMaxLifetimeSeconds)
-        return kMalformed;
-    if (fields[statement::Version] != package.version || size != package.size ||
+    if (!parseStatementNumbers(release, numbers)) return kMalformed;
+    if (fields[statement::Version] != package.version || numbers.size != package.size ||
         fields[statement::Sha256] != package.sha256 || fields[statement::PlaintextSha256] != package.plaintextSha256)
         return "the release statement is for a different package.";
     if (fields[statement::Status] != statement::kStatusOk) return "this release was withdrawn by its publisher.";
-    if (nowSeconds < notBefore - statement::kClockToleranceSeconds)
+    if (nowSeconds < numbers.notBefore - statement::kClockToleranceSeconds)
         return "the release statement is not valid yet. Check this computer's date and time.";
-    if (nowSeconds - statement::kClockToleranceSeconds > notAfter)
+    if (nowSeconds - statement::kClockToleranceSeconds > numbers.notAfter)
         return "the release statement has expired. Check this computer's date and time.";
     return {};
 }

@@ -54,6 +54,14 @@ struct ReleaseStatement {
 // False unless the text has exactly the form above.
 [[nodiscard]] bool parseReleaseStatement(std::string_view text, ReleaseStatement& release);
 
+// Its numbers. False when they are not plain decimals or the term is not between nothing and the longest allowed.
+struct StatementNumbers {
+    std::int64_t size = 0;
+    std::int64_t notBefore = 0;
+    std::int64_t notAfter = 0;
+};
+[[nodiscard]] bool parseStatementNumbers(const ReleaseStatement& release, StatementNumbers& numbers);
+
 // Whether one of the signatures is by one of the keys, each 32 bytes.
 [[nodiscard]] bool isSignedByAny(const ReleaseStatement& release, const std::vector<std::string>& keys);
 
