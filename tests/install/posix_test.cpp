@@ -58,26 +58,37 @@ TEST(PackageDownload, AFullDiskFailsTheTransfer) {
     }
 }
 
-// An old editor that cannot be deleted, as when a process holds its files: the new files go again.
-TEST(InstallPipeline, AFailedSwapLeavesNoStagingAndSaysSo) {
+// An old editor that cannot be deleted, as when a process holds its files: the new files go again, and whatever was
+// left of the old ones does not pass for an editor.
+TEST(InstallPipeline, AFailedSwapLeavesNoStagingAndNoHalfAnEditor) {
     if (geteuid() != 0) GTEST_SKIP() << "needs root, to become somebody who may not delete";
-    InstallWorld world;
-    world.installOldEditor();
-    world.release("2.0", kArchive);
-    for (const auto& entry : fs::recursive_directory_iterator(world.folder.path()))
-        fs::permissions(entry.path(), fs::perms::all);
-    fs::permissions(world.folder.path(), fs::perms::all);
-    for (const auto& directory : {world.editor, world.editor / "data"})
-        fs::permissions(directory, fs::perms::owner_read | fs::perms::owner_exec | fs::perms::others_read |
-                                       fs::perms::others_exec);
-    ASSERT_EQ(seteuid(65534), 0);
-    const Outcome outcome = world.run();
-    ASSERT_EQ(seteuid(0), 0);
-    EXPECT_EQ(outcome.message, "Could not move the extracted editor into place.");
-    EXPECT_EQ(outcome.status, EditorInstallStatus::Failed);
-    EXPECT_EQ(outcome.rows, std::vector{DownloadStatus::Installing});
-    EXPECT_FALSE(fs::exists(world.staging));
-    EXPECT_TRUE(world.oldEditorIsUntouched()); // nothing of it could be deleted
+    constexpr auto kReadOnly =
+        fs::perms::owner_read | fs::perms::owner_exec | fs::perms::others_read | fs::perms::others_exec;
+    for (const bool nothingCanGo : {true, false}) {
+        InstallWorld world;
+        world.installOldEditor();
+        std::vector<fs::path> fixed;
+        for (int i = 0; i < 10 && !nothingCanGo; ++i)
+            fixed.push_back(world.folder.write(world.editor / std::to_string(i) / "held", "old").parent_path());
+        if (nothingCanGo) fixed = {world.editor, world.editor / "data"};
+        for (const auto& entry : fs::recursive_directory_iterator(world.folder.path()))
+            fs::permissions(entry.path(), fs::perms::all);
+        fs::permissions(world.folder.path(), fs::perms::all);
+        for (const fs::path& directory : fixed)
+            fs::permissions(directory, kReadOnly);
+        world.release("2.0", kArchive);
+        ASSERT_EQ(seteuid(65534), 0);
+        const Outcome outcome = world.run();
+        ASSERT_EQ(seteuid(0), 0);
+        EXPECT_EQ(outcome.message, "Could not move the extracted editor into place.");
+        EXPECT_EQ(outcome.status, EditorInstallStatus::Failed);
+        EXPECT_EQ(outcome.rows, std::vector{DownloadStatus::Installing});
+        EXPECT_FALSE(fs::exists(world.staging));
+        EXPECT_EQ(world.oldEditorIsUntouched(), nothingCanGo);
+        EXPECT_EQ(fs::exists(world.editor / "editor.exe"), nothingCanGo);
+        EXPECT_EQ(fs::exists(world.editor / ".zantor_editor_version"), nothingCanGo);
+        EXPECT_TRUE(nothingCanGo || fs::exists(world.editor / "0" / "held"));
+    }
 }
 
 #endif
