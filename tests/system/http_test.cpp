@@ -178,7 +178,7 @@ TEST_F(Http, AnswerIsWholeOrNone) {
         std::int64_t received = 0;
         const HttpsAnswer streamed = httpsDownload(
             target, "/a", [&](const char* data, std::size_t size) { return body.append(data, size), true; },
-            [&](std::int64_t so_far, std::int64_t) { return received = so_far, true; });
+            [&](std::int64_t soFar, std::int64_t) { return received = soFar, true; });
         EXPECT_EQ(streamed.status, row.status);
         EXPECT_TRUE(streamed.body.empty());
         if (row.status != 0) {
@@ -234,8 +234,10 @@ TEST_F(Http, RequestSaysWhatItShouldAndNoMore) {
     const TlsServer server(loopback(), answerWith(httpAnswer(200, "{}")));
     httpsPostForm(at(server), "/token", {{"z", "1"}, {"code", "4/a+b c&d=\xC3\xBC"}, {"a", ""}});
     httpsGet(at(server), "/v1/me?x=1&y=a%20b", {{"Authorization", "Bearer t0ken"}});
+    const auto goOn = [](auto...) { return true; };
+    httpsDownload(at(server), "/p.zip", goOn, goOn);
     const std::vector<std::string> requests = server.requests();
-    ASSERT_EQ(requests.size(), 2u);
+    ASSERT_EQ(requests.size(), 3u);
     const auto holds = [](const std::string& text, const std::string& part) { return text.find(part) != text.npos; };
     EXPECT_TRUE(requests[0].starts_with("POST /token HTTP/1.1\r\n"));
     EXPECT_TRUE(holds(requests[0], "Content-Type: application/x-www-form-urlencoded\r\n"));
