@@ -2,10 +2,9 @@
 
 #include "system/json.h"
 #include "system/operating_system.h"
+#include "system/whole_file.h"
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string_view>
 
 namespace {
@@ -20,11 +19,6 @@ constexpr std::string_view kPlatform = "linux";
 
 constexpr char kConfigFile[] = "launcher_config.json";
 constexpr char kExampleFile[] = "launcher_config.example.json";
-
-std::string readWholeFile(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
 
 void readAuthenticity(const rapidjson::Document& document, LauncherConfig& config) {
 #ifdef VOLO_AUTHENTICITY_URL
@@ -54,8 +48,8 @@ LauncherConfig loadLauncherConfigFrom(const std::string& launcherDirectory) {
 
     const fs::path directory = launcherDirectory;
     const bool isExample = !fs::exists(directory / kConfigFile);
-    const std::string content = readWholeFile(directory / (isExample ? kExampleFile : kConfigFile));
-    if (content.empty()) {
+    std::string content;
+    if (!readWholeFile((directory / (isExample ? kExampleFile : kConfigFile)).string(), content) || content.empty()) {
         config.message = "launcher_config.json was not found next to the launcher executable. Copy it from "
                          "launcher_config.example.json, fill in the Google OAuth credentials, and restart.";
         return config;

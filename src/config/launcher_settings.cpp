@@ -3,12 +3,11 @@
 #include "config/settings_text.h"
 #include "system/operating_system.h"
 #include "system/private_file.h"
+#include "system/whole_file.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string_view>
 
 namespace {
@@ -106,9 +105,8 @@ bool LauncherSettings::load() {
     lastAddedLocation_.clear();
     if (filePath_.empty()) return false;
 
-    std::ifstream file(filePath_);
-    if (!file) return false;
-    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    std::string text;
+    if (!readWholeFile(filePath_, text)) return false;
 
     readGeneral(text);
     const int count = readProjectCount(text);

@@ -1,5 +1,6 @@
 #include "install/package_extraction.h"
 
+#include <exception>
 #include <filesystem>
 #include <system_error>
 
@@ -40,7 +41,12 @@ bool extractEntry(mz_zip_archive& archive, mz_uint index, const fs::path& stagin
     const std::string_view name(entry.m_filename);
     if (name.empty() || name.back() == '/') return true;
     if (!isSafeEntryName(name)) return false;
-    const fs::path destination = stagingDirectory / name;
+    fs::path destination;
+    try {
+        destination = stagingDirectory / name;
+    } catch (const std::exception&) {
+        return false; // where paths are UTF-16, a name that is no UTF-8 has none
+    }
     std::error_code ignored; // the extraction fails by itself where its directory is missing
     fs::create_directories(destination.parent_path(), ignored);
     const std::string destinationText = destination.string();
@@ -80,9 +86,9 @@ bool swapIn(const std::string& stagingDirectory) {
     std::error_code ignored;
     // What makes a directory pass for an editor goes first, so that a half-deleted one is none, should the launcher
     // die here.
+    fs::remove(editorVersionMarkerPath(), ignored);
     for (const std::string& place : editorExecutablePlaces(target))
         fs::remove(place, ignored);
-    fs::remove(editorVersionMarkerPath(), ignored);
     fs::remove_all(target, ignored);
     std::error_code error;
     fs::rename(stagingDirectory, target, error);

@@ -86,15 +86,17 @@ void UpdatePipeline::installPackage() {
     std::string decryptedPath;
     if (isEncryptedPackage(packagePath_) && !openContainer(decryptedPath)) return;
 
+    const auto discardDecrypted = [&] {
+        if (!decryptedPath.empty()) std::filesystem::remove(decryptedPath, ignored);
+    };
     std::string failure;
-    const bool authentic =
-        verifyArtifactAuthenticity(state_.authenticity_, manifest_.version, packagePath_, decryptedPath, failure);
-    const ExtractionOutcome outcome = authentic ? extractArchive(decryptedPath.empty() ? packagePath_ : decryptedPath,
-                                                                 staging, state_.cancelRequested_)
-                                                : ExtractionOutcome::Unreadable;
-    if (!decryptedPath.empty()) std::filesystem::remove(decryptedPath, ignored);
-
-    if (!authentic) return state_.failUpdate("Authenticity check failed: " + failure);
+    if (!verifyArtifactAuthenticity(state_.authenticity_, manifest_.version, packagePath_, decryptedPath, failure)) {
+        discardDecrypted();
+        return state_.failUpdate("Authenticity check failed: " + failure);
+    }
+    const std::string& archivePath = decryptedPath.empty() ? packagePath_ : decryptedPath;
+    const ExtractionOutcome outcome = extractArchive(archivePath, staging, state_.cancelRequested_);
+    discardDecrypted();
     if (outcome == ExtractionOutcome::Unreadable)
         return state_.failUpdate("The editor package is not a readable zip archive.");
     if (outcome == ExtractionOutcome::Failed) {

@@ -26,6 +26,13 @@ bool requireHostInCertificate(SSL_CTX* context, const std::string& host) {
            X509_VERIFY_PARAM_set1_host(rules, host.data(), host.size()) == 1;
 }
 
+// A request whose body goes to a receiver lacks the library's usual agent in some versions; every request carries it.
+httplib::Headers withAgent(const HttpFields& headers) {
+    httplib::Headers all(headers.begin(), headers.end());
+    all.emplace("User-Agent", std::string("cpp-httplib/") + CPPHTTPLIB_VERSION);
+    return all;
+}
+
 // One client for one request, set up the one way that all requests go out.
 class Request {
   public:
@@ -68,9 +75,8 @@ HttpsAnswer httpsGet(const HttpsServer& server, const std::string& path, const H
         body.append(data, size);
         return body.size() <= bodyLimit;
     };
-    HttpsAnswer answer = Request(server).answerTo([&](httplib::SSLClient& client) {
-        return client.Get(path, httplib::Headers(headers.begin(), headers.end()), onHeaders, onBody);
-    });
+    HttpsAnswer answer = Request(server).answerTo(
+        [&](httplib::SSLClient& client) { return client.Get(path, withAgent(headers), onHeaders, onBody); });
     if (body.size() > bodyLimit) { // given up by us: the library knows no answer then
         answer.answered = true;
         answer.status = status;
@@ -89,7 +95,7 @@ HttpsAnswer httpsDownload(const HttpsServer& server, const std::string& path,
                           const std::function<bool(std::int64_t received, std::int64_t total)>& progress) {
     const httplib::ContentReceiver onBody = receive;
     return Request(server).answerTo([&](httplib::SSLClient& client) {
-        return client.Get(path, httplib::Headers(), onBody, [&](std::uint64_t received, std::uint64_t total) {
+        return client.Get(path, withAgent({}), onBody, [&](std::uint64_t received, std::uint64_t total) {
             return progress(static_cast<std::int64_t>(received), static_cast<std::int64_t>(total));
         });
     });

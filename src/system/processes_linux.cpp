@@ -5,7 +5,7 @@
 #include <cctype>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <string>
 #include <string_view>
 
 namespace {
@@ -18,15 +18,18 @@ bool namesEditor(std::string_view program) {
                       [](char left, char right) { return std::tolower(static_cast<unsigned char>(left)) == right; });
 }
 
-std::string readProcessFile(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+// Up to the first zero byte, or all; empty when the process has ended meanwhile.
+std::string firstText(const fs::path& processFile) {
+    std::ifstream file(processFile, std::ios::binary);
+    std::string text;
+    std::getline(file, text, '\0');
+    return text;
 }
 
 // `stat` reads "4711 (name) S ...". The name may hold anything, parentheses too, and a program may have renamed itself,
 // so the name that it was started by is asked as well. What runs under Wine has a Windows path there.
 bool isLivingEditor(const fs::path& process) {
-    const std::string stat = readProcessFile(process / "stat");
+    const std::string stat = firstText(process / "stat");
     const std::size_t open = stat.find('(');
     const std::size_t close = stat.rfind(')');
     if (open == std::string::npos || close == std::string::npos || close + 2 >= stat.size()) return false;
@@ -34,9 +37,8 @@ bool isLivingEditor(const fs::path& process) {
     if (state == 'Z' || state == 'X') return false;
     if (namesEditor(std::string_view(stat).substr(open + 1, close - open - 1))) return true;
 
-    const std::string commandLine = readProcessFile(process / "cmdline");
-    const std::string_view started(commandLine.c_str()); // up to the first zero byte: argv[0]
-    return namesEditor(started.substr(started.find_last_of("/\\") + 1));
+    const std::string started = firstText(process / "cmdline");
+    return namesEditor(std::string_view(started).substr(started.find_last_of("/\\") + 1));
 }
 
 } // namespace

@@ -1,10 +1,7 @@
 // The transfer of a package: whatever the server does, only a complete and verified file gets the final name.
 
 #include <chrono>
-#include <csignal>
 #include <random>
-
-#include <sys/resource.h>
 
 #include <gtest/gtest.h>
 
@@ -150,22 +147,6 @@ TEST(PackageDownload, TroubleWithTheDownloadsDirectoryLeavesTheRowDownloading) {
         world.state().removeDownload(0);
         EXPECT_EQ(world.state().downloadsSnapshot().size(), 1u);
         EXPECT_TRUE(world.oldEditorIsUntouched());
-    }
-}
-
-TEST(PackageDownload, AFullDiskFailsTheTransfer) {
-    for (const std::size_t limit : {std::size_t{0}, std::size_t{4096}, kPackage.size() - 1}) {
-        InstallWorld world;
-        world.release("2", kPackage);
-        rlimit before{};
-        getrlimit(RLIMIT_FSIZE, &before);
-        std::signal(SIGXFSZ, SIG_IGN); // a write past the limit then fails as on a full disk
-        const rlimit full{limit, before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &full);
-        const Outcome outcome = world.run();
-        setrlimit(RLIMIT_FSIZE, &before);
-        EXPECT_EQ(outcome.message, kFailed) << limit;
-        EXPECT_EQ(treeOf(world.downloads), Tree{}) << limit;
     }
 }
 

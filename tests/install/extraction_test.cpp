@@ -139,32 +139,6 @@ TEST(PackageExtraction, ALinkBecomesASmallFileAndLeadsNowhere) {
     EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(folder / "deep/in/staging/data")));
 }
 
-#ifndef _WIN32
-TEST(PackageExtraction, GivesFilesTheModesTheyHadOnUnixAndLetsEveryEditorStart) {
-    std::vector<ZipEntry> entries = {
-        unixEntry("tool", "x", 0100755),           unixEntry("secret", "x", 0100400),
-        unixEntry("setuid", "x", 0104755),         unixEntry("none", "x", 0100000),
-        unixEntry("typeless", "x", 0640),          unixEntry("link", "x", 0120777),
-        unixEntry("open", "x", 0100666),           unixEntry("editor.exe", "x", 0100600),
-        unixEntry("editor/editor.exe", "", 0),     {"bin/editor.exe", "made on another system"},
-        unixEntry("lib/editor.exe", "x", 0100644),
-    };
-    entries.push_back(entries[0]);
-    entries.back().name = "foreign";
-    entries.back().madeBy = 20; // the same attributes mean nothing there
-    const TemporaryFolder folder;
-    ASSERT_EQ(extract(makeZip(entries), folder), ExtractionOutcome::Done);
-    const std::pair<const char*, unsigned> want[] = {
-        {"tool", 0755},    {"secret", 0600},         {"setuid", 0755},
-        {"none", 0600},    {"typeless", 0640},       {"link", 0644},
-        {"open", 0666},    {"editor.exe", 0711},     {"editor/editor.exe", 0755},
-        {"foreign", 0644}, {"bin/editor.exe", 0755}, {"lib/editor.exe", 0644},
-    };
-    for (const auto& [name, mode] : want)
-        EXPECT_EQ(static_cast<unsigned>(fs::status(folder / "deep/in/staging" / name).permissions()), mode) << name;
-}
-#endif
-
 TEST(PackageExtraction, ReadsArchivesOfOtherMakers) {
     const TemporaryFolder folder;
     const std::string script = R"(

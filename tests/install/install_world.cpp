@@ -29,7 +29,7 @@ Tree treeOf(const fs::path& directory) {
 }
 
 InstallWorld::InstallWorld()
-    : launcher(folder / "some" / "where" / "launcher")
+    : launcher(folder / "some" / "wo anders" / "Läuncher 日本")
     , downloads(folder / "downloads")
     , editor(launcher / "editor")
     , staging(launcher / "editor-staging")
