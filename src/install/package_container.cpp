@@ -124,15 +124,18 @@ const char* decryptPayload(OpenContainer& opened, const PlaintextSink& sink) {
     return nullptr;
 }
 
-const char* openContainer(OpenContainer& opened, const std::string& path, const std::string& keyText) {
-    opened.key = decodeKey(keyText);
-    if (opened.key.size() != container::kKeySize) return "Invalid decryption key length.";
+const char* openContainer(OpenContainer& opened, const std::string& path) {
     opened.file.rdbuf()->pubsetbuf(nullptr, 0); // chunks are large enough for reads and writes of their own
     opened.file.open(path, std::ios::binary);
     if (!opened.file) return "Could not open encrypted file for reading.";
     return readHeader(opened.file, opened.header);
 }
 
+const char* openContainer(OpenContainer& opened, const std::string& path, const std::string& keyText) {
+    opened.key = decodeKey(keyText);
+    if (opened.key.size() != container::kKeySize) return "Invalid decryption key length.";
+    return openContainer(opened, path);
+}
 } // namespace
 
 bool isEncryptedPackage(const std::string& path) {
@@ -167,6 +170,14 @@ bool decryptPackageTo(const PlaintextSink& sink, const std::string& containerPat
     OpenContainer opened;
     const char* wrong = openContainer(opened, containerPath, keyText);
     if (!wrong) wrong = decryptPayload(opened, sink);
+    if (wrong) failureText = wrong;
+    return wrong == nullptr;
+}
+
+bool readContainerSize(const std::string& path, std::uint64_t& payloadSize, std::string& failureText) {
+    OpenContainer opened;
+    const char* wrong = openContainer(opened, path);
+    payloadSize = opened.header.payloadSize;
     if (wrong) failureText = wrong;
     return wrong == nullptr;
 }

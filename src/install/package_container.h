@@ -35,6 +35,9 @@ inline constexpr std::size_t kKeySize = 32;
 // Whether the file begins with the magic. A file that is short or cannot be read is not one.
 bool isEncryptedPackage(const std::string& path);
 
+// The payload size that the header declares. False, with words for the user, when header and file do not hold together.
+[[nodiscard]] bool readContainerSize(const std::string& path, std::uint64_t& payloadSize, std::string& failureText);
+
 // Decrypts a container into a plain archive, 64 KiB at a time. `keyText` is base64 in either alphabet; what belongs to
 // neither is skipped, and "=" ends it. False leaves words for the user in `failureText`.
 //
