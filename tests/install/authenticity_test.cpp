@@ -175,9 +175,10 @@ TEST(ReleaseStatement, VerifiesSignaturesOfAnotherLibrary) {
     const std::string script = R"(
 from base64 import b64encode
 from cryptography.hazmat.primitives.asymmetric.ed25519 import Ed25519PrivateKey
+from cryptography.hazmat.primitives.serialization import Encoding, PublicFormat
 key = Ed25519PrivateKey.generate()
 open('statement', 'ab').write(b'ed25519: ' + b64encode(key.sign(open('statement', 'rb').read())) + b'\n')
-open('key', 'wb').write(b64encode(key.public_key().public_bytes_raw()))
+open('key', 'wb').write(b64encode(key.public_key().public_bytes(Encoding.Raw, PublicFormat.Raw)))
 )";
     folder.write("statement", Statement().body());
     if (!runPython(script, folder.path(), "cryptography")) GTEST_SKIP() << "python3 with cryptography is missing";
