@@ -52,8 +52,9 @@ bool choose(const StatementRequest& request, const std::vector<PublishedStatemen
     for (const std::string& version : request.versions)
         if (!mark(version, [&](const auto& one) { return one.field(statement::Version) == version; })) return false;
     for (const std::string& package : request.packages)
-        if (package.empty() ||
-            !mark(package, [&](const auto& one) { return one.field(statement::Sha256).starts_with(package); }))
+        if (!mark(package, [&](const auto& one) {
+                return !package.empty() && one.field(statement::Sha256).starts_with(package);
+            }))
             return false;
     if (request.all)
         for (std::size_t i = 0; i < statements.size(); ++i)

@@ -123,6 +123,9 @@ TEST_F(Statements, OfOthersAreNotSigned) {
 
 TEST_F(Statements, WithdrawAReleaseForGood) {
     request.revoke = true;
+    request.packages = {""}; // which every hash begins with
+    EXPECT_NE(run(), "");
+    EXPECT_EQ(verdict("3"), "");
     request.versions = {"2"};
     request.packages = {hashes["3"].substr(0, 12)};
     EXPECT_EQ(run(), "");
