@@ -67,11 +67,17 @@ add_library(rapidjson_headers INTERFACE)
 target_include_directories(rapidjson_headers SYSTEM INTERFACE ${RAPIDJSON_INCLUDE_DIRS})
 target_compile_definitions(rapidjson_headers INTERFACE RAPIDJSON_HAS_STDSTRING=1)
 
+# --- CLI11: headers, for volo-publish.
+find_path(CLI11_INCLUDE_DIR CLI/CLI.hpp REQUIRED)
+add_library(cli11_headers INTERFACE)
+target_include_directories(cli11_headers SYSTEM INTERFACE ${CLI11_INCLUDE_DIR})
+
 # --- miniz: one source in the amalgamated form, several in the upstream repository, which lacks only the header that
 # its own build would generate. CRC-32 comes from outside (install/crc32.cpp): miniz's own is almost half of the time
 # that an extraction takes.
 file(GLOB VOLO_MINIZ_SOURCES ${miniz_SOURCE_DIR}/miniz*.c)
-add_library(miniz STATIC ${VOLO_MINIZ_SOURCES})
+add_library(miniz STATIC ${VOLO_MINIZ_SOURCES} ${CMAKE_SOURCE_DIR}/src/install/crc32.cpp)
+target_compile_definitions(miniz PRIVATE USE_EXTERNAL_MZCRC)
 target_include_directories(miniz SYSTEM PUBLIC ${miniz_SOURCE_DIR})
 if(EXISTS ${miniz_SOURCE_DIR}/miniz_tdef.c)
   file(WRITE ${CMAKE_BINARY_DIR}/miniz/miniz_export.h "#define MINIZ_EXPORT\n")

@@ -9,3 +9,10 @@ struct ArtifactAuthenticity {
     std::string url;  // https; the statement of a package is at <url>/<its SHA-256>.txt
     std::string keys; // one to four Ed25519 public keys, base64 of 32 bytes each, separated by spaces
 };
+
+// Asks for the release statement of the package file and holds it against the files on disk, the pinned keys and the
+// clock. `decryptedPath` is the archive that came out of a container, empty for a plain one. Blocking; install worker
+// only. False leaves words for the user in `failureText`.
+[[nodiscard]] bool verifyArtifactAuthenticity(const ArtifactAuthenticity& pinned, const std::string& version,
+                                              const std::string& packagePath, const std::string& decryptedPath,
+                                              std::string& failureText);

@@ -3,6 +3,7 @@
 // Where the editor is, and which version the launcher installed. Reads the disk, holds no state, any thread.
 // Every answer is a path or a version as text; empty means there is none.
 
+#include <array>
 #include <string>
 
 class LauncherApp;
@@ -19,7 +20,11 @@ std::string readFirstLine(const std::string& path);
 // The version that the marker names; empty means that no managed install is recorded.
 std::string installedEditorVersion();
 
-// The editor's executable under one directory: editor/editor.exe, bin/editor.exe or editor.exe.
+// Where an editor's executable may be under one directory, in the order of the search: editor/editor.exe,
+// bin/editor.exe, editor.exe.
+std::array<std::string, 3> editorExecutablePlaces(const std::string& directory);
+
+// The first of those places that holds a file.
 std::string findEditorExecutable(const std::string& directory);
 
 // The search that decides about installing: the launcher's directory and two levels above it.

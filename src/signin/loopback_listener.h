@@ -10,6 +10,7 @@
 
 #include "signin/sign_in_mailbox.h"
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -36,6 +37,7 @@ class LoopbackListener {
     struct Retired;
 
     int port_ = 0;
+    std::uint32_t lastNumber_ = 0; // of the listeners so far; each tells itself from its successors by it
     std::shared_ptr<SignInMailbox> mailbox_;
     std::unique_ptr<Running> running_;
     std::vector<std::unique_ptr<Retired>> retired_;

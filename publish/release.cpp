@@ -1,0 +1,254 @@
+#include "publish/release.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+
+#include <rapidjson/prettywriter.h>
+#include <rapidjson/stringbuffer.h>
+
+#include "install/file_hash.h"
+#include "publish/container_writer.h"
+#include "publish/statement_writer.h"
+#include "system/http.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::size_t kMaxVersionBytes = 128; // launchers put it into file names, with some more
+
+std::string manifestText(const PublishedManifest& published) {
+    rapidjson::StringBuffer buffer;
+    rapidjson::PrettyWriter<rapidjson::StringBuffer> writer(buffer);
+    const auto member = [&](std::string_view name, const std::string& value) {
+        writer.Key(name.data(), static_cast<rapidjson::SizeType>(name.size()));
+        writer.String(value);
+    };
+    const UpdateManifest& manifest = published.manifest;
+    writer.StartObject();
+    member("version", manifest.version);
+    member(site::kPlatformMember, published.platform);
+    member("url", manifest.url);
+    member("sha256", manifest.sha256);
+    if (!manifest.encryptionKey.empty()) {
+        member("plaintext_sha256", manifest.plaintextSha256);
+        writer.Key("encryption");
+        writer.StartObject();
+        member("key", manifest.encryptionKey);
+        writer.EndObject();
+    }
+    writer.EndObject();
+    return std::string(buffer.GetString(), buffer.GetSize()) + "\n";
+}
+
+// One attempt to publish. What it has newly made goes with it unless it is completed.
+class Publication {
+  public:
+    Publication(const ReleaseRequest& request, const std::vector<PublisherKey>& keys, ReleaseResult& result,
+                std::string& failureText)
+        : request_(request)
+        , keys_(keys)
+        , result_(result)
+        , failureText_(failureText) {}
+    ~Publication() {
+        std::error_code ignored;
+        for (const std::string& path : made_)
+            fs::remove(path, ignored);
+    }
+    Publication(const Publication&) = delete;
+    Publication& operator=(const Publication&) = delete;
+
+    bool run() {
+        if (!checkRequest() || !lookAtSite() || !checkZip() || !checkHistory()) return false;
+        if (!keepPackage() && !writePackage()) return false;
+        if (!putStatement() || !putManifest()) return false;
+        made_.clear();
+        return true;
+    }
+
+  private:
+    bool fail(const std::string& text) {
+        failureText_ = text;
+        return false;
+    }
+
+    bool checkRequest() {
+        baseUrl_ = request_.baseUrl.substr(0, request_.baseUrl.find_last_not_of('/') + 1);
+        std::string problem = versionProblem(request_.version);
+        if (problem.empty()) problem = baseUrlProblem(baseUrl_);
+        if (!problem.empty()) return fail(problem);
+        if (!parsePackagePlatform(request_.platform, platform_))
+            return fail("The platform is \"linux\" or \"windows\".");
+        if (keys_.empty() || keys_.size() > statement::kMaxSignatures) return fail("One to four keys sign a release.");
+        if (request_.days < 1 || request_.days > site::kMaxDays) return fail("A statement holds 1 to 92 days.");
+        return keysLieOutside(request_.siteDirectory, keys_, failureText_);
+    }
+
+    bool lookAtSite() {
+        result_.manifestPath = joinPath(request_.siteDirectory, site::kManifestName);
+        std::error_code error;
+        if (fs::exists(result_.manifestPath, error)) {
+            hasOffer_ = readManifest(result_.manifestPath, offer_, failureText_);
+            if (!hasOffer_ && !request_.force) return false;
+            if (!request_.force && !offer_.platform.empty() && offer_.platform != request_.platform)
+                return fail(request_.siteDirectory + " is the directory of " + offer_.platform +
+                            "; each platform has its own.");
+        }
+        return readStatements(request_.siteDirectory, statements_, failureText_);
+    }
+
+    bool checkZip() {
+        if (!checkArchive(request_.zipPath, platform_, result_.archive, failureText_)) return false;
+        zipSha256_ = sha256OfFile(request_.zipPath);
+        return !zipSha256_.empty() || fail(request_.zipPath + " could not be read to its end.");
+    }
+
+    // A version means the same bytes for ever: launchers compare nothing else.
+    bool checkHistory() {
+        if (request_.force) return true;
+        for (const PublishedStatement& past : statements_) {
+            if (past.field(statement::Version) != request_.version) continue;
+            if (past.archiveSha256() != zipSha256_)
+                return fail("Version " + request_.version +
+                            " has been published with other bytes. Launchers that have "
+                            "it would not take these; give it another version (or --force).");
+            if (past.isWithdrawn())
+                return fail("Version " + request_.version + " was withdrawn. Use --force to offer it again.");
+        }
+        // Without its statement there is only the manifest to tell.
+        const UpdateManifest& now = offer_.manifest;
+        if (hasOffer_ && now.version == request_.version && offeredArchiveSha256() != zipSha256_)
+            return fail("Version " + request_.version +
+                        " is offered with other bytes; give this another version (or "
+                        "--force).");
+        return true;
+    }
+
+    const std::string& offeredArchiveSha256() const {
+        return offer_.manifest.encryptionKey.empty() ? offer_.manifest.sha256 : offer_.manifest.plaintextSha256;
+    }
+
+    // Whether this release is offered already, and whole: then its package stays, and with it what caches hold.
+    bool keepPackage() {
+        const UpdateManifest& now = offer_.manifest;
+        if (!hasOffer_ || now.version != request_.version || offeredArchiveSha256() != zipSha256_ ||
+            now.encryptionKey.empty() == request_.encrypt)
+            return false;
+        const std::string path = packagePath(now.sha256);
+        if (sha256OfFile(path) != now.sha256) return false;
+        std::error_code error;
+        package_.size = fs::file_size(path, error);
+        package_.sha256 = now.sha256;
+        package_.plaintextSha256 = zipSha256_;
+        package_.keyText = now.encryptionKey;
+        result_.packagePath = path;
+        result_.packageKept = true;
+        return !error;
+    }
+
+    bool writePackage() {
+        std::error_code error;
+        fs::create_directories(request_.siteDirectory, error);
+        const std::string temporary = joinPath(request_.siteDirectory, "package.tmp");
+        made_.push_back(temporary);
+        if (!(request_.encrypt ? sealPackage(request_.zipPath, temporary, package_, failureText_)
+                               : copyPackage(request_.zipPath, temporary, package_, failureText_)))
+            return false;
+        if (package_.plaintextSha256 != zipSha256_) return fail(request_.zipPath + " changed while it was read.");
+        result_.packagePath = packagePath(package_.sha256);
+        const bool isNew = !fs::exists(result_.packagePath, error);
+        fs::rename(temporary, result_.packagePath, error);
+        if (error) return fail(result_.packagePath + " could not be written.");
+        if (isNew) made_.push_back(result_.packagePath);
+        return true;
+    }
+
+    std::string packagePath(const std::string& sha256) const {
+        return joinPath(request_.siteDirectory, "editor-" + sanitizeVersion(request_.version) + "-" +
+                                                    sha256.substr(0, 16) + (request_.encrypt ? ".container" : ".zip"));
+    }
+
+    bool putStatement() {
+        const PackageIdentity identity{request_.version, static_cast<std::int64_t>(package_.size), package_.sha256,
+                                       request_.encrypt ? package_.plaintextSha256
+                                                        : std::string(statement::kNoPlaintext)};
+        const std::string text =
+            writeStatement(identity, statement::kStatusOk, request_.nowSeconds, request_.days, keys_);
+        if (text.empty()) return fail("The release statement could not be signed.");
+        std::error_code error;
+        fs::create_directories(joinPath(request_.siteDirectory, site::kStatementsName), error);
+        result_.statementPath = statementPath(request_.siteDirectory, package_.sha256);
+        const bool isNew = !fs::exists(result_.statementPath, error);
+        if (!replaceFile(result_.statementPath, text, failureText_)) return false;
+        if (isNew) made_.push_back(result_.statementPath);
+        result_.notAfter = request_.nowSeconds + request_.days * statement::kDaySeconds;
+        return true;
+    }
+
+    // Last: from here on launchers are sent to the files above.
+    bool putManifest() {
+        PublishedManifest next;
+        next.platform = request_.platform;
+        next.manifest.version = request_.version;
+        next.manifest.url = baseUrl_ + "/" + fs::path(result_.packagePath).filename().string();
+        next.manifest.sha256 = package_.sha256;
+        next.manifest.plaintextSha256 = package_.plaintextSha256;
+        next.manifest.encryptionKey = package_.keyText;
+        result_.manifestUrl = baseUrl_ + "/" + std::string(site::kManifestName);
+        result_.authenticityUrl = baseUrl_ + "/" + std::string(site::kStatementsName);
+        std::vector<std::string> publicKeys;
+        for (const PublisherKey& key : keys_)
+            publicKeys.push_back(key.publicKey());
+        result_.authenticityKeys = publisherKeysText(publicKeys);
+        return replaceFile(result_.manifestPath, manifestText(next), failureText_);
+    }
+
+    const ReleaseRequest& request_;
+    const std::vector<PublisherKey>& keys_;
+    ReleaseResult& result_;
+    std::string& failureText_;
+
+    PackagePlatform platform_ = PackagePlatform::Linux;
+    std::string baseUrl_; // without slashes at its end
+    bool hasOffer_ = false;
+    PublishedManifest offer_; // what the directory offers before
+    std::vector<PublishedStatement> statements_;
+    std::string zipSha256_;
+    WrittenPackage package_;
+    std::vector<std::string> made_;
+};
+
+} // namespace
+
+bool publishRelease(const ReleaseRequest& request, const std::vector<PublisherKey>& keys, ReleaseResult& result,
+                    std::string& failureText) {
+    return Publication(request, keys, result, failureText).run();
+}
+
+std::string versionProblem(const std::string& version) {
+    if (version.empty()) return "A release needs a version.";
+    if (version.size() > kMaxVersionBytes) return "The version is longer than 128 bytes.";
+    const auto printable = [](char byte) { return byte >= 0x20 && byte <= 0x7E; };
+    if (!std::all_of(version.begin(), version.end(), printable) || version.front() == ' ' || version.back() == ' ' ||
+        version.find("  ") != std::string::npos)
+        return "The version may hold printable ASCII, and single blanks inside.";
+    return {};
+}
+
+std::string baseUrlProblem(const std::string& url) {
+    std::string host;
+    std::string path;
+    int port = 0;
+    const auto allowed = [](char byte) {
+        return byte > 0x20 && byte < 0x7F && std::string_view("?#@\\\"<>^`{|}").find(byte) == std::string_view::npos;
+    };
+    if (!parseHttpsUrl(url, host, port, path)) return "The base URL must be a valid https:// URL.";
+    if (!std::all_of(url.begin(), url.end(), allowed))
+        return "The base URL may have no query, fragment, user, blanks or quotes.";
+    // Launchers take the first for a placeholder that nobody filled in, and rewrite the second.
+    for (const char* taken : {"YOUR_", "platform="})
+        if (url.find(taken) != std::string::npos)
+            return std::string("The base URL may not contain \"") + taken + "\": launchers treat it specially.";
+    return {};
+}

@@ -1,0 +1,140 @@
+#include "publish/statement_writer.h"
+
+#include <algorithm>
+#include <array>
+
+#include "install/base64.h"
+#include "publish/site.h"
+
+std::string writeStatement(const PackageIdentity& package, std::string_view status, std::int64_t nowSeconds, int days,
+                           const std::vector<PublisherKey>& keys) {
+    const std::array<std::string, statement::kFieldCount> values = {
+        package.version,
+        std::to_string(package.size),
+        package.sha256,
+        package.plaintextSha256,
+        std::to_string(nowSeconds),
+        std::to_string(nowSeconds + days * statement::kDaySeconds),
+        std::string(status)};
+    std::string text = std::string(statement::kFirstLine) + "\n";
+    const auto addLine = [&text](std::string_view name, std::string_view value) {
+        text.append(name).append(statement::kFieldSeparator).append(value).append("\n");
+    };
+    for (std::size_t field = 0; field < statement::kFieldCount; ++field)
+        addLine(statement::kFieldNames[field], values[field]);
+    const std::string signedText = text;
+    for (const PublisherKey& key : keys)
+        addLine(statement::kSignatureName, base64Encode(key.sign(signedText)));
+    ReleaseStatement release;
+    StatementNumbers numbers;
+    return parseReleaseStatement(text, release) && parseStatementNumbers(release, numbers) ? text : std::string();
+}
+
+namespace {
+
+bool isExpired(const PublishedStatement& published, std::int64_t nowSeconds) {
+    return published.numbers.notAfter < nowSeconds;
+}
+
+// Marks what the request names. False when a name names nothing.
+bool choose(const StatementRequest& request, const std::vector<PublishedStatement>& statements,
+            std::vector<bool>& chosen, std::string& failureText) {
+    const auto mark = [&](const std::string& name, const auto& matches) {
+        bool found = false;
+        for (std::size_t i = 0; i < statements.size(); ++i) {
+            if (!matches(statements[i])) continue;
+            chosen[i] = found = true;
+        }
+        if (!found) failureText = "No release statement here is for \"" + name + "\".";
+        return found;
+    };
+    chosen.assign(statements.size(), false);
+    for (const std::string& version : request.versions)
+        if (!mark(version, [&](const auto& one) { return one.field(statement::Version) == version; })) return false;
+    for (const std::string& package : request.packages)
+        if (!mark(package, [&](const auto& one) {
+                return !package.empty() && one.field(statement::Sha256).starts_with(package);
+            }))
+            return false;
+    if (request.all)
+        for (std::size_t i = 0; i < statements.size(); ++i)
+            chosen[i] = !isExpired(statements[i], request.nowSeconds) && !statements[i].isWithdrawn();
+    return true;
+}
+
+// The new text of one statement, empty when it may not be signed.
+std::string renewedText(const StatementRequest& request, const PublishedStatement& published,
+                        const std::vector<std::string>& trusted, const std::vector<PublisherKey>& keys,
+                        std::string& failureText) {
+    if (!isSignedByAny(published.release, trusted)) {
+        failureText = published.path + " carries no good signature of a key given here. If it is yours, by a key "
+                                       "that is gone, name its public key with --keys.";
+        return {};
+    }
+    if (published.isWithdrawn() && !request.revoke) {
+        failureText = published.label() + " was withdrawn; to offer it again, publish it with release --force.";
+        return {};
+    }
+    const PackageIdentity package{published.field(statement::Version), published.numbers.size,
+                                  published.field(statement::Sha256), published.field(statement::PlaintextSha256)};
+    std::string text = writeStatement(package, request.revoke ? statement::kStatusRevoked : statement::kStatusOk,
+                                      request.nowSeconds, request.days, keys);
+    if (text.empty()) failureText = published.label() + " could not be signed.";
+    return text;
+}
+
+void reportOn(const PublishedStatement& published, std::int64_t nowSeconds, StatementReport& report) {
+    const std::string until = utcDate(published.numbers.notAfter);
+    report.lines.push_back(published.label() + ": " +
+                           (published.isWithdrawn()            ? "withdrawn"
+                            : isExpired(published, nowSeconds) ? "expired on " + until
+                                                               : "holds until " + until));
+    const std::string warning = expiryWarning(published, nowSeconds);
+    if (!warning.empty()) report.warnings.push_back(warning);
+}
+
+// Launchers go on asking for what the manifest names.
+void warnOfOffer(const std::string& siteDirectory, const std::vector<PublishedStatement>& statements,
+                 std::int64_t nowSeconds, StatementReport& report) {
+    PublishedManifest offered;
+    std::string ignored;
+    if (!readManifest(joinPath(siteDirectory, site::kManifestName), offered, ignored)) return;
+    for (const PublishedStatement& published : statements)
+        if (published.field(statement::Sha256) == offered.manifest.sha256 &&
+            (published.isWithdrawn() || isExpired(published, nowSeconds)))
+            report.warnings.push_back("The manifest still offers " + published.label() + ", which is " +
+                                      (published.isWithdrawn() ? "withdrawn" : "expired") +
+                                      ": launchers refuse it. Publish another release.");
+}
+
+} // namespace
+
+bool renewStatements(const StatementRequest& request, const std::vector<PublisherKey>& keys, StatementReport& report,
+                     std::string& failureText) {
+    std::vector<PublishedStatement> statements;
+    std::vector<bool> chosen;
+    if (!readStatements(request.siteDirectory, statements, failureText) ||
+        !choose(request, statements, chosen, failureText) || !keysLieOutside(request.siteDirectory, keys, failureText))
+        return false;
+    std::vector<std::string> trusted = parsePublisherKeys(request.trustedKeys);
+    if (trusted.empty() && !request.trustedKeys.empty()) {
+        failureText = "The public keys given are not one to four keys in base64.";
+        return false;
+    }
+    for (const PublisherKey& key : keys)
+        trusted.push_back(key.publicKey());
+
+    std::vector<std::string> texts(statements.size());
+    for (std::size_t i = 0; i < statements.size(); ++i)
+        if (chosen[i] && (texts[i] = renewedText(request, statements[i], trusted, keys, failureText)).empty())
+            return false;
+    for (std::size_t i = 0; i < statements.size(); ++i) {
+        const std::string path = statements[i].path;
+        if (chosen[i] && (!replaceFile(path, texts[i], failureText) ||
+                          !parseStatementText(path, texts[i], statements[i], failureText)))
+            return false;
+        reportOn(statements[i], request.nowSeconds, report);
+    }
+    warnOfOffer(request.siteDirectory, statements, request.nowSeconds, report);
+    return true;
+}

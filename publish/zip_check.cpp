@@ -1,0 +1,181 @@
+#include "publish/zip_check.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <set>
+#include <string_view>
+
+#include <miniz.h>
+#include <rapidjson/encodings.h>
+#include <rapidjson/memorystream.h>
+#include <rapidjson/stringbuffer.h>
+
+#include "install/editor_location.h"
+#include "install/package_extraction.h"
+
+namespace {
+
+constexpr std::size_t kMaxPartBytes = 255; // of one folder's or file's name, on the file systems of both platforms
+
+bool isUtf8(std::string_view text) {
+    rapidjson::MemoryStream in(text.data(), text.size());
+    rapidjson::StringBuffer ignored;
+    while (in.Tell() < text.size())
+        if (!rapidjson::UTF8<>::Validate(in, ignored)) return false;
+    return true;
+}
+
+// What Windows cannot have as a name, or would quietly change into another one.
+bool isWindowsPart(const std::string& part) {
+    static constexpr std::array<std::string_view, 4> kDevices = {"con", "prn", "aux", "nul"};
+    static constexpr std::array<std::string_view, 2> kNumberedDevices = {"com", "lpt"};
+    const auto forbidden = [](char byte) {
+        return static_cast<unsigned char>(byte) < 0x20 || std::string_view("<>\"|?*").find(byte) != std::string::npos;
+    };
+    if (std::any_of(part.begin(), part.end(), forbidden) || part.back() == '.' || part.back() == ' ') return false;
+    const std::string_view stem = std::string_view(part).substr(0, part.find('.'));
+    if (std::find(kDevices.begin(), kDevices.end(), stem) != kDevices.end()) return false;
+    return !(stem.size() == 4 && stem[3] >= '0' && stem[3] <= '9' &&
+             std::find(kNumberedDevices.begin(), kNumberedDevices.end(), stem.substr(0, 3)) != kNumberedDevices.end());
+}
+
+// Names as files: separators made equal, empty parts and single dots dropped, letters folded where case does not count.
+std::string landingPlace(std::string_view name, PackagePlatform platform) {
+    const bool windows = platform == PackagePlatform::Windows;
+    std::string place;
+    while (!name.empty()) {
+        const std::size_t end = std::min(name.find_first_of(windows ? "/\\" : "/"), name.size());
+        const std::string_view part = name.substr(0, end);
+        if (!part.empty() && part != ".") place.append(place.empty() ? "" : "/").append(part);
+        name.remove_prefix(std::min(end + 1, name.size()));
+    }
+    if (windows)
+        for (char& byte : place)
+            if (byte >= 'A' && byte <= 'Z') byte = static_cast<char>(byte - 'A' + 'a');
+    return place;
+}
+
+class ArchiveCheck {
+  public:
+    ArchiveCheck(mz_zip_archive& archive, PackagePlatform platform, ArchiveSummary& summary)
+        : archive_(archive)
+        , platform_(platform)
+        , summary_(summary) {}
+
+    // What is wrong with an entry, or empty.
+    std::string checkEntry(mz_uint index) {
+        mz_zip_archive_file_stat entry;
+        if (!mz_zip_reader_file_stat(&archive_, index, &entry)) return "its header is damaged";
+        const std::string name = entry.m_filename;
+        const std::size_t length = mz_zip_reader_get_filename(&archive_, index, nullptr, 0) - 1;
+        if (length >= MZ_ZIP_MAX_ARCHIVE_FILENAME_SIZE) return "its name has 512 bytes or more";
+        if (length != name.size()) return "its name holds a zero byte";
+        if (!isUtf8(name)) return "its name is not UTF-8";
+        if (!isSafeEntryName(name)) return "the launcher refuses its name (absolute, or with a colon or a part \"..\")";
+        if (entry.m_is_encrypted) return "it is encrypted";
+        if (!entry.m_is_supported) return "its method is neither stored nor deflated";
+        if (name.empty() || name.back() == '/') return {}; // the launcher passes over these
+        if (entry.m_is_directory) return "it is marked as a folder but its name does not end in \"/\"";
+        if (isLink(entry)) return "it is a link, of which the launcher would make a plain file";
+        std::string wrong = placeFile(name);
+        return wrong.empty() ? extract(index, entry) : wrong;
+    }
+
+    // Where the launcher looks for the editor: nothing when it is in none of its places.
+    std::string foundEditor() const {
+        for (const std::string& place : editorExecutablePlaces({})) {
+            const std::string name = std::filesystem::path(place).generic_string();
+            if (files_.contains(name)) return name;
+        }
+        return {};
+    }
+
+  private:
+    static bool isLink(const mz_zip_archive_file_stat& entry) {
+        constexpr unsigned kMadeOnUnix = 3, kTypeBits = 0170000, kLink = 0120000;
+        return entry.m_version_made_by >> 8 == kMadeOnUnix && (entry.m_external_attr >> 16 & kTypeBits) == kLink;
+    }
+
+    std::string placeFile(const std::string& name) {
+        const std::string place = landingPlace(name, platform_);
+        if (place.empty() || (platform_ == PackagePlatform::Windows && name.back() == '\\')) return "it names no file";
+        for (std::size_t start = 0, end = 0; start <= place.size(); start = end + 1) {
+            end = std::min(place.find('/', start), place.size());
+            const std::string part = place.substr(start, end - start);
+            if (part.size() > kMaxPartBytes) return "a part of its name has more than 255 bytes";
+            if (platform_ == PackagePlatform::Windows && !isWindowsPart(part)) return "Windows cannot have its name";
+            if (end == place.size()) break;
+            const std::string folder = place.substr(0, end);
+            if (files_.contains(folder)) return "it lies in a folder that another entry makes a file";
+            folders_.insert(folder);
+        }
+        if (folders_.contains(place)) return "another entry makes it a folder";
+        if (!files_.insert(place).second) return "another entry is the same file";
+        return {};
+    }
+
+    std::string extract(mz_uint index, const mz_zip_archive_file_stat& entry) {
+        const auto discard = [](void*, mz_uint64, const void*, std::size_t count) { return count; };
+        // Without a compressed byte the reader looks at neither size nor checksum.
+        const bool emptyByMistake = entry.m_comp_size == 0 && entry.m_uncomp_size != 0;
+        if (emptyByMistake || !mz_zip_reader_extract_to_callback(&archive_, index, discard, nullptr, 0))
+            return "it is damaged (" + std::string(mz_zip_get_error_string(mz_zip_get_last_error(&archive_))) + ")";
+        ++summary_.files;
+        summary_.unpackedBytes += entry.m_uncomp_size;
+        return {};
+    }
+
+    mz_zip_archive& archive_;
+    PackagePlatform platform_;
+    ArchiveSummary& summary_;
+    std::set<std::string> files_;
+    std::set<std::string> folders_; // that hold files
+};
+
+// A name as it may stand in a message.
+std::string entryLabel(mz_zip_archive& archive, mz_uint index) {
+    char name[80];
+    mz_zip_reader_get_filename(&archive, index, name, sizeof name);
+    std::string label = "Entry " + std::to_string(index) + " \"" + name + "\"";
+    for (char& byte : label)
+        if (byte < 0x20 || byte > 0x7E) byte = '?';
+    return label;
+}
+
+} // namespace
+
+bool parsePackagePlatform(const std::string& name, PackagePlatform& platform) {
+    if (name != "linux" && name != "windows") return false;
+    platform = name == "linux" ? PackagePlatform::Linux : PackagePlatform::Windows;
+    return true;
+}
+
+bool checkArchive(const std::string& zipPath, PackagePlatform platform, ArchiveSummary& summary,
+                  std::string& failureText) {
+    mz_zip_archive archive{};
+    if (!mz_zip_reader_init_file(&archive, zipPath.c_str(), 0)) {
+        failureText = zipPath + " is not a readable zip archive.";
+        return false;
+    }
+    ArchiveCheck check(archive, platform, summary);
+    std::string wrong;
+    const mz_uint count = mz_zip_reader_get_num_files(&archive);
+    for (mz_uint index = 0; index < count && wrong.empty(); ++index) {
+        wrong = check.checkEntry(index);
+        if (!wrong.empty()) wrong = entryLabel(archive, index) + ": " + wrong + ".";
+    }
+    mz_zip_reader_end(&archive);
+    const std::string editor = check.foundEditor();
+    if (wrong.empty() && editor.empty())
+        wrong = "No editor where the launcher looks for it: the archive needs \"editor.exe\" at its root.";
+    if (!wrong.empty()) {
+        failureText = zipPath + ": " + wrong;
+        return false;
+    }
+    if (editor.find('/') != std::string::npos)
+        summary.warnings.push_back(
+            "The editor is at \"" + editor +
+            "\", not at the archive's root: it opens, but every update check installs it again.");
+    return true;
+}

@@ -1,0 +1,42 @@
+#include "install/artifact_authenticity.h"
+
+#include <filesystem>
+#include <system_error>
+
+#include "install/file_hash.h"
+#include "install/release_statement.h"
+#include "system/http.h"
+#include "system/operating_system.h"
+
+bool verifyArtifactAuthenticity(const ArtifactAuthenticity& pinned, const std::string& version,
+                                const std::string& packagePath, const std::string& decryptedPath,
+                                std::string& failureText) {
+    const auto fail = [&](const std::string& text) {
+        failureText = text;
+        return false;
+    };
+    if (pinned.url.empty() && pinned.keys.empty()) return true;
+    const std::vector<std::string> keys = parsePublisherKeys(pinned.keys);
+    if (pinned.url.empty() || keys.empty())
+        return fail("the publisher key in the launcher configuration is not usable.");
+
+    // From the files themselves: the manifest's word is what is being checked.
+    PackageIdentity package;
+    package.version = version;
+    std::error_code error;
+    package.size = static_cast<std::int64_t>(std::filesystem::file_size(packagePath, error));
+    package.sha256 = sha256OfFile(packagePath);
+    package.plaintextSha256 =
+        decryptedPath.empty() ? std::string(statement::kNoPlaintext) : sha256OfFile(decryptedPath);
+
+    HttpsServer server;
+    std::string path;
+    HttpsAnswer answer;
+    server.readTimeoutSeconds = 30;
+    const std::string url = pinned.url + "/" + package.sha256 + std::string(statement::kFileExtension);
+    if (parseHttpsUrl(url, server.host, server.port, path)) answer = httpsGet(server, path, {}, statement::kMaxBytes);
+    if (!answer.answered) return fail("the authenticity service could not be reached.");
+    if (answer.status != 200) return fail("no release statement is published for this package.");
+    failureText = judgeReleaseStatement(answer.body, keys, package, currentTimeSeconds());
+    return failureText.empty();
+}

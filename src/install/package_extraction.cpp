@@ -1,0 +1,97 @@
+#include "install/package_extraction.h"
+
+#include <exception>
+#include <filesystem>
+#include <system_error>
+
+#include <miniz.h>
+
+#include "install/editor_location.h"
+
+namespace fs = std::filesystem;
+
+bool isSafeEntryName(std::string_view name) {
+    constexpr std::string_view kSeparators = "/\\";
+    if (name.find(':') != std::string_view::npos) return false;
+    if (!name.empty() && kSeparators.find(name.front()) != std::string_view::npos) return false;
+    for (;;) {
+        const std::size_t end = name.find_first_of(kSeparators);
+        if (name.substr(0, end) == "..") return false;
+        if (end == std::string_view::npos) return true;
+        name.remove_prefix(end + 1);
+    }
+}
+
+namespace {
+
+// The reader writes plain 0644 files. Its system byte says whose permissions the upper half of the attributes holds;
+// an archiver that knows no file type leaves the type bits zero.
+void applyUnixMode(const std::string& path, const mz_zip_archive_file_stat& entry) {
+    constexpr unsigned kMadeOnUnix = 3, kTypeBits = 0170000, kRegular = 0100000;
+    const unsigned mode = entry.m_external_attr >> 16;
+    const unsigned type = mode & kTypeBits;
+    if (entry.m_version_made_by >> 8 != kMadeOnUnix || mode == 0 || (type != 0 && type != kRegular)) return;
+    std::error_code ignored;
+    fs::permissions(path, static_cast<fs::perms>((mode & 0777) | 0600), ignored);
+}
+
+bool extractEntry(mz_zip_archive& archive, mz_uint index, const fs::path& stagingDirectory) {
+    mz_zip_archive_file_stat entry;
+    if (!mz_zip_reader_file_stat(&archive, index, &entry)) return false;
+    const std::string_view name(entry.m_filename);
+    if (name.empty() || name.back() == '/') return true;
+    if (!isSafeEntryName(name)) return false;
+    fs::path destination;
+    try {
+        destination = stagingDirectory / name;
+    } catch (const std::exception&) {
+        return false; // where paths are UTF-16, a name that is no UTF-8 has none
+    }
+    std::error_code ignored; // the extraction fails by itself where its directory is missing
+    fs::create_directories(destination.parent_path(), ignored);
+    const std::string destinationText = destination.string();
+    if (!mz_zip_reader_extract_to_file(&archive, index, destinationText.c_str(), 0)) return false;
+    applyUnixMode(destinationText, entry);
+    return true;
+}
+
+// A package made where there are no such permissions still has to start.
+void makeEditorExecutable(const std::string& stagingDirectory) {
+    for (const std::string& place : editorExecutablePlaces(stagingDirectory)) {
+        std::error_code ignored;
+        if (fs::is_regular_file(place, ignored))
+            fs::permissions(place, fs::perms::owner_exec | fs::perms::group_exec | fs::perms::others_exec,
+                            fs::perm_options::add, ignored);
+    }
+}
+
+} // namespace
+
+ExtractionOutcome extractArchive(const std::string& archivePath, const std::string& stagingDirectory,
+                                 const std::atomic<bool>& cancelRequested) {
+    mz_zip_archive archive{};
+    if (!mz_zip_reader_init_file(&archive, archivePath.c_str(), 0)) return ExtractionOutcome::Unreadable;
+    bool done = true;
+    const mz_uint count = mz_zip_reader_get_num_files(&archive);
+    for (mz_uint index = 0; index < count && done; ++index)
+        done = !cancelRequested && extractEntry(archive, index, stagingDirectory);
+    mz_zip_reader_end(&archive);
+    if (!done) return ExtractionOutcome::Failed;
+    makeEditorExecutable(stagingDirectory);
+    return ExtractionOutcome::Done;
+}
+
+bool swapIn(const std::string& stagingDirectory) {
+    const std::string target = managedEditorDirectory();
+    std::error_code ignored;
+    // What makes a directory pass for an editor goes first, so that a half-deleted one is none, should the launcher
+    // die here.
+    fs::remove(editorVersionMarkerPath(), ignored);
+    for (const std::string& place : editorExecutablePlaces(target))
+        fs::remove(place, ignored);
+    fs::remove_all(target, ignored);
+    std::error_code error;
+    fs::rename(stagingDirectory, target, error);
+    if (error) fs::remove_all(stagingDirectory, ignored);
+    return !error;
+}

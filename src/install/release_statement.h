@@ -1,0 +1,81 @@
+#pragma once
+
+// The release statement: a publisher's signed, dated word for one package file, published as a small static text at
+// <authenticity url>/<sha256 of the package file>.txt. ASCII, lines ended by one line feed, exactly these in this
+// order:
+//
+//   release-statement-v1
+//   version: 1.4.2
+//   size: 104857600                        bytes of the package file
+//   sha256: <64 lower-case hexadecimal digits, of the package file>
+//   plaintext-sha256: <the same of the decrypted archive, or - for a plain zip>
+//   not-before: 1795228661                 seconds since the Unix epoch
+//   not-after: 1795833461
+//   status: ok                             anything else withdraws the release
+//   ed25519: <base64>                      one to four of these
+//
+// A signature covers every byte before the first ed25519 line; one good signature by any pinned key is enough.
+// Any thread.
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace statement {
+inline constexpr std::string_view kFirstLine = "release-statement-v1"; // separates these signatures from all others
+enum Field : std::size_t { Version, Size, Sha256, PlaintextSha256, NotBefore, NotAfter, Status, kFieldCount };
+inline constexpr std::array<std::string_view, kFieldCount> kFieldNames = {
+    "version", "size", "sha256", "plaintext-sha256", "not-before", "not-after", "status"};
+inline constexpr std::string_view kFieldSeparator = ": ";
+inline constexpr std::string_view kSignatureName = "ed25519";
+inline constexpr std::string_view kNoPlaintext = "-";
+inline constexpr std::string_view kStatusOk = "ok";
+inline constexpr std::string_view kFileExtension = ".txt";
+
+inline constexpr std::size_t kMaxBytes = 4096;
+inline constexpr std::size_t kMaxSignatures = 4; // and as many pinned keys
+inline constexpr std::size_t kKeySize = 32;
+inline constexpr std::size_t kSignatureSize = 64;
+inline constexpr std::int64_t kDaySeconds = 86400;
+inline constexpr std::int64_t kMaxLifetimeSeconds = 92 * kDaySeconds;
+inline constexpr std::int64_t kClockToleranceSeconds = kDaySeconds; // at both ends
+} // namespace statement
+
+// A statement taken apart; none of its values means anything until a signature has been verified.
+struct ReleaseStatement {
+    std::string signedText;
+    std::array<std::string, statement::kFieldCount> fields;
+    std::vector<std::string> signatures; // 64 bytes each
+};
+
+// False unless the text has exactly the form above.
+[[nodiscard]] bool parseReleaseStatement(std::string_view text, ReleaseStatement& release);
+
+// Its numbers. False when they are not plain decimals or the term is not between nothing and the longest allowed.
+struct StatementNumbers {
+    std::int64_t size = 0;
+    std::int64_t notBefore = 0;
+    std::int64_t notAfter = 0;
+};
+[[nodiscard]] bool parseStatementNumbers(const ReleaseStatement& release, StatementNumbers& numbers);
+
+// Whether one of the signatures is by one of the keys, each 32 bytes.
+[[nodiscard]] bool isSignedByAny(const ReleaseStatement& release, const std::vector<std::string>& keys);
+
+// The keys of a configuration text. Empty unless it holds one to four, and all of them are usable.
+std::vector<std::string> parsePublisherKeys(const std::string& text);
+
+// What a package is found to be on disk.
+struct PackageIdentity {
+    std::string version;
+    std::int64_t size = 0;
+    std::string sha256;
+    std::string plaintextSha256; // or kNoPlaintext
+};
+
+// What is wrong with a statement that was served for this package, in words for the user; empty: it vouches for it.
+std::string judgeReleaseStatement(std::string_view text, const std::vector<std::string>& keys,
+                                  const PackageIdentity& package, std::int64_t nowSeconds);

@@ -1,0 +1,32 @@
+#include "install/update_manifest.h"
+
+#include "system/json.h"
+
+bool parseUpdateManifest(const std::string& body, UpdateManifest& manifest, std::string& failureText) {
+    rapidjson::Document document;
+    if (!parseJsonObject(body, document)) {
+        failureText = "The update manifest is not valid JSON.";
+        return false;
+    }
+    manifest.version = jsonStringMember(document, "version");
+    manifest.url = jsonStringMember(document, "url");
+    manifest.sha256 = jsonStringMember(document, "sha256");
+    manifest.plaintextSha256 = jsonStringMember(document, "plaintext_sha256");
+    const auto encryption = document.FindMember("encryption");
+    if (encryption != document.MemberEnd()) manifest.encryptionKey = jsonStringMember(encryption->value, "key");
+    if (manifest.version.empty() || manifest.url.empty()) {
+        failureText = "The update manifest is missing its version or url field.";
+        return false;
+    }
+    return true;
+}
+
+std::string sanitizeVersion(const std::string& version) {
+    std::string text = version;
+    for (char& byte : text) {
+        const bool kept = (byte >= 'A' && byte <= 'Z') || (byte >= 'a' && byte <= 'z') ||
+                          (byte >= '0' && byte <= '9') || byte == '-' || byte == '.';
+        if (!kept) byte = '_';
+    }
+    return text;
+}

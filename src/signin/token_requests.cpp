@@ -1,0 +1,97 @@
+#include "signin/token_requests.h"
+
+#include "signin/google_endpoints.h"
+#include "system/http.h"
+#include "system/json.h"
+
+#include <mutex>
+#include <utility>
+
+namespace {
+
+constexpr int kHttpOk = 200;
+
+HttpsAnswer postToTokenEndpoint(const HttpFields& fields) {
+    const GoogleEndpoints google = googleEndpoints();
+    return httpsPostForm({google.tokenHost, google.tokenPort}, "/token", fields);
+}
+
+TokenResponse failedResponse(const std::string& message) {
+    TokenResponse response;
+    response.errorMessage = message;
+    return response;
+}
+
+// What a code exchange and a refresh have in common; they differ in the words for a refusal.
+TokenResponse readTokenAnswer(const HttpsAnswer& answer, const std::string& refusal) {
+    if (!answer.answered) return failedResponse("Could not reach Google's token endpoint. Check your connection.");
+    if (answer.status != kHttpOk) return failedResponse(refusal);
+    rapidjson::Document document;
+    if (!parseJsonObject(answer.body, document)) {
+        return failedResponse("Google returned an unexpected token response.");
+    }
+    TokenResponse response;
+    response.accessToken = jsonStringMember(document, "access_token");
+    if (response.accessToken.empty()) return failedResponse("Google did not return an access token.");
+    response.refreshToken = jsonStringMember(document, "refresh_token");
+    response.ok = true;
+    return response;
+}
+
+// Fills in the account's name and address; the text for the user when that fails, otherwise empty.
+std::string requestUserInfo(const std::string& accessToken, SignInResult& result) {
+    const GoogleEndpoints google = googleEndpoints();
+    const HttpsAnswer answer = httpsGet({google.userInfoHost, google.userInfoPort}, "/v1/userinfo",
+                                        {{"Authorization", "Bearer " + accessToken}});
+    if (!answer.answered) return "Could not reach Google's userinfo endpoint.";
+    if (answer.status != kHttpOk) {
+        return "Google refused the userinfo request (HTTP " + std::to_string(answer.status) + ").";
+    }
+    rapidjson::Document document;
+    if (!parseJsonObject(answer.body, document)) return "Google returned an unexpected userinfo response.";
+    result.userName = jsonStringMember(document, "name");
+    result.userEmail = jsonStringMember(document, "email");
+    return result.userEmail.empty() ? "Google did not return an account email." : "";
+}
+
+} // namespace
+
+TokenResponse exchangeCodeForTokens(const std::string& clientId, const std::string& clientSecret,
+                                    const std::string& code, const std::string& redirectUri,
+                                    const std::string& codeVerifier) {
+    const HttpsAnswer answer = postToTokenEndpoint({{"client_id", clientId},
+                                                    {"client_secret", clientSecret},
+                                                    {"code", code},
+                                                    {"code_verifier", codeVerifier},
+                                                    {"grant_type", "authorization_code"},
+                                                    {"redirect_uri", redirectUri}});
+    return readTokenAnswer(answer, "Google rejected the sign-in (token endpoint returned HTTP " +
+                                       std::to_string(answer.status) + ").");
+}
+
+TokenResponse refreshAccessToken(const std::string& clientId, const std::string& clientSecret,
+                                 const std::string& refreshToken) {
+    const HttpsAnswer answer = postToTokenEndpoint({{"client_id", clientId},
+                                                    {"client_secret", clientSecret},
+                                                    {"grant_type", "refresh_token"},
+                                                    {"refresh_token", refreshToken}});
+    TokenResponse response = readTokenAnswer(answer, "The stored session is no longer valid.");
+    response.refreshToken.clear(); // the stored one stays, even when a new one is offered
+    return response;
+}
+
+void runSignInWorker(const SignInWork& work) {
+    const TokenResponse tokens =
+        work.isRefresh
+            ? refreshAccessToken(work.clientId, work.clientSecret, work.refreshToken)
+            : exchangeCodeForTokens(work.clientId, work.clientSecret, work.code, work.redirectUri, work.codeVerifier);
+    SignInResult result;
+    result.hasResult = true;
+    result.fromRestore = work.isRefresh;
+    result.refreshToken = tokens.refreshToken;
+    result.errorMessage = tokens.ok ? requestUserInfo(tokens.accessToken, result) : tokens.errorMessage;
+    result.success = result.errorMessage.empty();
+
+    const std::lock_guard<std::mutex> lock(work.mailbox->mutex);
+    if (work.mailbox->generation == work.generation) work.mailbox->result = std::move(result);
+}

@@ -1,0 +1,147 @@
+#include "install/package_container.h"
+
+#include <gtest/gtest.h>
+
+#include "support/package_making.h"
+#include "support/python.h"
+#include "support/temporary_folder.h"
+
+namespace {
+
+const std::string kKey = "0123456789abcdef0123456789abc\xFF\xFE\xFB"; // has both special digits in base64
+const char kTampered[] = "Authentication tag verification failed: artifact has been tampered with or key is invalid.";
+
+class Container : public testing::Test {
+  protected:
+    // The failure text, or empty.
+    std::string decrypt(const std::string& bytes, const std::string& keyText = toBase64(kKey)) {
+        folder.write("package", bytes);
+        std::string failure;
+        const bool ok = decryptPackage((folder / "package").string(), (folder / "out").string(), keyText, failure);
+        EXPECT_EQ(ok, failure.empty());
+        return failure;
+    }
+    std::string output() const { return readFileBytes(folder / "out"); }
+
+    TemporaryFolder folder;
+};
+
+} // namespace
+
+TEST_F(Container, GivesBackWhatWasSealedAtEveryChunkEdge) {
+    for (const std::size_t size : {0, 1, 15, 16, 17, 65535, 65536, 65537, 131072, 200000}) {
+        std::string plaintext(size, '\0');
+        for (std::size_t i = 0; i < size; ++i)
+            plaintext[i] = static_cast<char>(i * i >> 7);
+        EXPECT_EQ(decrypt(sealContainer(plaintext, kKey)), "") << size;
+        EXPECT_EQ(output(), plaintext) << size;
+    }
+}
+
+TEST_F(Container, NoByteButTheReservedOneCanChange) {
+    const std::string good = sealContainer(std::string(200, 'p'), kKey);
+    for (std::size_t i = 0; i < good.size(); ++i) {
+        for (const int bit : {0, 7}) {
+            std::string bytes = good;
+            bytes[i] = static_cast<char>(bytes[i] ^ 1 << bit);
+            const char* want = i < 8     ? "Invalid container magic bytes."
+                               : i < 11  ? "Unsupported container format version or parameters."
+                               : i == 11 ? ""
+                               : i < 20  ? "Container file size does not match declared payload size."
+                                         : kTampered;
+            EXPECT_EQ(decrypt(bytes), want) << i;
+        }
+    }
+    // The plaintext was written before the tag could be checked, and stays.
+    std::string bytes = good;
+    bytes[40] ^= 1;
+    EXPECT_EQ(decrypt(bytes), kTampered);
+    EXPECT_EQ(output(), std::string(8, 'p') + 'q' + std::string(191, 'p'));
+    EXPECT_EQ(decrypt(good, toBase64(std::string(32, 'x'))), kTampered);
+}
+
+TEST_F(Container, NoOtherLengthPasses) {
+    const std::string good = sealContainer(std::string(200, 'p'), kKey);
+    for (std::size_t length = 0; length <= good.size() + 20; ++length) {
+        if (length == good.size()) continue;
+        std::string bytes = good;
+        bytes.resize(length);
+        EXPECT_EQ(decrypt(bytes), length < 48 ? "Encrypted file is too small to contain valid container header."
+                                              : "Container file size does not match declared payload size.")
+            << length;
+    }
+    // A declared size that wraps around when the overhead is added.
+    std::string bytes = good;
+    bytes.replace(12, 8, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xD0");
+    bytes.resize(48);
+    EXPECT_EQ(decrypt(bytes), "Container file size does not match declared payload size.");
+    // The format is judged before the size.
+    bytes[8] = 2;
+    EXPECT_EQ(decrypt(bytes), "Unsupported container format version or parameters.");
+}
+
+TEST_F(Container, ReadsKeysAsPeoplePasteThem) {
+    const std::string container = sealContainer("secret", kKey);
+    const std::string key = toBase64(kKey); // 43 digits and "="
+    std::string urlSafe = key;
+    for (char& c : urlSafe)
+        c = c == '+' ? '-' : c == '/' ? '_' : c;
+    ASSERT_NE(urlSafe, key);
+    const std::string bare = key.substr(0, 43);
+    const std::string wrongLength = "Invalid decryption key length.";
+    const std::pair<std::string, std::string> cases[] = {
+        {key, ""},
+        {urlSafe, ""},
+        {bare, ""},
+        {"  " + key.substr(0, 20) + "\r\n\t.!" + key.substr(20) + "\n", ""},
+        {bare + "=AAAA", ""}, // "=" ends it
+        {bare + "A", wrongLength},
+        {bare.substr(0, 42), wrongLength},
+        {key.substr(0, 20) + "=" + key.substr(20), wrongLength},
+        {"", wrongLength},
+        {"=" + key, wrongLength},
+        {"!\"$%&()*,.:;<>?@[]^`{|}~\xC3\xA9", wrongLength},
+    };
+    for (const auto& [text, failure] : cases)
+        EXPECT_EQ(decrypt(container, text), failure) << text;
+
+    // The key is judged before any file is touched.
+    std::string failure;
+    EXPECT_FALSE(decryptPackage((folder / "missing").string(), (folder / "new").string(), "", failure));
+    EXPECT_EQ(failure, wrongLength);
+    EXPECT_FALSE(decryptPackage((folder / "missing").string(), (folder / "new").string(), key, failure));
+    EXPECT_EQ(failure, "Could not open encrypted file for reading.");
+    EXPECT_FALSE(std::filesystem::exists(folder / "new"));
+    EXPECT_FALSE(decryptPackage((folder / "package").string(), (folder / "no/new").string(), key, failure));
+    EXPECT_EQ(failure, "Could not open output file for writing.");
+}
+
+TEST_F(Container, IsToldFromAnArchiveByItsFirstEightBytes) {
+    const std::pair<std::string, bool> cases[] = {
+        {std::string("ZANTOR1\0", 8), true},
+        {std::string("ZANTOR1\0more", 12), true},
+        {"ZANTOR1", false},
+        {"ZANTOR11", false},
+        {"", false},
+        {"PK\3\4xxxxxxx", false},
+    };
+    for (const auto& [bytes, is] : cases)
+        EXPECT_EQ(isEncryptedPackage(folder.write("p", bytes).string()), is) << bytes;
+    EXPECT_FALSE(isEncryptedPackage((folder / "missing").string()));
+}
+
+TEST_F(Container, OpensWhatAnotherLibrarySealed) {
+    const std::string script = R"(
+import os, struct, sys
+from cryptography.hazmat.primitives.ciphers.aead import AESGCM
+key, nonce, data = os.urandom(32), os.urandom(12), os.urandom(100000)
+sealed = AESGCM(key).encrypt(nonce, data, None)
+open('package', 'wb').write(b'ZANTOR1\0\x01\x0c\x10\x99' + struct.pack('>Q', len(data)) + nonce + sealed)
+open('plain', 'wb').write(data)
+open('key', 'wb').write(__import__('base64').b64encode(key))
+)";
+    if (!runPython(script, folder.path(), "cryptography")) GTEST_SKIP() << "python3 with cryptography is missing";
+    EXPECT_EQ(decrypt(readFileBytes(folder / "package"), readFileBytes(folder / "key")), "");
+    EXPECT_EQ(output(), readFileBytes(folder / "plain"));
+    EXPECT_EQ(output().size(), 100000u);
+}

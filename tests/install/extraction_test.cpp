@@ -1,0 +1,186 @@
+// Archives: what is written, what is refused, and where nothing may ever be written.
+
+#include "install/package_extraction.h"
+
+#include <gtest/gtest.h>
+
+#include "install/install_world.h"
+#include "support/python.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+ExtractionOutcome extract(const std::string& archive, const TemporaryFolder& folder) {
+    const std::atomic<bool> cancel = false;
+    fs::create_directories(folder / "deep/in/staging");
+    return extractArchive(folder.write("archive", archive).string(), (folder / "deep/in/staging").string(), cancel);
+}
+
+// What an archive of one entry of this name comes to: the tree below staging, or "refused", or "fails".
+Tree treeFromName(const std::string& name) {
+    const TemporaryFolder folder;
+    const ExtractionOutcome outcome = extract(makeZip({{"first", "1"}, {name, "2"}, {"last", "3"}}), folder);
+    const Tree tree = treeOf(folder / "deep/in/staging");
+    EXPECT_EQ(treeOf(folder.path()).size(), tree.size() + 4) << name << ": something lies outside staging";
+    if (outcome == ExtractionOutcome::Failed) {
+        EXPECT_EQ(tree, (Tree{{"first", "1"}})) << name;
+        return {};
+    }
+    EXPECT_EQ(outcome, ExtractionOutcome::Done) << name;
+    return tree;
+}
+
+} // namespace
+
+TEST(PackageExtraction, RefusesEveryNameThatCouldLeaveTheDirectory) {
+    const char* names[] = {
+        "/etc/x",           "//x",      "\\x",         "\\\\server\\x", "..",        "../x",   "..\\x",
+        "a/../x",           "a\\..\\x", "a/..",        "a\\..",         "a/../../x", "./../x", "a/..\\x",
+        "a\\../x",          "C:\\x",    "C:x",         "c:/x",          "x:stream",  "a/b:c",  ":",
+        "data/model:$DATA", "a//../x",  "a/./../../x", "..//x",         "/",         "/a/",    "a/../",
+        "\\\\?\\C:\\x",
+    };
+    for (const std::string name : names) {
+        EXPECT_FALSE(isSafeEntryName(name)) << name;
+        if (name.back() != '/') { // those are passed over, and write nothing
+            EXPECT_EQ(treeFromName(name), Tree{}) << name;
+        } else {
+            EXPECT_EQ(treeFromName(name), (Tree{{"first", "1"}, {"last", "3"}})) << name;
+        }
+    }
+}
+
+TEST(PackageExtraction, KeepsOddNamesThatStayInside) {
+    const Tree plain{{"first", "1"}, {"last", "3"}};
+    const struct {
+        std::string name;
+        Tree added;
+    } cases[] = {
+        {"..x", {{"..x", "2"}}},
+        {"...", {{"...", "2"}}},
+        {"a/..b/c..", {{"a", "<directory>"}, {"a/..b", "<directory>"}, {"a/..b/c..", "2"}}},
+        {"./x", {{"x", "2"}}},
+        {"a//./b", {{"a", "<directory>"}, {"a/b", "2"}}},
+        {" ", {{" ", "2"}}},
+        {"é/日本", {{"é", "<directory>"}, {"é/日本", "2"}}},
+        {"\xFF\xFE", {{"\xFF\xFE", "2"}}},
+        {"~", {{"~", "2"}}},
+        {"%2e%2e%2fx", {{"%2e%2e%2fx", "2"}}},
+        {"empty directory/", {}},
+        {"..\\", {}}, // refused, see below
+        {"", {}},
+#ifndef _WIN32
+        {"a\\b", {{"a\\b", "2"}}},
+        {"a\\", {{"a\\", "2"}}}, // a file, not a directory
+#endif
+    };
+    for (const auto& c : cases) {
+        Tree want = plain;
+        want.insert(c.added.begin(), c.added.end());
+        if (c.name == "..\\") want.clear();
+        EXPECT_EQ(treeFromName(c.name), want) << c.name;
+    }
+}
+
+TEST(PackageExtraction, ReadsEveryKindOfEntryAndRefusesDamage) {
+    std::string text;
+    for (int i = 0; text.size() < 200000; ++i)
+        text += std::to_string(i * i) + ' ';
+    std::vector<ZipEntry> kinds;
+    for (int bits = 0; bits < 8; ++bits) {
+        ZipEntry entry{"kind" + std::to_string(bits), text, (bits & 1) != 0};
+        entry.sizesBehindData = (bits & 2) != 0;
+        entry.zip64 = (bits & 4) != 0;
+        kinds.push_back(entry);
+    }
+    for (int size = 0; size < 70; ++size) // every length that the checksum's steps can leave over
+        kinds.push_back(
+            {"size/" + std::to_string(size), text.substr(0, static_cast<std::size_t>(size)), size % 2 == 0});
+    const TemporaryFolder folder;
+    ASSERT_EQ(extract(makeZip(kinds), folder), ExtractionOutcome::Done);
+    const Tree tree = treeOf(folder / "deep/in/staging");
+    for (const ZipEntry& entry : kinds)
+        EXPECT_TRUE(tree.at(entry.name) == entry.data) << entry.name;
+
+    ZipEntry wrongCrc{"x", "data"};
+    wrongCrc.claimedCrc = 1;
+    std::string damaged = makeZip({{"x", text, true}});
+    damaged[5000] ^= 4;
+    std::string encrypted = makeZip({{"x", "data"}});
+    encrypted[encrypted.find("PK\1\2") + 8] |= 1;
+    const std::string small = makeZip({{"x", "data"}});
+    const std::pair<std::string, ExtractionOutcome> cases[] = {
+        {makeZip({}), ExtractionOutcome::Done},
+        {makeZip({wrongCrc}), ExtractionOutcome::Failed},
+        {damaged, ExtractionOutcome::Failed},
+        {encrypted, ExtractionOutcome::Failed},
+        {makeZip({{"a", "file"}, {"a/b", "below a file"}}), ExtractionOutcome::Failed},
+        {makeZip({{"a/b", "x"}, {"a", "where a directory is"}}), ExtractionOutcome::Failed},
+        {makeZip({{std::string(300, 'n'), "longer than any file name"}}), ExtractionOutcome::Failed},
+        {"", ExtractionOutcome::Unreadable},
+        {"no archive", ExtractionOutcome::Unreadable},
+        {std::string(100000, 'P'), ExtractionOutcome::Unreadable},
+        {small.substr(0, small.size() - 1), ExtractionOutcome::Unreadable},
+        {small.substr(0, 30), ExtractionOutcome::Unreadable},
+    };
+    for (const auto& [archive, outcome] : cases) {
+        const TemporaryFolder own;
+        EXPECT_EQ(extract(archive, own), outcome) << archive.size();
+    }
+}
+
+// Links in an archive are a way out of the directory for extractors that make them.
+TEST(PackageExtraction, ALinkBecomesASmallFileAndLeadsNowhere) {
+    const TemporaryFolder folder;
+    const ZipEntry link = unixEntry("data", "../../outside", 0120777);
+    EXPECT_EQ(extract(makeZip({link, {"data/x", "through the link"}}), folder), ExtractionOutcome::Failed);
+    EXPECT_EQ(treeOf(folder / "deep/in/staging"), (Tree{{"data", "../../outside"}}));
+    EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(folder / "deep/in/staging/data")));
+}
+
+TEST(PackageExtraction, ReadsArchivesOfOtherMakers) {
+    const TemporaryFolder folder;
+    const std::string script = R"(
+import zipfile, shutil, subprocess
+data = bytes(range(256)) * 700
+with zipfile.ZipFile('python.zip', 'w') as z:
+    z.writestr('dir/', b'')
+    z.writestr('stored.bin', data)
+    z.writestr('dir/deflated.bin', data, zipfile.ZIP_DEFLATED)
+    with z.open('streamed.bin', 'w', force_zip64=True) as f: f.write(data)
+    z.writestr('\u00e9\u65e5.txt', 'text', zipfile.ZIP_DEFLATED)
+class Pipe:  # cannot seek, so sizes stand behind the data
+    def __init__(s, f): s.f = f
+    def write(s, b): return s.f.write(b)
+    def flush(s): s.f.flush()
+with open('piped.zip', 'wb') as f, zipfile.ZipFile(Pipe(f), 'w', zipfile.ZIP_DEFLATED) as z:
+    z.writestr('piped.bin', data)
+open('data', 'wb').write(data)
+for tool in (['zip', '-q', 'info.zip'], ['7z', 'a', '-tzip', '-bso0', 'seven.zip'], ['bsdtar', '-acf', 'bsd.zip']):
+    if shutil.which(tool[0]): subprocess.run(tool + ['data'], check=True)
+)";
+    if (!runPython(script, folder.path(), "zipfile")) GTEST_SKIP() << "python3 is missing";
+    const std::string data = readFileBytes(folder / "data");
+    const std::pair<const char*, Tree> archives[] = {
+        {"python.zip",
+         {{"stored.bin", data},
+          {"dir", "<directory>"},
+          {"dir/deflated.bin", data},
+          {"streamed.bin", data},
+          {"é日.txt", "text"}}},
+        {"piped.zip", {{"piped.bin", data}}},
+        {"info.zip", {{"data", data}}},
+        {"seven.zip", {{"data", data}}},
+        {"bsd.zip", {{"data", data}}},
+    };
+    for (const auto& [name, want] : archives) {
+        const TemporaryFolder own;
+        if (!fs::exists(folder / name)) {
+            std::cout << "NOT TESTED, the tool is missing: " << name << '\n';
+            continue;
+        }
+        EXPECT_EQ(extract(readFileBytes(folder / name), own), ExtractionOutcome::Done) << name;
+        EXPECT_EQ(treeOf(own / "deep/in/staging"), want) << name;
+    }
+}

@@ -1,0 +1,204 @@
+#include "install/editor_install_state.h"
+
+#include <chrono>
+
+#include <gtest/gtest.h>
+
+#include "install/install_world.h"
+#include "install/update_manifest.h"
+
+namespace fs = std::filesystem;
+
+TEST(UpdateManifestText, TakesTextsAndNothingElse) {
+    const std::string invalid = "The update manifest is not valid JSON.";
+    const std::string missing = "The update manifest is missing its version or url field.";
+    const std::string deep(200000, '[');
+    const std::pair<std::string, std::string> cases[] = {
+        {"", invalid},
+        {"[]", invalid},
+        {"\"text\"", invalid},
+        {R"({"version":"1","url":"u")", invalid}, // cut
+        {R"({"version":"1","url":"u"} x)", invalid},
+        {R"({"version":"1","url":"u",})", invalid},
+        {deep, invalid},
+        {"{\"a\":" + deep, invalid},
+        {"{}", missing},
+        {R"({"version":1,"url":"u"})", missing},
+        {R"({"version":"1","url":null})", missing},
+        {R"({"version":"","url":"u"})", missing},
+        {R"({"version":"","version":"1","url":"u"})", missing}, // of duplicates the first counts
+        {R"({"Version":"1","url":"u"})", missing},
+        {R"({"version":"1","url":"u","sha256":7,"encryption":"k"})", ""},
+        {"\xEF\xBB\xBF {\"version\":\"1\",\"url\":\"u\",\"encryption\":{\"key\":[]}} \n", ""},
+    };
+    for (const auto& [body, failure] : cases) {
+        UpdateManifest manifest;
+        std::string text;
+        EXPECT_EQ(parseUpdateManifest(body, manifest, text), failure.empty()) << body.substr(0, 80);
+        EXPECT_EQ(text, failure) << body.substr(0, 80);
+        if (failure.empty()) {
+            EXPECT_EQ(manifest.version + manifest.url + manifest.sha256 + manifest.encryptionKey, "1u");
+        }
+    }
+    UpdateManifest manifest;
+    std::string text;
+    ASSERT_TRUE(parseUpdateManifest(
+        R"({"x":{"version":"0"},"version":"1\u0000b","url":"u","url":"w","sha256":"s","plaintext_sha256":"p",)"
+        R"("encryption":{"key":"k","key":"l"}})",
+        manifest, text));
+    EXPECT_EQ(manifest.version, std::string("1\0b", 3));
+    EXPECT_EQ(manifest.url + manifest.sha256 + manifest.plaintextSha256 + manifest.encryptionKey, "uspk");
+}
+
+TEST(UpdateManifestText, MakesAFileNameOfAnyVersionByteByByte) {
+    EXPECT_EQ(sanitizeVersion("1.2.0+build/7"), "1.2.0_build_7");
+    EXPECT_EQ(sanitizeVersion("../\\:é*"), "..______"); // é is two bytes
+    for (int byte = 0; byte < 256; ++byte) {
+        const std::string text(1, static_cast<char>(byte));
+        const bool kept = byte < 128 && (std::isalnum(byte) || byte == '-' || byte == '.');
+        EXPECT_EQ(sanitizeVersion(text), kept ? text : "_") << byte;
+    }
+}
+
+// What the manifest's server says, and what the launcher says then, with and without an editor at hand.
+TEST(UpdateCheck, SaysWhatBecameOfTheManifest) {
+    const auto cut = [](TlsConnection& c) {
+        c.write("HTTP/1.1 200 OK\r\nContent-Length: 99\r\n\r\n{\"version\":\"1.0\"");
+    };
+    const auto cutWithoutLength = [](TlsConnection& c) { c.write("HTTP/1.1 200 OK\r\n\r\n{\"version\":\"1.0\""); };
+    const auto unreachable = "Could not reach the update server, and no local editor was found.";
+    const auto withEditor = "Installed (offline mode)";
+    const auto says = [](int status) { return [status](TlsConnection& c) { c.write(httpAnswer(status, "{}")); }; };
+    const auto http = [](const char* status) {
+        return "The update server returned HTTP " + std::string(status) + " for the manifest.";
+    };
+    const struct {
+        const char* what;
+        InstallWorld::Answer answer;
+        std::string alone, beside;
+    } cases[] = {
+        {"reset", [](TlsConnection& c) { c.reset(); }, unreachable, withEditor},
+        {"nothing", [](TlsConnection& c) { c.closeAbruptly(); }, unreachable, withEditor},
+        {"cut", cut, unreachable, withEditor},
+        {"cut, no length", cutWithoutLength, "The update manifest is not valid JSON.",
+         "The update manifest is not valid JSON."},
+        {"404", says(404), http("404"), http("404")},
+        {"302", [](TlsConnection& c) { c.write("HTTP/1.1 302 x\r\nLocation: /package\r\nContent-Length: 0\r\n\r\n"); },
+         http("302"), http("302")},
+        {"204", [](TlsConnection& c) { c.write("HTTP/1.1 204 x\r\n\r\n"); }, http("204"), http("204")},
+        {"206", says(206), http("206"), http("206")},
+    };
+    for (const bool editor : {false, true}) {
+        for (const auto& c : cases) {
+            InstallWorld world;
+            world.serve("/manifest", c.answer);
+            if (editor) world.installOldEditor();
+            const Tree before = treeOf(world.folder.path());
+            const Outcome outcome = world.run();
+            EXPECT_EQ(outcome.message, editor ? c.beside : c.alone) << c.what;
+            EXPECT_EQ(outcome.status, outcome.message == withEditor ? EditorInstallStatus::InstalledOffline
+                                                                    : EditorInstallStatus::Failed)
+                << c.what;
+            EXPECT_EQ(treeOf(world.folder.path()), before) << c.what; // this stage leaves nothing on disk
+        }
+    }
+}
+
+TEST(UpdateCheck, AnUnusableManifestAddressNeedsNoServer) {
+    const std::string offline = "Installed (offline mode)";
+    const std::string unconfigured = "Update server not configured. Please locate or install VOLO Editor.";
+    const std::string invalid = "The update manifest URL must be a valid https:// URL.";
+    const struct {
+        std::string url;
+        bool editor;
+        EditorInstallStatus status;
+        std::string message;
+    } cases[] = {
+        {"", false, EditorInstallStatus::Idle, unconfigured},
+        {"", true, EditorInstallStatus::InstalledOffline, offline},
+        {"/manifest?a=YOUR_SERVER", false, EditorInstallStatus::Idle, unconfigured},
+        {"http:", true, EditorInstallStatus::Failed, invalid},
+    };
+    for (const auto& c : cases) {
+        InstallWorld world;
+        if (c.editor) world.installOldEditor();
+        EditorInstallState state(c.url.starts_with('/') ? world.url(c.url) : c.url, world.downloads.string());
+        state.startUpdate();
+        while (state.status() == EditorInstallStatus::Checking)
+            std::this_thread::yield();
+        EXPECT_EQ(state.status(), c.status) << c.url;
+        EXPECT_EQ(state.statusMessage(), c.message) << c.url;
+        EXPECT_TRUE(world.requestedPaths().empty());
+        EXPECT_FALSE(fs::exists(world.downloads));
+    }
+}
+
+TEST(UpdateCheck, ComparesVersionsByteForByteAndThePackageAddressFirst) {
+    const std::string package = makeZip({{"editor.exe", "new"}});
+    InstallWorld world;
+    world.installOldEditor();
+    world.serve("/manifest", R"({"version":"1.0","url":"http://plain/package"})");
+    EXPECT_EQ(world.run().message, "The package URL in the update manifest must be a valid https:// URL.");
+    world.release("1.0", package);
+    Outcome outcome = world.run();
+    EXPECT_EQ(outcome.message, "Installed — version 1.0");
+    EXPECT_EQ(outcome.status, EditorInstallStatus::Installed);
+    EXPECT_TRUE(world.oldEditorIsUntouched());
+    EXPECT_TRUE(outcome.rows.empty());
+
+    // The marker alone is no editor, and an editor without marker is of no version.
+    fs::remove(world.editor / "editor.exe");
+    EXPECT_EQ(world.run().rows.size(), 1u);
+    fs::remove(world.editor / ".zantor_editor_version");
+    EXPECT_EQ(world.run().message, "Installed — version 1.0");
+    EXPECT_EQ(readFileBytes(world.editor / ".zantor_editor_version"), "1.0\n");
+    world.release("0.9 ", package); // an older one, with a blank that the marker's reader would cut off
+    EXPECT_EQ(world.run().message, "Installed — version 0.9 ");
+    EXPECT_EQ(readFileBytes(world.editor / ".zantor_editor_version"), "0.9 \n");
+}
+
+TEST(InstallState, ASecondStartWhileBusyStartsNothing) {
+    InstallWorld world;
+    world.serve("/manifest", [](TlsConnection& c) { c.pause(300), c.write(httpAnswer(404, "")); });
+    world.state().requestCancel(); // before any run: cleared by the start
+    world.state().startUpdate();
+    EXPECT_EQ(world.state().statusMessage(), "Checking for updates…");
+    world.state().startUpdate();
+    EXPECT_EQ(world.finish().status, EditorInstallStatus::Failed);
+    EXPECT_EQ(world.requestedPaths().size(), 1u);
+}
+
+// A frame asks joinIfFinished once; a retry may come between the worker's last word and its end.
+TEST(InstallState, ARetryRightAfterAFailureDoesNotHoldTheFrameUntilItEnds) {
+    InstallWorld world;
+    std::atomic<int> asked{0};
+    world.serve("/manifest", [&](TlsConnection& c) {
+        if (++asked > 1) c.pause(2000);
+        c.write(httpAnswer(404, ""));
+    });
+    world.state().startUpdate();
+    ASSERT_TRUE(world.waitFor(EditorInstallStatus::Failed));
+    world.state().startUpdate();
+    const auto start = std::chrono::steady_clock::now();
+    world.state().joinIfFinished();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+    EXPECT_EQ(world.state().status(), EditorInstallStatus::Checking);
+    world.finish();
+}
+
+TEST(InstallState, DeletingARowTakesItsPackageAndNothingElse) {
+    InstallWorld world;
+    const std::string package = makeZip({{"editor.exe", "new"}});
+    for (const char* version : {"1", "2", "3"}) {
+        world.release(version, package);
+        ASSERT_EQ(world.run().status, EditorInstallStatus::Installed);
+    }
+    for (const int index : {-1, 3, 1000})
+        world.state().removeDownload(index);
+    EXPECT_EQ(world.state().downloadsSnapshot().size(), 3u);
+    world.state().removeDownload(1);
+    const std::vector<DownloadRecord> rows = world.state().downloadsSnapshot();
+    ASSERT_EQ(rows.size(), 2u);
+    EXPECT_EQ(rows[0].version + rows[1].version, "31");
+    EXPECT_EQ(treeOf(world.downloads), (Tree{{"zantor_editor_1.zip", package}, {"zantor_editor_3.zip", package}}));
+}

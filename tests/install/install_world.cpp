@@ -1,0 +1,133 @@
+#include "install/install_world.h"
+
+#include <chrono>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "support/settable_system.h"
+
+namespace fs = std::filesystem;
+
+static const CertificateAuthority& authority() {
+    static const CertificateAuthority instance;
+    return instance;
+}
+
+const ServerIdentity& InstallWorld::identity() {
+    static const ServerIdentity instance = authority().issue({{"localhost"}, {"127.0.0.1"}, "localhost"});
+    return instance;
+}
+
+Tree treeOf(const fs::path& directory) {
+    Tree tree;
+    std::error_code error;
+    for (const auto& entry : fs::recursive_directory_iterator(directory, error))
+        tree[entry.path().lexically_relative(directory).generic_string()] =
+            entry.is_directory() ? "<directory>" : readFileBytes(entry.path());
+    return tree;
+}
+
+InstallWorld::InstallWorld()
+    : launcher(folder / "some" / "wo anders" / "Läuncher 日本")
+    , downloads(folder / "downloads")
+    , editor(launcher / "editor")
+    , staging(launcher / "editor-staging")
+    , trust_("SSL_CERT_FILE", (folder / "root.pem").string())
+    , server_(identity(), [this](TlsConnection& connection) { answer(connection); }) {
+    EXPECT_TRUE(authority().writeRoot((folder / "root.pem").string()));
+    fs::create_directories(launcher);
+    setLauncherDirectory(launcher.string());
+}
+
+InstallWorld::~InstallWorld() {
+    setCurrentTime(0);
+}
+
+void InstallWorld::answer(TlsConnection& connection) {
+    const std::string request = connection.readRequest();
+    const std::size_t start = request.find(' ') + 1;
+    Answer answer = [](TlsConnection& unknown) { unknown.write(httpAnswer(404, "not here")); };
+    {
+        const std::lock_guard lock(mutex_);
+        const auto found = answers_.find(request.substr(start, request.find(' ', start) - start));
+        if (found != answers_.end()) answer = found->second;
+    }
+    answer(connection);
+}
+
+void InstallWorld::serve(const std::string& path, Answer answer) {
+    const std::lock_guard lock(mutex_);
+    answers_[path] = std::move(answer);
+}
+
+void InstallWorld::serve(const std::string& path, const std::string& body, int status) {
+    serve(path, [body, status](TlsConnection& connection) { connection.write(httpAnswer(status, body)); });
+}
+
+std::string InstallWorld::url(const std::string& path) const {
+    return "https://127.0.0.1:" + std::to_string(server_.port()) + path;
+}
+
+std::vector<std::string> InstallWorld::requestedPaths() const {
+    std::vector<std::string> paths;
+    for (const std::string& request : server_.requests())
+        paths.push_back(request.substr(4, request.find(' ', 4) - 4));
+    return paths;
+}
+
+void InstallWorld::release(const std::string& version, const std::string& package, const std::string& extraMembers) {
+    serve("/package", package);
+    serve("/manifest", "{" + extraMembers + "\"version\":\"" + version + "\",\"url\":\"" + url("/package") +
+                           "\",\"sha256\":\"" + sha256Hex(package) + "\"}");
+}
+
+static const Tree kOldEditor = {{"editor.exe", "old"},
+                                {"data", "<directory>"},
+                                {"data/model.bin", "old data"},
+                                {".zantor_editor_version", "1.0\n"}};
+
+void InstallWorld::installOldEditor() const {
+    for (const auto& [name, bytes] : kOldEditor) {
+        if (bytes != "<directory>") folder.write(editor / name, bytes);
+    }
+}
+
+bool InstallWorld::oldEditorIsUntouched() const {
+    return treeOf(editor) == kOldEditor;
+}
+
+EditorInstallState& InstallWorld::state(const ArtifactAuthenticity& authenticity) {
+    if (!state_) state_ = std::make_unique<EditorInstallState>(url("/manifest"), downloads.string(), authenticity);
+    return *state_;
+}
+
+Outcome InstallWorld::run() {
+    state().startUpdate();
+    return finish();
+}
+
+static bool isBusy(EditorInstallStatus status) {
+    return status >= EditorInstallStatus::Checking && status <= EditorInstallStatus::Installing;
+}
+
+Outcome InstallWorld::finish() {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    while (isBusy(state().status()) && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    state().joinIfFinished();
+    Outcome outcome{state().status(), state().statusMessage(), {}};
+    EXPECT_FALSE(isBusy(outcome.status)) << "still " << outcome.message;
+    for (const DownloadRecord& row : state().downloadsSnapshot())
+        outcome.rows.push_back(row.status);
+    return outcome;
+}
+
+bool InstallWorld::waitFor(EditorInstallStatus status) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (state().status() != status) {
+        if (std::chrono::steady_clock::now() > deadline) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}

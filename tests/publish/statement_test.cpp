@@ -1,0 +1,209 @@
+#include "publish/statement_writer.h"
+
+#include <gtest/gtest.h>
+
+#include "publish/inspect.h"
+#include "publish_world.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Three releases of one day each apart; the last is on offer.
+class Statements : public testing::Test {
+  protected:
+    void SetUp() override {
+        request.siteDirectory = world.site;
+        request.days = 30;
+        for (const std::string version : {"1", "2", "3"}) {
+            world.request.version = version;
+            world.request.nowSeconds = kNow + (version[0] - '1') * 20 * kDay;
+            ASSERT_EQ(world.publishBytes(makeZip({{"editor.exe", version}})), "");
+            hashes[version] = world.manifest().sha256;
+        }
+        request.nowSeconds = kNow + 40 * kDay; // the first has expired, the second has 10 days to go
+    }
+
+    std::string run(const std::vector<std::string>& keyNames = {"first"}) {
+        report = {};
+        std::string failure;
+        const bool done = renewStatements(request, world.keys(keyNames), report, failure);
+        EXPECT_EQ(done, failure.empty());
+        return failure;
+    }
+    std::string verdict(const std::string& version, const std::string& key = "first", int days = 0) {
+        return world.verdict(hashes[version], {key}, request.nowSeconds + days * kDay);
+    }
+
+    PublishWorld world;
+    StatementRequest request;
+    StatementReport report;
+    std::map<std::string, std::string> hashes;
+};
+
+const std::string kUnsigned = "the release is not signed by a trusted key.";
+const std::string kWithdrawn = "this release was withdrawn by its publisher.";
+const std::string kExpired = "the release statement has expired. Check this computer's date and time.";
+
+} // namespace
+
+TEST_F(Statements, AreOnlyLookedAtWithoutAChoice) {
+    const auto before = world.files();
+    EXPECT_EQ(run(), "");
+    EXPECT_EQ(world.files(), before);
+    ASSERT_EQ(report.lines.size(), 3u);
+    EXPECT_NE(report.lines[0].find("expired"), std::string::npos);
+    ASSERT_EQ(report.warnings.size(), 1u);
+    EXPECT_NE(report.warnings[0].find("2 (" + hashes["2"].substr(0, 16) + ") ends in 10 days"), std::string::npos);
+    request.nowSeconds -= 1; // more than ten days
+    EXPECT_EQ(run(), "");
+    EXPECT_TRUE(report.warnings.empty());
+    request.nowSeconds = kNow + 80 * kDay; // what is on offer has expired
+    EXPECT_EQ(run(), "");
+    ASSERT_EQ(report.warnings.size(), 1u);
+    EXPECT_NE(report.warnings[0].find("still offers 3"), std::string::npos);
+}
+
+TEST_F(Statements, AreRenewedWhileTheyAreSupported) {
+    request.all = true;
+    request.days = 92;
+    EXPECT_EQ(run(), "");
+    EXPECT_EQ(verdict("1"), kExpired); // a release that was left to expire stays so
+    EXPECT_EQ(verdict("2", "first", 93), "");
+    EXPECT_EQ(verdict("3", "first", 93), "");
+    EXPECT_EQ(verdict("3", "first", 94), kExpired);
+    request.all = false;
+    request.versions = {"1"};
+    request.days = 93; // more than any launcher takes
+    EXPECT_NE(run(), "");
+    EXPECT_EQ(verdict("1"), kExpired);
+    request.days = 30;
+    EXPECT_EQ(run(), "");
+    EXPECT_EQ(verdict("1"), "");
+    request.versions = {"4"};
+    EXPECT_NE(run(), "");
+}
+
+TEST_F(Statements, ChangeKeysThroughATimeWithBoth) {
+    request.all = true;
+    EXPECT_EQ(run({"first", "second"}), "");
+    EXPECT_EQ(verdict("3", "first"), "");
+    EXPECT_EQ(verdict("3", "second"), "");
+    EXPECT_EQ(run({"second"}), "");
+    EXPECT_EQ(verdict("3", "first"), kUnsigned);
+    EXPECT_EQ(verdict("3", "second"), "");
+    // The first key alone has no say any more, unless the second one's signature is said to count.
+    EXPECT_NE(run({"first"}), "");
+    EXPECT_EQ(verdict("3", "second"), "");
+    request.trustedKeys = publisherKeysText(world.publicKeys({"second"}));
+    EXPECT_EQ(run({"first"}), "");
+    EXPECT_EQ(verdict("3", "first"), "");
+    request.trustedKeys = "AAAA";
+    EXPECT_NE(run(), "");
+}
+
+TEST_F(Statements, OfOthersAreNotSigned) {
+    // Somebody who can write to the directory adds a release, and changes another one's version.
+    const std::string theirs = std::string(64, 'a');
+    const std::vector<PublisherKey> otherKeys = world.keys({"second"});
+    world.folder.write("site/statements/" + theirs + ".txt",
+                       writeStatement({"3", 10, theirs, "-"}, "ok", kNow, 90, otherKeys));
+    const auto before = world.files();
+    request.all = true;
+    EXPECT_NE(run(), "");
+    EXPECT_EQ(world.files(), before) << "some were signed although one is not ours";
+    fs::remove(world.folder / "site/statements" / (theirs + ".txt"));
+    const fs::path mine = world.folder / "site/statements" / (hashes["2"] + ".txt");
+    std::string text = readFileBytes(mine);
+    world.folder.write(mine, text.replace(text.find("version: 2"), 10, "version: 9"));
+    EXPECT_NE(run(), "");
+    world.folder.write(mine, readFileBytes(world.folder / "site/statements" / (hashes["3"] + ".txt")));
+    EXPECT_NE(run().find("another package than its name"), std::string::npos);
+}
+
+TEST_F(Statements, WithdrawAReleaseForGood) {
+    request.revoke = true;
+    request.packages = {""}; // which every hash begins with
+    EXPECT_NE(run(), "");
+    EXPECT_EQ(verdict("3"), "");
+    request.versions = {"2"};
+    request.packages = {hashes["3"].substr(0, 12)};
+    EXPECT_EQ(run(), "");
+    EXPECT_EQ(verdict("2"), kWithdrawn);
+    EXPECT_EQ(verdict("3"), kWithdrawn);
+    ASSERT_FALSE(report.warnings.empty());
+    EXPECT_NE(report.warnings[0].find("still offers 3"), std::string::npos);
+    // Neither renewing nor publishing again brings it back by accident.
+    request.revoke = false;
+    EXPECT_NE(run(), "");
+    request.versions.clear();
+    request.packages.clear();
+    request.all = true;
+    EXPECT_EQ(run(), "");
+    EXPECT_EQ(verdict("2"), kWithdrawn);
+    EXPECT_NE(world.publish().find("withdrawn"), std::string::npos);
+    EXPECT_EQ(verdict("3"), kWithdrawn);
+    world.request.force = true;
+    EXPECT_EQ(world.publish(), "");
+    EXPECT_EQ(verdict("3"), "");
+}
+
+TEST_F(Statements, AreNotSignedWithAKeyThatWouldBePublished) {
+    fs::copy_file(world.keyFile("first"), world.folder / "site/inside.key");
+    fs::copy_file(world.keyFile("first"), world.folder / "site.key"); // beside, with a name that begins alike
+    std::vector<std::string> warnings;
+    std::string failure;
+    for (const auto& [name, good] : {std::pair("site/inside.key", false), std::pair("site.key", true)}) {
+        std::vector<PublisherKey> keys(1);
+        ASSERT_TRUE(keys[0].read((world.folder / name).string(), warnings, failure));
+        EXPECT_EQ(renewStatements(request, keys, report, failure), good) << name;
+        EXPECT_EQ(publishRelease(world.request, keys, world.result, failure), good) << name;
+    }
+}
+
+TEST_F(Statements, AndPackagesAreInspectedTogether) {
+    const std::string package = world.result.packagePath;
+    const auto inspect = [&](const std::string& path, const std::string& manifest = {}) {
+        StatementReport found;
+        std::string failure;
+        const std::string keys = publisherKeysText(world.publicKeys({"first"}));
+        const bool holds = inspectFile({path, manifest, keys, request.nowSeconds}, found, failure);
+        EXPECT_EQ(holds, failure.empty());
+        return failure;
+    };
+    const std::string manifest = (world.folder / "site/manifest.json").string();
+    const std::string statement = world.result.statementPath;
+    for (const std::string& path : {package, manifest, statement, world.request.zipPath})
+        EXPECT_EQ(inspect(path), "") << path;
+    const auto changed = [&](const std::string& file, const std::string& bytes, const std::string& inspected) {
+        const std::string good = readFileBytes(file);
+        world.folder.write(file, bytes);
+        const std::string failure = inspect(inspected);
+        world.folder.write(file, good);
+        return failure;
+    };
+    std::string bytes = readFileBytes(package);
+    bytes[50] ^= 1;
+    EXPECT_NE(changed(package, bytes, manifest).find("another hash"), std::string::npos);
+    EXPECT_NE(changed(package, bytes + "x", package).find("does not match declared"), std::string::npos);
+    std::string text = readFileBytes(manifest);
+    text.replace(text.find("plaintext_sha256\": \"") + 20, 4, "0000");
+    EXPECT_NE(changed(manifest, text, package).find("another hash"), std::string::npos);
+    text = readFileBytes(manifest);
+    text.replace(text.find("\"key\": \"") + 8, 4, "AAAA");
+    EXPECT_NE(changed(manifest, text, package).find("tampered"), std::string::npos);
+    EXPECT_NE(changed(manifest, "{\"version\":\"3\"}", manifest).find("missing its version or url"), std::string::npos);
+    text = readFileBytes(statement);
+    text.replace(text.find("version: 3"), 10, "version: 4");
+    EXPECT_NE(changed(statement, text, statement).find(kUnsigned), std::string::npos);
+    EXPECT_NE(changed(statement, text + "\n", manifest).find("well-formed"), std::string::npos);
+    const std::string older =
+        (world.folder / "site" / ("editor-2-" + hashes["2"].substr(0, 16) + ".container")).string();
+    EXPECT_EQ(inspect(older), ""); // as far as it can be told without its manifest
+    EXPECT_NE(inspect(older, manifest).find("another package"), std::string::npos);
+    EXPECT_NE(inspect(world.keyFile("first")), "");
+    request.nowSeconds += 31 * kDay;
+    EXPECT_NE(inspect(manifest), "");
+    fs::remove(statement);
+    EXPECT_NE(inspect(manifest).find("No release statement"), std::string::npos);
+}
