@@ -13,6 +13,7 @@
 namespace {
 
 constexpr float kPi = 3.14159265f;
+constexpr int kPillSegments = 8; // of a quarter circle
 
 struct Theme {
     float scale = 1.0f;
@@ -88,8 +89,8 @@ ImGuiStyle styleAtScaleOne() {
     ImGuiStyle style;
     for (const auto& [role, colour] : kStyleColours)
         style.Colors[role] = ImGui::ColorConvertU32ToFloat4(colour);
-    style.WindowPadding = {16.0f, 14.0f};
-    style.FramePadding = {12.0f, 8.0f};
+    style.WindowPadding = {14.0f, 14.0f};
+    style.FramePadding = {14.0f, 8.0f};
     style.ItemSpacing = {10.0f, 8.0f};
     style.ItemInnerSpacing = {8.0f, 6.0f};
     style.WindowRounding = palette::kPopupRounding; // of modal popups and tooltips too
@@ -246,10 +247,12 @@ void uiThemeRoundedPanel(ImDrawList* drawList, ImVec2 min, ImVec2 max, ImU32 col
     }
     // AddRectFilled keeps a pixel of straight edge; a pill or a dot is to be round all the way.
     const float r = std::min(radius, limit);
-    drawList->PathArcToFast({min.x + r, min.y + r}, r, 6, 9);
-    drawList->PathArcToFast({max.x - r, min.y + r}, r, 9, 12);
-    drawList->PathArcToFast({max.x - r, max.y - r}, r, 0, 3);
-    drawList->PathArcToFast({min.x + r, max.y - r}, r, 3, 6);
+    const float turns[] = {kPi, kPi * 1.5f, 0.0f, kPi * 0.5f}; // where the corner's arc begins, clockwise from top left
+    for (int corner = 0; corner < 4; ++corner) {
+        const bool right = corner == 1 || corner == 2;
+        const ImVec2 centre{right ? max.x - r : min.x + r, corner >= 2 ? max.y - r : min.y + r};
+        drawList->PathArcTo(centre, r, turns[corner], turns[corner] + kPi * 0.5f, kPillSegments);
+    }
     drawList->PathFillConvex(colour);
 }
 
