@@ -13,7 +13,7 @@
 namespace {
 
 constexpr float kPi = 3.14159265f;
-constexpr int kPillSegments = 8; // of a quarter circle
+constexpr int kPillSegments = 16; // of half a circle
 
 struct Theme {
     float scale = 1.0f;
@@ -91,7 +91,7 @@ ImGuiStyle styleAtScaleOne() {
         style.Colors[role] = ImGui::ColorConvertU32ToFloat4(colour);
     style.WindowPadding = {14.0f, 14.0f};
     style.FramePadding = {14.0f, 8.0f};
-    style.ItemSpacing = {10.0f, 8.0f};
+    style.ItemSpacing = {6.0f, 8.0f};
     style.ItemInnerSpacing = {8.0f, 6.0f};
     style.WindowRounding = palette::kPopupRounding; // of modal popups and tooltips too
     style.PopupRounding = palette::kPopupRounding;
@@ -240,19 +240,22 @@ ImVec2 uiThemeTextSize(ImFont* font, std::string_view text, float wrapWidth) {
 // --- shapes ----------------------------------------------------------------------------------------------------------
 
 void uiThemeRoundedPanel(ImDrawList* drawList, ImVec2 min, ImVec2 max, ImU32 colour, float radius) {
-    const float limit = std::min(max.x - min.x, max.y - min.y) * 0.5f;
+    const ImVec2 size{max.x - min.x, max.y - min.y};
+    const float limit = std::min(size.x, size.y) * 0.5f;
     if (radius <= limit - 1.0f || limit <= 0.5f) {
         drawList->AddRectFilled(min, max, colour, radius);
         return;
     }
     // AddRectFilled keeps a pixel of straight edge; a pill or a dot is to be round all the way.
-    const float r = std::min(radius, limit);
-    const float turns[] = {kPi, kPi * 1.5f, 0.0f, kPi * 0.5f}; // where the corner's arc begins, clockwise from top left
-    for (int corner = 0; corner < 4; ++corner) {
-        const bool right = corner == 1 || corner == 2;
-        const ImVec2 centre{right ? max.x - r : min.x + r, corner >= 2 ? max.y - r : min.y + r};
-        drawList->PathArcTo(centre, r, turns[corner], turns[corner] + kPi * 0.5f, kPillSegments);
+    const ImVec2 first{min.x + limit, min.y + limit};
+    const ImVec2 last{max.x - limit, max.y - limit};
+    if (std::abs(size.x - size.y) < 0.5f) {
+        drawList->AddCircleFilled(first, limit, colour, kPillSegments * 2);
+        return;
     }
+    const float from = size.x > size.y ? kPi * 0.5f : kPi;
+    drawList->PathArcTo(first, limit, from, from + kPi, kPillSegments);
+    drawList->PathArcTo(last, limit, from + kPi, from + 2.0f * kPi, kPillSegments);
     drawList->PathFillConvex(colour);
 }
 
