@@ -72,6 +72,12 @@ TEST_F(PlacementFile, AFailedWriteLeavesTheOldFile) {
     fs::create_directories(fs::path(file).concat(".tmp") / "in the way");
     EXPECT_FALSE(writePlacement(file, {9, 9, 1100, 700, true}));
     EXPECT_EQ(readPlacement(file), old);
+    fs::remove_all(fs::path(file).concat(".tmp"));
+    if (fs::exists("/dev/full")) { // a full disk shows only when the text is flushed
+        fs::create_symlink("/dev/full", fs::path(file).concat(".tmp"));
+        EXPECT_FALSE(writePlacement(file, {9, 9, 1100, 700, true}));
+        EXPECT_EQ(readPlacement(file), old);
+    }
     EXPECT_FALSE(writePlacement(folder / "missing" / "Launcher.window", old));
 }
 
