@@ -58,6 +58,7 @@ int main() {
     desc.fontPath = fontPath.c_str();
 
     UiHost host;
+    host.placementDirectory = userDataDirectory();
     std::string errorText;
     if (!host.initialize(desc, errorText)) {
         std::fprintf(stderr, "[Launcher] UI host failed: %s\n", errorText.c_str());

@@ -39,6 +39,10 @@ class UiHost {
     [[nodiscard]] bool presentFrame(const float* clearColour); // red, green, blue, alpha; false: the loop is to end
     void shutdown();
 
+    // Where the window's size and place are kept between runs, UTF-8; set before initialize. Empty: nothing is read or
+    // written. They are written by shutdown.
+    std::string placementDirectory;
+
     UiIntegration* integration = nullptr; // set by initialize
     float deltaSeconds = 0.0f;            // since the frame before, set by beginFrame
 

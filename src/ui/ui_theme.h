@@ -21,8 +21,7 @@ void uiThemeSetScale(float scale);                  // a change takes effect at 
 void uiThemeTick(float deltaSeconds);               // the clock of whatever moves
 void uiThemeApplyStyle();                           // Dear ImGui's own widgets in the theme's colours and metrics
 
-// --- colours
-// ----------------------------------------------------------------------------------------------------------
+// --- colours ---------------------------------------------------------------------------------------------------------
 
 ImU32 uiThemeBackground();
 ImU32 uiThemeCard();
@@ -33,8 +32,7 @@ ImU32 uiThemeMutedForeground();
 ImU32 uiThemeDestructive();
 void uiThemeBackgroundFloat(float* colour); // red, green, blue, alpha
 
-// --- metrics and type
-// -------------------------------------------------------------------------------------------------
+// --- metrics and type ------------------------------------------------------------------------------------------------
 
 float uiThemePx(float units);  // at the current scale
 float uiThemeWindowRounding(); // 0 while the system draws the window's frame
@@ -46,8 +44,7 @@ float uiThemeFontSize(ImFont* font); // its own size in pixels
 // The size of a text in a font's own size. A wrapWidth above 0 wraps at words.
 ImVec2 uiThemeTextSize(ImFont* font, std::string_view text, float wrapWidth = 0.0f);
 
-// --- shapes
-// -----------------------------------------------------------------------------------------------------------
+// --- shapes ----------------------------------------------------------------------------------------------------------
 
 void uiThemeRoundedPanel(ImDrawList* drawList, ImVec2 min, ImVec2 max, ImU32 colour, float radius);
 void uiThemeBorder(ImDrawList* drawList, ImVec2 min, ImVec2 max, float radius, float thickness, ImU32 colour);

@@ -1,0 +1,227 @@
+#include "ui/ui_fonts.h"
+
+#include <array>
+#include <bitset>
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <vector>
+
+#include <imgui_internal.h>
+
+#include "ui/ui_system_fonts.h"
+
+namespace {
+
+constexpr std::size_t kMaxFontFileBytes = 64u << 20;
+constexpr std::size_t kMaxSystemFonts = 16;
+
+// The share of a line that the em square takes in Roboto. System fonts are scaled by their em square, so that a
+// character of theirs stands as high as its neighbours whatever line spacing its font asks for.
+constexpr float kEmShare = 2048.0f / 2400.0f;
+
+struct SizedFont {
+    float nominalSize;
+    ImFont* font;
+};
+
+struct FallbackFace {
+    std::unique_ptr<SystemFont> source;
+    ImFontConfig config;
+};
+
+struct Fonts {
+    ImFontAtlas* atlas = nullptr;
+    float scale = 1.0f;
+    void* file = nullptr; // belongs to the atlas, through the first font that was made of it
+    int fileBytes = 0;
+    std::vector<SizedFont> sized;
+    std::vector<std::unique_ptr<FallbackFace>> faces;
+    std::bitset<0x10000> missing; // characters that no font has
+};
+Fonts fonts;
+
+// --- characters that the font file lacks -----------------------------------------------------------------------------
+
+// Of the stb loader's own scaling only the ratio of two sizes is left to us: with both negative it starts from the em
+// square and multiplies by their quotient.
+bool initializeFace(FallbackFace& face) {
+    ImFontConfig reference;
+    reference.SizePixels = -1.0f;
+    ImFont referenceFont;
+    referenceFont.Sources.push_back(&reference);
+    face.config.MergeMode = true;
+    face.config.SizePixels = -kEmShare;
+    face.config.FontData = const_cast<unsigned char*>(face.source->file.data());
+    face.config.FontDataSize = static_cast<int>(face.source->file.size());
+    face.config.FontNo = static_cast<ImU32>(face.source->faceIndex);
+    face.config.DstFont = &referenceFont;
+    const bool usable = ImFontAtlasGetFontLoaderForStbTruetype()->FontSrcInit(fonts.atlas, &face.config);
+    face.config.DstFont = nullptr;
+    return usable;
+}
+
+bool isWorthAsking(ImWchar character) {
+    const bool surrogateOrPrivate = character >= 0xD800 && character < 0xF900;
+    return character >= 0xA0 && !surrogateOrPrivate && character < 0xFFF0; // the last sixteen are not for display
+}
+
+ImFontConfig* faceWith(ImWchar character) {
+    if (!fonts.atlas || !isWorthAsking(character) || fonts.missing[character]) return nullptr;
+    const ImFontLoader* loader = ImFontAtlasGetFontLoaderForStbTruetype();
+    for (const auto& face : fonts.faces)
+        if (loader->FontSrcContainsGlyph(fonts.atlas, &face->config, character)) return &face->config;
+
+    if (fonts.faces.size() < kMaxSystemFonts) {
+        auto face = std::make_unique<FallbackFace>();
+        face->source = findSystemFont(character);
+        if (face->source && isUsableFontFile(face->source->file, face->source->faceIndex) && initializeFace(*face)) {
+            fonts.faces.push_back(std::move(face));
+            ImFontConfig* config = &fonts.faces.back()->config;
+            if (loader->FontSrcContainsGlyph(fonts.atlas, config, character)) return config;
+        }
+    }
+    fonts.missing.set(character);
+    return nullptr;
+}
+
+bool fallbackHasGlyph(ImFontAtlas*, ImFontConfig*, ImWchar character) {
+    return faceWith(character) != nullptr;
+}
+
+bool loadFallbackGlyph(ImFontAtlas* atlas, ImFontConfig*, ImFontBaked* baked, void*, ImWchar character,
+                       ImFontGlyph* glyph, float* advance) {
+    ImFontConfig* config = faceWith(character);
+    return config && ImFontAtlasGetFontLoaderForStbTruetype()->FontBakedLoadGlyph(atlas, config, baked, nullptr,
+                                                                                  character, glyph, advance);
+}
+
+const ImFontLoader* fallbackLoader() {
+    static const ImFontLoader loader = [] {
+        ImFontLoader made;
+        made.Name = "system fonts";
+        made.FontSrcContainsGlyph = fallbackHasGlyph;
+        made.FontBakedLoadGlyph = loadFallbackGlyph;
+        return made;
+    }();
+    return &loader;
+}
+
+// --- the font file ---------------------------------------------------------------------------------------------------
+
+void readFontFile(const std::string& path) {
+    if (path.empty()) return;
+    const std::filesystem::path file(std::u8string(path.begin(), path.end()));
+    std::error_code error;
+    const std::uintmax_t size = std::filesystem::file_size(file, error);
+    if (error || size == 0 || size > kMaxFontFileBytes) return;
+    auto* bytes = static_cast<unsigned char*>(IM_ALLOC(size));
+    std::ifstream stream(file, std::ios::binary);
+    stream.read(reinterpret_cast<char*>(bytes), static_cast<std::streamsize>(size));
+    if (!stream || !isUsableFontFile({bytes, size})) {
+        IM_FREE(bytes);
+        return;
+    }
+    fonts.file = bytes;
+    fonts.fileBytes = static_cast<int>(size);
+}
+
+ImFont* addFont(float pixels) {
+    ImFontConfig config;
+    config.SizePixels = pixels;
+    ImFont* font = nullptr;
+    if (fonts.file) {
+        config.FontData = fonts.file;
+        config.FontDataSize = fonts.fileBytes;
+        font = fonts.atlas->AddFont(&config);
+        // Asked not to own the bytes, the atlas would copy them for every size. It owns them once, in the first font.
+        font->Sources[0]->FontDataOwnedByAtlas = fonts.sized.empty();
+    } else {
+        config.PixelSnapH = true;
+        config.OversampleH = config.OversampleV = 1;
+        font = fonts.atlas->AddFontDefault(&config);
+    }
+    ImFontConfig fallback;
+    fallback.MergeMode = true;
+    fallback.FontLoader = fallbackLoader();
+    fonts.atlas->AddFont(&fallback);
+    return font;
+}
+
+void resize(ImFont* font, float pixels) {
+    font->LegacySize = pixels;
+    // Glyphs are baked for whole sizes. The density makes the bitmap of a size between two of them exact, so that it is
+    // not blurred by scaling.
+    const float baked = ImGui::GetRoundedFontSize(pixels);
+    font->CurrentRasterizerDensity = pixels / baked * ImGui::GetIO().DisplayFramebufferScale.y;
+}
+
+} // namespace
+
+void fontsInitialize(const std::string& path, float scale) {
+    fontsShutdown();
+    fonts.atlas = ImGui::GetIO().Fonts;
+    fonts.scale = scale;
+    readFontFile(path);
+}
+
+void fontsShutdown() {
+    for (const auto& face : fonts.faces)
+        ImFontAtlasGetFontLoaderForStbTruetype()->FontSrcDestroy(fonts.atlas, &face->config);
+    if (fonts.sized.empty() && fonts.file) IM_FREE(fonts.file); // no font was made that could own it
+    fonts = {};
+}
+
+void fontsSetScale(float scale) {
+    fonts.scale = scale;
+    for (const SizedFont& entry : fonts.sized)
+        resize(entry.font, entry.nominalSize * scale);
+}
+
+ImFont* fontAt(float nominalSize) {
+    if (fonts.atlas != ImGui::GetIO().Fonts) fontsInitialize({}, fonts.scale);
+    const float pixels = nominalSize * fonts.scale;
+    for (const SizedFont& entry : fonts.sized)
+        if (entry.nominalSize == nominalSize) {
+            resize(entry.font, pixels); // Dear ImGui resets the density whenever a font is pushed
+            return entry.font;
+        }
+    ImFont* font = addFont(pixels);
+    fonts.sized.push_back({nominalSize, font});
+    resize(font, pixels);
+    return font;
+}
+
+bool isUsableFontFile(std::span<const unsigned char> file, int faceIndex) {
+    const auto u16 = [&](std::size_t at) { return static_cast<std::size_t>(file[at] << 8 | file[at + 1]); };
+    const auto u32 = [&](std::size_t at) { return u16(at) << 16 | u16(at + 2); };
+    const auto tagAt = [&](std::size_t at, const char* tag) { return std::memcmp(&file[at], tag, 4) == 0; };
+    if (file.size() < 12) return false;
+
+    std::size_t header = 0;
+    if (tagAt(0, "ttcf")) {
+        if (faceIndex < 0 || static_cast<std::size_t>(faceIndex) >= u32(8)) return false;
+        const std::size_t entry = 12 + 4 * static_cast<std::size_t>(faceIndex);
+        if (entry + 4 > file.size()) return false;
+        header = u32(entry);
+        if (header + 12 > file.size()) return false;
+    }
+    if (!tagAt(header, std::array<char, 4>{0, 1, 0, 0}.data()) && !tagAt(header, "OTTO") && !tagAt(header, "true"))
+        return false;
+
+    const std::size_t tables = u16(header + 4);
+    if (header + 12 + 16 * tables > file.size()) return false;
+    constexpr const char* kNeeded[] = {"cmap", "head", "hhea", "hmtx", "maxp"};
+    std::size_t needed = 0;
+    bool outlines = false;
+    for (std::size_t i = 0; i < tables; ++i) {
+        const std::size_t record = header + 12 + 16 * i;
+        if (u32(record + 8) > file.size() || u32(record + 12) > file.size() - u32(record + 8)) return false;
+        for (const char* tag : kNeeded)
+            needed += tagAt(record, tag) ? 1u : 0u;
+        outlines = outlines || tagAt(record, "glyf") || tagAt(record, "CFF ");
+    }
+    return needed == std::size(kNeeded) && outlines;
+}

@@ -1,0 +1,61 @@
+#pragma once
+
+// The colours and metrics of the theme, by role. Colours are packed as Dear ImGui packs them (alpha, blue, green, red);
+// metrics are units at scale 1. The screens paint their own content in a few fixed colours around these: content area
+// 1A1A1A, cards 202022, primary blue 0D6EFD.
+
+#include <imgui.h>
+
+namespace palette {
+
+// Surfaces, from the deepest to the nearest.
+inline constexpr ImU32 kBackground = 0xFF151414; // behind the sidebar, and what the window is cleared to
+inline constexpr ImU32 kWell = 0xFF161414;       // what is typed into
+inline constexpr ImU32 kWellHovered = 0xFF1A1818;
+inline constexpr ImU32 kCard = 0xFF1E1C1C;
+inline constexpr ImU32 kPopup = 0xFF262323;
+inline constexpr ImU32 kControl = 0xFF322F2F; // stock buttons, the highlighted menu entry
+inline constexpr ImU32 kControlHovered = 0xFF3D3939;
+inline constexpr ImU32 kControlHeld = 0xFF484444;
+inline constexpr ImU32 kDim = 0xA0080707; // over what a modal popup shuts off
+inline constexpr ImU32 kNone = 0x00000000;
+
+// Lines.
+inline constexpr ImU32 kBorder = 0xFF302E2E;
+inline constexpr ImU32 kBorderStrong = 0xFF423F3F;
+inline constexpr ImU32 kGrab = 0xFF484545;
+inline constexpr ImU32 kGrabHovered = 0xFF5C5858;
+inline constexpr ImU32 kGrabHeld = 0xFF706C6C;
+
+// Text.
+inline constexpr ImU32 kForeground = 0xFFF5F5F5;
+inline constexpr ImU32 kMuted = 0xFFA8A4A3;
+inline constexpr ImU32 kDestructive = 0xFF7878F5;
+
+// Accent: the primary blue of the buttons, and a lighter one that is legible as a line or a text.
+inline constexpr ImU32 kPrimary = 0xFFFD6E0D;
+inline constexpr ImU32 kPrimaryLight = 0xFFFFB07A;
+inline constexpr ImU32 kSelection = 0x80FD6E0D;
+
+// Badges, in the order of UiThemeBadgeStatus.
+struct BadgeColours {
+    ImU32 fill, text;
+};
+inline constexpr BadgeColours kBadges[] = {
+    {0xFF353232, 0xFFC9C6C6},
+    {0xFF23361A, 0xFF9ADB86},
+    {0xFF24203F, 0xFF9494FA},
+    {0xFF4A2E16, 0xFFFFBC8C},
+};
+
+// Metrics.
+inline constexpr float kRounding = 6.0f;
+inline constexpr float kPopupRounding = 10.0f;
+inline constexpr float kTextSize = 14.0f; // of stock widgets
+inline constexpr float kBadgeTextSize = 11.5f;
+inline constexpr float kBadgeHeight = 20.0f;
+inline constexpr float kBadgePadding = 9.0f;
+inline constexpr float kRevealSeconds = 0.16f;
+inline constexpr float kSpinnerTurnSeconds = 1.1f;
+
+} // namespace palette

@@ -1,0 +1,189 @@
+#include "ui/ui_pacing.h"
+
+#include <array>
+#include <functional>
+
+#include <gtest/gtest.h>
+
+#include "ui/ui_frames.h"
+
+namespace {
+
+using Clear = std::array<float, 4>;
+using Draw = std::function<void(ImDrawList&)>;
+
+void drawStill(ImDrawList& list) {
+    list.AddRectFilled({10, 10}, {50, 50}, 0xFFFFFFFF);
+}
+
+// What the host does with a pacer, with a display that shows whatever it is given.
+struct PacedScreen {
+    UiFrames frames;
+    FramePacer pacer;
+    int built = 0;
+    int presented = 0;
+
+    bool step(const Draw& draw) {
+        const ImDrawData& frame = frames.build(draw);
+        ++built;
+        const bool show = pacer.frameBuilt(frameFingerprint(frame, Clear{}), texturesPending(frame));
+        if (show) {
+            UiFrames::takeTextures();
+            ++presented;
+        }
+        return show;
+    }
+    int untilIdle(const Draw& draw) { // frames built before it waits
+        const int before = built;
+        while (!pacer.idle() && built < before + 100)
+            step(draw);
+        return built - before;
+    }
+};
+
+} // namespace
+
+TEST(FramePacer, AStillFrameIsShownOnceAndThenWaitedFor) {
+    PacedScreen screen;
+    screen.untilIdle(drawStill);
+    EXPECT_TRUE(screen.pacer.idle());
+    const int presented = screen.presented;
+    EXPECT_GE(presented, 1);
+    for (int i = 0; i < 50; ++i)
+        EXPECT_FALSE(screen.step(drawStill));
+    EXPECT_TRUE(screen.pacer.idle());
+    EXPECT_EQ(screen.presented, presented);
+}
+
+TEST(FramePacer, WhatMovesIsShownEveryFrameAndNeverIdle) {
+    PacedScreen screen;
+    for (int i = 0; i < 50; ++i) {
+        EXPECT_TRUE(screen.step([i](ImDrawList& list) {
+            list.AddCircleFilled({static_cast<float>(i), 20.0f}, 5.0f, 0xFFFFFFFF);
+        }));
+        EXPECT_FALSE(screen.pacer.idle());
+    }
+}
+
+TEST(FramePacer, AnEventBuysTheFramesThatAPopupNeedsToSettle) {
+    PacedScreen screen;
+    screen.untilIdle(drawStill);
+    const int presented = screen.presented;
+
+    screen.pacer.noteEvent();
+    EXPECT_EQ(screen.untilIdle(drawStill), 3);
+    EXPECT_EQ(screen.presented, presented) << "an event that changed nothing was shown";
+
+    // The effect comes with the second frame after the event, its final shape with the third.
+    screen.pacer.noteEvent();
+    int frame = 0;
+    screen.untilIdle([&](ImDrawList& list) {
+        ++frame;
+        drawStill(list);
+        if (frame >= 2) list.AddRectFilled({0, 0}, {frame == 2 ? 1.0f : 40.0f, 20}, 0xFFFFFFFF);
+    });
+    EXPECT_EQ(screen.presented, presented + 2);
+}
+
+TEST(FramePacer, NewPixelsUnderEqualVerticesAreShown) {
+    PacedScreen screen;
+    ImTextureData picture;
+    picture.Create(ImTextureFormat_RGBA32, 4, 4);
+    picture.SetTexID(7);
+    picture.SetStatus(ImTextureStatus_OK);
+    ImVector<ImTextureData*> textures;
+    textures.push_back(&picture);
+    ImDrawData frame;
+    frame.Textures = &textures;
+
+    const auto show = [&] { return screen.pacer.frameBuilt(frameFingerprint(frame, Clear{}), texturesPending(frame)); };
+    EXPECT_TRUE(show());
+    EXPECT_FALSE(show());
+    for (const ImTextureStatus status : {ImTextureStatus_WantUpdates, ImTextureStatus_WantCreate}) {
+        picture.SetStatus(status);
+        EXPECT_TRUE(show());
+        picture.SetStatus(ImTextureStatus_OK);
+        EXPECT_FALSE(show());
+    }
+}
+
+TEST(FramePacer, AnIconifiedWindowBuildsAtTheBoundedWaitAndIsShownAgainWhenRestored) {
+    PacedScreen screen;
+    screen.untilIdle(drawStill);
+    const int presented = screen.presented;
+    screen.pacer.setIconified(true);
+    for (int i = 0; i < 20; ++i) {
+        EXPECT_TRUE(screen.pacer.idle());
+        EXPECT_FALSE(screen.step([i](ImDrawList& list) {
+            list.AddCircleFilled({static_cast<float>(i), 20.0f}, 5.0f, 0xFFFFFFFF);
+        }));
+        screen.pacer.noteEvent();
+    }
+    screen.pacer.setIconified(false);
+    EXPECT_FALSE(screen.pacer.idle());
+    EXPECT_TRUE(screen.step(drawStill)) << "the same picture as before, but the system no longer has it";
+    EXPECT_FALSE(screen.step(drawStill));
+    EXPECT_EQ(screen.presented, presented + 1);
+}
+
+TEST(FramePacer, DamageIsRepairedOnce) {
+    PacedScreen screen;
+    screen.untilIdle(drawStill);
+    screen.pacer.noteDamage();
+    EXPECT_TRUE(screen.step(drawStill));
+    EXPECT_FALSE(screen.step(drawStill));
+}
+
+TEST(FramePacer, FramesAreDueAtTheDisplaysRateWhateverTheEventsDo) {
+    FramePacer pacer(0.01);
+    pacer.frameStarted(5.0);
+    EXPECT_NEAR(pacer.secondsUntilDue(5.004), 0.006, 1e-9);
+    EXPECT_EQ(pacer.secondsUntilDue(5.2), 0.0);
+    EXPECT_NEAR(pacer.secondsUntilDue(4.0), 0.01, 1e-9) << "a clock that went back must not stop the window";
+}
+
+TEST(FrameFingerprint, TellsFramesApartThatDifferInOneThing) {
+    UiFrames frames;
+    Clear clear{0.1f, 0.1f, 0.1f, 1.0f};
+    const Draw plain = [](ImDrawList& list) {
+        list.PushClipRect({0, 0}, {100, 100});
+        list.AddImage(ImTextureRef(ImTextureID{3}), {0, 0}, {20, 20});
+        list.PopClipRect();
+    };
+    const auto fingerprint = [&](const Draw& draw) { return frameFingerprint(frames.build(draw), clear); };
+    const std::uint64_t original = fingerprint(plain);
+    EXPECT_EQ(fingerprint(plain), original);
+
+    const std::pair<const char*, Draw> drawings[] = {
+        {"clip rectangle",
+         [](ImDrawList& list) {
+             list.PushClipRect({0, 0}, {100, 101});
+             list.AddImage(ImTextureRef(ImTextureID{3}), {0, 0}, {20, 20});
+             list.PopClipRect();
+         }},
+        {"texture",
+         [](ImDrawList& list) {
+             list.PushClipRect({0, 0}, {100, 100});
+             list.AddImage(ImTextureRef(ImTextureID{4}), {0, 0}, {20, 20});
+             list.PopClipRect();
+         }},
+        {"colour",
+         [](ImDrawList& list) {
+             list.PushClipRect({0, 0}, {100, 100});
+             list.AddImage(ImTextureRef(ImTextureID{3}), {0, 0}, {20, 20}, {0, 0}, {1, 1}, 0xFEFFFFFF);
+             list.PopClipRect();
+         }},
+        {"nothing", [](ImDrawList&) {}},
+    };
+    for (const auto& [what, draw] : drawings)
+        EXPECT_NE(fingerprint(draw), original) << what;
+
+    clear[2] = 0.2f;
+    EXPECT_NE(fingerprint(plain), original) << "clear colour";
+    clear[2] = 0.1f;
+    ImGui::GetIO().DisplaySize.x += 1.0f;
+    EXPECT_NE(fingerprint(plain), original) << "window size";
+    ImGui::GetIO().DisplaySize.x -= 1.0f;
+    ImGui::GetIO().DisplayFramebufferScale = {2.0f, 2.0f};
+    EXPECT_NE(fingerprint(plain), original) << "pixels per coordinate";
+}

@@ -1,0 +1,108 @@
+#include "ui/ui_placement.h"
+
+#include <fstream>
+#include <iterator>
+
+#include <gtest/gtest.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+class PlacementFile : public testing::Test {
+  protected:
+    void SetUp() override { fs::create_directories(folder); }
+    void TearDown() override { fs::remove_all(folder); }
+    void put(std::string_view text) const { std::ofstream(file, std::ios::binary) << text; }
+
+    const fs::path folder =
+        fs::temp_directory_path() /
+        ("volo placement ä " + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
+    const fs::path file = folder / "Launcher.window";
+};
+
+} // namespace
+
+TEST_F(PlacementFile, ComesBackAsItWasWritten) {
+    for (const WindowPlacement& placement : {WindowPlacement{-1920, 40, 1180, 740, false}, {0, 0, 900, 560, true}}) {
+        ASSERT_TRUE(writePlacement(file, placement));
+        EXPECT_EQ(readPlacement(file), placement);
+    }
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 1) << "something was left beside the file";
+}
+
+TEST_F(PlacementFile, WhatIsNotItsOwnIsIgnored) {
+    using namespace std::string_view_literals;
+    const std::string_view contents[] = {
+        ""sv,
+        "\n"sv,
+        "1 2 3 4 5"sv,
+        "1 2 3 400 500 0"sv,
+        "1 2 3 400 500 0\n\n"sv,
+        "1 2 3 400 500 0 7\n"sv,
+        "1  2 3 400 500 0\n"sv,
+        "1 +2 3 400 500 0\n"sv,
+        "1 2 3 400.5 500 0\n"sv,
+        "2 2 3 400 500 0\n"sv,
+        "1 2 3 0 500 0\n"sv,
+        "1 2 3 400 -500 0\n"sv,
+        "1 2 3 400 500 2\n"sv,
+        "1 2147483647 3 400 500 0\n"sv,
+        "1 99999999999999999999 3 400 500 0\n"sv,
+        "1 2 3 2147483647 500 0\n"sv,
+        "1 2 3 400\0 500 0\n"sv,
+        "1 nan inf 400 500 0\n"sv,
+        "\xFF\xFE\0\x01"sv,
+    };
+    EXPECT_FALSE(readPlacement(file)) << "no file";
+    for (const std::string_view content : contents) {
+        put(content);
+        EXPECT_FALSE(readPlacement(file)) << content;
+    }
+    put(std::string(1 << 20, '1'));
+    EXPECT_FALSE(readPlacement(file)) << "a megabyte";
+    fs::remove(file);
+    fs::create_directory(file);
+    EXPECT_FALSE(readPlacement(file)) << "a folder";
+}
+
+TEST_F(PlacementFile, AFailedWriteLeavesTheOldFile) {
+    const WindowPlacement old{1, 2, 1000, 600, false};
+    ASSERT_TRUE(writePlacement(file, old));
+    fs::create_directories(fs::path(file).concat(".tmp") / "in the way");
+    EXPECT_FALSE(writePlacement(file, {9, 9, 1100, 700, true}));
+    EXPECT_EQ(readPlacement(file), old);
+    fs::remove_all(fs::path(file).concat(".tmp"));
+    if (fs::exists("/dev/full")) { // a full disk shows only when the text is flushed
+        fs::create_symlink("/dev/full", fs::path(file).concat(".tmp"));
+        EXPECT_FALSE(writePlacement(file, {9, 9, 1100, 700, true}));
+        EXPECT_EQ(readPlacement(file), old);
+    }
+    EXPECT_FALSE(writePlacement(folder / "missing" / "Launcher.window", old));
+}
+
+TEST(FitPlacement, NeverOpensWhereNobodySeesIt) {
+    const ScreenArea left{0, 0, 1920, 1080};
+    const ScreenArea right{1920, 200, 1280, 800};
+    const ScreenArea minimum{0, 0, 900, 560};
+    const struct {
+        const char* what;
+        std::vector<ScreenArea> areas;
+        WindowPlacement wanted;
+        WindowPlacement fitted;
+    } cases[] = {
+        {"fits", {left}, {100, 50, 1180, 740}, {100, 50, 1180, 740}},
+        {"first run, in the middle of the first", {left, right}, {-99999, -99999, 1180, 740}, {370, 170, 1180, 740}},
+        {"its monitor is gone", {left}, {2000, 300, 1180, 740}, {370, 170, 1180, 740}},
+        {"half over the edge", {left}, {1500, 900, 1180, 740}, {740, 340, 1180, 740}},
+        {"title bar above the top", {left}, {100, -300, 1180, 740}, {100, 0, 1180, 740}},
+        {"on the second monitor", {left, right}, {1900, 210, 1180, 740}, {1920, 210, 1180, 740}},
+        {"larger than the monitor", {right}, {1920, 200, 3000, 2000}, {1920, 200, 1280, 800}},
+        {"smaller than the minimum", {left}, {100, 50, 10, 10}, {100, 50, 900, 560}},
+        {"monitor smaller than the minimum", {{0, 0, 640, 480}}, {0, 0, 1180, 740}, {0, 0, 640, 480}},
+        {"maximized stays so", {left}, {100, 50, 1180, 740, true}, {100, 50, 1180, 740, true}},
+        {"no monitor is known", {}, {5, 6, 1180, 740}, {5, 6, 1180, 740}},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(fitPlacement(c.wanted, c.areas, minimum), c.fitted) << c.what;
+}
