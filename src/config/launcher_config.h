@@ -9,6 +9,7 @@
 //   downloads_directory                      resolved against the launcher's directory; "downloads" when empty
 //   artifact_authenticity_url                where release statements are published; optional
 //   artifact_authenticity_keys               1 to 4 Ed25519 public keys in base64, separated by spaces; optional
+// A build that pins the last two (VOLO_AUTHENTICITY_URL, VOLO_AUTHENTICITY_KEYS) takes its own for them.
 
 #include <string>
 
@@ -27,6 +28,9 @@ struct LauncherConfig {
 // Reads launcher_config.json beside the executable, or launcher_config.example.json when there is none. A missing or
 // bad file is a state of the program and not an error: `configured` is false and `message` tells the user why.
 LauncherConfig loadLauncherConfig();
+
+// The same for a directory that is already known; an empty one is the launcher's own that could not be found.
+LauncherConfig loadLauncherConfigFrom(const std::string& launcherDirectory);
 
 // Whether a credential is still to be filled in.
 bool isPlaceholderCredential(const std::string& value);

@@ -14,6 +14,7 @@
 #include "projects/project_entry.h"
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 class LauncherSettings {
@@ -54,6 +55,8 @@ class LauncherSettings {
     void setLastAddedLocation(const std::string& folder) { lastAddedLocation_ = folder; }
 
   private:
+    void readGeneral(std::string_view text);
+
     std::string filePath_; // empty: no file
     std::string refreshToken_;
     std::string userName_;

@@ -44,7 +44,8 @@ HttpsAnswer httpsPostForm(const HttpsServer& server, const std::string& path, co
 
 // Streams the body of a GET to `receive` as it arrives, in pieces of the library's choosing; `body` stays empty. Bodies
 // of answers other than 200 arrive too: only the status afterwards tells. Either callback returns false to give up,
-// which reads as no answer. `progress` gets the bytes so far and the announced total, 0 when the server announced none.
+// which reads as no answer. `progress` gets the bytes so far and the announced total; a body of unannounced length may
+// come without a single call of it.
 HttpsAnswer httpsDownload(const HttpsServer& server, const std::string& path,
                           const std::function<bool(const char* data, std::size_t size)>& receive,
                           const std::function<bool(std::int64_t received, std::int64_t total)>& progress);

@@ -1,12 +1,14 @@
 #include "system/json.h"
 
+#include <rapidjson/encodedstream.h>
+#include <rapidjson/memorystream.h>
 
 bool parseJsonObject(std::string_view text, rapidjson::Document& document) {
-    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-    if (text.starts_with(byteOrderMark)) text.remove_prefix(byteOrderMark.size());
-    // From pointer and length: a text may hold a zero byte, and need not end in one.
-    document.Parse<rapidjson::kParseIterativeFlag>(text.data(), text.size());
-    return !document.HasParseError() && document.IsObject();
+    // The encoded stream skips a byte order mark. To the parser a zero byte is the end of the text, wherever it stands.
+    rapidjson::MemoryStream bytes(text.data(), text.size());
+    rapidjson::EncodedInputStream<rapidjson::UTF8<>, rapidjson::MemoryStream> stream(bytes);
+    document.ParseStream<rapidjson::kParseIterativeFlag, rapidjson::UTF8<>>(stream);
+    return !document.HasParseError() && bytes.Tell() == text.size() && document.IsObject();
 }
 
 std::string jsonStringMember(const rapidjson::Value& object, const char* key) {

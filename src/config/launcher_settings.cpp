@@ -1,0 +1,187 @@
+#include "config/launcher_settings.h"
+
+#include "config/settings_text.h"
+#include "system/operating_system.h"
+#include "system/private_file.h"
+#include "system/whole_file.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <string_view>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view kGeneralSection = "[General]";
+constexpr std::string_view kRefreshToken = "auth/refreshToken";
+constexpr std::string_view kUserName = "auth/userName";
+constexpr std::string_view kUserEmail = "auth/userEmail";
+constexpr std::string_view kInstallPath = "install/path";
+constexpr std::string_view kDefaultLocation = "projects/defaultLocation";
+constexpr std::string_view kLastAddedLocation = "projects/lastAddedLocation";
+constexpr std::string_view kProjectsPrefix = "Projects\\";
+constexpr std::string_view kProjectsSize = "Projects\\size";
+
+// The number of project entries. Neither comments nor sections mean anything here: every line with the key counts.
+int readProjectCount(std::string_view text) {
+    int count = 0;
+    std::string key;
+    std::string value;
+    for (std::string_view line; nextSettingLine(text, line);) {
+        if (splitSettingLine(line, key, value) && key == kProjectsSize) count = std::atoi(value.c_str());
+    }
+    return count;
+}
+
+void readProjectField(ProjectEntry& project, std::string_view field, const std::string& value) {
+    if (field == "name") {
+        project.name = value;
+    } else if (field == "path") {
+        project.path = value;
+    } else if (field == "lastOpened") {
+        project.lastOpened = std::strtoll(value.c_str(), nullptr, 10);
+    } else if (field == "favorite") {
+        project.favorite = value == "true" || value == "1";
+    } else if (field == "targetPlatform") {
+        project.targetPlatform = value;
+    } else if (field == "editorVersion") {
+        project.editorVersion = value;
+    }
+}
+
+// Fills the entries from the lines "Projects\N\field=value", N counting from 1.
+void readProjects(std::string_view text, std::vector<ProjectEntry>& projects) {
+    std::string key;
+    std::string value;
+    for (std::string_view line; nextSettingLine(text, line);) {
+        if (!splitSettingLine(line, key, value) || !key.starts_with(kProjectsPrefix)) continue;
+        const std::size_t numberEnd = key.find('\\', kProjectsPrefix.size());
+        if (numberEnd == std::string::npos) continue;
+        const int number = std::atoi(key.substr(kProjectsPrefix.size(), numberEnd - kProjectsPrefix.size()).c_str());
+        if (number < 1 || static_cast<std::size_t>(number) > projects.size()) continue;
+        ProjectEntry& project = projects[static_cast<std::size_t>(number) - 1];
+        readProjectField(project, std::string_view(key).substr(numberEnd + 1), value);
+    }
+}
+
+void addLine(std::string& text, std::string_view key, std::string_view value) {
+    text.append(encodeSettingKey(key)).append("=").append(encodeSettingValue(value)).append("\n");
+}
+
+void addLineUnlessEmpty(std::string& text, std::string_view key, std::string_view value) {
+    if (!value.empty()) addLine(text, key, value);
+}
+
+void addProject(std::string& text, std::size_t number, const ProjectEntry& project) {
+    const std::string prefix = std::string(kProjectsPrefix) + std::to_string(number) + "\\";
+    addLine(text, prefix + "name", project.name);
+    addLine(text, prefix + "path", project.path);
+    addLine(text, prefix + "lastOpened", std::to_string(project.lastOpened));
+    addLine(text, prefix + "favorite", project.favorite ? "true" : "false");
+    addLineUnlessEmpty(text, prefix + "targetPlatform", project.targetPlatform);
+    addLineUnlessEmpty(text, prefix + "editorVersion", project.editorVersion);
+}
+
+ProjectEntry* findProject(std::vector<ProjectEntry>& projects, const std::string& path) {
+    const auto found = std::find_if(projects.begin(), projects.end(),
+                                    [&](const ProjectEntry& project) { return project.path == path; });
+    return found == projects.end() ? nullptr : &*found;
+}
+
+} // namespace
+
+LauncherSettings::LauncherSettings() {
+    const std::string folder = userDataDirectory();
+    if (!folder.empty()) filePath_ = (fs::path(folder) / "Launcher.conf").string();
+}
+
+bool LauncherSettings::load() {
+    clearSession();
+    projects_.clear();
+    installPath_.clear();
+    defaultLocation_.clear();
+    lastAddedLocation_.clear();
+    if (filePath_.empty()) return false;
+
+    std::string text;
+    if (!readWholeFile(filePath_, text)) return false;
+
+    readGeneral(text);
+    const int count = readProjectCount(text);
+    if (count > 0) {
+        projects_.resize(static_cast<std::size_t>(count));
+        readProjects(text, projects_);
+    }
+    std::stable_sort(projects_.begin(), projects_.end(), [](const ProjectEntry& left, const ProjectEntry& right) {
+        return left.lastOpened > right.lastOpened;
+    });
+    return true;
+}
+
+// Only here do comments and sections count.
+void LauncherSettings::readGeneral(std::string_view text) {
+    bool inGeneral = false;
+    std::string key;
+    std::string value;
+    for (std::string_view line; nextSettingLine(text, line);) {
+        if (line.starts_with('#') || line.starts_with(';')) continue;
+        if (line.starts_with('[') && line.ends_with(']')) {
+            inGeneral = line == kGeneralSection;
+            continue;
+        }
+        if (!inGeneral || !splitSettingLine(line, key, value)) continue;
+        if (key == kRefreshToken) refreshToken_ = value;
+        if (key == kUserName) userName_ = value;
+        if (key == kUserEmail) userEmail_ = value;
+        if (key == kInstallPath) installPath_ = value;
+        if (key == kDefaultLocation) defaultLocation_ = value;
+        if (key == kLastAddedLocation) lastAddedLocation_ = value;
+    }
+}
+
+bool LauncherSettings::save() const {
+    if (filePath_.empty()) return false;
+
+    std::string text(kGeneralSection);
+    text += '\n';
+    addLine(text, kRefreshToken, refreshToken_);
+    addLineUnlessEmpty(text, kUserName, userName_);
+    addLineUnlessEmpty(text, kUserEmail, userEmail_);
+    addLine(text, kInstallPath, installPath_);
+    addLine(text, kDefaultLocation, defaultLocation_);
+    addLine(text, kLastAddedLocation, lastAddedLocation_);
+    addLine(text, kProjectsSize, std::to_string(projects_.size()));
+    for (std::size_t i = 0; i < projects_.size(); ++i)
+        addProject(text, i + 1, projects_[i]);
+
+    createPrivateFolders(fs::path(filePath_).parent_path().string());
+    const std::string temporary = filePath_ + ".tmp";
+    if (!writePrivateFile(temporary, text)) return false;
+    std::error_code error;
+    fs::rename(temporary, filePath_, error);
+    return !error;
+}
+
+void LauncherSettings::clearSession() {
+    refreshToken_.clear();
+    userName_.clear();
+    userEmail_.clear();
+}
+
+std::string LauncherSettings::installPath() const {
+    return installPath_.empty() ? launcherDirectory() : installPath_;
+}
+
+void LauncherSettings::setProjects(const std::vector<ProjectEntry>& projects) {
+    projects_ = projects;
+}
+
+void LauncherSettings::toggleFavorite(const std::string& path) {
+    if (ProjectEntry* project = findProject(projects_, path)) project->favorite = !project->favorite;
+}
+
+void LauncherSettings::setFavorite(const std::string& path, bool favorite) {
+    if (ProjectEntry* project = findProject(projects_, path)) project->favorite = favorite;
+}

@@ -1,0 +1,70 @@
+#include "system/operating_system.h"
+#include "system/spawn_linux.h"
+
+#include <cerrno>
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr char kProjectFilter[] = "VOLO Project (*.zantorproj)";
+constexpr char kProjectPattern[] = "*.zantorproj";
+
+enum class DialogOutcome { NoProgram, Answered };
+
+std::string readToEnd(int descriptor) {
+    std::string text;
+    char buffer[4096];
+    for (;;) {
+        const ssize_t count = ::read(descriptor, buffer, sizeof buffer);
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) return text;
+        text.append(buffer, static_cast<std::size_t>(count));
+    }
+}
+
+// Runs a dialog program and waits for it. It prints the choice and a line feed and ends with 0, or ends otherwise.
+DialogOutcome runDialog(const std::vector<std::string>& arguments, std::string& choice) {
+    int output[2];
+    if (::pipe2(output, O_CLOEXEC) != 0) return DialogOutcome::NoProgram;
+    const SpawnResult dialog = spawnProgram(arguments, output[1]);
+    ::close(output[1]);
+    if (dialog.error == 0) choice = readToEnd(output[0]);
+    ::close(output[0]);
+    if (dialog.error != 0) return DialogOutcome::NoProgram;
+
+    int status = 0;
+    while (::waitpid(dialog.process, &status, 0) < 0 && errno == EINTR) {
+    }
+    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) choice.clear();
+    if (choice.ends_with('\n')) choice.pop_back(); // one: the name itself may end in more
+    return DialogOutcome::Answered;
+}
+
+// GNOME's dialog program if there is one, else KDE's.
+std::string askUser(const std::vector<std::string>& zenity, const std::vector<std::string>& kdialog) {
+    std::string choice;
+    if (runDialog(zenity, choice) == DialogOutcome::Answered) return choice;
+    if (runDialog(kdialog, choice) == DialogOutcome::Answered) return choice;
+    return {};
+}
+
+std::string orCurrent(const std::string& path) {
+    return path.empty() ? "." : path;
+}
+
+} // namespace
+
+std::string browseForFolder(const std::string& title, const std::string& startPath) {
+    // zenity starts inside a folder only when its name ends in a slash.
+    return askUser({"zenity", "--file-selection", "--directory", "--title=" + title, "--filename=" + startPath + "/"},
+                   {"kdialog", "--title", title, "--getexistingdirectory", orCurrent(startPath)});
+}
+
+std::string pickProjectFile(const std::string& title, const std::string& initialPath) {
+    return askUser({"zenity", "--file-selection", "--title=" + title, "--filename=" + initialPath,
+                    std::string("--file-filter=") + kProjectFilter + " | " + kProjectPattern},
+                   {"kdialog", "--title", title, "--getopenfilename", orCurrent(initialPath), kProjectFilter});
+}

@@ -1,0 +1,84 @@
+#!/usr/bin/env python3
+"""Enforces who may include whom. Run by the test suite as: check_includes.py <folder of the repository>"""
+
+import pathlib
+import re
+import sys
+
+# Logic files include their own folder and what lies below it.
+LAYER = {"system": 0, "config": 1, "ui": 1, "signin": 2, "install": 2, "projects": 3, "shell": 4}
+
+# Not a file of its layer's logic: a plain record.
+RECORDS = {"projects/project_entry.h"}
+
+HUB = "shell/launcher_app.h"
+
+# Functions whose given signature takes the application, beside its own members.
+TAKES_THE_APPLICATION = re.compile(r"\bLauncherApp::\w|\b(?:const )?LauncherApp ?&")
+
+OPERATING_SYSTEM = re.compile(
+    r"^(unistd|fcntl|dirent|dlfcn|poll|pthread|pwd|sched|semaphore|spawn|syslog|termios|ifaddrs|netdb"
+    r"|windows|winsock2|ws2tcpip|shellapi|shlobj\w*|shlwapi|tlhelp32|commdlg|objbase|dwmapi|process|io|direct)\.h$"
+    r"|^(sys|arpa|net|netinet|linux|X11|wayland)/",
+    re.IGNORECASE,
+)
+
+INCLUDE = re.compile(r'^\s*#\s*include\s*(?:"([^"]+)"|<([^>]+)>)', re.MULTILINE)
+
+
+def is_screen(path):
+    return path.name.endswith("_screen.cpp")
+
+
+def may_use_operating_system(path, inside):
+    return (
+        (inside.startswith("system/") and re.search(r"_(linux|windows)\.(cpp|h)$", path.name))
+        or inside.startswith("ui/ui_host")
+        or inside == "shell/main.cpp"
+    )
+
+
+def problems_of(path, inside, text):
+    folder = inside.split("/")[0]
+    uses_hub = is_screen(path) or folder == "shell" or TAKES_THE_APPLICATION.search(text)
+    for quoted, angled in INCLUDE.findall(text):
+        included = quoted or angled
+        target = included.split("/")[0]
+        if included == HUB:
+            if not uses_hub or (path.suffix == ".h" and folder != "shell"):
+                yield f"includes {HUB}, but is no screen and has no function of or for LauncherApp"
+        elif target in LAYER and target != folder and included not in RECORDS:
+            if target == "ui" and folder != "shell" and not is_screen(path):
+                yield f"includes {included}, which belongs to shell/ and the screens"
+            elif LAYER[target] >= LAYER[folder] and not uses_hub:
+                yield f"includes {included}, which does not lie below {folder}/"
+        if re.search(r"\bim(gui|gui_\w+)\.h$", included) and folder not in ("ui", "shell") and not is_screen(path):
+            yield f"includes {included}: Dear ImGui is for ui/, shell/ and the screens"
+        if OPERATING_SYSTEM.search(included) and not may_use_operating_system(path, inside):
+            yield f"includes {included}: a header of one operating system"
+        if quoted and not re.match(r"^[a-z]+/\w+\.h$", quoted):
+            yield f'includes "{quoted}", not as folder/file.h from src/'
+        if included.endswith(".cpp"):
+            yield f"includes the source {included}"
+
+
+def main():
+    source = pathlib.Path(sys.argv[1]) / "src"
+    files = sorted(path for path in source.rglob("*") if path.suffix in (".h", ".cpp"))
+    found = 0
+    for path in files:
+        inside = path.relative_to(source).as_posix()
+        if inside.split("/")[0] not in LAYER:
+            print(f"{inside}: lies in a folder that has no place in the order")
+            found += 1
+            continue
+        text = re.sub(r"//.*", "", path.read_text(encoding="utf-8"))
+        for problem in problems_of(path, inside, text):
+            print(f"{inside}: {problem}")
+            found += 1
+    print(f"{len(files)} files, {found} problems")
+    return 1 if found or len(files) < 20 else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

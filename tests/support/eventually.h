@@ -1,0 +1,17 @@
+#pragma once
+
+// Waits for something that another thread or process brings about. The deadline is for a test that fails: one that
+// passes goes on as soon as the condition holds.
+
+#include <chrono>
+#include <thread>
+
+template<class Condition>
+[[nodiscard]] bool eventually(const Condition& condition, std::chrono::seconds deadline = std::chrono::seconds(20)) {
+    const auto end = std::chrono::steady_clock::now() + deadline;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return true;
+}

@@ -1,0 +1,52 @@
+#pragma once
+
+// A folder of a test's own, removed with all that is in it when the test ends.
+
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <stdexcept>
+#include <string>
+
+class TemporaryFolder {
+  public:
+    TemporaryFolder() {
+        static std::atomic<unsigned> counter{0};
+        static const unsigned run = std::random_device{}();
+        const std::string name = "volo-" + std::to_string(run) + "-" + std::to_string(counter++);
+        path_ = std::filesystem::canonical(std::filesystem::temp_directory_path()) / name;
+        if (!std::filesystem::create_directory(path_))
+            throw std::runtime_error("no temporary folder " + path_.string());
+    }
+    ~TemporaryFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    const std::filesystem::path& path() const { return path_; }
+    std::string string() const { return path_.string(); }
+    std::filesystem::path operator/(const std::filesystem::path& name) const { return path_ / name; }
+
+    // Writes bytes as they stand; folders on the way are made. Returns the full path.
+    std::filesystem::path write(const std::filesystem::path& name, const std::string& bytes) const {
+        const std::filesystem::path file = path_ / name;
+        std::filesystem::create_directories(file.parent_path());
+        std::ofstream out(file, std::ios::binary | std::ios::trunc);
+        out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        if (!out.flush()) throw std::runtime_error("cannot write " + file.string());
+        return file;
+    }
+
+  private:
+    std::filesystem::path path_;
+};
+
+// The bytes of a file; empty when there is none.
+inline std::string readFileBytes(const std::filesystem::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
