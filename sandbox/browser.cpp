@@ -1,12 +1,13 @@
 #include "sandbox/browser.h"
 
-#include <httplib.h>
-
+#include <cstdlib>
 #include <utility>
 
-namespace {
+#include <httplib.h>
 
-constexpr int kSpareConnections = 2;
+#include "sandbox/loopback_connection.h"
+
+namespace {
 
 // "https://host:port" and the rest, which begins with a slash.
 std::pair<std::string, std::string> splitUrl(const std::string& url) {
@@ -22,37 +23,10 @@ std::string between(const std::string& text, const std::string& before, const st
     return text.substr(begin, text.find(after, begin) - begin);
 }
 
-// A connection to a loopback port, open and silent as long as the object lives.
-class SpareConnection {
-  public:
-    explicit SpareConnection(int port)
-        : socket_(socket(AF_INET, SOCK_STREAM, 0)) {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(static_cast<std::uint16_t>(port));
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        (void)connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address); // a spare one may as well fail
-    }
-    ~SpareConnection() {
-#ifdef _WIN32
-        closesocket(socket_);
-#else
-        close(socket_);
-#endif
-    }
-    SpareConnection(const SpareConnection&) = delete;
-    SpareConnection& operator=(const SpareConnection&) = delete;
-
-  private:
-    socket_t socket_;
-};
-
 void followRedirect(BrowserVisit& visit) {
     const auto [origin, path] = splitUrl(visit.redirect);
     const int port = std::atoi(origin.c_str() + origin.rfind(':') + 1);
-    std::vector<std::unique_ptr<SpareConnection>> spares;
-    for (int i = 0; i < kSpareConnections; ++i)
-        spares.push_back(std::make_unique<SpareConnection>(port));
+    const LoopbackConnection spares[] = {LoopbackConnection(port), LoopbackConnection(port)};
 
     httplib::Client client(origin);
     if (const httplib::Result answer = client.Get(path)) {

@@ -1,12 +1,5 @@
 #include "sandbox/identity_provider.h"
 
-#include <httplib.h>
-#include <openssl/evp.h>
-#include <openssl/pem.h>
-#include <openssl/rand.h>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
-
 #include <chrono>
 #include <condition_variable>
 #include <map>
@@ -14,6 +7,13 @@
 #include <set>
 #include <thread>
 #include <utility>
+
+#include <httplib.h>
+#include <openssl/evp.h>
+#include <openssl/pem.h>
+#include <openssl/rand.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
 
 namespace {
 

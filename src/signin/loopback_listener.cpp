@@ -1,7 +1,5 @@
 #include "signin/loopback_listener.h"
 
-#include <httplib.h>
-
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -10,6 +8,8 @@
 #include <future>
 #include <thread>
 #include <utility>
+
+#include <httplib.h>
 
 namespace {
 
