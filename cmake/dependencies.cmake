@@ -52,10 +52,11 @@ if(NOT WIN32)
   target_link_libraries(imgui_backends PUBLIC OpenGL::GL Fontconfig::Fontconfig ${CMAKE_DL_LIBS})
 endif()
 
-# --- cpp-httplib: header only, TLS on, compression off.
+# --- cpp-httplib: header only, TLS on, compression off. Its own backlog of 5 lets a browser wait for seconds when others
+# connect at the same moment.
 add_library(httplib INTERFACE)
 target_include_directories(httplib SYSTEM INTERFACE ${httplib_SOURCE_DIR})
-target_compile_definitions(httplib INTERFACE CPPHTTPLIB_OPENSSL_SUPPORT)
+target_compile_definitions(httplib INTERFACE CPPHTTPLIB_OPENSSL_SUPPORT CPPHTTPLIB_LISTEN_BACKLOG=128)
 target_link_libraries(httplib INTERFACE OpenSSL::SSL OpenSSL::Crypto Threads::Threads)
 if(WIN32)
   target_link_libraries(httplib INTERFACE ws2_32 crypt32)

@@ -1,14 +1,14 @@
 #include "sandbox/certificate_authority.h"
 
+#include <cstdint>
+#include <fstream>
+#include <memory>
+
 #include <openssl/evp.h>
 #include <openssl/pem.h>
 #include <openssl/rand.h>
 #include <openssl/x509.h>
 #include <openssl/x509v3.h>
-
-#include <cstdint>
-#include <fstream>
-#include <memory>
 
 namespace {
 

@@ -1,7 +1,5 @@
 #include "signin/loopback_listener.h"
 
-#include <httplib.h>
-
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -10,6 +8,8 @@
 #include <future>
 #include <thread>
 #include <utility>
+
+#include <httplib.h>
 
 namespace {
 
@@ -203,8 +203,8 @@ void LoopbackListener::stop() {
     auto retired = std::make_unique<Retired>();
     retired->ended = ended.get_future();
     retired->janitor = std::thread([running = std::move(running_), ended = std::move(ended), stopped]() mutable {
-        while (!stopped && !running->stopWithin(kJanitorPatience))
-            continue;
+        for (bool done = stopped; !done;)
+            done = running->stopWithin(kJanitorPatience);
         running->acceptThread.join();
         running.reset();
         ended.set_value();
