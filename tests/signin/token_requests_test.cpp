@@ -140,7 +140,9 @@ TEST_F(TokenRequests, NoServerOrAServerThatIsNotGoogleIsNoAnswer) {
         useProvider(impostor.port());
         signInWithCode("abc");
         EXPECT_EQ(flow_->errorMessage, kNoToken);
-        EXPECT_TRUE(impostor.requests().empty()) << "it must not even learn the code";
+        // The library looks at the certificate once the handshake is over: the connection then ends without a byte.
+        for (const std::string& sent : impostor.requests())
+            EXPECT_EQ(sent, "") << "it must not even learn the code";
     }
     int freePort = 0;
     {
