@@ -15,6 +15,7 @@
 #include <vector>
 
 struct ImTextureData;
+struct ImVec2;
 
 enum class LauncherTab : std::int32_t { Projects = 0, Installs = 1, Downloads = 2 };
 enum class ProjectSortColumn : std::int32_t { LastOpened = 0, Name = 1, Platform = 2, EditorVersion = 3 };
@@ -88,16 +89,19 @@ class LauncherApp {
     struct ProjectRows;
     struct RowRequest;
     void drawSearchBox(const ProjectsLayout& at);
-    void drawTitleLine(const ProjectsLayout& at);
-    void drawTableHeader(const ProjectsLayout& at, float top);
+    void drawTableHeader(const ProjectsLayout& at, float top, float height);
     void drawSortHeader(const TableHeader& header, const char* label, float x, ProjectSortColumn column);
+    void drawProjectTable(const ProjectsLayout& at, const ProjectRows& rows, float top, float height);
     void drawProjectRow(const ProjectRows& rows, std::size_t position, RowRequest& request);
-    void drawProjectMenu(const std::string& path, bool exists, bool favorite, std::int32_t index, RowRequest& request);
-    void drawEmptyProjects(const ProjectsLayout& at, float top, float height, bool searching);
+    void drawRowTexts(const ProjectRows& rows, const ProjectEntry& entry, bool exists, ImVec2 min, ImVec2 max);
+    void drawProjectMenu(std::int32_t index, bool exists, RowRequest& request);
+    void drawEmptyProjects(const ProjectsLayout& at, float top, float height);
 
     void restoreStoredSession();
     void loadBackgroundTexture();
     void showOpenError(const std::string& message);
+    bool refuseWhileEditorRuns(std::int64_t now);
+    void keepAfterOpening(std::vector<ProjectEntry> projects);
 
     ImTextureData* backgroundTexture = nullptr; // the sign-in screen's picture
     bool backgroundLoadTried = false;

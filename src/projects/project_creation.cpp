@@ -1,0 +1,50 @@
+// The popup "Create a new project": what it starts with, and what its confirming button does.
+
+#include "projects/project_file.h"
+#include "shell/launcher_app.h"
+#include "system/operating_system.h"
+#include "system/path_text.h"
+
+#include <filesystem>
+
+void LauncherApp::beginNewProject() {
+    createProjectRequested = true;
+    copyToBuffer("", newProjectName);
+    std::string location = settings->defaultLocation();
+    if (location.empty()) location = pathText(std::filesystem::path(userDocumentsDirectory()) / "VOLO Projects");
+    copyToBuffer(location, newProjectLocation);
+    createProjectError.clear(); // here and nowhere else: a message outlives a later try that succeeds
+}
+
+void LauncherApp::createProject() {
+    std::string name = newProjectName;
+    name.erase(name.find_last_not_of(' ') + 1);
+    if (name.empty()) {
+        createProjectError = "Enter a project name.";
+        return;
+    }
+    if (name.find_first_of("\"*/:<>?\\|") != std::string::npos) {
+        createProjectError = "The project name contains characters that are not allowed.";
+        return;
+    }
+    const std::string location = newProjectLocation;
+    if (location.empty()) {
+        createProjectError = "Choose a location for the project.";
+        return;
+    }
+
+    ProjectEntry entry;
+    entry.name = name;
+    entry.path = createProjectOnDisk(location, name, createProjectError);
+    if (entry.path.empty()) return;
+    entry.lastOpened = currentTimeSeconds();
+
+    std::vector<ProjectEntry> projects = settings->projects();
+    projects.insert(projects.begin(), entry);
+    settings->setProjects(projects);
+    settings->setLastAddedLocation(location);
+    if (settings->defaultLocation().empty()) settings->setDefaultLocation(location);
+    (void)settings->save(); // a failed save is silent: the list on screen stays as the user sees it
+    createProjectRequested = false;
+    noticeText.clear();
+}

@@ -1,0 +1,168 @@
+// The Projects screen: title line with search box and buttons, notice band, table header, rows or an empty state. The
+// rows themselves are in projects_table_screen.cpp.
+
+#include "projects/projects_screen.h"
+
+#include "projects/project_list.h"
+#include "projects/project_order.h"
+#include "shell/shell_layout.h"
+#include "shell/widgets.h"
+#include "ui/ui_theme.h"
+
+#include <imgui_internal.h>
+
+#include <array>
+
+namespace {
+
+constexpr ImU32 kContentFill = 0xFF1A1A1A;
+constexpr ImU32 kTitle = 0xFFF5F5F5;
+constexpr ImU32 kSearchFill = 0xFF141414;
+constexpr ImU32 kSearchIcon = 0xFF828282;
+constexpr ImU32 kSearchBorder = 0xFF303030;
+constexpr ImU32 kSearchBorderHovered = 0xFF464141;
+constexpr ImU32 kSearchBorderActive = 0xFF5F5A5A;
+constexpr ImU32 kClearGlyph = 0xFF8C8C8C;
+constexpr ImU32 kClearGlyphHovered = 0xFFDCDCDC;
+constexpr ImU32 kNoticeFill = 0xFF0F2D3C;
+constexpr ImU32 kNoticeOutline = 0xFF2882B4;
+constexpr ImU32 kNoticeText = 0xFF24BFFB;
+
+constexpr float kControlHeight = 32.0f;
+constexpr float kControlGap = 8.0f;
+constexpr float kNewButtonWidth = 126.0f;
+constexpr float kAddButtonWidth = 148.0f;
+constexpr float kSearchWidth = 210.0f;
+constexpr float kSearchTextLeft = 30.0f;
+constexpr float kRounding = 6.0f;
+constexpr float kTitleDrop = 2.0f;
+constexpr float kBelowTitleLine = 16.0f;
+constexpr float kNoticeHeight = 32.0f;
+constexpr float kNoticePitch = 40.0f;
+constexpr float kHeaderHeight = 30.0f;
+constexpr float kListGap = 4.0f;
+constexpr float kListBottomGap = 12.0f;
+
+ImVec2 px(float x, float y) { return {uiThemePx(x), uiThemePx(y)}; }
+
+bool contains(ImVec2 min, ImVec2 max, ImVec2 point) {
+    return point.x >= min.x && point.x < max.x && point.y >= min.y && point.y < max.y;
+}
+
+void drawSearchIcon(ImDrawList* drawList, ImVec2 middleLeft) {
+    const float length = uiThemePx(5.5f);
+    const ImVec2 at = middleLeft + ImVec2(uiThemePx(15.0f), 0.0f);
+    const ImVec2 centre = at - ImVec2(0.25f, 0.25f) * length;
+    drawList->AddCircle(centre, 0.65f * length, kSearchIcon, 16, 1.3f);
+    drawList->AddLine(centre + ImVec2(0.45f, 0.45f) * length, at + ImVec2(0.85f, 0.85f) * length, kSearchIcon, 1.6f);
+}
+
+void drawClearGlyph(ImDrawList* drawList, ImVec2 middleRight, bool hovered) {
+    const ImVec2 centre = middleRight - ImVec2(uiThemePx(15.0f), 0.0f);
+    const float arm = uiThemePx(3.5f);
+    const ImU32 colour = hovered ? kClearGlyphHovered : kClearGlyph;
+    drawList->AddLine(centre - ImVec2(arm, arm), centre + ImVec2(arm, arm), colour, 1.2f);
+    drawList->AddLine(centre + ImVec2(-arm, arm), centre + ImVec2(arm, -arm), colour, 1.2f);
+}
+
+void drawNotice(ImDrawList* drawList, ImVec2 min, ImVec2 max, const std::string& text) {
+    drawList->AddRectFilled(min, max, kNoticeFill, uiThemePx(kRounding));
+    drawList->AddRect(min, max, kNoticeOutline, uiThemePx(kRounding), 0, 1.0f);
+    uiThemeText(drawList, uiThemeFont(12.0f), min + px(12.0f, 8.0f), kNoticeText, text);
+}
+
+} // namespace
+
+void LauncherApp::drawProjectsScreen() {
+    const ImVec2 window = ImGui::GetWindowPos();
+    const float top = window.y + uiThemePx(kContentTop);
+    ProjectsLayout at;
+    at.contentMin = {window.x + uiThemePx(kSidebarWidth), window.y};
+    at.contentMax = window + ImGui::GetWindowSize();
+    at.title = {at.contentMin.x + uiThemePx(kContentInset), top + uiThemePx(kTitleDrop)};
+    at.newButtonSize = px(kNewButtonWidth, kControlHeight);
+    at.newButton = {at.contentMax.x - uiThemePx(kContentInset) - at.newButtonSize.x, top};
+    at.addButtonSize = px(kAddButtonWidth, kControlHeight);
+    at.addButton = {at.newButton.x - uiThemePx(kControlGap) - at.addButtonSize.x, top};
+    at.searchMin = {at.addButton.x - uiThemePx(kControlGap) - uiThemePx(kSearchWidth), top};
+    at.searchMax = at.searchMin + px(kSearchWidth, kControlHeight);
+    at.noticeTop = top + uiThemePx(kControlHeight) + uiThemePx(kBelowTitleLine);
+
+    ImDrawList* drawList = ImGui::GetWindowDrawList();
+    drawList->AddRectFilled(at.contentMin, at.contentMax, kContentFill, uiThemeWindowRounding(),
+                            ImDrawFlags_RoundCornersBottomRight);
+    uiThemeText(drawList, uiThemeFont(22.0f), at.title, kTitle, "Projects");
+    drawSearchBox(at);
+    if (drawSecondaryButton("Add project from disk", at.addButton, at.addButtonSize, 13.0f)) addProjectFromDisk();
+    if (drawPrimaryButton("+ New project", at.newButton, at.newButtonSize, 13.5f)) beginNewProject();
+
+    float headerTop = at.noticeTop;
+    if (!noticeText.empty()) {
+        const float inset = uiThemePx(kContentInset);
+        drawNotice(drawList, {at.contentMin.x + inset, headerTop},
+                   {at.contentMax.x - inset, headerTop + uiThemePx(kNoticeHeight)}, noticeText);
+        headerTop += uiThemePx(kNoticePitch);
+    }
+    drawTableHeader(at, headerTop, uiThemePx(kHeaderHeight));
+
+    ProjectRows rows;
+    rows.editorLabel = defaultEditorLabel(*this);
+    rows.indices = displayedProjects(*this, rows.editorLabel); // after the search box: a text cleared now lists everything
+    const float listTop = headerTop + uiThemePx(kHeaderHeight) + uiThemePx(kListGap);
+    const float listHeight = at.contentMax.y - listTop - uiThemePx(kListBottomGap);
+    if (rows.indices.empty()) {
+        drawEmptyProjects(at, listTop, listHeight);
+    } else {
+        drawProjectTable(at, rows, listTop, listHeight);
+    }
+}
+
+void LauncherApp::drawSearchBox(const ProjectsLayout& at) {
+    ImDrawList* drawList = ImGui::GetWindowDrawList();
+    const ImVec2 min = at.searchMin, max = at.searchMax, mouse = ImGui::GetIO().MousePos;
+    const float middle = (min.y + max.y) * 0.5f;
+    const bool clickable = ImGui::IsWindowHovered(); // not through a popup or a modal
+    const bool clicked = clickable && ImGui::IsMouseClicked(ImGuiMouseButton_Left);
+    drawList->AddRectFilled(min, max, kSearchFill, uiThemePx(kRounding));
+
+    const ImGuiID id = ImGui::GetID("##ProjectSearch");
+    // The field holds a copy of the text while it is edited, and would write it back over a text that was emptied here.
+    const auto clearSearch = [&] {
+        searchText[0] = '\0';
+        if (ImGuiInputTextState* editing = ImGui::GetInputTextState(id)) editing->ReloadUserBufAndMoveToEnd();
+    };
+
+    const bool hadText = searchText[0] != '\0';
+    const bool clearHovered = hadText && clickable &&
+                              contains({max.x - uiThemePx(26.0f), min.y}, {max.x - uiThemePx(4.0f), max.y}, mouse);
+    const bool boxHovered = clearHovered || (clickable && contains(min, max, mouse));
+    if (clearHovered && clicked) {
+        clearSearch();
+    } else if (boxHovered && clicked) {
+        ImGui::SetKeyboardFocusHere(0);
+    }
+
+    drawSearchIcon(drawList, {min.x, middle});
+
+    ImFont* font = uiThemeFont(13.0f);
+    // Escape makes the field restore its text and let go of the keyboard before anybody can ask whether it has it.
+    const bool hadKeyboard = ImGui::GetActiveID() == id;
+    ImGui::PushFont(font, uiThemeFontSize(font));
+    ImGui::SetCursorScreenPos({min.x + uiThemePx(kSearchTextLeft), min.y});
+    ImGui::SetNextItemWidth(uiThemePx(hadText ? kSearchWidth - 52.0f : kSearchWidth - 38.0f));
+    ImGui::PushStyleVar(ImGuiStyleVar_FramePadding,
+                        ImVec2(0.0f, (uiThemePx(kControlHeight) - uiThemeFontSize(font)) * 0.5f));
+    constexpr std::array<ImGuiCol, 4> hiddenFrame = {ImGuiCol_FrameBg, ImGuiCol_FrameBgHovered, ImGuiCol_FrameBgActive,
+                                                     ImGuiCol_Border};
+    for (const ImGuiCol colour : hiddenFrame) ImGui::PushStyleColor(colour, 0u);
+    ImGui::InputTextWithHint("##ProjectSearch", "Search", searchText, sizeof searchText);
+    const bool active = ImGui::IsItemActive();
+    ImGui::PopStyleColor(static_cast<int>(hiddenFrame.size()));
+    ImGui::PopStyleVar();
+    ImGui::PopFont();
+    if ((active || hadKeyboard) && ImGui::IsKeyPressed(ImGuiKey_Escape)) clearSearch();
+
+    if (hadText) drawClearGlyph(drawList, {max.x, middle}, clearHovered);
+    drawList->AddRect(min, max, active ? kSearchBorderActive : boxHovered ? kSearchBorderHovered : kSearchBorder,
+                      uiThemePx(kRounding), 0, 1.0f);
+}

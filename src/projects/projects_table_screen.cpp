@@ -1,0 +1,290 @@
+// The table of the Projects screen: its header, its rows with star and menu, and what stands there when there are none.
+
+#include "projects/projects_screen.h"
+
+#include "projects/project_file.h"
+#include "projects/project_list.h"
+#include "shell/widgets.h"
+#include "system/operating_system.h"
+#include "ui/ui_theme.h"
+
+#include <imgui_internal.h>
+
+#include <cmath>
+
+namespace {
+
+constexpr ImU32 kHeaderStar = 0xFF828282;
+constexpr ImU32 kHeaderStarHovered = 0xFFDCDCDC;
+constexpr ImU32 kHeaderRule = 0xFF282828;
+constexpr ImU32 kSortedLabel = 0xFFF5F5F5;
+constexpr ImU32 kHoveredLabel = 0xFFD2D2D2;
+constexpr ImU32 kLabel = 0xFFA0A0A0;
+
+constexpr ImU32 kRowHovered = 0xFF262424;
+constexpr ImU32 kRowRule = 0xFF222222;
+constexpr ImU32 kStarOff = 0xFF646464;
+constexpr ImU32 kStarOffHovered = 0xFFC8C8C8;
+constexpr ImU32 kName = 0xFFF0F0F0;
+constexpr ImU32 kMissingName = 0xFF4444EF;
+constexpr ImU32 kPath = 0xFF8C8C8C;
+constexpr ImU32 kMissingPath = 0xFF7878EF;
+constexpr ImU32 kCell = 0xFFB4B4B4;
+constexpr ImU32 kDots = 0xFF8C8C8C;
+constexpr ImU32 kDotsHovered = 0xFFFFFFFF;
+
+constexpr ImU32 kEmptyIcon = 0xFF8C8C8C;
+constexpr ImU32 kEmptyTitle = 0xFFE6E6E6;
+constexpr ImU32 kEmptyBody = 0xFF969696;
+constexpr ImU32 kImportIcon = 0xFFC8C8C8;
+
+constexpr float kRowHeight = 52.0f;
+constexpr float kRounding = 6.0f;
+constexpr float kDotsFromRight = 28.0f;
+constexpr float kDotsHit = 14.0f;
+constexpr float kDotPitch = 6.0f;
+constexpr float kDotRadius = 1.5f;
+constexpr float kNameTop = 8.0f;
+constexpr float kPathTop = 28.0f;
+constexpr float kNameClipGap = 16.0f;
+constexpr float kRowRuleInset = 8.0f;
+constexpr float kHeaderRuleInset = 20.0f;
+
+ImVec2 px(float x, float y) { return {uiThemePx(x), uiThemePx(y)}; }
+
+bool contains(ImVec2 centre, float reach, ImVec2 point) {
+    return point.x >= centre.x - reach && point.x < centre.x + reach && point.y >= centre.y - reach &&
+           point.y < centre.y + reach;
+}
+
+HitArea hitAround(const char* identifier, ImVec2 centre, float reach) {
+    return hitArea(ImGui::GetID(identifier), centre - ImVec2(reach, reach), centre + ImVec2(reach, reach));
+}
+
+void drawCentred(ImDrawList* drawList, float fontSize, float centreX, float top, ImU32 colour, const char* text) {
+    ImFont* font = uiThemeFont(fontSize);
+    uiThemeText(drawList, font, {std::floor(centreX - uiThemeTextSize(font, text).x * 0.5f), top}, colour, text);
+}
+
+// An outlined cube, seen from a corner.
+void drawCube(ImDrawList* drawList, ImVec2 centre) {
+    const float reach = uiThemePx(30.0f);
+    constexpr float across = 0.8660254f;
+    const auto corner = [&](float x, float y) { return centre + ImVec2(x * reach, y * reach); };
+    const ImVec2 sides[6] = {corner(0.0f, -1.0f), corner(across, -0.5f),  corner(across, 0.5f),
+                             corner(0.0f, 1.0f),  corner(-across, 0.5f), corner(-across, -0.5f)};
+    drawList->AddPolyline(sides, 6, kEmptyIcon, ImDrawFlags_Closed, 1.5f);
+    for (const ImVec2 end : {sides[0], sides[4], sides[2]}) drawList->AddLine(centre, end, kEmptyIcon, 1.5f);
+}
+
+} // namespace
+
+void LauncherApp::drawTableHeader(const ProjectsLayout& at, float top, float height) {
+    ImDrawList* drawList = ImGui::GetWindowDrawList();
+    const float left = at.contentMin.x + uiThemePx(kTableInset);
+    const float innerWidth = at.contentMax.x - at.contentMin.x - uiThemePx(2.0f * kTableInset);
+    const float middle = top + height * 0.5f;
+
+    const ImVec2 star(left + uiThemePx(kStarColumn), middle);
+    const HitArea area = hitAround("##header_star_sort", star, uiThemePx(kStarHit));
+    if (area.clicked) sortStarredFirst = !sortStarredFirst;
+    if (area.added) {
+        drawStarIcon(drawList, star, uiThemePx(kStarRadius),
+                     sortStarredFirst ? kStarOn
+                     : area.hovered   ? kHeaderStarHovered
+                                      : kHeaderStar,
+                     sortStarredFirst);
+    }
+
+    ImFont* font = uiThemeFont(12.5f);
+    const TableHeader header = {font, top, height, middle - uiThemeFontSize(font) * 0.5f};
+    drawSortHeader(header, "Name", left + uiThemePx(kNameColumn), ProjectSortColumn::Name);
+    drawSortHeader(header, "Platform", left + kPlatformColumn * innerWidth, ProjectSortColumn::Platform);
+    drawSortHeader(header, "Editor version", left + kEditorColumn * innerWidth, ProjectSortColumn::EditorVersion);
+    const float inset = uiThemePx(kHeaderRuleInset);
+    drawList->AddLine({at.contentMin.x + inset, top + height}, {at.contentMax.x - inset, top + height}, kHeaderRule,
+                      1.0f);
+}
+
+void LauncherApp::drawSortHeader(const TableHeader& header, const char* label, float x, ProjectSortColumn column) {
+    const float textWidth = uiThemeTextSize(header.font, label).x;
+    const HitArea area = hitArea(ImGui::GetID(label), {x, header.top},
+                                 {x + textWidth + uiThemePx(14.0f), header.top + header.height});
+    if (area.clicked) {
+        sortAscending = sortColumn == column ? !sortAscending : true;
+        sortColumn = column;
+    }
+    if (area.hovered) ImGui::SetMouseCursor(ImGuiMouseCursor_Hand);
+
+    ImDrawList* drawList = ImGui::GetWindowDrawList();
+    const bool sorted = sortColumn == column;
+    const ImU32 colour = sorted ? kSortedLabel : area.hovered ? kHoveredLabel : kLabel;
+    uiThemeText(drawList, header.font, {x, header.textTop}, colour, label);
+    if (!sorted) return;
+    const float left = x + textWidth + uiThemePx(4.0f), reach = uiThemePx(3.0f);
+    const float middle = header.top + header.height * 0.5f;
+    const float direction = sortAscending ? 1.0f : -1.0f;
+    const float apex = middle - direction * 0.8f * reach, base = middle + direction * 0.6f * reach;
+    drawList->AddTriangleFilled({left, base}, {left + reach, apex}, {left + 2.0f * reach, base}, colour);
+}
+
+void LauncherApp::drawProjectTable(const ProjectsLayout& at, const ProjectRows& rows, float top, float height) {
+    RowRequest request;
+    ImGui::SetCursorScreenPos({at.contentMin.x + uiThemePx(kTableInset), top});
+    ImGui::BeginChild("##ProjectsTableList",
+                      {at.contentMax.x - at.contentMin.x - uiThemePx(2.0f * kTableInset), height},
+                      ImGuiChildFlags_None, ImGuiWindowFlags_NoBackground);
+    ImGui::PushStyleVar(ImGuiStyleVar_ItemSpacing, ImVec2(ImGui::GetStyle().ItemSpacing.x, 0.0f)); // rows touch
+    ImGuiListClipper clipper;
+    clipper.Begin(static_cast<int>(rows.indices.size()), uiThemePx(kRowHeight));
+    while (clipper.Step()) {
+        for (int position = clipper.DisplayStart; position < clipper.DisplayEnd; ++position) {
+            drawProjectRow(rows, static_cast<std::size_t>(position), request);
+        }
+    }
+    ImGui::PopStyleVar();
+    ImGui::EndChild();
+
+    if (request.openIndex >= 0) openProjectRow(request.openIndex);
+    if (request.removeIndex >= 0) {
+        std::vector<ProjectEntry> projects = settings->projects();
+        if (static_cast<std::size_t>(request.removeIndex) >= projects.size()) return;
+        projects.erase(projects.begin() + request.removeIndex);
+        settings->setProjects(projects);
+        (void)settings->save();
+    }
+}
+
+void LauncherApp::drawProjectRow(const ProjectRows& rows, std::size_t position, RowRequest& request) {
+    const std::int32_t index = rows.indices[position];
+    // Changes to the list wait for the last row, so the index holds and this reference does too; only the star flips a
+    // field in place.
+    const ProjectEntry& entry = settings->projects()[static_cast<std::size_t>(index)];
+    const ImVec2 min = ImGui::GetCursorScreenPos();
+    const float width = ImGui::GetContentRegionAvail().x;
+    const ImVec2 size(width, uiThemePx(kRowHeight));
+    const ImVec2 max = min + size;
+
+    ImGui::PushID(index); // a row keeps its identifiers when sorting moves it
+    const ImGuiID rowId = ImGui::GetID("##project_row");
+    ImGui::ItemSize(size);
+    if (!ImGui::ItemAdd(ImRect(min, max), rowId)) {
+        ImGui::PopID();
+        return;
+    }
+
+    const float middle = min.y + size.y * 0.5f;
+    const ImVec2 mouse = ImGui::GetIO().MousePos;
+    const ImVec2 starCentre(min.x + uiThemePx(kStarColumn), middle);
+    const ImVec2 dotsCentre(max.x - uiThemePx(kDotsFromRight), middle);
+    const bool onControls = contains(starCentre, uiThemePx(kStarHit), mouse) ||
+                            contains(dotsCentre, uiThemePx(kDotsHit), mouse);
+    const HitArea star = hitAround("##star_toggle", starCentre, uiThemePx(kStarHit));
+    const HitArea dots = hitAround("##dots_menu", dotsCentre, uiThemePx(kDotsHit));
+    HitArea row; // a click on the star must not open the project
+    if (!onControls && !star.held && !dots.held) {
+        row.clicked = ImGui::ButtonBehavior(ImRect(min, max), rowId, &row.hovered, &row.held);
+    } else {
+        row.hovered = ImGui::IsWindowHovered() && ImRect(min, max).Contains(mouse);
+    }
+    ImGui::KeepAliveID(rowId);
+
+    ImDrawList* drawList = ImGui::GetWindowDrawList();
+    if (row.hovered || star.hovered || dots.hovered || row.held) {
+        drawList->AddRectFilled(min, max, kRowHovered, uiThemePx(kRounding));
+    }
+    const float inset = uiThemePx(kRowRuleInset);
+    drawList->AddLine({min.x + inset, max.y}, {max.x - inset, max.y}, kRowRule, 1.0f);
+
+    if (star.clicked) {
+        settings->toggleFavorite(entry.path);
+        (void)settings->save();
+    }
+    drawStarIcon(drawList, starCentre, uiThemePx(kStarRadius),
+                 entry.favorite  ? kStarOn
+                 : star.hovered ? kStarOffHovered
+                                : kStarOff,
+                 entry.favorite);
+    const bool exists = !isProjectMissing(entry.path);
+    drawRowTexts(rows, entry, exists, min, max);
+    for (const float offset : {-kDotPitch, 0.0f, kDotPitch}) {
+        drawList->AddCircleFilled({dotsCentre.x + uiThemePx(offset), middle}, kDotRadius,
+                                  dots.hovered ? kDotsHovered : kDots);
+    }
+
+    if (dots.clicked || (row.hovered && ImGui::IsMouseClicked(ImGuiMouseButton_Right))) {
+        ImGui::OpenPopup("##project_context_menu");
+    }
+    if (row.clicked && exists) request.openIndex = index;
+    drawProjectMenu(index, exists, request);
+    ImGui::PopID();
+}
+
+void LauncherApp::drawRowTexts(const ProjectRows& rows, const ProjectEntry& entry, bool exists, ImVec2 min,
+                               ImVec2 max) {
+    ImDrawList* drawList = ImGui::GetWindowDrawList();
+    const float width = max.x - min.x;
+    const float platformX = min.x + kPlatformColumn * width, textX = min.x + uiThemePx(kNameColumn);
+    // Long names and paths end short of the next column.
+    drawList->PushClipRect({textX, min.y}, {platformX - uiThemePx(kNameClipGap), max.y}, true);
+    uiThemeText(drawList, uiThemeFont(14.0f), {textX, min.y + uiThemePx(kNameTop)}, exists ? kName : kMissingName,
+                entry.name);
+    uiThemeText(drawList, uiThemeFont(11.5f), {textX, min.y + uiThemePx(kPathTop)}, exists ? kPath : kMissingPath,
+                exists ? entry.path : entry.path + " - missing");
+    drawList->PopClipRect();
+
+    ImFont* font = uiThemeFont(12.5f);
+    const float top = (min.y + max.y - uiThemeFontSize(font)) * 0.5f;
+    uiThemeText(drawList, font, {platformX, top}, kCell, projectPlatformLabel(entry));
+    uiThemeText(drawList, font, {min.x + kEditorColumn * width, top}, kCell,
+                entry.editorVersion.empty() ? rows.editorLabel : entry.editorVersion);
+}
+
+void LauncherApp::drawProjectMenu(std::int32_t index, bool exists, RowRequest& request) {
+    if (!ImGui::BeginPopup("##project_context_menu")) return;
+    const ProjectEntry& entry = settings->projects()[static_cast<std::size_t>(index)];
+    if (ImGui::MenuItem("Open Project", nullptr, false, exists)) request.openIndex = index;
+    if (ImGui::MenuItem(entry.favorite ? "Remove from Favorites" : "Add to Favorites")) {
+        settings->toggleFavorite(entry.path);
+        (void)settings->save();
+    }
+    if (ImGui::MenuItem("Show in File Manager", nullptr, false, exists)) {
+        openInFileManager(projectDirectory(entry.path));
+    }
+    ImGui::Separator();
+    if (ImGui::MenuItem("Remove From List")) request.removeIndex = index;
+    ImGui::EndPopup();
+}
+
+void LauncherApp::drawEmptyProjects(const ProjectsLayout& at, float top, float height) {
+    ImGui::PushID("empty_projects");
+    ImDrawList* drawList = ImGui::GetWindowDrawList();
+    const float centreX = (at.contentMin.x + at.contentMax.x) * 0.5f;
+    const float anchor = top + 0.38f * height;
+    const float titleTop = anchor + uiThemePx(20.0f), bodyTop = anchor + uiThemePx(44.0f);
+    const float buttonsTop = anchor + uiThemePx(76.0f);
+    drawCube(drawList, {centreX, anchor - uiThemePx(28.0f)});
+
+    if (settings->projects().empty() || searchTerms(searchText).empty()) {
+        drawCentred(drawList, 17.0f, centreX, titleTop, kEmptyTitle, "No projects");
+        drawCentred(drawList, 13.0f, centreX, bodyTop, kEmptyBody,
+                    "Create a new project or select your projects folder to get started.");
+        const ImVec2 importSize = px(148.0f, 34.0f), newSize = px(130.0f, 34.0f);
+        const float gap = uiThemePx(12.0f);
+        const ImVec2 importAt(centreX - (importSize.x + gap + newSize.x) * 0.5f, buttonsTop);
+        if (drawSecondaryButton("Import projects", importAt, importSize, 13.0f)) addProjectFromDisk();
+        drawFolderIcon(drawList, importAt + px(14.0f, 10.0f), uiThemePx(14.0f), kImportIcon);
+        if (drawPrimaryButton("+ New project", {importAt.x + importSize.x + gap, buttonsTop}, newSize, 13.5f)) {
+            beginNewProject();
+        }
+    } else {
+        drawCentred(drawList, 17.0f, centreX, titleTop, kEmptyTitle, "No matching projects");
+        drawCentred(drawList, 13.0f, centreX, bodyTop, kEmptyBody,
+                    "No project matches your search criteria. Try a different search.");
+        const ImVec2 size = px(120.0f, 34.0f);
+        if (drawSecondaryButton("Clear search", {centreX - size.x * 0.5f, buttonsTop}, size, 13.0f)) {
+            searchText[0] = '\0';
+        }
+    }
+    ImGui::PopID();
+}
