@@ -36,7 +36,8 @@ set(VOLO_IMGUI_SOURCES
 
 add_library(imgui_headers INTERFACE)
 target_include_directories(imgui_headers SYSTEM INTERFACE ${imgui_SOURCE_DIR} ${imgui_SOURCE_DIR}/backends)
-target_compile_definitions(imgui_headers INTERFACE IMGUI_DISABLE_OBSOLETE_FUNCTIONS IMGUI_DISABLE_DEMO_WINDOWS)
+target_compile_definitions(imgui_headers INTERFACE IMGUI_DISABLE_OBSOLETE_FUNCTIONS IMGUI_DISABLE_DEMO_WINDOWS
+  IMGUI_DEFINE_MATH_OPERATORS)
 
 add_library(imgui STATIC ${VOLO_IMGUI_SOURCES})
 target_link_libraries(imgui PUBLIC imgui_headers)

@@ -27,12 +27,12 @@ struct IdentityProviderFaults {
     bool denyConsent = false;       // the redirect carries error=access_denied
     int tokenDelayMilliseconds = 0; // before the token endpoint answers
     int tokenStatus = 0;            // answered instead of 200; 0: none
-    std::string tokenBody;          // answered instead of the JSON; empty: none
+    std::string tokenBody = {};     // answered instead of the JSON; empty: none
     bool withoutAccessToken = false;
     bool withoutRefreshToken = false;
     bool rotateRefreshToken = false; // a refresh answers with a new refresh token too
     int userInfoStatus = 0;
-    std::string userInfoBody;
+    std::string userInfoBody = {};
     bool withoutEmail = false;
     bool withoutName = false;
 };

@@ -19,8 +19,8 @@ void LauncherApp::addProjectFromDisk() {
     const std::string path = pathText(file);
 
     std::vector<ProjectEntry> projects = settings->projects();
-    const auto listed = std::find_if(projects.begin(), projects.end(),
-                                     [&](const ProjectEntry& entry) { return entry.path == path; });
+    const auto listed =
+        std::find_if(projects.begin(), projects.end(), [&](const ProjectEntry& entry) { return entry.path == path; });
     if (listed != projects.end()) {
         listed->lastOpened = currentTimeSeconds();
         sortByLastOpened(projects);

@@ -9,10 +9,10 @@
 
 #include <string>
 
-// The folder of a project from its stored path: the parent of a .zantorproj file (the case of the extension counts), and
-// any other path itself.
+// The folder of a project from its stored path: the parent of a .zantorproj file (the case of the extension counts),
+// and any other path itself.
 std::string projectDirectory(const std::string& projectPath);
 
-// Creates <location>/<name>/<name>.zantorproj and gives its path. An existing empty folder is taken over. On failure the
-// path is empty, `error` holds words for the user, and what was created so far stays.
+// Creates <location>/<name>/<name>.zantorproj and gives its path. An existing empty folder is taken over. On failure
+// the path is empty, `error` holds words for the user, and what was created so far stays.
 [[nodiscard]] std::string createProjectOnDisk(const std::string& location, const std::string& name, std::string& error);

@@ -12,7 +12,9 @@ constexpr char folded(char letter) {
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
 }
 
-constexpr bool separatesTerms(char letter) { return letter == ' ' || letter == '\t'; }
+constexpr bool separatesTerms(char letter) {
+    return letter == ' ' || letter == '\t';
+}
 
 } // namespace
 

@@ -11,10 +11,14 @@ namespace {
 
 std::string columnText(const ProjectEntry& entry, const LauncherApp& app) {
     switch (app.sortColumn) {
-    case ProjectSortColumn::Name: return entry.name;
-    case ProjectSortColumn::Platform: return projectPlatformLabel(entry);
-    case ProjectSortColumn::EditorVersion: return projectEditorLabel(entry, app);
-    case ProjectSortColumn::LastOpened: break;
+    case ProjectSortColumn::Name:
+        return entry.name;
+    case ProjectSortColumn::Platform:
+        return projectPlatformLabel(entry);
+    case ProjectSortColumn::EditorVersion:
+        return projectEditorLabel(entry, app);
+    case ProjectSortColumn::LastOpened:
+        break;
     }
     return {};
 }
@@ -34,16 +38,21 @@ std::vector<SortKey> makeSortKeys(const LauncherApp& app, const std::vector<std:
     const std::string platformLabel = projectPlatformLabel({});
     const auto text = [&](const ProjectEntry& entry) -> std::string_view {
         switch (app.sortColumn) {
-        case ProjectSortColumn::Name: return entry.name;
-        case ProjectSortColumn::Platform: return entry.targetPlatform.empty() ? platformLabel : entry.targetPlatform;
-        case ProjectSortColumn::EditorVersion: return entry.editorVersion.empty() ? editorLabel : entry.editorVersion;
-        case ProjectSortColumn::LastOpened: break;
+        case ProjectSortColumn::Name:
+            return entry.name;
+        case ProjectSortColumn::Platform:
+            return entry.targetPlatform.empty() ? platformLabel : entry.targetPlatform;
+        case ProjectSortColumn::EditorVersion:
+            return entry.editorVersion.empty() ? editorLabel : entry.editorVersion;
+        case ProjectSortColumn::LastOpened:
+            break;
         }
         return {};
     };
 
     std::size_t bytes = 0;
-    for (const std::int32_t index : indices) bytes += text(projects[static_cast<std::size_t>(index)]).size();
+    for (const std::int32_t index : indices)
+        bytes += text(projects[static_cast<std::size_t>(index)]).size();
     foldedTexts.reserve(bytes); // the keys point into it, so it must not move while it grows
 
     std::vector<SortKey> keys;

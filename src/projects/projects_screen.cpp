@@ -43,7 +43,9 @@ constexpr float kHeaderHeight = 30.0f;
 constexpr float kListGap = 4.0f;
 constexpr float kListBottomGap = 12.0f;
 
-ImVec2 px(float x, float y) { return {uiThemePx(x), uiThemePx(y)}; }
+ImVec2 px(float x, float y) {
+    return {uiThemePx(x), uiThemePx(y)};
+}
 
 bool contains(ImVec2 min, ImVec2 max, ImVec2 point) {
     return point.x >= min.x && point.x < max.x && point.y >= min.y && point.y < max.y;
@@ -107,7 +109,8 @@ void LauncherApp::drawProjectsScreen() {
 
     ProjectRows rows;
     rows.editorLabel = defaultEditorLabel(*this);
-    rows.indices = displayedProjects(*this, rows.editorLabel); // after the search box: a text cleared now lists everything
+    rows.indices =
+        displayedProjects(*this, rows.editorLabel); // after the search box: a text cleared now lists everything
     const float listTop = headerTop + uiThemePx(kHeaderHeight) + uiThemePx(kListGap);
     const float listHeight = at.contentMax.y - listTop - uiThemePx(kListBottomGap);
     if (rows.indices.empty()) {
@@ -133,8 +136,8 @@ void LauncherApp::drawSearchBox(const ProjectsLayout& at) {
     };
 
     const bool hadText = searchText[0] != '\0';
-    const bool clearHovered = hadText && clickable &&
-                              contains({max.x - uiThemePx(26.0f), min.y}, {max.x - uiThemePx(4.0f), max.y}, mouse);
+    const bool clearHovered =
+        hadText && clickable && contains({max.x - uiThemePx(26.0f), min.y}, {max.x - uiThemePx(4.0f), max.y}, mouse);
     const bool boxHovered = clearHovered || (clickable && contains(min, max, mouse));
     if (clearHovered && clicked) {
         clearSearch();
@@ -154,7 +157,8 @@ void LauncherApp::drawSearchBox(const ProjectsLayout& at) {
                         ImVec2(0.0f, (uiThemePx(kControlHeight) - uiThemeFontSize(font)) * 0.5f));
     constexpr std::array<ImGuiCol, 4> hiddenFrame = {ImGuiCol_FrameBg, ImGuiCol_FrameBgHovered, ImGuiCol_FrameBgActive,
                                                      ImGuiCol_Border};
-    for (const ImGuiCol colour : hiddenFrame) ImGui::PushStyleColor(colour, 0u);
+    for (const ImGuiCol colour : hiddenFrame)
+        ImGui::PushStyleColor(colour, 0u);
     ImGui::InputTextWithHint("##ProjectSearch", "Search", searchText, sizeof searchText);
     const bool active = ImGui::IsItemActive();
     ImGui::PopStyleColor(static_cast<int>(hiddenFrame.size()));
@@ -163,6 +167,9 @@ void LauncherApp::drawSearchBox(const ProjectsLayout& at) {
     if ((active || hadKeyboard) && ImGui::IsKeyPressed(ImGuiKey_Escape)) clearSearch();
 
     if (hadText) drawClearGlyph(drawList, {max.x, middle}, clearHovered);
-    drawList->AddRect(min, max, active ? kSearchBorderActive : boxHovered ? kSearchBorderHovered : kSearchBorder,
+    drawList->AddRect(min, max,
+                      active       ? kSearchBorderActive
+                      : boxHovered ? kSearchBorderHovered
+                                   : kSearchBorder,
                       uiThemePx(kRounding), 0, 1.0f);
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-// What the two sources of the Projects screen share: its rectangles, worked out once per frame, and the records that pass
-// between the table and its rows. Frame thread.
+// What the two sources of the Projects screen share: its rectangles, worked out once per frame, and the records that
+// pass between the table and its rows. Frame thread.
 
 #include "shell/launcher_app.h"
 

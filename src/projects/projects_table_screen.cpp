@@ -50,7 +50,9 @@ constexpr float kNameClipGap = 16.0f;
 constexpr float kRowRuleInset = 8.0f;
 constexpr float kHeaderRuleInset = 20.0f;
 
-ImVec2 px(float x, float y) { return {uiThemePx(x), uiThemePx(y)}; }
+ImVec2 px(float x, float y) {
+    return {uiThemePx(x), uiThemePx(y)};
+}
 
 bool contains(ImVec2 centre, float reach, ImVec2 point) {
     return point.x >= centre.x - reach && point.x < centre.x + reach && point.y >= centre.y - reach &&
@@ -71,10 +73,11 @@ void drawCube(ImDrawList* drawList, ImVec2 centre) {
     const float reach = uiThemePx(30.0f);
     constexpr float across = 0.8660254f;
     const auto corner = [&](float x, float y) { return centre + ImVec2(x * reach, y * reach); };
-    const ImVec2 sides[6] = {corner(0.0f, -1.0f), corner(across, -0.5f),  corner(across, 0.5f),
+    const ImVec2 sides[6] = {corner(0.0f, -1.0f), corner(across, -0.5f), corner(across, 0.5f),
                              corner(0.0f, 1.0f),  corner(-across, 0.5f), corner(-across, -0.5f)};
     drawList->AddPolyline(sides, 6, kEmptyIcon, ImDrawFlags_Closed, 1.5f);
-    for (const ImVec2 end : {sides[0], sides[4], sides[2]}) drawList->AddLine(centre, end, kEmptyIcon, 1.5f);
+    for (const ImVec2 end : {sides[0], sides[4], sides[2]})
+        drawList->AddLine(centre, end, kEmptyIcon, 1.5f);
 }
 
 } // namespace
@@ -108,8 +111,8 @@ void LauncherApp::drawTableHeader(const ProjectsLayout& at, float top, float hei
 
 void LauncherApp::drawSortHeader(const TableHeader& header, const char* label, float x, ProjectSortColumn column) {
     const float textWidth = uiThemeTextSize(header.font, label).x;
-    const HitArea area = hitArea(ImGui::GetID(label), {x, header.top},
-                                 {x + textWidth + uiThemePx(14.0f), header.top + header.height});
+    const HitArea area =
+        hitArea(ImGui::GetID(label), {x, header.top}, {x + textWidth + uiThemePx(14.0f), header.top + header.height});
     if (area.clicked) {
         sortAscending = sortColumn == column ? !sortAscending : true;
         sortColumn = column;
@@ -132,8 +135,8 @@ void LauncherApp::drawProjectTable(const ProjectsLayout& at, const ProjectRows& 
     RowRequest request;
     ImGui::SetCursorScreenPos({at.contentMin.x + uiThemePx(kTableInset), top});
     ImGui::BeginChild("##ProjectsTableList",
-                      {at.contentMax.x - at.contentMin.x - uiThemePx(2.0f * kTableInset), height},
-                      ImGuiChildFlags_None, ImGuiWindowFlags_NoBackground);
+                      {at.contentMax.x - at.contentMin.x - uiThemePx(2.0f * kTableInset), height}, ImGuiChildFlags_None,
+                      ImGuiWindowFlags_NoBackground);
     ImGui::PushStyleVar(ImGuiStyleVar_ItemSpacing, ImVec2(ImGui::GetStyle().ItemSpacing.x, 0.0f)); // rows touch
     ImGuiListClipper clipper;
     clipper.Begin(static_cast<int>(rows.indices.size()), uiThemePx(kRowHeight));
@@ -177,8 +180,8 @@ void LauncherApp::drawProjectRow(const ProjectRows& rows, std::size_t position, 
     const ImVec2 mouse = ImGui::GetIO().MousePos;
     const ImVec2 starCentre(min.x + uiThemePx(kStarColumn), middle);
     const ImVec2 dotsCentre(max.x - uiThemePx(kDotsFromRight), middle);
-    const bool onControls = contains(starCentre, uiThemePx(kStarHit), mouse) ||
-                            contains(dotsCentre, uiThemePx(kDotsHit), mouse);
+    const bool onControls =
+        contains(starCentre, uiThemePx(kStarHit), mouse) || contains(dotsCentre, uiThemePx(kDotsHit), mouse);
     const HitArea star = hitAround("##star_toggle", starCentre, uiThemePx(kStarHit));
     const HitArea dots = hitAround("##dots_menu", dotsCentre, uiThemePx(kDotsHit));
     HitArea row; // a click on the star must not open the project
@@ -201,7 +204,7 @@ void LauncherApp::drawProjectRow(const ProjectRows& rows, std::size_t position, 
         (void)settings->save();
     }
     drawStarIcon(drawList, starCentre, uiThemePx(kStarRadius),
-                 entry.favorite  ? kStarOn
+                 entry.favorite ? kStarOn
                  : star.hovered ? kStarOffHovered
                                 : kStarOff,
                  entry.favorite);

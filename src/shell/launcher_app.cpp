@@ -5,7 +5,8 @@
 #include <imgui_internal.h>
 
 LauncherApp::LauncherApp()
-    : config(std::make_unique<LauncherConfig>(loadLauncherConfig())), settings(std::make_unique<LauncherSettings>()) {
+    : config(std::make_unique<LauncherConfig>(loadLauncherConfig()))
+    , settings(std::make_unique<LauncherSettings>()) {
     (void)settings->load(); // a first run has nothing to load
     if (!config->configured) return;
 
@@ -82,8 +83,14 @@ void LauncherApp::drawSignedInShell() {
     }
     drawSidebar(); // first: a click shows the new tab in the same frame
     switch (activeTab) {
-    case LauncherTab::Projects: drawProjectsScreen(); break;
-    case LauncherTab::Installs: drawInstallsScreen(); break;
-    default: drawDownloadsScreen(); break;
+    case LauncherTab::Projects:
+        drawProjectsScreen();
+        break;
+    case LauncherTab::Installs:
+        drawInstallsScreen();
+        break;
+    default:
+        drawDownloadsScreen();
+        break;
     }
 }

@@ -21,7 +21,8 @@ enum class LauncherTab : std::int32_t { Projects = 0, Installs = 1, Downloads = 
 enum class ProjectSortColumn : std::int32_t { LastOpened = 0, Name = 1, Platform = 2, EditorVersion = 3 };
 
 // Copies a text into one of the fixed buffers that text fields edit, cut to fit.
-template<std::size_t size> void copyToBuffer(const std::string& text, char (&buffer)[size]) {
+template<std::size_t size>
+void copyToBuffer(const std::string& text, char (&buffer)[size]) {
     buffer[text.copy(buffer, size - 1)] = '\0';
 }
 
@@ -77,6 +78,7 @@ class LauncherApp {
     void drawSidebar();
     void drawProjectsScreen();
     void drawInstallsScreen();
+    void drawInstallAction(EditorInstallStatus status, float cardLeft, ImVec2 rowRight);
     void drawDownloadsScreen();
     void drawDownloadRow(int index);
     void drawProjectDialogs();

@@ -1,5 +1,5 @@
-// The two modal popups. They are drawn at the root window's level, whoever asked for them, so that their identifiers are
-// always the same.
+// The two modal popups. They are drawn at the root window's level, whoever asked for them, so that their identifiers
+// are always the same.
 
 #include "shell/launcher_app.h"
 #include "system/operating_system.h"
@@ -22,7 +22,9 @@ constexpr float kBrowseWidth = 94.0f;
 constexpr float kButtonWidth = 120.0f;
 constexpr float kCreateWidth = 150.0f;
 
-void gap(float height) { ImGui::Dummy({0.0f, uiThemePx(height)}); }
+void gap(float height) {
+    ImGui::Dummy({0.0f, uiThemePx(height)});
+}
 
 bool beginModal(const char* name, bool& requested) {
     if (requested) {

@@ -43,9 +43,8 @@ bool drawButton(const char* label, ImVec2 position, ImVec2 size, float fontSize,
 // The corners of a five-pointed star on a circle of radius 1, clockwise from straight up; every second one is an inner
 // corner at 0.4 of the radius.
 constexpr ImVec2 kStar[10] = {
-    {0.0f, -1.0f},        {0.235114f, -0.323607f}, {0.951057f, -0.309017f}, {0.380423f, 0.123607f},
-    {0.587785f, 0.809017f}, {0.0f, 0.4f},          {-0.587785f, 0.809017f}, {-0.380423f, 0.123607f},
-    {-0.951057f, -0.309017f}, {-0.235114f, -0.323607f},
+    {0.0f, -1.0f}, {0.235114f, -0.323607f}, {0.951057f, -0.309017f}, {0.380423f, 0.123607f},   {0.587785f, 0.809017f},
+    {0.0f, 0.4f},  {-0.587785f, 0.809017f}, {-0.380423f, 0.123607f}, {-0.951057f, -0.309017f}, {-0.235114f, -0.323607f},
 };
 
 } // namespace
@@ -80,9 +79,11 @@ void drawProgressBar(ImDrawList* drawList, ImVec2 min, ImVec2 max, float fractio
 
 void drawStarIcon(ImDrawList* drawList, ImVec2 centre, float radius, ImU32 colour, bool filled) {
     ImVec2 corners[10];
-    for (int i = 0; i < 10; ++i) corners[i] = centre + kStar[i] * radius;
+    for (int i = 0; i < 10; ++i)
+        corners[i] = centre + kStar[i] * radius;
     if (filled) {
-        for (int i = 0; i < 10; ++i) drawList->AddTriangleFilled(centre, corners[i], corners[(i + 1) % 10], colour);
+        for (int i = 0; i < 10; ++i)
+            drawList->AddTriangleFilled(centre, corners[i], corners[(i + 1) % 10], colour);
     }
     drawList->AddPolyline(corners, 10, colour, ImDrawFlags_Closed, filled ? 1.0f : 1.2f);
 }
@@ -90,10 +91,8 @@ void drawStarIcon(ImDrawList* drawList, ImVec2 centre, float radius, ImU32 colou
 void drawFolderIcon(ImDrawList* drawList, ImVec2 topLeft, float size, ImU32 colour) {
     const float x = topLeft.x, y = topLeft.y, height = 0.75f * size;
     drawList->AddRect({x, y + 0.28f * height}, {x + size, y + height}, colour, 1.0f, 0, 1.2f);
-    const ImVec2 tab[4] = {{x, y + 0.28f * height},
-                           {x, y},
-                           {x + 0.38f * size, y},
-                           {x + 0.38f * size + 2.0f, y + 0.28f * height}};
+    const ImVec2 tab[4] = {
+        {x, y + 0.28f * height}, {x, y}, {x + 0.38f * size, y}, {x + 0.38f * size + 2.0f, y + 0.28f * height}};
     drawList->AddPolyline(tab, 4, colour, ImDrawFlags_None, 1.2f);
 }
 

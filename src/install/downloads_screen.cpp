@@ -1,0 +1,122 @@
+// The Downloads screen: one row for each package transfer of this run, newest first.
+
+#include "install/format_bytes.h"
+#include "install/install_widgets_screen.h"
+#include "shell/launcher_app.h"
+#include "shell/shell_layout.h"
+#include "shell/widgets.h"
+#include "system/operating_system.h"
+#include "system/path_text.h"
+#include "ui/ui_theme.h"
+
+#include <imgui_internal.h>
+
+#include <array>
+#include <filesystem>
+
+namespace {
+
+constexpr ImU32 kEmptyText = 0xFF8C8C8C;
+constexpr ImU32 kRowTitle = 0xFFEBEBEB;
+constexpr ImU32 kFileText = 0xFF969696;
+
+constexpr float kRowHeight = 64.0f;
+constexpr float kRowGap = 6.0f;
+constexpr float kRowInset = 16.0f;
+constexpr float kBodyLeft = 120.0f;
+constexpr float kButtonHeight = 32.0f;
+constexpr float kButtonTop = 16.0f;
+
+struct StatusBadge {
+    const char* text;
+    UiThemeBadgeStatus look;
+};
+constexpr std::array<StatusBadge, 5> kBadges = {{
+    {"Downloading", UiThemeBadgeStatus::Working},
+    {"Downloaded", UiThemeBadgeStatus::Neutral},
+    {"Installing", UiThemeBadgeStatus::Working},
+    {"Installed", UiThemeBadgeStatus::Success},
+    {"Failed", UiThemeBadgeStatus::Failure},
+}};
+
+ImVec2 px(float x, float y) {
+    return {uiThemePx(x), uiThemePx(y)};
+}
+
+std::string fileText(const std::string& path) {
+    std::error_code error;
+    const std::uintmax_t size = std::filesystem::file_size(path, error);
+    return (error ? "removed from disk" : formatBytes(static_cast<std::int64_t>(size))) + " - " + path;
+}
+
+} // namespace
+
+void LauncherApp::drawDownloadsScreen() {
+    const ImVec2 content = drawInstallBackdrop("Downloads");
+    const ImVec2 windowMax = ImGui::GetWindowPos() + ImGui::GetWindowSize();
+    const ImVec2 buttonSize = px(190.0f, kButtonHeight);
+    if (drawSecondaryButton(
+            "Open downloads folder",
+            {windowMax.x - uiThemePx(kContentInset) - buttonSize.x, ImGui::GetWindowPos().y + uiThemePx(kContentTop)},
+            buttonSize, 13.0f)) {
+        openInFileManager(config->downloadsDirectory);
+    }
+
+    const ImVec2 list = content + px(kContentInset, kContentTop + kInstallHeaderHeight);
+    const std::size_t count = install ? install->downloadsSnapshot().size() : 0;
+    if (count == 0) {
+        uiThemeText(ImGui::GetWindowDrawList(), uiThemeFont(12.0f), list + px(0.0f, 8.0f), kEmptyText,
+                    "No package downloads in this session. Downloaded packages stay on disk and are reused when the "
+                    "same version is requested again.");
+        return;
+    }
+    ImGui::SetCursorScreenPos(list);
+    ImGui::BeginChild(
+        "##DownloadList",
+        {windowMax.x - content.x - uiThemePx(2.0f * kContentInset), windowMax.y - list.y - uiThemePx(kContentTop)},
+        ImGuiChildFlags_None, ImGuiWindowFlags_NoBackground);
+    ImGui::PushStyleVar(ImGuiStyleVar_ItemSpacing, ImVec2(ImGui::GetStyle().ItemSpacing.x, 0.0f));
+    for (std::size_t index = 0; index < count; ++index)
+        drawDownloadRow(static_cast<int>(index));
+    ImGui::PopStyleVar();
+    ImGui::EndChild();
+}
+
+void LauncherApp::drawDownloadRow(int index) {
+    // A fresh copy for each row: a row above may have deleted one just now.
+    const std::vector<DownloadRecord> downloads =
+        install ? install->downloadsSnapshot() : std::vector<DownloadRecord>();
+    if (index < 0 || static_cast<std::size_t>(index) >= downloads.size()) return;
+    const DownloadRecord& record = downloads[static_cast<std::size_t>(index)];
+
+    const ImVec2 min = ImGui::GetCursorScreenPos();
+    const float width = ImGui::GetContentRegionAvail().x;
+    const ImVec2 max = min + ImVec2(width, uiThemePx(kRowHeight));
+    ImGui::Dummy({width, uiThemePx(kRowHeight + kRowGap)});
+    ImGui::PushID(index);
+    drawInstallCard(min, max);
+
+    ImDrawList* drawList = ImGui::GetWindowDrawList();
+    uiThemeText(drawList, uiThemeFont(14.0f), min + px(kRowInset, 12.0f), kRowTitle, "VOLO Editor " + record.version);
+    const std::size_t status = static_cast<std::size_t>(record.status);
+    const StatusBadge& badge = kBadges[status < kBadges.size() ? status : 0];
+    uiThemeBadge("dl_badge", drawList, min + px(kRowInset, 36.0f), badge.text, badge.look);
+
+    const ImVec2 right(max.x, min.y);
+    const auto button = [&](const char* label, float leftOffset, float buttonWidth) {
+        return drawSecondaryButton(label, right + px(-leftOffset, kButtonTop), px(buttonWidth, kButtonHeight), 13.0f);
+    };
+    if (status == 0 || status >= kBadges.size()) {
+        drawTransferProgress(min + px(kBodyLeft, 24.0f), right + px(-130.0f, 32.0f), min + px(kBodyLeft, 38.0f),
+                             record.downloadedBytes, record.totalBytes);
+        if (button("Cancel", 110.0f, 94.0f)) install->requestCancel();
+    } else {
+        uiThemeText(drawList, uiThemeFont(12.0f), min + px(kBodyLeft, 26.0f), kFileText, fileText(record.filePath));
+        if (record.status == DownloadStatus::Failed && button("Retry", 230.0f, 70.0f)) install->startUpdate();
+        if (button("Show", 150.0f, 65.0f)) {
+            openInFileManager(pathText(std::filesystem::path(record.filePath).parent_path()));
+        }
+        if (button("Delete", 75.0f, 65.0f)) install->removeDownload(index);
+    }
+    ImGui::PopID();
+}

@@ -1,0 +1,56 @@
+// A sign-in that the system denies what it needs.
+
+#define OPENSSL_SUPPRESS_DEPRECATED // a failing source of randomness can be put in place in the old way only
+
+#include <openssl/rand.h>
+#include <sys/resource.h>
+
+#include "sign_in_fixture.h"
+
+namespace {
+
+class StarvedSignIn : public SignInTest {
+  protected:
+    void expectFailure(const char* message) {
+        EXPECT_EQ(flow_->state, SignInState::SignedOut);
+        EXPECT_EQ(flow_->errorMessage, message);
+        EXPECT_FALSE(flow_->failedOnRestore);
+        pollSomeFrames();
+        EXPECT_FALSE(std::filesystem::exists(openedFile_)) << "no browser without a listener";
+        flow_->startSignIn();
+        EXPECT_EQ(flow_->state, SignInState::SigningIn) << "the next press tries anew";
+        EXPECT_EQ(flow_->errorMessage, "");
+        EXPECT_TRUE(redirect(listenerPort(openedUrl()), ""));
+    }
+};
+
+TEST_F(StarvedSignIn, NoDescriptorForTheListener) {
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit none{0, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    flow_->startSignIn();
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
+    expectFailure("Could not open the local sign-in listener.");
+}
+
+TEST_F(StarvedSignIn, NoRandomness) {
+    RAND_METHOD broken = *RAND_OpenSSL();
+    broken.bytes = [](unsigned char*, int) { return 0; };
+    RAND_set_rand_method(&broken);
+    flow_->startSignIn();
+    RAND_set_rand_method(nullptr);
+    expectFailure("Failed to prepare the sign-in request.");
+}
+
+TEST_F(StarvedSignIn, NoBrowserLeavesTheAttemptOpenUntilItIsCancelled) {
+    std::filesystem::remove(folder_ / "bin/xdg-open");
+    flow_->startSignIn();
+    pollSomeFrames();
+    EXPECT_EQ(flow_->state, SignInState::SigningIn);
+    EXPECT_EQ(flow_->errorMessage, "");
+    flow_->cancelSignIn();
+    EXPECT_EQ(flow_->state, SignInState::SignedOut);
+}
+
+} // namespace
