@@ -5,15 +5,15 @@
 #include <map>
 #include <mutex>
 #include <set>
-#include <thread>
 #include <utility>
 
 #include <httplib.h>
 #include <openssl/evp.h>
-#include <openssl/pem.h>
 #include <openssl/rand.h>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
+
+#include "sandbox/https_server.h"
 
 namespace {
 
@@ -115,9 +115,8 @@ struct IdentityProvider::Service {
     ~Service();
 
     IdentityProviderAccount account;
-    std::unique_ptr<httplib::SSLServer> server;
+    LoopbackHttpsServer server;
     int port = 0;
-    std::thread acceptThread;
 
     std::mutex mutex; // guards everything below
     std::condition_variable stopping;
@@ -128,6 +127,7 @@ struct IdentityProvider::Service {
     std::map<std::string, Grant> codes;
     std::set<std::string> refreshTokens;
     std::set<std::string> accessTokens;
+    std::set<std::string> seenSecrets; // codes and verifiers, which are used up at once
 
     void showConsent(const httplib::Request& request, httplib::Response& response);
     void answerConsent(const httplib::Request& request, httplib::Response& response);
@@ -141,30 +141,15 @@ struct IdentityProvider::Service {
 };
 
 IdentityProvider::Service::Service(const ServerIdentity& identity, const IdentityProviderAccount& user)
-    : account(user) {
-    const auto reader = [](const std::string& pem) {
-        return std::unique_ptr<BIO, decltype(&BIO_free)>(BIO_new_mem_buf(pem.data(), static_cast<int>(pem.size())),
-                                                         BIO_free);
-    };
-    const std::unique_ptr<X509, decltype(&X509_free)> certificate(
-        PEM_read_bio_X509(reader(identity.certificatePem).get(), nullptr, nullptr, nullptr), X509_free);
-    const std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)> key(
-        PEM_read_bio_PrivateKey(reader(identity.privateKeyPem).get(), nullptr, nullptr, nullptr), EVP_PKEY_free);
-    server = std::make_unique<httplib::SSLServer>(certificate.get(), key.get());
-    server->set_keep_alive_max_count(1);
-    server->set_read_timeout(2, 0); // a browser's spare connection must not hold up the end of the sandbox
-    server->set_socket_options([]([[maybe_unused]] socket_t socket) {
-#ifndef _WIN32
-        const int yes = 1; // a fixed port can be had again at once
-        setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
-#endif
-    });
+    : account(user)
+    , server(identity) {
     using httplib::Request;
     using httplib::Response;
-    server->Get("/o/oauth2/v2/auth", [this](const Request& in, Response& out) { showConsent(in, out); });
-    server->Get("/consent", [this](const Request& in, Response& out) { answerConsent(in, out); });
-    server->Post("/token", [this](const Request& in, Response& out) { answerToken(in, out); });
-    server->Get("/v1/userinfo", [this](const Request& in, Response& out) { answerUserInfo(in, out); });
+    httplib::SSLServer& on = server.handlers();
+    on.Get("/o/oauth2/v2/auth", [this](const Request& in, Response& out) { showConsent(in, out); });
+    on.Get("/consent", [this](const Request& in, Response& out) { answerConsent(in, out); });
+    on.Post("/token", [this](const Request& in, Response& out) { answerToken(in, out); });
+    on.Get("/v1/userinfo", [this](const Request& in, Response& out) { answerUserInfo(in, out); });
 }
 
 IdentityProvider::Service::~Service() {
@@ -173,11 +158,7 @@ IdentityProvider::Service::~Service() {
         isStopping = true;
     }
     stopping.notify_all();
-    if (acceptThread.joinable()) {
-        server->wait_until_ready(); // before its loop runs, the library ignores a stop
-        server->stop();
-        acceptThread.join();
-    }
+    server.stop();
 }
 
 // --- the browser's side ----------------------------------------------------------------------------------------------
@@ -235,6 +216,7 @@ void IdentityProvider::Service::answerConsent(const httplib::Request& request, h
         answer.emplace("scope", "openid email profile");
         grant.codeIssued = Clock::now();
         codes[code] = grant;
+        seenSecrets.insert(code);
         events.emplace_back("code");
     }
     response.set_redirect(httplib::append_query_params(grant.redirectUri + "/", answer));
@@ -253,6 +235,7 @@ void IdentityProvider::Service::refuse(httplib::Response& response, int status, 
 std::string IdentityProvider::Service::redeemCode(const httplib::Request& request) {
     const auto found = codes.extract(single(request, "code"));
     if (found.empty()) return "unknown code";
+    seenSecrets.insert(single(request, "code_verifier"));
     const Grant& grant = found.mapped();
     if (Clock::now() - grant.codeIssued > kCodeLifetime) return "expired code";
     if (single(request, "redirect_uri") != grant.redirectUri) return "redirect_uri differs";
@@ -323,17 +306,14 @@ void IdentityProvider::Service::answerUserInfo(const httplib::Request& request, 
 // --- the provider as its owner sees it -------------------------------------------------------------------------------
 
 IdentityProvider::IdentityProvider(const CertificateAuthority& authority, const IdentityProviderAccount& account,
-                                   int port) {
-    const ServerIdentity identity =
-        authority.issue({.dnsNames = {"localhost"}, .ipAddresses = {"127.0.0.1"}, .commonName = "localhost"});
-    service_ = std::make_unique<Service>(identity, account);
-    httplib::SSLServer& server = *service_->server;
-    if (port == 0) {
-        service_->port = server.bind_to_any_port("127.0.0.1");
-    } else {
-        service_->port = server.bind_to_port("127.0.0.1", port) ? port : -1;
-    }
-    if (service_->port > 0) service_->acceptThread = std::thread([&server] { server.listen_after_bind(); });
+                                   int port, const std::vector<std::string>& moreNames) {
+    ServerCertificateRequest request;
+    request.dnsNames = {"localhost"};
+    request.ipAddresses = {"127.0.0.1"};
+    request.commonName = "localhost";
+    request.dnsNames.insert(request.dnsNames.end(), moreNames.begin(), moreNames.end());
+    service_ = std::make_unique<Service>(authority.issue(request), account);
+    service_->port = service_->server.start(port);
 }
 
 IdentityProvider::~IdentityProvider() = default;
@@ -359,6 +339,20 @@ std::vector<std::string> IdentityProvider::events() const {
 std::string IdentityProvider::issueRefreshToken() {
     const std::lock_guard<std::mutex> lock(service_->mutex);
     return *service_->refreshTokens.insert("1//0" + randomHex(32)).first;
+}
+
+void IdentityProvider::acceptRefreshToken(const std::string& token) {
+    const std::lock_guard<std::mutex> lock(service_->mutex);
+    service_->refreshTokens.insert(token);
+}
+
+std::vector<std::string> IdentityProvider::secrets() const {
+    const std::lock_guard<std::mutex> lock(service_->mutex);
+    std::vector<std::string> all = {service_->account.clientSecret};
+    for (const std::set<std::string>* some :
+         {&service_->seenSecrets, &service_->refreshTokens, &service_->accessTokens})
+        all.insert(all.end(), some->begin(), some->end());
+    return all;
 }
 
 void IdentityProvider::revokeRefreshTokens() {

@@ -1,0 +1,53 @@
+// The sandbox's xdg-open. A web address is visited as the user would with a browser, pressing Allow on the consent
+// page; anything else is only noted. What happens goes to the file that VOLO_SANDBOX_BROWSER_LOG names, a line each.
+
+#include <chrono>
+#include <cstdlib>
+#include <fstream>
+#include <string>
+#include <thread>
+
+#include "sandbox/browser.h"
+
+namespace {
+
+constexpr auto kReadingTime = std::chrono::seconds(1); // a person reads the page before pressing
+
+std::string environmentText(const char* name) {
+    const char* value = std::getenv(name);
+    return value != nullptr ? value : "";
+}
+
+// Without tags, scripts and line ends.
+std::string visibleText(const std::string& html) {
+    const std::size_t body = html.find("<body");
+    std::string text;
+    bool inTag = false;
+    for (const char character : body == std::string::npos ? html : html.substr(body)) {
+        if (character == '<') inTag = true;
+        if (!inTag && (character != '\n' || !text.empty())) text += character == '\n' ? ' ' : character;
+        if (character == '>') {
+            inTag = false;
+            if (!text.empty() && text.back() != ' ') text += ' ';
+        }
+    }
+    return text;
+}
+
+} // namespace
+
+int main(int count, char** values) {
+    if (count < 2) return 1;
+    const std::string target = values[1];
+    std::ofstream log(environmentText("VOLO_SANDBOX_BROWSER_LOG"), std::ios::app);
+    if (!target.starts_with("https://")) {
+        log << "shows the folder " << target << std::endl;
+        return 0;
+    }
+    log << "opens the consent page" << std::endl;
+    std::this_thread::sleep_for(kReadingTime);
+    const BrowserVisit visit = signInWithBrowser(target, environmentText("SSL_CERT_FILE"));
+    log << (visit.error.empty() ? "was sent back and reads: " + visibleText(visit.finalPage) : visit.error)
+        << std::endl;
+    return visit.error.empty() ? 0 : 1;
+}
