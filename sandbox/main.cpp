@@ -96,6 +96,9 @@ void addOptions(CLI::App& app, Options& options) {
     app.add_option("--stall", updates.stallAfter, "Send nothing after so many bytes of the package")
         ->type_name("BYTES")
         ->group(update);
+    app.add_option("--hold", updates.holdFile, "Send half of the package, the rest once this file is gone")
+        ->type_name("FILE")
+        ->group(update);
     app.add_option("--corrupt", updates.corruptAt, "Damage the byte at this offset of the package")
         ->type_name("OFFSET")
         ->group(update);

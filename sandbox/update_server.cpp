@@ -15,6 +15,11 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t kChunk = 64 * 1024;
 
+struct ServedFile {
+    std::ifstream& stream;
+    std::size_t size;
+};
+
 std::size_t atMost(std::size_t size, std::int64_t limit) {
     return limit < 0 ? size : std::min(size, static_cast<std::size_t>(limit));
 }
@@ -26,7 +31,7 @@ struct UpdateServer::Service {
     ~Service();
 
     void answer(const httplib::Request& request, httplib::Response& response);
-    bool sendPiece(std::ifstream& file, std::size_t offset, const UpdateServerFaults& with, httplib::DataSink& sink);
+    bool sendPiece(const ServedFile& file, std::size_t offset, const UpdateServerFaults& with, httplib::DataSink& sink);
     bool waitMilliseconds(std::int64_t milliseconds); // false: the server stops
 
     const fs::path directory;
@@ -85,13 +90,13 @@ void UpdateServer::Service::answer(const httplib::Request& request, httplib::Res
     if (with.delayMilliseconds > 0 && !waitMilliseconds(with.delayMilliseconds)) return;
     const auto file = std::make_shared<std::ifstream>(path, std::ios::binary);
     response.set_content_provider(size, name.extension() == ".json" ? "application/json" : "application/octet-stream",
-                                  [this, file, with](std::size_t offset, std::size_t, httplib::DataSink& sink) {
-                                      return sendPiece(*file, offset, with, sink);
+                                  [this, file, size, with](std::size_t offset, std::size_t, httplib::DataSink& sink) {
+                                      return sendPiece({*file, size}, offset, with, sink);
                                   });
 }
 
 // False ends the connection, whatever length was promised.
-bool UpdateServer::Service::sendPiece(std::ifstream& file, std::size_t offset, const UpdateServerFaults& with,
+bool UpdateServer::Service::sendPiece(const ServedFile& file, std::size_t offset, const UpdateServerFaults& with,
                                       httplib::DataSink& sink) {
     const auto position = static_cast<std::int64_t>(offset);
     if (with.closeAfter >= 0 && position >= with.closeAfter) return false;
@@ -104,18 +109,24 @@ bool UpdateServer::Service::sendPiece(std::ifstream& file, std::size_t offset, c
     if (with.closeAfter >= 0) want = atMost(want, with.closeAfter - position);
     if (with.stallAfter >= 0) want = atMost(want, with.stallAfter - position);
 
+    std::error_code ignored;
+    const auto end = static_cast<std::int64_t>(file.size);
+    const bool held = !with.holdFile.empty() && fs::exists(with.holdFile, ignored);
+    if (held) want = position < end / 2 ? atMost(want, end / 2 - position) : 1;
+
     std::string bytes(std::max<std::size_t>(want, 1), '\0');
-    file.seekg(position);
-    file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    const std::int64_t got = file.gcount();
-    file.clear(); // the last piece ends at the end of the file
+    file.stream.seekg(position);
+    file.stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    const std::int64_t got = file.stream.gcount();
+    file.stream.clear(); // the last piece ends at the end of the file
     if (got <= 0) return false;
     if (with.corruptAt >= position && with.corruptAt < position + got) {
         char& byte = bytes[static_cast<std::size_t>(with.corruptAt - position)];
         byte = static_cast<char>(~byte);
     }
     if (!sink.write(bytes.data(), static_cast<std::size_t>(got))) return false;
-    return with.kibPerSecond == 0 || waitMilliseconds(100);
+    const bool pauses = with.kibPerSecond > 0 || (held && position >= end / 2);
+    return !pauses || waitMilliseconds(100);
 }
 
 UpdateServer::UpdateServer(const CertificateAuthority& authority, std::string directory)

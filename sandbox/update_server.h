@@ -18,6 +18,7 @@ struct UpdateServerFaults {
     int kibPerSecond = 0;              // 0: as fast as it goes
     std::int64_t closeAfter = -1;      // the connection ends after so many bytes of the promised length
     std::int64_t stallAfter = -1;      // nothing more comes after so many bytes
+    std::string holdFile;              // while this file exists, only drops come after the first half
     std::int64_t corruptAt = -1;       // the byte at this offset arrives with all its bits flipped
 };
 

@@ -1,319 +1,278 @@
 #!/usr/bin/env python3
-"""The tour: a person's first half hour with the launcher, by a robot, on a virtual screen.
-
-    tour.py --sandbox PROGRAM --out DIRECTORY
-
-Prints a line for each step once its outcome has been observed, on the screen or on the disk, and keeps a picture of it
-in DIRECTORY. Ends with status 0 only if every step was observed; the first that was not ends the tour."""
+"""The tour: a robot uses the launcher as a person does, in its sandbox, and looks at everything that should happen: on
+the screen, on the disk, in the process list. One line and one picture for each step; exit status 0 if all were seen."""
 
 import argparse
-import os
 import pathlib
-import shutil
-import signal
 import subprocess
 import sys
 import tempfile
 import time
 
-from desktop import Desktop, NotSeen, missing_programs, plain, wait_for
+from desktop import Desktop, NotSeen, missing_programs, wait_for
+from sandbox_run import Sandbox, isolate
 
-USER = "Ada Sandbox"
-FIRST, SECOND = "Appendix Demo", "Zebra Clinic"  # created in this order, so that the newest is not the first by name
-
-# Places in the launcher's window, which is 1180 x 740 at the first start.
-SIGN_IN_PANEL = (40, 220, 400, 280)
-SIGN_IN_LABEL, SIGN_IN = (84, 368, 304, 32), (236, 384)
-USER_CARD = (40, 636, 156, 44)
+# Where things are in a launcher window of 1180 x 740 at scale 1: places (x, y) and boxes (left, top, width, height).
+SIGN_IN_COLUMN = (70, 200, 340, 330)
+SIGN_IN_BUTTON = (180, 366, 112, 34)
+USER_CARD = (50, 636, 146, 42)
 SIGN_OUT = (105, 702)
-PROJECTS_ROW, INSTALLS_ROW = (80, 34), (80, 76)
-CONTENT = (212, 60, 960, 660)
-DIALOG = (300, 220, 600, 320)
-SEARCH_BOX, SEARCH_CROSS = (740, 32), (851, 32)
+PROJECTS_TAB = (105, 34)
 NEW_PROJECT = (1093, 32)
-HEADER_STAR, HEADER_NAME = (248, 79), (296, 79)
-NAMES = (270, 98, 440, 240)  # of the first rows of the list
-FIRST_ROW, FIRST_STAR = (500, 124), (248, 124)
-STAR_GOLD = (251, 191, 36)
-NOTICE = (236, 64, 900, 32)
+SEARCH = (750, 32)
+SEARCH_CLEAR = (851, 32)
+NAME_HEADER = (293, 79)
+EDITOR_COLUMN = (934, 98, 150, 52)
+LIST = (272, 98, 480, 460)
+EMPTY_LIST = (400, 330, 580, 130)
+NOTICE = (240, 68, 700, 26)
+INSTALLS_CARD = (270, 60, 880, 170)
+WHOLE = (0, 0, 1180, 740)
+DIALOG = (330, 200, 520, 360)
+ROW_HEIGHT, FIRST_ROW, NOTICE_HEIGHT = 52, 98, 40
+STAR_X, NAME_X, DOTS_X = 248, 330, 1136
+
+NAME = "My First Simulation"
+PROJECT_FILE = f"ZantorProject:\n  Name: {NAME}\n  FormatVersion: 1\n".encode()
+MADE_UP = ["Cholecystectomy", "Appendectomy", "Hernia repair", "Colonoscopy"]
+
+
+def row(number, x=NAME_X, shift=0):
+    return x, FIRST_ROW + shift + ROW_HEIGHT * number + ROW_HEIGHT / 2
+
+
+def name_box(number, shift=0):
+    return 272, FIRST_ROW + shift + ROW_HEIGHT * number + 4, 300, 24
+
+
+def is_yellow(colour):
+    red, _, blue = colour
+    return red > 180 and blue < 80
+
+
+def check(what, fact):
+    if not fact:
+        raise NotSeen(what)
 
 
 class Tour:
-    def __init__(self, desktop, sandbox, out, root):
-        self.desktop, self.sandbox, self.out, self.root = desktop, sandbox, out, root
-        self.count = 0
-        self.process = None
+    def __init__(self, desktop, sandbox, pictures):
+        self.desktop, self.sandbox, self.pictures = desktop, sandbox, pictures
         self.window = None
-        self.log = out / "sandbox.log"
-        self.settings = root / "home/AppData/ZANTOR/Launcher.conf"
-        self.launcher = root / "apps/volo/launcher"
-        self.projects = root / "home/Documents/VOLO Projects"
+        self.number = 0
 
-    # --- the sandbox ---------------------------------------------------------------------------------------------
-
-    def start(self, *options):
-        with open(self.log, "ab") as log:
-            self.process = subprocess.Popen([self.sandbox, "--root", str(self.root), *options], stdout=log,
-                                            stderr=subprocess.STDOUT, env=self.desktop.environment)
-        self.window = self.desktop.window("VOLO Launcher")
-
-    def close_launcher(self):
-        self.window.close()
-        status = self.process.wait(20)
-        self.process = None
-        if status != 0:
-            raise NotSeen(f"the launcher ended with status {status}, and not 0,")
-
-    def stop(self):
-        if self.process and self.process.poll() is None:
-            self.process.send_signal(signal.SIGTERM)
-            try:
-                self.process.wait(10)
-            except subprocess.TimeoutExpired:
-                self.process.kill()
-
-    # --- facts ---------------------------------------------------------------------------------------------------
-
-    def setting(self, text):
-        wait_for(f"{text!r} in {self.settings.name}",
-                 lambda: self.settings.exists() and text in self.settings.read_text(errors="replace"))
-
-    def editors(self):
-        """Command lines of the editors that run from this sandbox."""
-        found = []
-        for folder in pathlib.Path("/proc").glob("[0-9]*"):
-            try:
-                if os.readlink(folder / "exe").startswith(str(self.launcher / "editor")):
-                    found.append((folder / "cmdline").read_bytes().decode().split("\0")[:-1])
-            except OSError:
-                continue  # it has ended meanwhile, or is not ours to look at
-        return found
-
-    def see_rows(self, *names):
-        """Waits until the list shows these names, from the top."""
-        seen = ""
-
-        def in_order():
-            nonlocal seen
-            seen = plain(self.window.read(NAMES))
-            places = [seen.find(plain(name)) for name in names]
-            return -1 not in places and places == sorted(places)
-
+    def step(self, name, what, action):
+        self.number += 1
+        label = f"{self.number:02} {name}"
+        failure = None
         try:
-            wait_for("", in_order)
-        except NotSeen:
-            raise NotSeen(f"the rows {', '.join(names)} from the top; what stands there reads {seen}") from None
-
-    # --- steps ---------------------------------------------------------------------------------------------------
-
-    def step(self, name, action):
-        self.count += 1
-        window = self.window
-        try:
-            seen, window = action() or ("", None)
+            action()
         except (NotSeen, OSError, subprocess.TimeoutExpired) as error:
-            print(f"FAIL {self.count:02d}  {name}: not seen: {error}", flush=True)
-            self.keep_picture(name, self.window)
-            raise SystemExit(1) from None
-        self.keep_picture(name, window or self.window)
-        print(f"ok  {self.count:02d}  {seen}", flush=True)
+            failure = str(error)
+        if self.window:
+            self.window.picture(str(self.pictures / f"{self.number:02}-{name}.png"))
+        print(f"FAIL {label}: not seen: {failure}" if failure else f"ok   {label}: {what}", flush=True)
+        if failure:
+            raise SystemExit(1)
 
-    def keep_picture(self, name, window):
-        if window:
-            window.picture(str(self.out / f"{self.count:02d}-{name}.png"))
+    # --- signing in ------------------------------------------------------------------------------------------------
 
     def sign_in_screen(self):
-        self.start("--slow-token", "1")
-        self.window.see("Welcome to VOLO Launcher", SIGN_IN_PANEL)
-        return f"the sign-in screen, in a window of {self.window.size()[0]} x {self.window.size()[1]}", None
+        self.window = self.desktop.window("VOLO Launcher")
+        check("a window of 1180 x 740", self.window.size() == (1180, 740))
+        self.window.see("Welcome to VOLO Launcher", SIGN_IN_COLUMN)
+        self.window.see("Sign in", SIGN_IN_BUTTON)
 
-    def press_sign_in(self):
-        self.window.see("Sign in", SIGN_IN_LABEL)
-        self.window.click(SIGN_IN)
-        self.window.see("Finish signing in in your browser.", SIGN_IN_PANEL)
-        return "Sign in pressed: the launcher waits for the browser", None
+    def browser(self):
+        self.window.click((236, 383))
+        self.window.see("Finish signing in in your browser.", SIGN_IN_COLUMN)
+        self.sandbox.told("identity provider: consent")
 
-    def see_shell(self):
-        self.window.see(USER, USER_CARD)
-        self.setting("refreshToken")
-        return f"signed in: the shell shows {USER}", None
+    def shell(self):
+        self.window.see("Ada Sandbox ada@sandbox.test", USER_CARD)
+        self.sandbox.told("identity provider: userinfo")
+        self.sandbox.told("reads: Sign-in complete")
+        check("the session in Launcher.conf", self.sandbox.settings().get("auth%2FrefreshToken", "").startswith("1//0"))
+        check("Launcher.conf for its owner alone", self.sandbox.settings_file.stat().st_mode & 0o777 == 0o600)
 
-    def editor_installed(self):
-        version = self.launcher / "editor/.zantor_editor_version"
-        self.window.click(INSTALLS_ROW)
-        wait_for("an installed editor on the disk", version.exists)
-        number = version.read_text().strip()
-        self.window.see(number, CONTENT)
-        return f"the editor {number} was downloaded, checked and installed", None
+    # --- a project, from nothing to the editor -------------------------------------------------------------------------
 
-    def empty_list(self):
-        self.window.click(PROJECTS_ROW)
-        self.window.see("No projects", CONTENT)
-        return "the Projects screen, with nothing in it yet", None
-
-    def new_project_dialog(self):
+    def dialog(self):
         self.window.click(NEW_PROJECT)
         self.window.see("Create a new project", DIALOG)
-        self.type_into_dialog(FIRST)
-        return f'the dialog, with the name "{FIRST}" typed', None
+        self.window.click(self.window.find("VOLO project", DIALOG))  # the hint
+        self.window.type(NAME)
+        self.window.see(f"VOLO Projects/{NAME}", DIALOG)
 
-    def type_into_dialog(self, name):
-        self.window.type(name)
-        self.window.see(f"VOLO Projects/{name}", DIALOG)  # the preview of the path
-
-    def press_create(self, name):
+    def creation(self):
         self.window.click(self.window.find("Create project", DIALOG))
-        self.window.see_no("PROJECT NAME", DIALOG)
-        file = self.projects / name / f"{name}.zantorproj"
-        wait_for(f"{file} on the disk", file.exists)
-        expected = f"ZantorProject:\n  Name: {name}\n  FormatVersion: 1\n".encode()
-        if file.read_bytes() != expected:
-            raise NotSeen(f"{expected!r} in {file}, but {file.read_bytes()!r}")
-        self.setting(name)
+        self.window.see_no("Create a new project", DIALOG)
+        self.window.see(NAME, name_box(0))
+        self.window.see("Cholecystectomy", name_box(1))
+        file = self.sandbox.projects / NAME / f"{NAME}.zantorproj"
+        check(f"the project file, byte for byte, at {file}", file.read_bytes() == PROJECT_FILE)
+        check("the project first in Launcher.conf", self.sandbox.listed() == [NAME, *MADE_UP])
 
-    def create_first(self):
-        self.press_create(FIRST)
-        self.see_rows(FIRST)
-        return f"{FIRST} stands in the list, and on the disk byte for byte", None
+    def installation(self):
+        self.window.click(row(0))
+        self.window.see("Downloading", INSTALLS_CARD)
+        self.window.click(PROJECTS_TAB)
+        self.window.see("Installing VOLO Editor before opening this project...", NOTICE)
+        check("no editor yet", not self.sandbox.processes("editor.exe"))
 
-    def create_second(self):
-        self.window.click(NEW_PROJECT)
-        self.window.see("Create a new project", DIALOG)
-        self.type_into_dialog(SECOND)
-        self.press_create(SECOND)
-        self.see_rows(SECOND, FIRST)
-        return f"{SECOND} was created and stands first", None
-
-    def search_matching(self):
-        self.window.click(SEARCH_BOX)
-        self.pause_for_cursor()
-        self.window.type("APPEN")
-        self.window.see_no(SECOND, NAMES)
-        self.see_rows(FIRST)
-        return "a search in capitals leaves the project that matches", None
-
-    def pause_for_cursor(self):
-        """A text field takes keys from the frame after the click that chose it."""
-        before = self.window.look((670, 17, 190, 30))
-        wait_for("the cursor in the search box", lambda: self.window.look((670, 17, 190, 30)) != before, 2)
-
-    def search_nothing(self):
-        self.window.type("xyz")
-        self.window.see("No matching projects", CONTENT)
-        return "a search that nothing matches says so", None
-
-    def clear_search(self):
-        self.window.click(SEARCH_CROSS)
-        self.see_rows(SECOND, FIRST)
-        return "the cross empties the search, and both are back", None
-
-    def sort_ascending(self):
-        self.window.click(HEADER_NAME)
-        self.see_rows(FIRST, SECOND)
-        return "sorted by name", None
-
-    def sort_descending(self):
-        self.window.click(HEADER_NAME)
-        self.see_rows(SECOND, FIRST)
-        return "sorted by name, the other way round", None
-
-    def context_menu(self):
-        self.window.click((FIRST_ROW[0], FIRST_ROW[1] + 52), button=3)
-        for item in ("Open Project", "Add to Favorites", "Show in File Manager", "Remove From List"):
-            self.window.see(item, CONTENT)
-        return f"the menu of {FIRST}", None
-
-    def add_to_favourites(self):
-        self.window.click(self.window.find("Add to Favorites", CONTENT))
-        self.window.see_no("Add to Favorites", CONTENT)
-        self.window.click(HEADER_STAR)
-        self.see_rows(FIRST, SECOND)
-        wait_for("a golden star", lambda: self.window.colour(*FIRST_STAR) == STAR_GOLD)
-        self.setting("favorite=true")
-        return f"{FIRST} is a favourite, on the disk too, and the stars bring it to the top", None
-
-    def open_project(self):
-        self.window.click(FIRST_ROW)
-        editor = self.desktop.window("VOLO Editor")
-        editor.see("FormatVersion: 1", (0, 0, *editor.size()))
-        file = str(self.projects / FIRST / f"{FIRST}.zantorproj")
-        commands = self.editors()
-        if [command[1:] for command in commands] != [[file]]:
-            raise NotSeen(f"one editor with {file}, but {commands}")
-        self.editor = editor
-        return f"a click on the row opened {FIRST} in the editor", editor
-
-    def refuse_second(self):
+    def editor(self, hold):
+        hold.unlink()
+        self.see_editor(NAME, PROJECT_FILE)
+        marker = self.sandbox.launcher / "editor/.zantor_editor_version"
+        check("the version marker", marker.read_text(encoding="utf-8").strip() == "1.0.0")
         self.window.come_forward()
-        self.window.click(FIRST_ROW)
+        self.window.see("VOLO 1.0.0", EDITOR_COLUMN)
+
+    def see_editor(self, name, contents):
+        window = self.desktop.window("VOLO Editor")
+        window.see(" ".join([name, *contents.decode().split()]).split(" ", 1)[0], (0, 0, 760, 420))
+        window.see("FormatVersion: 1", (0, 0, 760, 420))
+        process, = self.sandbox.processes("editor.exe")
+        folder = self.sandbox.launcher / "editor"
+        project = self.sandbox.projects / name / f"{name}.zantorproj"
+        arguments = (process / "cmdline").read_bytes().split(b"\0")[:-1]
+        check("the editor's two arguments", arguments == [bytes(folder / "editor.exe"), bytes(project)])
+        check("the editor in its own folder", (process / "cwd").readlink() == folder)
+        window.picture(str(self.pictures / f"{self.number:02}-editor-window.png"))
+        return window
+
+    def second_click(self):
+        self.window.click(row(1))
         self.window.see("VOLO Editor is already open.", NOTICE)
-        if len(self.editors()) != 1:
-            raise NotSeen(f"one editor, but {self.editors()}")
-        return "a second click is refused with a notice, and starts none", None
+        check("one editor", len(self.sandbox.processes("editor.exe")) == 1)
 
     def close_editor(self):
-        self.editor.close()
-        wait_for("the end of the editor", lambda: not self.editors())
-        return "the editor is closed, and the launcher still there", None
+        self.desktop.window("VOLO Editor").close()
+        wait_for("the editor ended", lambda: not self.sandbox.processes("editor.exe"))
+        self.window.come_forward()
+
+    def another_project(self):
+        self.close_editor()
+        time.sleep(2)  # a click within two seconds of the last start is refused, as the step before has seen
+        self.window.click(row(3, shift=NOTICE_HEIGHT))
+        self.see_editor("Hernia repair", b"Name: Hernia repair")
+        self.close_editor()
+        self.window.see("Hernia repair", name_box(0))
+        check("the opened project first", self.sandbox.listed()[:2] == ["Hernia repair", NAME])
+
+    # --- the list ------------------------------------------------------------------------------------------------------
+
+    def search(self):
+        self.window.click(SEARCH)
+        self.window.type("scop")
+        self.window.see("Colonoscopy", name_box(0))
+        self.window.see_no("zantorproj", (272, 154, 480, 100))
+        self.window.type("xx")
+        self.window.see("No matching projects", EMPTY_LIST)
+
+    def clear_search(self):
+        self.window.click(SEARCH_CLEAR)
+        self.window.see("Hernia repair", name_box(0))
+        self.window.see("Colonoscopy", LIST)
+
+    def sort(self):
+        stored = self.sandbox.listed()
+        for order in (sorted(stored, key=str.lower), sorted(stored, key=str.lower, reverse=True)):
+            self.window.click(NAME_HEADER)
+            for number, name in enumerate(order):
+                self.window.see(name, name_box(number))
+        check("the stored order untouched", self.sandbox.listed() == stored)
+
+    def star(self):
+        x, y = row(0, STAR_X)
+        check("no star yet", not is_yellow(self.window.colour(x, y)))
+        self.window.click((x, y))
+        wait_for("a yellow star", lambda: is_yellow(self.window.colour(x, y)))
+        self.sandbox_favourite(NAME, "true")
+        check("no editor opened", not self.sandbox.processes("editor.exe"))
+
+    def sandbox_favourite(self, name, value):
+        number = self.sandbox.listed().index(name) + 1
+        wait_for(f"favorite={value} in Launcher.conf",
+                 lambda: self.sandbox.settings()[f"Projects%5C{number}%5Cfavorite"] == value)
+
+    def menu(self):
+        self.window.click(row(0), button=3)
+        self.window.see("Remove from Favorites", WHOLE)
+        self.window.click(self.window.find("Show in File Manager", WHOLE))
+        self.sandbox.told(f"browser: shows the folder {self.sandbox.projects / NAME}")
+
+    def removal(self):
+        self.window.click(row(4, DOTS_X))
+        self.window.click(self.window.find("Remove From List", WHOLE))
+        wait_for("one project fewer in Launcher.conf", lambda: "Appendectomy" not in self.sandbox.listed())
+        self.window.see_no("Appendectomy", LIST)
+        check("the project still on disk", (self.sandbox.projects / "Appendectomy/Appendectomy.zantorproj").is_file())
+
+    # --- the end -------------------------------------------------------------------------------------------------------
 
     def sign_out(self):
         self.window.click(SIGN_OUT)
-        self.window.see("Welcome to VOLO Launcher", SIGN_IN_PANEL)
-        wait_for("no token on the disk", lambda: "refreshToken=1//" not in self.settings.read_text())
-        return "signed out: the sign-in screen is back", None
+        self.window.see("Sign in", SIGN_IN_BUTTON)
+        check("no session in Launcher.conf", self.sandbox.settings()["auth%2FrefreshToken"] == "")
+        check("the projects still in Launcher.conf", len(self.sandbox.listed()) == len(MADE_UP))
 
-    def sign_in_again(self):
-        self.press_sign_in()
-        self.window.see(USER, USER_CARD)
-        self.setting("refreshToken")
-        return "signed in once more", None
+    def close(self):
+        self.window.close()
+        check("exit status 0", self.sandbox.status() == 0)
+        self.window = None
 
-    def restart(self):
-        self.close_launcher()
-        began = time.monotonic()
-        self.start()
-        self.window.see(USER, USER_CARD)
-        self.see_rows(FIRST)
-        return f"started anew: the shell shows at once, {time.monotonic() - began:.1f} s after the start", None
+    def stored_session(self):
+        self.window = self.desktop.window("VOLO Launcher")
+        self.window.see("Ada Sandbox ada@sandbox.test", USER_CARD)
+        self.window.see("Hernia repair", name_box(0))
+        self.sandbox.told("identity provider: refresh")
+        check("no consent asked", not any("consent" in line for line in self.sandbox.lines))
 
-    def end(self):
-        self.close_launcher()
-        return "the window is closed, and everything has ended with it", None
 
-    def take(self):
-        for action in (self.sign_in_screen, self.press_sign_in, self.see_shell, self.editor_installed, self.empty_list,
-                       self.new_project_dialog, self.create_first, self.create_second, self.search_matching,
-                       self.search_nothing, self.clear_search, self.sort_ascending, self.sort_descending,
-                       self.context_menu, self.add_to_favourites, self.open_project, self.refuse_second,
-                       self.close_editor, self.sign_out, self.sign_in_again, self.restart, self.end):
-            self.step(action.__name__.replace("_", "-"), action)
+def take(build, pictures):
+    with tempfile.TemporaryDirectory(prefix="volo-tour-") as folder, Desktop() as desktop:
+        root = pathlib.Path(folder) / "world"
+        hold = pathlib.Path(folder) / "hold"
+        hold.touch()
+        with Sandbox(desktop, build, "--projects", str(len(MADE_UP)), "--hold", str(hold), root=root) as sandbox:
+            tour = Tour(desktop, sandbox, pictures)
+            tour.step("sign-in", "the sign-in screen", tour.sign_in_screen)
+            tour.step("browser", "waiting for the browser", tour.browser)
+            tour.step("shell", "signed in as Ada Sandbox", tour.shell)
+            tour.step("dialog", "a name for a new project", tour.dialog)
+            tour.step("creation", "the project stands first, and on disk byte for byte", tour.creation)
+            tour.step("installation", "opening it begins with installing the editor", tour.installation)
+            tour.step("editor", "the editor is installed and shows the project", lambda: tour.editor(hold))
+            tour.step("second-click", "a second editor is refused", tour.second_click)
+            tour.step("another", "with the editor closed another project opens", tour.another_project)
+            tour.step("search", "the search narrows the list", tour.search)
+            tour.step("clear", "the cross brings all back", tour.clear_search)
+            tour.step("sort", "the list sorts by name, both ways", tour.sort)
+            tour.step("star", "a project becomes a favourite", tour.star)
+            tour.step("menu", "its menu shows the project's folder", tour.menu)
+            tour.step("removal", "a project leaves the list and stays on disk", tour.removal)
+            tour.step("sign-out", "the sign-in screen again", tour.sign_out)
+            tour.step("close", "the launcher ends with its window", tour.close)
+        with Sandbox(desktop, build, "--stored-session", root=root) as sandbox:
+            tour.sandbox = sandbox
+            tour.step("restart", "a stored session shows the shell at once", tour.stored_session)
+            tour.step("end", "the launcher ends with its window", tour.close)
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__.split("\n")[0])
-    parser.add_argument("--sandbox", required=True, help="the program volo-sandbox")
-    parser.add_argument("--out", required=True, type=pathlib.Path, help="folder for the pictures")
-    options = parser.parse_args()
+    options = argparse.ArgumentParser(description=__doc__)
+    options.add_argument("--build", default="build/linux", help="where the programs were built")
+    options.add_argument("--out", default="build/tour", help="where the pictures go")
+    arguments = options.parse_args()
     if missing_programs():
-        sys.exit("the tour needs " + ", ".join(missing_programs()))
-    options.out.mkdir(parents=True, exist_ok=True)
-    (options.out / "sandbox.log").unlink(missing_ok=True)
-    for old in options.out.glob("[0-9][0-9]-*.png"):
-        old.unlink()
-    root = pathlib.Path(tempfile.mkdtemp(prefix="volo-tour-"))
+        sys.exit("not installed: " + ", ".join(missing_programs()))
+    isolate()
+    pictures = pathlib.Path(arguments.out)
+    pictures.mkdir(parents=True, exist_ok=True)
     began = time.monotonic()
-    try:
-        with Desktop() as desktop:
-            tour = Tour(desktop, options.sandbox, options.out, root)
-            try:
-                tour.take()
-            finally:
-                tour.stop()
-    except NotSeen as error:
-        sys.exit(f"FAIL 00  not seen: {error}")
-    finally:
-        shutil.rmtree(root, ignore_errors=True)
-    print(f"the tour took {time.monotonic() - began:.0f} s; its pictures are in {options.out}")
+    take(arguments.build, pictures)
+    print(f"[tour] all seen in {time.monotonic() - began:.0f} s; the pictures are in {pictures}")
 
 
 if __name__ == "__main__":

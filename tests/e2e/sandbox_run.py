@@ -1,0 +1,90 @@
+"""One run of the sandbox on a desktop, and what the disk and the process list tell about it."""
+
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+import threading
+
+from desktop import wait_for
+
+ISOLATED = "VOLO_E2E_ISOLATED"
+UNSHARE = ["unshare", "--pid", "--mount", "--fork", "--mount-proc", "--kill-child"]
+
+
+def isolate():
+    """Goes on in a process list of its own, where that is permitted: the launcher refuses to open a project while any
+    "editor.exe" runs on the machine, another test's included."""
+    permitted = shutil.which("unshare") and subprocess.run(UNSHARE + ["true"], capture_output=True, check=False)
+    if ISOLATED in os.environ or not permitted or permitted.returncode != 0:
+        return
+    os.environ[ISOLATED] = "1"
+    sys.stdout.flush()
+    os.execvp("unshare", UNSHARE + [sys.executable, *sys.argv])
+
+
+class Sandbox:
+    """Started by `with`; at its end the launcher, the sandbox and all that they started are gone."""
+
+    def __init__(self, desktop, build, *options, root=None):
+        self.desktop = desktop
+        self.temporary = None if root else tempfile.TemporaryDirectory(prefix="volo-e2e-")
+        self.root = pathlib.Path(root or self.temporary.name).resolve()
+        self.command = [str(pathlib.Path(build) / "bin/volo-sandbox"), "--root", str(self.root), *options]
+        self.launcher = self.root / "apps/volo/launcher"
+        self.settings_file = self.root / "home/AppData/ZANTOR/Launcher.conf"
+        self.projects = self.root / "home/Documents/VOLO Projects"
+        self.lines = []
+
+    def __enter__(self):
+        self.process = subprocess.Popen(self.command, env=self.desktop.environment, stdin=subprocess.DEVNULL,
+                                        stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+        self.reader = threading.Thread(target=self.collect, daemon=True)
+        self.reader.start()
+        return self
+
+    def __exit__(self, *_):
+        self.process.terminate()
+        self.process.wait()
+        self.reader.join()
+        if self.temporary:
+            self.temporary.cleanup()
+
+    def collect(self):
+        for line in self.process.stdout:
+            self.lines.append(line.rstrip("\n"))
+
+    def told(self, text):
+        wait_for(f'a line "{text}" of the sandbox', lambda: any(text in line for line in self.lines))
+
+    def status(self, deadline=20):
+        """The launcher's exit status, once it has ended by itself."""
+        return self.process.wait(deadline)
+
+    def settings(self):
+        """Launcher.conf as a dictionary of its lines."""
+        try:
+            lines = self.settings_file.read_text(encoding="utf-8").splitlines()
+        except FileNotFoundError:
+            return {}
+        return dict(line.split("=", 1) for line in lines if "=" in line)
+
+    def listed(self):
+        """The names of the projects in stored order."""
+        settings = self.settings()
+        return [settings[f"Projects%5C{number}%5Cname"]
+                for number in range(1, int(settings.get("Projects%5Csize", "0")) + 1)]
+
+    def processes(self, program):
+        """The living processes of this run whose executable has this name: a list of their folders in /proc."""
+        found = []
+        for process in pathlib.Path("/proc").glob("[0-9]*"):
+            try:
+                executable = pathlib.Path(os.readlink(process / "exe"))
+                if executable.name == program and self.root in executable.parents:
+                    found.append(process)
+            except OSError:  # gone meanwhile, or not ours to look at
+                pass
+        return found
