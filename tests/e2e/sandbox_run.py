@@ -49,6 +49,7 @@ class Sandbox:
         self.process.terminate()
         self.process.wait()
         self.reader.join()
+        self.process.stdout.close()
         if self.temporary:
             self.temporary.cleanup()
 
