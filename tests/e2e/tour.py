@@ -263,7 +263,7 @@ def take(build, pictures):
 def main():
     options = argparse.ArgumentParser(description=__doc__)
     options.add_argument("--build", default="build/linux", help="where the programs were built")
-    options.add_argument("--out", default="build/tour", help="where the pictures go")
+    options.add_argument("--out", default="out/tour", help="where the pictures go")
     arguments = options.parse_args()
     if missing_programs():
         sys.exit("not installed: " + ", ".join(missing_programs()))
