@@ -2,11 +2,14 @@
 // serves the identity provider and the update server on loopback, stages a launcher, starts it and ends with it.
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 

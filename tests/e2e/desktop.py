@@ -47,7 +47,8 @@ class Desktop:
     def __enter__(self):
         read, write = os.pipe()
         self.server = subprocess.Popen(
-            ["Xvfb", "-displayfd", str(write), "-screen", "0", self.size, "-nolisten", "tcp"],
+            # Without -noreset it starts anew whenever its last client leaves, and throws out who just comes in.
+            ["Xvfb", "-displayfd", str(write), "-screen", "0", self.size, "-nolisten", "tcp", "-noreset"],
             pass_fds=[write], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         os.close(write)
         with os.fdopen(read) as answer:

@@ -45,11 +45,13 @@ class Sandbox:
         self.reader.start()
         return self
 
-    def __exit__(self, *_):
+    def __exit__(self, failure, *_):
         self.process.terminate()
         self.process.wait()
         self.reader.join()
         self.process.stdout.close()
+        if failure:
+            print("\n".join(self.lines), file=sys.stderr)
         if self.temporary:
             self.temporary.cleanup()
 

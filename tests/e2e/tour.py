@@ -28,6 +28,7 @@ EMPTY_LIST = (400, 330, 580, 130)
 NOTICE = (240, 68, 700, 26)
 INSTALLS_CARD = (270, 60, 880, 170)
 WHOLE = (0, 0, 1180, 740)
+EDITOR_WINDOW = (0, 0, 760, 420)
 DIALOG = (330, 200, 520, 360)
 ROW_HEIGHT, FIRST_ROW, NOTICE_HEIGHT = 52, 98, 40
 STAR_X, NAME_X, DOTS_X = 248, 330, 1136
@@ -122,16 +123,16 @@ class Tour:
 
     def editor(self, hold):
         hold.unlink()
-        self.see_editor(NAME, PROJECT_FILE)
+        self.see_editor(NAME)
         marker = self.sandbox.launcher / "editor/.zantor_editor_version"
         check("the version marker", marker.read_text(encoding="utf-8").strip() == "1.0.0")
         self.window.come_forward()
         self.window.see("VOLO 1.0.0", EDITOR_COLUMN)
 
-    def see_editor(self, name, contents):
+    def see_editor(self, name):
         window = self.desktop.window("VOLO Editor")
-        window.see(" ".join([name, *contents.decode().split()]).split(" ", 1)[0], (0, 0, 760, 420))
-        window.see("FormatVersion: 1", (0, 0, 760, 420))
+        for text in (f"Name: {name}", "FormatVersion: 1", "Working directory:"):
+            window.see(text, EDITOR_WINDOW)
         process, = self.sandbox.processes("editor.exe")
         folder = self.sandbox.launcher / "editor"
         project = self.sandbox.projects / name / f"{name}.zantorproj"
@@ -139,7 +140,6 @@ class Tour:
         check("the editor's two arguments", arguments == [bytes(folder / "editor.exe"), bytes(project)])
         check("the editor in its own folder", (process / "cwd").readlink() == folder)
         window.picture(str(self.pictures / f"{self.number:02}-editor-window.png"))
-        return window
 
     def second_click(self):
         self.window.click(row(1))
@@ -155,7 +155,7 @@ class Tour:
         self.close_editor()
         time.sleep(2)  # a click within two seconds of the last start is refused, as the step before has seen
         self.window.click(row(3, shift=NOTICE_HEIGHT))
-        self.see_editor("Hernia repair", b"Name: Hernia repair")
+        self.see_editor("Hernia repair")
         self.close_editor()
         self.window.see("Hernia repair", name_box(0))
         check("the opened project first", self.sandbox.listed()[:2] == ["Hernia repair", NAME])
@@ -188,10 +188,10 @@ class Tour:
         check("no star yet", not is_yellow(self.window.colour(x, y)))
         self.window.click((x, y))
         wait_for("a yellow star", lambda: is_yellow(self.window.colour(x, y)))
-        self.sandbox_favourite(NAME, "true")
+        self.check_favourite(NAME, "true")
         check("no editor opened", not self.sandbox.processes("editor.exe"))
 
-    def sandbox_favourite(self, name, value):
+    def check_favourite(self, name, value):
         number = self.sandbox.listed().index(name) + 1
         wait_for(f"favorite={value} in Launcher.conf",
                  lambda: self.sandbox.settings()[f"Projects%5C{number}%5Cfavorite"] == value)
@@ -263,7 +263,7 @@ def take(build, pictures):
 def main():
     options = argparse.ArgumentParser(description=__doc__)
     options.add_argument("--build", default="build/linux", help="where the programs were built")
-    options.add_argument("--out", default="build/tour", help="where the pictures go")
+    options.add_argument("--out", default="out/tour", help="where the pictures go")
     arguments = options.parse_args()
     if missing_programs():
         sys.exit("not installed: " + ", ".join(missing_programs()))
