@@ -66,7 +66,11 @@ class Desktop:
         self.server.wait()
 
     def run(self, *command, text_in=None):
-        done = subprocess.run(command, env=self.environment, input=text_in, capture_output=True, check=False)
+        try:
+            done = subprocess.run(command, env=self.environment, input=text_in, capture_output=True, check=False,
+                                  timeout=DEADLINE)
+        except subprocess.TimeoutExpired:  # some tools wait for ever for a window that has gone
+            raise NotSeen(f"an answer of {command[0]}") from None
         return done.returncode, done.stdout
 
     def windows(self, title):
