@@ -6,7 +6,6 @@
 import argparse
 import os
 import pathlib
-import shutil
 import subprocess
 import sys
 import tempfile
@@ -14,7 +13,7 @@ import time
 
 from desktop import Desktop, NotSeen, missing_programs, wait_for
 from sandbox_run import Sandbox, isolate
-from tour import INSTALLS_CARD, SIGN_IN_BUTTON, USER_CARD, WHOLE, check
+from tour import INSTALLS_CARD, SIGN_IN_BUTTON, SIGN_IN_COLUMN, USER_CARD, WHOLE, check
 
 SKIPPED = 77
 GOOGLE_HOSTS = "accounts.google.com oauth2.googleapis.com openidconnect.googleapis.com"
@@ -59,6 +58,23 @@ def leaks(build):
             window.close()
             sandbox.status()
             check("no secret in the output", not any(secret in line for secret in secrets for line in sandbox.lines))
+
+
+def refused_sign_in(build):
+    """Whatever goes wrong at Google's end is told on the sign-in screen, and leaves no session behind."""
+    for option, message in (
+            ("--deny-consent", "Google sign-in was not completed (access_denied)."),
+            ("--token-500", "Google rejected the sign-in (token endpoint returned HTTP 500)."),
+            ("--token-garbage", "Google returned an unexpected token response."),
+            ("--no-email", "Google did not return an account email.")):
+        with Desktop() as desktop, Sandbox(desktop, build, option) as sandbox:
+            window = sign_in(desktop)
+            window.see(message, SIGN_IN_COLUMN)
+            window.see("Sign in", SIGN_IN_BUTTON)
+            check("no session", not sandbox.settings().get("auth%2FrefreshToken"))
+            print(f"{option}: {message}")
+            window.close()
+            check("exit status 0", sandbox.status() == 0)
 
 
 def bare_environment(folder, display=None):
@@ -158,14 +174,9 @@ def damaged_package(build):
 
 def production_endpoints(build):
     """The launcher as it ships asks Google's own hosts, which in this network of our own are the sandbox."""
-    inside = "VOLO_E2E_OWN_NETWORK"
-    namespaces = ["unshare", "--net", "--mount", "--pid", "--fork", "--mount-proc", "--kill-child"]
-    if inside not in os.environ:
-        if not shutil.which("unshare") or subprocess.run(namespaces + ["true"], capture_output=True).returncode != 0:
-            print("SKIPPED: this machine does not permit network and mount namespaces")
-            sys.exit(SKIPPED)
-        os.environ[inside] = "1"
-        os.execvp("unshare", namespaces + [sys.executable, *sys.argv])
+    if not isolate("--net"):
+        print("SKIPPED: this machine does not permit network and mount namespaces")
+        sys.exit(SKIPPED)
     with tempfile.TemporaryDirectory() as folder:
         hosts = pathlib.Path(folder) / "hosts"
         hosts.write_text(f"127.0.0.1 localhost {GOOGLE_HOSTS}\n")
@@ -183,7 +194,7 @@ def production_endpoints(build):
             check("exit status 0", sandbox.status() == 0)
 
 
-CHECKS = (leaks, second_instance, no_display, idle, damaged_package, production_endpoints)
+CHECKS = (leaks, refused_sign_in, second_instance, no_display, idle, damaged_package, production_endpoints)
 
 
 def main():
@@ -196,7 +207,7 @@ def main():
         sys.exit(SKIPPED)
     one = next(one for one in CHECKS if one.__name__ == arguments.name)
     if one is not production_endpoints:
-        isolate()
+        isolate()  # where it is permitted
     try:
         one(arguments.build)
     except NotSeen as failure:

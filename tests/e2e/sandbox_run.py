@@ -11,18 +11,29 @@ import threading
 from desktop import wait_for
 
 ISOLATED = "VOLO_E2E_ISOLATED"
-UNSHARE = ["unshare", "--pid", "--mount", "--fork", "--mount-proc", "--kill-child"]
 
 
-def isolate():
-    """Goes on in a process list of its own, where that is permitted: the launcher refuses to open a project while any
-    "editor.exe" runs on the machine, another test's included."""
-    permitted = shutil.which("unshare") and subprocess.run(UNSHARE + ["true"], capture_output=True, check=False)
-    if ISOLATED in os.environ or not permitted or permitted.returncode != 0:
-        return
+def permitted_namespaces(*kinds):
+    """The command that runs another in namespaces of its own; None where the machine does not permit that. An ordinary
+    user may have to be root of a user namespace for it."""
+    for who in ([], ["--map-root-user"]):
+        command = ["unshare", *who, "--pid", "--mount", "--fork", "--mount-proc", "--kill-child", *kinds]
+        if shutil.which("unshare") and subprocess.run(command + ["true"], capture_output=True, check=False).returncode == 0:
+            return command
+    return None
+
+
+def isolate(*kinds):
+    """Goes on in a process list of its own, and what else is named; False where that is not permitted. The launcher
+    refuses to open a project while any "editor.exe" runs on the machine, another test's included."""
+    if ISOLATED in os.environ:
+        return True
+    command = permitted_namespaces(*kinds)
+    if command is None:
+        return False
     os.environ[ISOLATED] = "1"
     sys.stdout.flush()
-    os.execvp("unshare", UNSHARE + [sys.executable, *sys.argv])
+    os.execvp("unshare", command + [sys.executable, *sys.argv])
 
 
 class Sandbox:

@@ -218,9 +218,9 @@ class Tour:
         check("the projects still in Launcher.conf", len(self.sandbox.listed()) == len(MADE_UP))
 
     def close(self):
-        self.window.close()
+        window, self.window = self.window, None  # nothing left to take a picture of
+        window.close()
         check("exit status 0", self.sandbox.status() == 0)
-        self.window = None
 
     def stored_session(self):
         self.window = self.desktop.window("VOLO Launcher")
