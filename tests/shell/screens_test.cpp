@@ -73,12 +73,11 @@ TEST(Geometry, ItemsStandWhereTheyShouldAtEverySizeAndScale) {
         float left, top, width, height;
     };
     UiHarness ui;
-    LauncherApp& app = ui.startSignedIn();
+    ui.installEditor();
+    LauncherApp& app = ui.startSignedIn("https://127.0.0.1:1/manifest");
     app.settings->setProjects({ui.makeProject("a", 2), ui.makeProject("b", 1)});
-    ASSERT_TRUE((ui.frame(), eventually([&] {
-                     return app.install->status() == EditorInstallStatus::Failed ||
-                            app.install->status() == EditorInstallStatus::Idle;
-                 })));
+    ui.frame();
+    ASSERT_TRUE(eventually([&] { return app.install->status() == EditorInstallStatus::InstalledOffline; }));
     for (const auto& [W, H] : {std::pair{1180.0f, 740.0f}, {900.0f, 560.0f}}) {
         const float list = W - 210 - 32; // the table's inner width
         const std::vector<Item> items = {
@@ -103,8 +102,6 @@ TEST(Geometry, ItemsStandWhereTheyShouldAtEverySizeAndScale) {
             for (const Item& item : items) {
                 app.activeTab = item.tab;
                 ui.frames(2);
-                const ImGuiID unused = 0;
-                (void)unused;
                 std::optional<ImRect> found;
                 if (item.path.size() == 1) {
                     found = ui.rect(item.window, {item.path[0]});
@@ -163,7 +160,7 @@ TEST(SignInScreen, ItsButtonsStartAndCancelAndTheSupportLabelOnlyLightsUp) {
     EXPECT_EQ(recordingSystem().openedUrls.size(), 1u);
 }
 
-// An update server that offers a new version at each question, with packages that are no packages.
+// An update server that offers a new version at each question, and has none of the packages.
 struct Releases : UiHarness {
     Releases()
         : trust("SSL_CERT_FILE", (folder / "root.pem").string()) {
@@ -178,7 +175,7 @@ struct Releases : UiHarness {
                         }
                         return;
                     }
-                    connection.write(httpAnswer(200, "no package"));
+                    connection.write(httpAnswer(503, "no package"));
                     return;
                 }
                 connection.write(httpAnswer(200, R"({"version":")" + std::to_string(++version) +
@@ -242,6 +239,7 @@ TEST(Downloads, RowsStandSeventyApartAndTheirButtonsAct) {
     EXPECT_EQ(recordingSystem().openedFolders, std::vector<std::string>{(ui.launcher / "downloads").string()});
 
     const std::string lastFile = app.install->downloadsSnapshot()[2].filePath;
+    std::ofstream(lastFile) << "package";
     ASSERT_TRUE(ui.click(kDownloadList, {2, "Delete"}));
     EXPECT_EQ(ui.versions(), (std::vector<std::string>{"3", "2"}));
     EXPECT_FALSE(std::filesystem::exists(lastFile));
