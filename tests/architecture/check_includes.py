@@ -27,7 +27,7 @@ INCLUDE = re.compile(r'^\s*#\s*include\s*(?:"([^"]+)"|<([^>]+)>)', re.MULTILINE)
 
 
 def is_screen(path):
-    return path.name.endswith("_screen.cpp")
+    return path.name.endswith(("_screen.cpp", "_screen.h"))
 
 
 def may_use_operating_system(path, inside):
@@ -45,13 +45,15 @@ def problems_of(path, inside, text):
         included = quoted or angled
         target = included.split("/")[0]
         if included == HUB:
-            if not uses_hub or (path.suffix == ".h" and folder != "shell"):
+            if not uses_hub or (path.suffix == ".h" and folder != "shell" and not is_screen(path)):
                 yield f"includes {HUB}, but is no screen and has no function of or for LauncherApp"
         elif target in LAYER and target != folder and included not in RECORDS:
             if target == "ui" and folder != "shell" and not is_screen(path):
                 yield f"includes {included}, which belongs to shell/ and the screens"
             elif LAYER[target] >= LAYER[folder] and not uses_hub:
                 yield f"includes {included}, which does not lie below {folder}/"
+        if included.endswith("_screen.h") and not is_screen(path):
+            yield f"includes {included}, which is for screens alone"
         if re.search(r"\bim(gui|gui_\w+)\.h$", included) and folder not in ("ui", "shell") and not is_screen(path):
             yield f"includes {included}: Dear ImGui is for ui/, shell/ and the screens"
         if OPERATING_SYSTEM.search(included) and not may_use_operating_system(path, inside):
