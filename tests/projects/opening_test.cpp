@@ -1,5 +1,7 @@
 // From a project to a running editor: opening, waiting for the install, adding and creating.
 
+#include <functional>
+
 #include <gtest/gtest.h>
 
 #include "install/editor_location.h"

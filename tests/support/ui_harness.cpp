@@ -1,7 +1,6 @@
 #include "support/ui_harness.h"
 
 #include <algorithm>
-#include <cstdarg>
 #include <ctime>
 #include <map>
 #include <string_view>
