@@ -142,7 +142,10 @@ void LauncherApp::drawSearchBox(const ProjectsLayout& at) {
     if (clearHovered && clicked) {
         clearSearch();
     } else if (boxHovered && clicked) {
-        ImGui::SetKeyboardFocusHere(0);
+        // Not SetKeyboardFocusHere: the press lands on the window itself, beside the field, and its request does not
+        // outlive such a frame.
+        ImGui::ActivateItemByID(id);
+        ImGui::GetCurrentContext()->NavNextActivateFlags = ImGuiActivateFlags_PreferInput;
     }
 
     drawSearchIcon(drawList, {min.x, middle});

@@ -52,6 +52,8 @@ def problems_of(path, inside, text):
                 yield f"includes {included}, which belongs to shell/ and the screens"
             elif LAYER[target] >= LAYER[folder] and not uses_hub:
                 yield f"includes {included}, which does not lie below {folder}/"
+        if included.endswith("_screen.h") and not is_screen(path):
+            yield f"includes {included}, which is for screens alone"
         if re.search(r"\bim(gui|gui_\w+)\.h$", included) and folder not in ("ui", "shell") and not is_screen(path):
             yield f"includes {included}: Dear ImGui is for ui/, shell/ and the screens"
         if OPERATING_SYSTEM.search(included) and not may_use_operating_system(path, inside):

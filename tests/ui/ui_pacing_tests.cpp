@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "ui/ui_frames.h"
+#include "support/ui_frames.h"
 
 namespace {
 

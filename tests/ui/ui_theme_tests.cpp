@@ -10,7 +10,7 @@
 #include <imgui_internal.h>
 
 #include "ui/ui_fonts.h"
-#include "ui/ui_frames.h"
+#include "support/ui_frames.h"
 #include "ui/ui_integration.h"
 #include "ui/ui_palette.h"
 #include "ui/ui_system_fonts.h"

@@ -1,0 +1,287 @@
+// Where things stand, at both scales, and the Installs and Downloads screens driven by real runs.
+
+#include <gtest/gtest.h>
+
+#include "install/format_bytes.h"
+#include "sandbox/certificate_authority.h"
+#include "shell/user_initials.h"
+#include "shell/widgets.h"
+#include "signin/picture_crop.h"
+#include "support/eventually.h"
+#include "support/scoped_environment.h"
+#include "support/tls_server.h"
+#include "support/ui_harness.h"
+#include "ui/ui_theme.h"
+
+namespace {
+
+TEST(Texts, Initials) {
+    for (const auto& [name, initials] : std::vector<std::pair<std::string, std::string>>{{"Ada Mary Lovelace", "AM"},
+                                                                                         {"  ada", "A"},
+                                                                                         {"a\tb c", "AC"},
+                                                                                         {"   ", "?"},
+                                                                                         {"", "?"},
+                                                                                         {"Developer", "D"},
+                                                                                         {"\xC3\x96zil x", "\xC3X"}}) {
+        EXPECT_EQ(userInitials(name), initials) << name;
+    }
+}
+
+TEST(Texts, ByteCounts) {
+    for (const auto& [count, text] :
+         std::vector<std::pair<std::int64_t, std::string>>{{-5, "0 B"},
+                                                           {0, "0 B"},
+                                                           {1, "1 B"},
+                                                           {1023, "1023 B"},
+                                                           {1024, "1.0 KB"},
+                                                           {1536, "1.5 KB"},
+                                                           {1048575, "1024.0 KB"},
+                                                           {1048576, "1.0 MB"},
+                                                           {1073741824, "1.0 GB"},
+                                                           {1099511627776, "1024.0 GB"},
+                                                           {INT64_MAX, "8589934592.0 GB"}}) {
+        EXPECT_EQ(formatBytes(count), text);
+    }
+}
+
+TEST(Picture, IsCroppedAndNotDistorted) {
+    struct Case {
+        float panelWidth, panelHeight, width, height;
+        PictureCrop crop;
+    };
+    for (const Case& c : {Case{100, 100, 200, 100, {0.32f, 0, 0.82f, 1}},
+                          {90, 100, 100, 100, {0.1f, 0, 1, 1}},
+                          {82, 100, 100, 100, {0, 0, 0.82f, 1}},
+                          {100, 100, 100, 100, {0, 0, 1, 1}},
+                          {200, 100, 100, 100, {0, 0.25f, 1, 0.75f}},
+                          {0, 100, 100, 100, {0, 0, 1, 1}},
+                          {100, 100, 100, 0, {0, 0, 1, 1}}}) {
+        const PictureCrop crop = cropPicture(c.panelWidth, c.panelHeight, c.width, c.height);
+        EXPECT_NEAR(crop.left, c.crop.left, 1e-5f);
+        EXPECT_NEAR(crop.right, c.crop.right, 1e-5f);
+        EXPECT_NEAR(crop.top, c.crop.top, 1e-5f);
+        EXPECT_NEAR(crop.bottom, c.crop.bottom, 1e-5f);
+    }
+}
+
+// Rectangles in units, as left, top, width and height; W and H are the window's.
+TEST(Geometry, ItemsStandWhereTheyShouldAtEverySizeAndScale) {
+    struct Item {
+        LauncherTab tab;
+        const char* window;
+        std::vector<IdStep> path;
+        float left, top, width, height;
+    };
+    UiHarness ui;
+    ui.installEditor();
+    LauncherApp& app = ui.startSignedIn("https://127.0.0.1:1/manifest");
+    app.settings->setProjects({ui.makeProject("a", 2), ui.makeProject("b", 1)});
+    ui.frame();
+    ASSERT_TRUE(eventually([&] { return app.install->status() == EditorInstallStatus::InstalledOffline; }));
+    for (const auto& [W, H] : {std::pair{1180.0f, 740.0f}, {900.0f, 560.0f}}) {
+        const float list = W - 210 - 32; // the table's inner width
+        const std::vector<Item> items = {
+            {LauncherTab::Projects, kRoot, {"Projects"}, 12, 16, 186, 36},
+            {LauncherTab::Projects, kRoot, {"Installs"}, 12, 58, 186, 36},
+            {LauncherTab::Projects, kRoot, {"Sign out"}, 20, H - 52, 170, 28},
+            {LauncherTab::Projects, kRoot, {"+ New project"}, W - 150, 16, 126, 32},
+            {LauncherTab::Projects, kRoot, {"Add project from disk"}, W - 306, 16, 148, 32},
+            {LauncherTab::Projects, kRoot, {"##ProjectSearch"}, W - 524 + 30, 16, 210 - 38, 32},
+            {LauncherTab::Projects, kRoot, {"##header_star_sort"}, 210 + 16 + 10, 64 + 3, 24, 24},
+            {LauncherTab::Projects, kRoot, {"Name"}, 210 + 16 + 54, 64, -1, 30},
+            {LauncherTab::Projects, kRoot, {"Platform"}, 210 + 16 + 0.58f * list, 64, -1, 30},
+            {LauncherTab::Projects, kRoot, {"Editor version"}, 210 + 16 + 0.76f * list, 64, -1, 30},
+            {LauncherTab::Projects, kProjectList, {0, "##project_row"}, 226, 98, list, 52},
+            {LauncherTab::Projects, kProjectList, {1, "##project_row"}, 226, 150, list, 52},
+            {LauncherTab::Projects, kProjectList, {1, "##star_toggle"}, 236, 164, 24, 24},
+            {LauncherTab::Projects, kProjectList, {1, "##dots_menu"}, 226 + list - 42, 162, 28, 28},
+            {LauncherTab::Installs, kRoot, {"Check for updates"}, W - 24 - 160, 16 + 48 + 148 - 44, 144, 30},
+            {LauncherTab::Downloads, kRoot, {"Open downloads folder"}, W - 24 - 190, 16, 190, 32}};
+        for (const float scale : {1.0f, 2.0f}) {
+            ui.resize(W, H, scale);
+            for (const Item& item : items) {
+                app.activeTab = item.tab;
+                ui.frames(2);
+                std::optional<ImRect> found;
+                if (item.path.size() == 1) {
+                    found = ui.rect(item.window, {item.path[0]});
+                } else {
+                    found = ui.rect(item.window, {item.path[0], item.path[1]});
+                }
+                const std::string name =
+                    item.path.back().text + (" at " + std::to_string(W)) + " x" + std::to_string(scale);
+                ASSERT_TRUE(found) << name;
+                EXPECT_NEAR(found->Min.x, item.left * scale, 1.01f) << name;
+                EXPECT_NEAR(found->Min.y, item.top * scale, 1.01f) << name;
+                if (item.width > 0) {
+                    EXPECT_NEAR(found->GetWidth(), item.width * scale, 1.01f) << name;
+                }
+                EXPECT_NEAR(found->GetHeight(), item.height * scale, 1.01f) << name;
+            }
+        }
+    }
+    // A notice pushes the table down.
+    ui.resize(1180, 740);
+    app.activeTab = LauncherTab::Projects;
+    app.noticeText = "notice";
+    ui.frames(2);
+    EXPECT_FLOAT_EQ(ui.rect(kProjectList, {0, "##project_row"})->Min.y, 138.0f);
+}
+
+TEST(SignInScreen, ItsButtonsStartAndCancelAndTheSupportLabelOnlyLightsUp) {
+    UiHarness ui;
+    ui.configure();
+    LauncherApp& app = ui.start();
+    ui.frames(2);
+    const std::optional<ImRect> button = ui.rect(kRoot, {"Sign in"});
+    ASSERT_TRUE(button);
+    const float panel = 1180 * 0.4f, column = std::min(panel - 2 * 0.16f * panel, 320.0f);
+    EXPECT_NEAR(button->GetWidth(), column, 0.01f);
+    EXPECT_NEAR(button->GetCenter().x, panel / 2, 0.01f);
+    EXPECT_NEAR(button->GetHeight(), 44, 0.01f);
+    // The texts end 24 above the button; above them 0.44 of what is left.
+    const float texts =
+        uiThemeTextSize(uiThemeFont(28), "Welcome to VOLO Launcher", column).y + 16 +
+        uiThemeTextSize(uiThemeFont(16), "Manage all your projects and editor installations in one app.", column).y;
+    EXPECT_NEAR(button->Min.y, 0.44f * (740 - texts - 44 - 24) + texts + 24, 1.0f);
+
+    ASSERT_TRUE(ui.click(kRoot, {"Sign in"}));
+    EXPECT_EQ(app.signIn->state, SignInState::SigningIn);
+    ASSERT_EQ(recordingSystem().openedUrls.size(), 1u);
+    EXPECT_NE(recordingSystem().openedUrls[0].find("client_id=client"), std::string::npos);
+    ui.frame();
+    ASSERT_TRUE(ui.click(kRoot, {"Cancel"}));
+    EXPECT_EQ(app.signIn->state, SignInState::SignedOut);
+
+    ui.clickAt({panel / 2, 740 - 64 + 8});
+    EXPECT_EQ(ImGui::GetMouseCursor(), ImGuiMouseCursor_Hand);
+    ui.moveTo({panel / 2, 740 - 64 - 5});
+    EXPECT_EQ(ImGui::GetMouseCursor(), ImGuiMouseCursor_Arrow);
+    EXPECT_EQ(recordingSystem().openedUrls.size(), 1u);
+}
+
+// An update server that offers a new version at each question, and has none of the packages.
+struct Releases : UiHarness {
+    Releases()
+        : trust("SSL_CERT_FILE", (folder / "root.pem").string()) {
+        EXPECT_TRUE(authority.writeRoot((folder / "root.pem").string()));
+        server = std::make_unique<TlsServer>(
+            authority.issue({{"localhost"}, {"127.0.0.1"}, "localhost"}), [this](TlsConnection& connection) {
+                const std::string request = connection.readRequest();
+                if (request.starts_with("GET /package")) {
+                    if (stallPackages) {
+                        connection.write("HTTP/1.1 200 OK\r\nContent-Length: 2048\r\n\r\nsome");
+                        while (connection.write("x") && connection.pause(5)) {
+                        }
+                        return;
+                    }
+                    connection.write(httpAnswer(503, "no package"));
+                    return;
+                }
+                connection.write(httpAnswer(200, R"({"version":")" + std::to_string(++version) +
+                                                     R"(","url":"https://127.0.0.1:)" + std::to_string(server->port()) +
+                                                     R"(/package"})"));
+            });
+        startSignedIn("https://127.0.0.1:" + std::to_string(server->port()) + "/manifest").updateCheckStarted = true;
+        app->activeTab = LauncherTab::Downloads;
+    }
+    ~Releases() {
+        app.reset();
+        server.reset();
+    }
+    bool failedRuns(std::size_t rows) {
+        return eventually([&] {
+            return app->install->status() == EditorInstallStatus::Failed &&
+                   app->install->downloadsSnapshot().size() == rows;
+        });
+    }
+    std::vector<std::string> versions() const {
+        std::vector<std::string> found;
+        for (const DownloadRecord& record : app->install->downloadsSnapshot())
+            found.push_back(record.version);
+        return found;
+    }
+    CertificateAuthority authority;
+    ScopedEnvironment trust;
+    std::atomic<int> version = 0;
+    std::atomic<bool> stallPackages = false;
+    std::unique_ptr<TlsServer> server;
+};
+
+TEST(Downloads, RowsStandSeventyApartAndTheirButtonsAct) {
+    Releases ui;
+    LauncherApp& app = *ui.app;
+    ui.frame();
+    EXPECT_FALSE(ui.rect(kDownloadList, {0, "dl_badge"})) << "no rows in a fresh session";
+    app.install->startUpdate();
+    ASSERT_TRUE(ui.failedRuns(1)) << app.install->statusMessage();
+    ui.frames(2);
+    ASSERT_TRUE(ui.click(kDownloadList, {0, "Retry"}));
+    ASSERT_TRUE(ui.failedRuns(2));
+    ui.frames(2);
+    ASSERT_TRUE(ui.click(kDownloadList, {0, "Retry"}));
+    ASSERT_TRUE(ui.failedRuns(3));
+    ui.frames(2);
+    EXPECT_EQ(ui.versions(), (std::vector<std::string>{"3", "2", "1"}));
+
+    const float width = 1180 - 210 - 48, top = 64;
+    for (int row = 0; row < 3; ++row) {
+        for (const auto& [label, fromRight, buttonWidth] :
+             {std::tuple{"Retry", 230.0f, 70.0f}, {"Show", 150.0f, 65.0f}, {"Delete", 75.0f, 65.0f}}) {
+            const std::optional<ImRect> button = ui.rect(kDownloadList, {row, label});
+            ASSERT_TRUE(button) << label << row;
+            EXPECT_FLOAT_EQ(button->Min.x, 234 + width - fromRight) << label << row;
+            EXPECT_FLOAT_EQ(button->Min.y, top + 70.0f * static_cast<float>(row) + 16) << label << row;
+            EXPECT_FLOAT_EQ(button->GetWidth(), buttonWidth);
+        }
+    }
+    ASSERT_TRUE(ui.click(kDownloadList, {1, "Show"}));
+    EXPECT_EQ(recordingSystem().openedFolders, std::vector<std::string>{(ui.launcher / "downloads").string()});
+
+    const std::string lastFile = app.install->downloadsSnapshot()[2].filePath;
+    std::ofstream(lastFile) << "package";
+    ASSERT_TRUE(ui.click(kDownloadList, {2, "Delete"}));
+    EXPECT_EQ(ui.versions(), (std::vector<std::string>{"3", "2"}));
+    EXPECT_FALSE(std::filesystem::exists(lastFile));
+    ASSERT_TRUE(ui.click(kDownloadList, {0, "Delete"})); // rows below are drawn from the shorter list
+    EXPECT_EQ(ui.versions(), std::vector<std::string>{"2"});
+    ui.frame();
+    EXPECT_FALSE(ui.rect(kDownloadList, {1, "Delete"}));
+}
+
+TEST(Downloads, ARunningTransferOffersOnlyCancel) {
+    for (const bool onInstalls : {false, true}) {
+        Releases ui;
+        ui.stallPackages = true;
+        ui.app->install->startUpdate();
+        ASSERT_TRUE(eventually([&] { return ui.app->install->downloadedBytes() > 0; }));
+        if (onInstalls) ui.app->activeTab = LauncherTab::Installs;
+        ui.frames(2);
+        EXPECT_FALSE(ui.rect(kDownloadList, {0, "Delete"}));
+        EXPECT_FALSE(ui.rect(kRoot, {"Check for updates"}));
+        ui.app->install->removeDownload(0);
+        EXPECT_EQ(ui.versions().size(), 1u);
+        ASSERT_TRUE(onInstalls ? ui.click(kRoot, {"Cancel download"}) : ui.click(kDownloadList, {0, "Cancel"}));
+        EXPECT_TRUE(eventually([&] { return ui.app->install->status() != EditorInstallStatus::Downloading; }));
+    }
+}
+
+TEST(Installs, OffersWhatTheStatusAllows) {
+    UiHarness ui;
+    LauncherApp& app = ui.startSignedIn("https://127.0.0.1:1/manifest");
+    app.updateCheckStarted = true;
+    app.activeTab = LauncherTab::Installs;
+    ui.frames(2);
+    EXPECT_FALSE(ui.rect(kRoot, {"Retry"}));
+    ASSERT_TRUE(ui.click(kRoot, {"Check for updates"}));
+    ASSERT_TRUE(eventually([&] { return app.install->status() == EditorInstallStatus::Failed; }));
+    ui.frames(2);
+    EXPECT_FALSE(ui.rect(kRoot, {"Check for updates"}));
+    ui.installEditor();
+    ASSERT_TRUE(ui.click(kRoot, {"Retry"}));
+    EXPECT_TRUE(eventually([&] { return app.install->status() == EditorInstallStatus::InstalledOffline; }));
+    ui.frames(2);
+    EXPECT_TRUE(ui.rect(kRoot, {"Check for updates"}));
+}
+
+} // namespace

@@ -1,0 +1,199 @@
+#include "support/ui_harness.h"
+
+#include <algorithm>
+#include <ctime>
+#include <map>
+#include <string_view>
+
+#include "ui/ui_theme.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+struct SubmittedItem {
+    ImRect rect;
+    std::string label; // of stock widgets
+    bool disabled = false;
+};
+
+std::map<ImGuiID, SubmittedItem> theItems; // of the frame that was built last
+
+ImGuiID identifier(ImGuiID seed, IdPath path) {
+    for (const IdStep& step : path)
+        seed = step.text ? ImHashStr(step.text, 0, seed) : ImHashData(&step.number, sizeof step.number, seed);
+    return seed;
+}
+
+} // namespace
+
+// What Dear ImGui reports when it is built to be tested.
+void ImGuiTestEngineHook_ItemAdd(ImGuiContext* /*context*/, ImGuiID id, const ImRect& rect,
+                                 const ImGuiLastItemData* item) {
+    SubmittedItem& submitted = theItems[id];
+    submitted.rect = rect;
+    submitted.disabled = item != nullptr && (item->ItemFlags & ImGuiItemFlags_Disabled) != 0;
+}
+
+void ImGuiTestEngineHook_ItemInfo(ImGuiContext* /*context*/, ImGuiID id, const char* label,
+                                  ImGuiItemStatusFlags /*flags*/) {
+    theItems[id].label = label;
+}
+
+void ImGuiTestEngineHook_Log(ImGuiContext* /*context*/, const char* /*format*/, ...) {}
+
+const char* ImGuiTestEngine_FindItemDebugLabel(ImGuiContext* /*context*/, ImGuiID /*id*/) {
+    return nullptr;
+}
+
+UiHarness::UiHarness() {
+    RecordingSystem& system = recordingSystem();
+    system = {};
+    system.launcherDirectory = launcher.string();
+    system.userDataDirectory = (folder / "data").string();
+    system.userDocumentsDirectory = (folder / "documents").string();
+    for (const fs::path& directory : {launcher, folder / "data", folder / "documents"})
+        fs::create_directories(directory);
+    setRecordedTime(1000000);
+
+    ImGui::GetCurrentContext()->TestEngineHookItems = true;
+    ImGui::GetIO().ConfigInputTrickleEventQueue = false;
+    resize(1180.0f, 740.0f);
+    uiThemeInitialize(&integration);
+}
+
+UiHarness::~UiHarness() {
+    app.reset();
+    uiThemeShutdown();
+}
+
+void UiHarness::configure(const std::string& manifestUrl) const {
+    folder.write("launcher/here/launcher_config.json",
+                 R"({"google_client_id": "client", "google_client_secret": "secret", "editor_update_manifest_url": ")" +
+                     manifestUrl + "\"}");
+}
+
+LauncherApp& UiHarness::start() {
+    app = std::make_unique<LauncherApp>();
+    return *app;
+}
+
+LauncherApp& UiHarness::startSignedIn(const std::string& manifestUrl) {
+    configure(manifestUrl);
+    start().signIn->state = SignInState::SignedIn;
+    return *app;
+}
+
+fs::path UiHarness::installEditor(const fs::path& below) const {
+    return folder.write(below / "editor.exe", "editor");
+}
+
+ProjectEntry UiHarness::makeProject(const std::string& name, std::int64_t lastOpened) const {
+    ProjectEntry entry;
+    entry.name = name;
+    entry.path = folder.write("projects/" + name + "/" + name + ".zantorproj", "").string();
+    entry.lastOpened = lastOpened;
+    return entry;
+}
+
+std::vector<ProjectEntry> UiHarness::storedProjects() const {
+    LauncherSettings settings;
+    return settings.load() ? settings.projects() : std::vector<ProjectEntry>();
+}
+
+void UiHarness::resize(float width, float height, float scale) {
+    ImGui::GetIO().DisplaySize = {width * scale, height * scale};
+    uiThemeSetScale(scale);
+}
+
+void UiHarness::frame() {
+    theItems.clear();
+    ImGui::GetIO().DeltaTime = 1.0f / 60.0f;
+    ImGui::NewFrame();
+    uiThemeTick(1.0f / 60.0f);
+    uiThemeApplyStyle();
+    app->drawFrame(1.0f / 60.0f);
+    ImGui::Render();
+    UiFrames::takeTextures();
+}
+
+void UiHarness::frames(int count) {
+    for (int i = 0; i < count; ++i)
+        frame();
+}
+
+double UiHarness::frameMilliseconds() {
+    const std::clock_t before = std::clock();
+    frame();
+    return 1000.0 * static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC;
+}
+
+std::optional<ImRect> UiHarness::rect(const char* window, IdPath path) const {
+    for (const ImGuiWindow* candidate : ImGui::GetCurrentContext()->Windows) {
+        const std::string_view name = candidate->Name;
+        // A child's name ends in its identifier; the root's must not be taken for that of its children.
+        if (name != window && !name.starts_with(std::string(window) + "_")) continue;
+        const auto item = theItems.find(identifier(candidate->ID, path));
+        if (item != theItems.end()) return item->second.rect;
+    }
+    return std::nullopt;
+}
+
+std::optional<ImRect> UiHarness::menuEntry(const std::string& label, bool* disabled) const {
+    for (const auto& [id, item] : theItems) {
+        if (item.label != label) continue;
+        if (disabled != nullptr) *disabled = item.disabled;
+        return item.rect;
+    }
+    return std::nullopt;
+}
+
+bool UiHarness::popupOpen(const char* name) const {
+    const ImGuiWindow* window = ImGui::FindWindowByName(name);
+    return window != nullptr && window->WasActive;
+}
+
+void UiHarness::moveTo(ImVec2 point) {
+    ImGui::GetIO().AddMousePosEvent(point.x, point.y);
+    frame();
+}
+
+void UiHarness::press(ImGuiMouseButton button) {
+    ImGui::GetIO().AddMouseButtonEvent(button, true);
+    frame();
+}
+
+void UiHarness::release(ImGuiMouseButton button) {
+    ImGui::GetIO().AddMouseButtonEvent(button, false);
+    frame();
+}
+
+void UiHarness::clickAt(ImVec2 point, ImGuiMouseButton button) {
+    moveTo(point);
+    press(button);
+    release(button);
+}
+
+bool UiHarness::click(const char* window, IdPath path, ImGuiMouseButton button) {
+    const std::optional<ImRect> found = rect(window, path);
+    if (found) clickAt(found->GetCenter(), button);
+    return found.has_value();
+}
+
+bool UiHarness::clickMenu(const std::string& label) {
+    const std::optional<ImRect> found = menuEntry(label);
+    if (found) clickAt(found->GetCenter());
+    return found.has_value();
+}
+
+void UiHarness::key(ImGuiKey pressed) {
+    ImGui::GetIO().AddKeyEvent(pressed, true);
+    frame();
+    ImGui::GetIO().AddKeyEvent(pressed, false);
+    frame();
+}
+
+void UiHarness::type(const std::string& text) {
+    ImGui::GetIO().AddInputCharactersUTF8(text.c_str());
+    frame();
+}
