@@ -114,7 +114,7 @@ void UiHarness::frame() {
     uiThemeApplyStyle();
     app->drawFrame(1.0f / 60.0f);
     ImGui::Render();
-    UiFrames::takeTextures();
+    present();
 }
 
 void UiHarness::frames(int count) {

@@ -3,6 +3,7 @@
 // The real launcher without a window: a Dear ImGui context that no screen shows, frames on request, mouse and keys fed
 // in as a host would feed them, and items found by their identifiers, so that a test clicks "Sign in" and not a point.
 
+#include <functional>
 #include <initializer_list>
 #include <memory>
 #include <optional>
@@ -73,5 +74,6 @@ class UiHarness {
     const std::filesystem::path launcher = folder / "launcher/here";
     UiFrames imgui;
     UiIntegration integration;
+    std::function<void()> present = UiFrames::takeTextures; // what becomes of a built frame
     std::unique_ptr<LauncherApp> app;
 };
