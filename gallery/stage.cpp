@@ -45,6 +45,7 @@ Stage::Stage(const StageSetting& stageSetting)
     std::error_code thereIsNone;
     fs::copy_file(setting.props / "background.png", launcherFolder / "background.png", thereIsNone);
 
+    ImGui::GetIO().ConfigFlags |= ImGuiConfigFlags_NavEnableKeyboard; // as the host sets it
     uiThemeShutdown(); // the harness started it without a font
     integration.fontPath = (setting.props / "Roboto-Medium.ttf").string();
     uiThemeInitialize(&integration);

@@ -6,6 +6,7 @@
 #include "projects/project_list.h"
 #include "shell/widgets.h"
 #include "system/operating_system.h"
+#include "ui/ui_popups.h"
 #include "ui/ui_theme.h"
 
 #include <imgui_internal.h>
@@ -244,7 +245,7 @@ void LauncherApp::drawRowTexts(const ProjectRows& rows, const ProjectEntry& entr
 }
 
 void LauncherApp::drawProjectMenu(std::int32_t index, bool exists, RowRequest& request) {
-    if (!ImGui::BeginPopup("##project_context_menu")) return;
+    if (!uiThemeBeginMenu("##project_context_menu")) return;
     const ProjectEntry& entry = settings->projects()[static_cast<std::size_t>(index)];
     if (ImGui::MenuItem("Open Project", nullptr, false, exists)) request.openIndex = index;
     if (ImGui::MenuItem(entry.favorite ? "Remove from Favorites" : "Add to Favorites")) {
@@ -256,7 +257,7 @@ void LauncherApp::drawProjectMenu(std::int32_t index, bool exists, RowRequest& r
     }
     ImGui::Separator();
     if (ImGui::MenuItem("Remove From List")) request.removeIndex = index;
-    ImGui::EndPopup();
+    uiThemeEndPopup();
 }
 
 void LauncherApp::drawEmptyProjects(const ProjectsLayout& at, float top, float height) {

@@ -3,6 +3,7 @@
 
 #include "shell/launcher_app.h"
 #include "system/operating_system.h"
+#include "ui/ui_popups.h"
 #include "ui/ui_theme.h"
 
 #include <imgui.h>
@@ -34,11 +35,12 @@ bool beginModal(const char* name, bool& requested) {
     const ImGuiViewport* viewport = ImGui::GetMainViewport();
     ImGui::SetNextWindowPos({viewport->Pos.x + viewport->Size.x * 0.5f, viewport->Pos.y + viewport->Size.y * 0.5f},
                             ImGuiCond_Appearing, {0.5f, 0.5f});
-    return ImGui::BeginPopupModal(name, nullptr, ImGuiWindowFlags_AlwaysAutoResize);
+    return uiThemeBeginModal(name);
 }
 
 void drawFieldLabel(const char* label) {
-    ImGui::PushFont(uiThemeFont(11.0f), 0.0f);
+    ImFont* font = uiThemeFont(11.0f);
+    ImGui::PushFont(font, uiThemeFontSize(font));
     ImGui::PushStyleColor(ImGuiCol_Text, uiThemeMutedForeground());
     ImGui::TextUnformatted(label);
     ImGui::PopStyleColor();
@@ -50,11 +52,11 @@ void drawFieldLabel(const char* label) {
 void LauncherApp::drawProjectDialogs() {
     if (beginModal(kCreatePopup, createProjectRequested)) {
         drawCreateProjectPopup();
-        ImGui::EndPopup();
+        uiThemeEndPopup();
     }
     if (beginModal(kOpenErrorPopup, openErrorRequested)) {
         drawOpenErrorPopup();
-        ImGui::EndPopup();
+        uiThemeEndPopup();
     }
 }
 
@@ -91,7 +93,7 @@ void LauncherApp::drawCreateProjectPopup() {
     gap(12.0f);
     if (ImGui::Button("Cancel", {uiThemePx(kButtonWidth), 0.0f})) ImGui::CloseCurrentPopup();
     ImGui::SameLine();
-    if (ImGui::Button("Create project", {uiThemePx(kCreateWidth), 0.0f})) {
+    if (uiThemeDefaultButton("Create project", uiThemePx(kCreateWidth))) {
         createProject();
         if (createProjectError.empty()) ImGui::CloseCurrentPopup();
     }
@@ -102,5 +104,5 @@ void LauncherApp::drawOpenErrorPopup() {
     ImGui::TextUnformatted(openErrorMessage.c_str());
     ImGui::PopTextWrapPos();
     gap(12.0f);
-    if (ImGui::Button("OK", {uiThemePx(kButtonWidth), 0.0f})) ImGui::CloseCurrentPopup();
+    if (uiThemeDefaultButton("OK", uiThemePx(kButtonWidth))) ImGui::CloseCurrentPopup();
 }

@@ -5,6 +5,7 @@
 #include <imgui_internal.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -82,8 +83,12 @@ void drawStarIcon(ImDrawList* drawList, ImVec2 centre, float radius, ImU32 colou
     for (int i = 0; i < 10; ++i)
         corners[i] = centre + kStar[i] * radius;
     if (filled) {
+        // Each with smooth edges of its own, the triangles would show as facets; the outline smooths the star's.
+        const ImDrawListFlags smooth =
+            std::exchange(drawList->Flags, drawList->Flags & ~ImDrawListFlags_AntiAliasedFill);
         for (int i = 0; i < 10; ++i)
             drawList->AddTriangleFilled(centre, corners[i], corners[(i + 1) % 10], colour);
+        drawList->Flags = smooth;
     }
     drawList->AddPolyline(corners, 10, colour, ImDrawFlags_Closed, filled ? 1.0f : 1.2f);
 }

@@ -73,6 +73,15 @@ double secondsPerFrame() {
 void noteEvent(GLFWwindow* source) {
     static_cast<FramePacer*>(glfwGetWindowUserPointer(source))->noteEvent();
 }
+// A window that loses the keyboard forgets where the pointer is, and hears of it again only when it moves: a click
+// before that would hit nothing.
+void notePointer(GLFWwindow* source) {
+    double x = 0.0;
+    double y = 0.0;
+    glfwGetCursorPos(source, &x, &y);
+    ImGui::GetIO().AddMousePosEvent(static_cast<float>(x), static_cast<float>(y));
+    noteEvent(source);
+}
 void noteDamage(GLFWwindow* source) {
     static_cast<FramePacer*>(glfwGetWindowUserPointer(source))->noteDamage();
 }
@@ -278,11 +287,14 @@ void UiHost::Window::watchEvents() {
     glfwSetWindowUserPointer(handle, &pacer);
     glfwSetKeyCallback(handle, [](GLFWwindow* source, int, int, int, int) { noteEvent(source); });
     glfwSetCharCallback(handle, [](GLFWwindow* source, unsigned int) { noteEvent(source); });
-    glfwSetMouseButtonCallback(handle, [](GLFWwindow* source, int, int, int) { noteEvent(source); });
+    glfwSetMouseButtonCallback(handle, [](GLFWwindow* source, int, int, int) { notePointer(source); });
     glfwSetCursorPosCallback(handle, [](GLFWwindow* source, double, double) { noteEvent(source); });
     glfwSetCursorEnterCallback(handle, [](GLFWwindow* source, int) { noteEvent(source); });
     glfwSetScrollCallback(handle, [](GLFWwindow* source, double, double) { noteEvent(source); });
-    glfwSetWindowFocusCallback(handle, [](GLFWwindow* source, int) { noteEvent(source); });
+    glfwSetWindowFocusCallback(handle, [](GLFWwindow* source, int focused) {
+        focused == GLFW_TRUE&& glfwGetWindowAttrib(source, GLFW_HOVERED) == GLFW_TRUE ? notePointer(source)
+                                                                                      : noteEvent(source);
+    });
     glfwSetWindowContentScaleCallback(handle, [](GLFWwindow* source, float, float) { noteEvent(source); });
     glfwSetFramebufferSizeCallback(handle, [](GLFWwindow* source, int, int) { noteDamage(source); });
     glfwSetWindowRefreshCallback(handle, noteDamage);
