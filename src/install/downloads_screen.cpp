@@ -7,6 +7,7 @@
 #include "shell/widgets.h"
 #include "system/operating_system.h"
 #include "system/path_text.h"
+#include "ui/ui_keyboard.h"
 #include "ui/ui_theme.h"
 
 #include <imgui_internal.h>
@@ -71,6 +72,7 @@ void LauncherApp::drawDownloadsScreen() {
         return;
     }
     ImGui::SetCursorScreenPos(list);
+    uiThemeJoinNavigation();
     ImGui::BeginChild(
         "##DownloadList",
         {windowMax.x - content.x - uiThemePx(2.0f * kContentInset), windowMax.y - list.y - uiThemePx(kContentTop)},

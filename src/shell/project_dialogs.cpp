@@ -3,6 +3,7 @@
 
 #include "shell/launcher_app.h"
 #include "system/operating_system.h"
+#include "ui/ui_keyboard.h"
 #include "ui/ui_popups.h"
 #include "ui/ui_theme.h"
 
@@ -71,16 +72,19 @@ void LauncherApp::drawCreateProjectPopup() {
     ImGui::SetNextItemWidth(uiThemePx(kBodyWidth));
     if (ImGui::IsWindowAppearing()) ImGui::SetKeyboardFocusHere();
     ImGui::InputTextWithHint("##NewProjectName", "My VOLO project", newProjectName, sizeof newProjectName);
+    uiThemeFocusRingOfItem();
 
     gap(8.0f);
     drawFieldLabel("LOCATION");
     ImGui::SetNextItemWidth(uiThemePx(kLocationWidth));
     ImGui::InputText("##NewProjectLocation", newProjectLocation, sizeof newProjectLocation);
+    uiThemeFocusRingOfItem();
     ImGui::SameLine(0.0f, uiThemePx(kBodyWidth - kLocationWidth - kBrowseWidth));
     if (ImGui::Button("Browse", {uiThemePx(kBrowseWidth), 0.0f})) {
         const std::string folder = browseForFolder("Choose project location", newProjectLocation);
         if (!folder.empty()) copyToBuffer(folder, newProjectLocation);
     }
+    bool onButton = uiThemeFocusRingOfItem();
 
     gap(6.0f);
     ImGui::PushTextWrapPos(ImGui::GetCursorPosX() + uiThemePx(kBodyWidth)); // a long path must not widen the popup
@@ -91,12 +95,17 @@ void LauncherApp::drawCreateProjectPopup() {
     ImGui::PopTextWrapPos();
 
     gap(12.0f);
-    if (ImGui::Button("Cancel", {uiThemePx(kButtonWidth), 0.0f})) ImGui::CloseCurrentPopup();
+    bool closes = ImGui::Button("Cancel", {uiThemePx(kButtonWidth), 0.0f}) || uiThemeCancelKeyPressed();
+    onButton |= uiThemeFocusRingOfItem();
     ImGui::SameLine();
-    if (uiThemeDefaultButton("Create project", uiThemePx(kCreateWidth))) {
+    bool confirmed = uiThemeDefaultButton("Create project", uiThemePx(kCreateWidth));
+    onButton |= uiThemeFocusRingOfItem();
+    confirmed |= !onButton && uiThemeConfirmKeyPressed(); // on a button the key presses that
+    if (confirmed && !closes) {
         createProject();
-        if (createProjectError.empty()) ImGui::CloseCurrentPopup();
+        closes = createProjectError.empty();
     }
+    if (closes) ImGui::CloseCurrentPopup();
 }
 
 void LauncherApp::drawOpenErrorPopup() {
@@ -104,5 +113,7 @@ void LauncherApp::drawOpenErrorPopup() {
     ImGui::TextUnformatted(openErrorMessage.c_str());
     ImGui::PopTextWrapPos();
     gap(12.0f);
-    if (uiThemeDefaultButton("OK", uiThemePx(kButtonWidth))) ImGui::CloseCurrentPopup();
+    const bool confirmed = uiThemeDefaultButton("OK", uiThemePx(kButtonWidth));
+    uiThemeFocusRingOfItem();
+    if (confirmed || uiThemeConfirmKeyPressed() || uiThemeCancelKeyPressed()) ImGui::CloseCurrentPopup();
 }

@@ -1,5 +1,6 @@
 #include "shell/widgets.h"
 
+#include "ui/ui_keyboard.h"
 #include "ui/ui_theme.h"
 
 #include <imgui_internal.h>
@@ -38,6 +39,7 @@ bool drawButton(const char* label, ImVec2 position, ImVec2 size, float fontSize,
     ImFont* font = uiThemeFont(fontSize);
     const ImVec2 textSize = uiThemeTextSize(font, label);
     uiThemeText(drawList, font, position + (size - textSize) * 0.5f, look.text, label);
+    if (area.focused) uiThemeFocusRing(drawList, position, max, rounding);
     return area.clicked;
 }
 
@@ -57,6 +59,7 @@ HitArea hitArea(ImGuiID id, ImVec2 min, ImVec2 max) {
     if (!area.added) return area;
     area.clicked = ImGui::ButtonBehavior(rectangle, id, &area.hovered, &area.held);
     ImGui::KeepAliveID(id);
+    area.focused = uiThemeFocusShows(id);
     return area;
 }
 

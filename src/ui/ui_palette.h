@@ -59,6 +59,7 @@ inline constexpr float kBadgeTextSize = 11.5f;
 inline constexpr float kBadgeHeight = 20.0f;
 inline constexpr float kBadgePadding = 9.0f;
 inline constexpr float kTitleSize = 16.0f; // of modal popups
+inline constexpr float kRingThickness = 2.0f;
 inline constexpr float kRevealSeconds = 0.16f;
 inline constexpr float kPopupSeconds = 0.12f;
 inline constexpr float kSpinnerTurnSeconds = 1.1f;

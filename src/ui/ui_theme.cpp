@@ -80,7 +80,7 @@ constexpr std::pair<ImGuiCol, ImU32> kStyleColours[] = {
     {ImGuiCol_PlotHistogram, palette::kPrimary},
     {ImGuiCol_PlotHistogramHovered, palette::kPrimaryLight},
     {ImGuiCol_DragDropTarget, palette::kPrimaryLight},
-    {ImGuiCol_NavCursor, palette::kPrimaryLight},
+    {ImGuiCol_NavCursor, palette::kNone}, // uiThemeFocusRing stands in for it
     {ImGuiCol_NavWindowingHighlight, palette::kPrimaryLight},
 };
 static_assert(std::size(kStyleColours) == ImGuiCol_COUNT);

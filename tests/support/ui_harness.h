@@ -58,6 +58,7 @@ class UiHarness {
     // name; a stock menu entry is found by its label in any window.
     [[nodiscard]] std::optional<ImRect> rect(const char* window, IdPath path) const;
     [[nodiscard]] std::optional<ImRect> menuEntry(const std::string& label, bool* disabled = nullptr) const;
+    [[nodiscard]] ImGuiID identify(const char* window, IdPath path) const; // 0: not submitted in the last frame
     [[nodiscard]] bool popupOpen(const char* name) const;
 
     // All return whether the item was there; a frame each for the pointer, the press and the release.
