@@ -1,83 +1,96 @@
-// volo-gallery: every screen of the launcher in every state, as PNG files, at scale 1 and 2.
-//
-//   volo-gallery --out DIR [--home DIR] [--only TEXT]
+// volo-gallery: every screen of the launcher in every state, as PNG files. volo-gallery --help lists its options.
 
 #include "gallery/stage.h"
 
+#include <CLI/CLI.hpp>
+
+#include <cmath>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
+#include <optional>
+#include <string>
 #include <system_error>
+#include <vector>
 
 namespace fs = std::filesystem;
 
 namespace {
 
 struct WindowSize {
-    int width, height;
+    float width, height;
 };
 constexpr WindowSize kSizes[] = {{1180, 740}, {900, 560}};
-constexpr int kScales[] = {1, 2};
 
-int usage() {
-    std::fputs("usage: volo-gallery --out DIR [--home DIR] [--only TEXT]\n"
-               "  --out   where the pictures go\n"
-               "  --home  the folder that stands for the user's own: a new one, removed at the end\n"
-               "  --only  pictures with this in their name\n",
-               stderr);
-    return 2;
+struct Options {
+    std::string out;
+    std::string home = (fs::temp_directory_path() / "volo-gallery").string();
+    std::string only;
+    std::vector<float> scales = {1.0f, 2.0f};
+};
+
+std::string pictureName(const Scene& scene, const StageSetting& setting) {
+    char size[64];
+    std::snprintf(size, sizeof size, "-%gx%g@%g.png", static_cast<double>(setting.width),
+                  static_cast<double>(setting.height), static_cast<double>(setting.scale));
+    return scene.name + std::string(size);
+}
+
+// How many pictures were drawn; nothing when one could not be.
+std::optional<int> drawAll(Offscreen& canvas, const StageSetting& setting, const Options& options) {
+    const int width = static_cast<int>(std::lround(setting.width * setting.scale));
+    const int height = static_cast<int>(std::lround(setting.height * setting.scale));
+    if (!canvas.resize(width, height)) {
+        std::fprintf(stderr, "no picture can be as large as %dx%d\n", width, height);
+        return std::nullopt;
+    }
+    int pictures = 0;
+    for (const Scene& scene : scenes()) {
+        const std::string name = pictureName(scene, setting);
+        if (name.find(options.only) == std::string::npos) continue;
+        Stage stage(setting);
+        scene.play(stage);
+        stage.drawOn(canvas);
+        if (!canvas.save(fs::path(options.out) / name)) {
+            std::fprintf(stderr, "cannot write %s\n", name.c_str());
+            return std::nullopt;
+        }
+        ++pictures;
+    }
+    return pictures;
 }
 
 } // namespace
 
 int main(int count, char** arguments) {
-    std::error_code ignored;
-    const fs::path programs = fs::canonical("/proc/self/exe", ignored).parent_path();
-    fs::path out, home = fs::temp_directory_path() / "volo-gallery";
-    std::string only;
-    for (int i = 1; i + 1 < count; i += 2) {
-        if (std::strcmp(arguments[i], "--out") == 0) out = arguments[i + 1];
-        if (std::strcmp(arguments[i], "--home") == 0) home = arguments[i + 1];
-        if (std::strcmp(arguments[i], "--only") == 0) only = arguments[i + 1];
-    }
-    if (out.empty() || count % 2 == 0) return usage();
-    fs::create_directories(out, ignored);
-    if (fs::exists(home, ignored)) {
-        std::fprintf(stderr, "%s exists, and would be removed\n", home.c_str());
-        return 1;
-    }
+    Options options;
+    CLI::App commandLine("Draws every screen of the launcher in every state.");
+    commandLine.add_option("--out", options.out, "Where the pictures go")->required();
+    commandLine
+        .add_option("--home", options.home,
+                    "What the pictures show as the user's folder: a new one, removed at the end")
+        ->check(CLI::NonexistentPath);
+    commandLine.add_option("--only", options.only, "Only pictures with this in their name");
+    commandLine.add_option("--scale", options.scales, "Scales to draw at, 1 and 2 unless told");
+    CLI11_PARSE(commandLine, count, arguments);
 
+    std::error_code ignored;
+    fs::create_directories(options.out, ignored);
     Offscreen canvas;
     std::string errorText;
     if (!canvas.open(errorText)) {
         std::fprintf(stderr, "no picture can be drawn: %s\n", errorText.c_str());
         return 1;
     }
+    const fs::path programs = fs::canonical("/proc/self/exe", ignored).parent_path();
     int pictures = 0;
     for (const WindowSize& size : kSizes) {
-        for (const int scale : kScales) {
-            if (!canvas.resize(size.width * scale, size.height * scale)) {
-                std::fprintf(stderr, "no picture can be as large as %dx%d\n", size.width * scale, size.height * scale);
-                return 1;
-            }
-            const StageSetting setting = {home, programs, static_cast<float>(size.width),
-                                          static_cast<float>(size.height), static_cast<float>(scale)};
-            for (const Scene& scene : scenes()) {
-                const std::string name = std::string(scene.name) + "-" + std::to_string(size.width) + "x" +
-                                         std::to_string(size.height) + "@" + std::to_string(scale) + ".png";
-                if (name.find(only) == std::string::npos) continue;
-                Stage stage(setting);
-                scene.play(stage);
-                stage.drawOn(canvas);
-                if (!canvas.save(out / name)) {
-                    std::fprintf(stderr, "cannot write %s\n", name.c_str());
-                    return 1;
-                }
-                ++pictures;
-            }
+        for (const float scale : options.scales) {
+            const auto drawn = drawAll(canvas, {options.home, programs, size.width, size.height, scale}, options);
+            if (!drawn) return 1;
+            pictures += *drawn;
         }
     }
-    fs::remove_all(home, ignored);
-    std::printf("%d pictures in %s\n", pictures, out.c_str());
+    fs::remove_all(options.home, ignored);
+    std::printf("%d pictures in %s\n", pictures, options.out.c_str());
     return pictures > 0 ? 0 : 1;
 }

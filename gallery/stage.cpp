@@ -46,7 +46,7 @@ Stage::Stage(const StageSetting& stageSetting)
     fs::copy_file(setting.props / "background.png", launcherFolder / "background.png", thereIsNone);
 
     ImGui::GetIO().ConfigFlags |= ImGuiConfigFlags_NavEnableKeyboard; // as the host sets it
-    uiThemeShutdown(); // the harness started it without a font
+    uiThemeShutdown();                                                // the harness started it without a font
     integration.fontPath = (setting.props / "Roboto-Medium.ttf").string();
     uiThemeInitialize(&integration);
     resize(setting.width, setting.height, setting.scale);

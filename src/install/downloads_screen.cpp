@@ -27,6 +27,9 @@ constexpr float kRowInset = 16.0f;
 constexpr float kBodyLeft = 120.0f;
 constexpr float kButtonHeight = 32.0f;
 constexpr float kButtonTop = 16.0f;
+constexpr float kRetryLeft = 230.0f; // from the row's right edge
+constexpr float kShowLeft = 150.0f;
+constexpr float kTextGap = 8.0f; // a long path ends short of the buttons
 
 struct StatusBadge {
     const char* text;
@@ -113,9 +116,12 @@ void LauncherApp::drawDownloadRow(int index) {
                              record.downloadedBytes, record.totalBytes);
         if (button("Cancel", 110.0f, 94.0f)) install->requestCancel();
     } else {
+        const bool failed = record.status == DownloadStatus::Failed;
+        drawList->PushClipRect(min, right + px(-(failed ? kRetryLeft : kShowLeft) - kTextGap, kRowHeight), true);
         uiThemeText(drawList, uiThemeFont(12.0f), min + px(kBodyLeft, 26.0f), kFileText, fileText(record.filePath));
-        if (record.status == DownloadStatus::Failed && button("Retry", 230.0f, 70.0f)) install->startUpdate();
-        if (button("Show", 150.0f, 65.0f)) {
+        drawList->PopClipRect();
+        if (failed && button("Retry", kRetryLeft, 70.0f)) install->startUpdate();
+        if (button("Show", kShowLeft, 65.0f)) {
             openInFileManager(pathText(std::filesystem::path(record.filePath).parent_path()));
         }
         if (button("Delete", 75.0f, 65.0f)) install->removeDownload(index);

@@ -228,7 +228,7 @@ void LauncherApp::drawProjectRow(const ProjectRows& rows, std::size_t position, 
                                   dots.hovered ? kDotsHovered : kDots);
     }
 
-    if (row.focused) uiThemeFocusRing(drawList, min, max, uiThemePx(kRounding), -3.0f);
+    if (row.focused) uiThemeFocusRing(drawList, min, max, uiThemePx(kRounding), -2.0f);
     if (star.focused) ringAround(drawList, starCentre, kStarHit);
     if (dots.focused) ringAround(drawList, dotsCentre, kDotsHit);
 
@@ -280,8 +280,8 @@ void LauncherApp::drawProjectMenu(std::int32_t index, bool exists, RowRequest& r
 void LauncherApp::drawEmptyProjects(const ProjectsLayout& at, float top, float height) {
     ImGui::PushID("empty_projects");
     ImDrawList* drawList = ImGui::GetWindowDrawList();
-    const float centreX = (at.contentMin.x + at.contentMax.x) * 0.5f;
-    const float anchor = top + 0.38f * height;
+    const float centreX = std::round((at.contentMin.x + at.contentMax.x) * 0.5f);
+    const float anchor = std::round(top + 0.38f * height);
     const float titleTop = anchor + uiThemePx(20.0f), bodyTop = anchor + uiThemePx(44.0f);
     const float buttonsTop = anchor + uiThemePx(76.0f);
     drawCube(drawList, {centreX, anchor - uiThemePx(28.0f)});

@@ -29,17 +29,18 @@ bool drawButton(const char* label, ImVec2 position, ImVec2 size, float fontSize,
 
     ImDrawList* drawList = window->DrawList;
     const float rounding = uiThemePx(kButtonRounding);
-    uiThemeRoundedPanel(drawList, position, max,
+    const ImVec2 drawnMin = uiThemeWholePixels(position), drawnMax = uiThemeWholePixels(max);
+    uiThemeRoundedPanel(drawList, drawnMin, drawnMax,
                         area.held      ? look.held
                         : area.hovered ? look.hovered
                                        : look.normal,
                         rounding);
-    if (look.outline != 0) uiThemeBorder(drawList, position, max, rounding, 1.0f, look.outline);
+    if (look.outline != 0) uiThemeBorder(drawList, drawnMin, drawnMax, rounding, 1.0f, look.outline);
 
     ImFont* font = uiThemeFont(fontSize);
     const ImVec2 textSize = uiThemeTextSize(font, label);
     uiThemeText(drawList, font, position + (size - textSize) * 0.5f, look.text, label);
-    if (area.focused) uiThemeFocusRing(drawList, position, max, rounding);
+    if (area.focused) uiThemeFocusRing(drawList, drawnMin, drawnMax, rounding);
     return area.clicked;
 }
 

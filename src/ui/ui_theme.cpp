@@ -219,7 +219,11 @@ void uiThemeBackgroundFloat(float* colour) {
 // --- metrics and type ------------------------------------------------------------------------------------------------
 
 float uiThemePx(float units) {
-    return units * theme.scale;
+    const float pixels = units * theme.scale;
+    return units == std::trunc(units) ? std::round(pixels) : pixels;
+}
+ImVec2 uiThemeWholePixels(ImVec2 point) {
+    return {std::round(point.x), std::round(point.y)};
 }
 float uiThemeWindowRounding() {
     return 0.0f;

@@ -76,7 +76,7 @@ TEST(ThemeFonts, HaveTheirNominalSizeAtEveryScaleAtOnce) {
             uiThemeApplyStyle();
             EXPECT_FLOAT_EQ(early->LegacySize, 13.5f * scale) << "a font that was handed out before the change";
             for (const float nominal : {11.0f, 12.5f, 22.0f}) {
-                EXPECT_FLOAT_EQ(uiThemeFontSize(uiThemeFont(nominal)), uiThemePx(nominal));
+                EXPECT_FLOAT_EQ(uiThemeFontSize(uiThemeFont(nominal)), nominal * scale);
                 EXPECT_NEAR(uiThemeTextSize(uiThemeFont(nominal), "Projects").y, nominal * scale, 1e-3);
             }
             EXPECT_FLOAT_EQ(ImGui::GetFontSize(), std::round(14.0f * scale)) << "stock widgets, in this very frame";
