@@ -46,6 +46,7 @@ struct Options {
     IdentityProviderFaults identity;
     int manifestStatus = 0;
     UpdateServerFaults updates;
+    std::string releaseFault;
 };
 
 void say(const std::string& text) {
@@ -89,6 +90,9 @@ void addOptions(CLI::App& app, Options& options) {
     UpdateServerFaults& updates = options.updates;
     app.add_flag("--no-update-server", options.withoutUpdateServer, "Refuse connections")->group(update);
     app.add_option("--manifest-status", options.manifestStatus, "Answer the manifest with this status")->group(update);
+    app.add_option("--release", options.releaseFault, "Publish a release that is wrong in this way")
+        ->check(CLI::IsMember(kReleaseFaults))
+        ->group(update);
     app.add_option("--delay", updates.delayMilliseconds, "Begin sending the package so much later")
         ->type_name("MILLISECONDS")
         ->group(update);
@@ -99,8 +103,9 @@ void addOptions(CLI::App& app, Options& options) {
     app.add_option("--stall", updates.stallAfter, "Send nothing after so many bytes of the package")
         ->type_name("BYTES")
         ->group(update);
-    app.add_option("--hold", updates.holdFile, "Send half of the package, the rest once this file is gone")
-        ->type_name("FILE")
+    app.add_option("--hold", updates.holdFolder,
+                   "Hold up what this folder has a file for: \"manifest\", \"package\" (at its half), \"statement\"")
+        ->type_name("DIR")
         ->group(update);
     app.add_option("--corrupt", updates.corruptAt, "Damage the byte at this offset of the package")
         ->type_name("OFFSET")
@@ -194,7 +199,7 @@ bool Sandbox::prepare(std::string& failureText) {
 
     ReleaseResult release;
     if (!publishSampleEditor(staged / "volo-sample-editor", shipped / "Roboto-Medium.ttf", places_.root, places_.site,
-                             updates_->baseUrl(), release, failureText)) {
+                             updates_->baseUrl(), options_.releaseFault, release, failureText)) {
         return false;
     }
     LauncherConfiguration configuration = {account_.clientId, account_.clientSecret, release.manifestUrl,
