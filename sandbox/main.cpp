@@ -47,6 +47,7 @@ struct Options {
     int manifestStatus = 0;
     UpdateServerFaults updates;
     std::string releaseFault;
+    std::string editorZip;
 };
 
 void say(const std::string& text) {
@@ -70,6 +71,9 @@ void addOptions(CLI::App& app, Options& options) {
         ->type_name("N");
     app.add_option("--browser", options.browser, "Open addresses with this command (default: a robot that allows)")
         ->type_name("COMMAND");
+    app.add_option("--editor-zip", options.editorZip, "Publish this archive (default: the sample editor)")
+        ->check(CLI::ExistingFile)
+        ->type_name("FILE");
     app.add_flag("--as-google", options.asGoogle,
                  "Start the shipped launcher and answer under Google's names, port 443");
     app.add_option("--secrets-file", options.secretsFile, "Write every secret of the run there, for leak tests")
@@ -198,10 +202,11 @@ bool Sandbox::prepare(std::string& failureText) {
     updates_->setFaults(options_.updates);
 
     ReleaseResult release;
-    if (!publishSampleEditor(staged / "volo-sample-editor", shipped / "Roboto-Medium.ttf", places_.root, places_.site,
-                             updates_->baseUrl(), options_.releaseFault, release, failureText)) {
-        return false;
-    }
+    const SampleRelease sample = {
+        staged / "volo-sample-editor", shipped / "Roboto-Medium.ttf", options_.editorZip, places_.root, places_.site,
+        updates_->baseUrl(),           options_.releaseFault,
+    };
+    if (!publishSampleEditor(sample, release, failureText)) return false;
     LauncherConfiguration configuration = {account_.clientId, account_.clientSecret, release.manifestUrl,
                                            release.authenticityUrl, release.authenticityKeys};
     if (options_.withoutUpdateServer) configuration.manifestUrl = "https://127.0.0.1:1/manifest.json";

@@ -55,17 +55,17 @@ bool spoilRelease(const std::string& fault, const ReleaseRequest& request, const
 
 } // namespace
 
-bool publishSampleEditor(const std::filesystem::path& editor, const std::filesystem::path& font,
-                         const std::filesystem::path& workFolder, const std::filesystem::path& siteFolder,
-                         const std::string& baseUrl, const std::string& fault, ReleaseResult& result,
-                         std::string& failureText) {
+bool publishSampleEditor(const SampleRelease& sample, ReleaseResult& result, std::string& failureText) {
     ReleaseRequest request;
-    request.zipPath = (workFolder / "sample-editor.zip").string();
-    if (!packEditor(request.zipPath, editor.string(), font.string())) {
-        failureText = "the sample editor could not be packed";
-        return false;
+    request.zipPath = sample.archive.string();
+    if (request.zipPath.empty()) {
+        request.zipPath = (sample.workFolder / "sample-editor.zip").string();
+        if (!packEditor(request.zipPath, sample.editor.string(), sample.font.string())) {
+            failureText = "the sample editor could not be packed";
+            return false;
+        }
     }
-    const std::string keyFile = (workFolder / "publisher.key").string();
+    const std::string keyFile = (sample.workFolder / "publisher.key").string();
     std::string publicKey;
     std::vector<PublisherKey> keys(1);
     std::vector<std::string> warnings;
@@ -74,10 +74,10 @@ bool publishSampleEditor(const std::filesystem::path& editor, const std::filesys
 
     request.version = kSampleEditorVersion;
     request.platform = "linux";
-    request.baseUrl = baseUrl;
-    request.siteDirectory = siteFolder.string();
+    request.baseUrl = sample.baseUrl;
+    request.siteDirectory = sample.siteFolder.string();
     request.nowSeconds = currentTimeSeconds();
-    if (fault == release_fault::kExpired) request.nowSeconds -= 100 * statement::kDaySeconds;
+    if (sample.fault == release_fault::kExpired) request.nowSeconds -= 100 * statement::kDaySeconds;
     return publishRelease(request, keys, result, failureText) &&
-           spoilRelease(fault, request, keys, result, failureText);
+           spoilRelease(sample.fault, request, keys, result, failureText);
 }

@@ -24,9 +24,14 @@ inline const std::vector<std::string> kReleaseFaults = {
     release_fault::kWrongHash, release_fault::kWrongArchiveHash, release_fault::kWrongKey, release_fault::kUntrusted,
     release_fault::kUnsigned,  release_fault::kExpired,          release_fault::kRevoked};
 
-// Packs editor and font, makes a publisher's key in `workFolder` and publishes for this platform in `siteFolder`, with
-// one of the faults above or, where `fault` is empty, none. False: `failureText` says why.
-[[nodiscard]] bool publishSampleEditor(const std::filesystem::path& editor, const std::filesystem::path& font,
-                                       const std::filesystem::path& workFolder, const std::filesystem::path& siteFolder,
-                                       const std::string& baseUrl, const std::string& fault, ReleaseResult& result,
-                                       std::string& failureText);
+struct SampleRelease {
+    std::filesystem::path editor, font;
+    std::filesystem::path archive; // published instead of those two, unless it is empty
+    std::filesystem::path workFolder, siteFolder;
+    std::string baseUrl;
+    std::string fault; // one of the above, or empty
+};
+
+// Packs editor and font, makes a publisher's key in `workFolder` and publishes for this platform in `siteFolder`.
+// False: `failureText` says why.
+[[nodiscard]] bool publishSampleEditor(const SampleRelease& sample, ReleaseResult& result, std::string& failureText);
