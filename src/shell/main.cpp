@@ -48,11 +48,12 @@ int main() {
     desc.minHeight = 560;
 
     const std::filesystem::path besideLauncher = launcherDirectory();
+    const std::filesystem::path engineFont = "engine/ui/misc/fonts/Roboto-Medium.ttf";
     std::error_code ignored;
     const std::vector<std::filesystem::path> fontCandidates = {
         besideLauncher / "Roboto-Medium.ttf",
-        besideLauncher / "engine/ui/misc/fonts/Roboto-Medium.ttf",
-        std::filesystem::current_path(ignored) / "engine/ui/misc/fonts/Roboto-Medium.ttf",
+        besideLauncher / engineFont,
+        std::filesystem::current_path(ignored) / engineFont,
     };
     const std::string fontPath = findFont(fontCandidates);
     desc.fontPath = fontPath.c_str();
