@@ -2,6 +2,7 @@
 // are always the same.
 
 #include "shell/launcher_app.h"
+#include "shell/widgets.h"
 #include "system/operating_system.h"
 #include "ui/ui_keyboard.h"
 #include "ui/ui_popups.h"
@@ -95,7 +96,7 @@ void LauncherApp::drawCreateProjectPopup() {
     ImGui::PopTextWrapPos();
 
     gap(12.0f);
-    bool closes = ImGui::Button("Cancel", {uiThemePx(kButtonWidth), 0.0f}) || uiThemeCancelKeyPressed();
+    bool closes = ImGui::Button(kCancelLabel, {uiThemePx(kButtonWidth), 0.0f}) || uiThemeCancelKeyPressed();
     onButton |= uiThemeFocusRingOfItem();
     ImGui::SameLine();
     bool confirmed = uiThemeDefaultButton("Create project", uiThemePx(kCreateWidth));
