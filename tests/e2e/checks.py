@@ -76,6 +76,27 @@ def refused_sign_in(build):
             check("exit status 0", sandbox.status() == 0)
 
 
+def pointer_at_rest(build):
+    """Whoever comes back from another window and clicks without moving the mouse hits what is under it."""
+    with Desktop() as desktop, Sandbox(desktop, build) as sandbox:
+        window = desktop.window("VOLO Launcher")
+        window.see("Sign in", SIGN_IN_BUTTON)
+        window.point(236, 383)
+        other = subprocess.Popen(["xev", "-geometry", "40x40+1200+740", "-name", "elsewhere"], env=desktop.environment,
+                                 stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL)
+        try:
+            desktop.window("elsewhere")  # takes the keyboard
+            wait_for("the button as it is when nobody points", lambda: window.colour(200, 383) == (0x0D, 0x6E, 0xFD))
+            window.come_forward()
+            window.tool("click", "1")
+            window.see("Ada Sandbox", USER_CARD)
+        finally:
+            other.kill()
+            other.wait()
+        window.close()
+        check("exit status 0", sandbox.status() == 0)
+
+
 def bare_environment(folder, display=None):
     """A user's environment with nothing in it but what the launcher asks for."""
     environment = {"PATH": os.environ["PATH"], "HOME": folder, "APPDATA": folder, "XDG_RUNTIME_DIR": folder}
@@ -209,7 +230,8 @@ def production_endpoints(build):
             check("exit status 0", sandbox.status() == 0)
 
 
-CHECKS = (leaks, refused_sign_in, second_instance, no_display, idle, damaged_package, production_endpoints)
+CHECKS = (leaks, refused_sign_in, pointer_at_rest, second_instance, no_display, idle, damaged_package,
+          production_endpoints)
 
 
 def main():
