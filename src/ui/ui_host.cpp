@@ -1,6 +1,7 @@
 #include "ui/ui_host.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <filesystem>
@@ -17,6 +18,11 @@
 #include "ui/ui_pacing.h"
 #include "ui/ui_placement.h"
 #include "ui/ui_theme.h"
+
+#ifdef __linux__
+// As glfw3native.h declares it, without the X headers that this would bring; a GLFW for Wayland alone lacks it.
+extern "C" __attribute__((weak)) unsigned long glfwGetX11Window(GLFWwindow* window);
+#endif
 
 namespace {
 
@@ -90,6 +96,25 @@ int scaled(int units, float scale) {
     return static_cast<int>(std::lround(static_cast<float>(units) * scale));
 }
 
+// Dear ImGui reuses what it drew as soon as the next frame begins; this keeps it.
+struct LastImage {
+    void keep(const ImDrawData& shown, std::span<const float, 4> clearColour) {
+        forget();
+        frame = shown;
+        frame.Textures = nullptr; // they have been taken
+        for (ImDrawList*& list : frame.CmdLists)
+            list = list->CloneOutput();
+        std::ranges::copy(clearColour, clear.begin());
+    }
+    void forget() {
+        for (ImDrawList* list : frame.CmdLists)
+            IM_DELETE(list);
+        frame.Clear();
+    }
+    ImDrawData frame;
+    std::array<float, 4> clear{};
+};
+
 } // namespace
 
 struct UiHost::Window {
@@ -106,6 +131,7 @@ struct UiHost::Window {
     const char* shaderVersion = nullptr;
 
     FramePacer pacer;
+    LastImage lastImage;
     float scale = 0.0f; // pixels of the screen's coordinates per unit, as of this frame
 
     ~Window();
@@ -118,6 +144,7 @@ struct UiHost::Window {
     void followScale();
     [[nodiscard]] float contentScale() const;
     void show();
+    void draw(ImDrawData& frame, std::span<const float, 4> clear) const;
 };
 
 UiHost::UiHost() = default;
@@ -181,16 +208,32 @@ bool UiHost::presentFrame(const float* clearColour) {
     const std::span<const float, 4> clear(clearColour, 4);
     if (!window.pacer.frameBuilt(frameFingerprint(frame, clear), texturesPending(frame))) return true;
 
-    int width = 0;
-    int height = 0;
-    glfwGetFramebufferSize(window.handle, &width, &height);
-    glViewport(0, 0, width, height);
-    glClearColor(clear[0], clear[1], clear[2], clear[3]);
-    glClear(GL_COLOR_BUFFER_BIT);
-    ImGui_ImplOpenGL3_RenderDrawData(&frame);
-    glfwSwapBuffers(window.handle);
+    window.draw(frame, clear);
+    window.lastImage.keep(frame, clear);
     ++window.integration.framesPresented;
     return true;
+}
+
+void UiHost::serve() {
+    Window& window = *window_;
+    glfwPollEvents();
+    ImGuiIO& io = ImGui::GetIO();
+    io.ClearEventsQueue();
+    io.ClearInputKeys(); // a key may be let go of unheard
+    io.ClearInputMouse();
+    if (!window.pacer.takeDamage()) return;
+    int width = 0;
+    int height = 0;
+    glfwGetWindowSize(window.handle, &width, &height); // the image keeps its corner
+    window.lastImage.frame.DisplaySize = {static_cast<float>(width), static_cast<float>(height)};
+    window.draw(window.lastImage.frame, window.lastImage.clear);
+}
+
+std::uint64_t UiHost::nativeWindow() const {
+#ifdef __linux__
+    if (window_ && glfwGetX11Window && !onWayland()) return glfwGetX11Window(window_->handle);
+#endif
+    return 0;
 }
 
 // --- opening and closing ---------------------------------------------------------------------------------------------
@@ -262,6 +305,7 @@ bool UiHost::Window::createContext(std::string& errorText) {
 
 UiHost::Window::~Window() {
     if (context) {
+        lastImage.forget();
         uiThemeShutdown();
         if (rendererReady) ImGui_ImplOpenGL3_Shutdown();
         if (platformReady) ImGui_ImplGlfw_Shutdown();
@@ -278,6 +322,17 @@ void UiHost::Window::show() {
     glfwShowWindow(handle);
     glClearColor(background[0], background[1], background[2], background[3]);
     glClear(GL_COLOR_BUFFER_BIT);
+    glfwSwapBuffers(handle);
+}
+
+void UiHost::Window::draw(ImDrawData& frame, std::span<const float, 4> clear) const {
+    int width = 0;
+    int height = 0;
+    glfwGetFramebufferSize(handle, &width, &height);
+    glViewport(0, 0, width, height);
+    glClearColor(clear[0], clear[1], clear[2], clear[3]);
+    glClear(GL_COLOR_BUFFER_BIT);
+    ImGui_ImplOpenGL3_RenderDrawData(&frame);
     glfwSwapBuffers(handle);
 }
 

@@ -6,6 +6,7 @@
 import argparse
 import os
 import pathlib
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -13,7 +14,8 @@ import time
 
 from desktop import Desktop, NotSeen, missing_programs, wait_for
 from sandbox_run import Sandbox, isolate
-from tour import INSTALL_ACTION, INSTALLS_CARD, INSTALLS_TAB, SIGN_IN_BUTTON, SIGN_IN_COLUMN, USER_CARD, WHOLE, check
+from tour import (DIALOG, INSTALL_ACTION, INSTALLS_CARD, INSTALLS_TAB, NEW_PROJECT, SIGN_IN_BUTTON, SIGN_IN_COLUMN,
+                  USER_CARD, WHOLE, check)
 
 SKIPPED = 77
 GOOGLE_HOSTS = "accounts.google.com oauth2.googleapis.com openidconnect.googleapis.com"
@@ -93,6 +95,34 @@ def pointer_at_rest(build):
         finally:
             other.kill()
             other.wait()
+        window.close()
+        check("exit status 0", sandbox.status() == 0)
+
+
+def dialog(build):
+    """While a dialog of the desktop is open, the launcher goes on showing its last image, and hears nothing."""
+    if shutil.which("zenity") is None:
+        print("SKIPPED: no zenity here")
+        sys.exit(SKIPPED)
+    with Desktop() as desktop, Sandbox(desktop, build, "--stored-session") as sandbox:
+        window = desktop.window("VOLO Launcher")
+        window.see("Ada Sandbox", USER_CARD)
+        window.click(NEW_PROJECT)
+        browse = window.find("Browse", DIALOG)
+        place = (180, 700)  # on "Sign out"
+        shown = window.colour(*place)
+        window.click(browse)
+        chooser = desktop.window("Choose project location")
+        chooser.tool("windowmove", chooser.identifier, "0", "0")
+        wait_for("the dialog over the window", lambda: window.colour(*place) != shown)
+        chooser.tool("windowmove", chooser.identifier, "400", "0")
+        wait_for("what it had covered", lambda: window.colour(*place) == shown)
+        window.click(place)  # nobody listens
+        chooser.come_forward()
+        chooser.press("Escape")
+        wait_for("the dialog gone", lambda: not desktop.windows("Choose project location"))
+        window.come_forward()
+        window.see("Create a new project", DIALOG)
         window.close()
         check("exit status 0", sandbox.status() == 0)
 
@@ -230,7 +260,7 @@ def production_endpoints(build):
             check("exit status 0", sandbox.status() == 0)
 
 
-CHECKS = (leaks, refused_sign_in, pointer_at_rest, second_instance, no_display, idle, damaged_package,
+CHECKS = (leaks, refused_sign_in, pointer_at_rest, dialog, second_instance, no_display, idle, damaged_package,
           production_endpoints)
 
 
