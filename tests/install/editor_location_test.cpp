@@ -8,26 +8,15 @@
 namespace fs = std::filesystem;
 
 TEST(EditorLocation, TakesTheFirstPlaceThatHoldsAFile) {
-    const struct {
-        std::vector<std::string> files;
-        std::vector<std::string> directories;
-        std::string found;
-    } cases[] = {
-        {{"editor.exe", "bin/editor.exe", "editor/editor.exe"}, {}, "editor/editor.exe"},
-        {{"editor.exe", "bin/editor.exe"}, {}, "bin/editor.exe"},
-        {{"editor.exe"}, {}, "editor.exe"},
-        {{"bin/editor.exe"}, {"editor/editor.exe"}, "bin/editor.exe"},
-        {{"editor"}, {"editor.exe"}, ""}, // a file where a directory is expected, a directory where a file is
-        {{}, {}, ""},
-    };
-    for (const auto& c : cases) {
-        const TemporaryFolder folder;
-        for (const std::string& file : c.files)
-            folder.write(file, "x");
-        for (const std::string& directory : c.directories)
-            fs::create_directories(folder / directory);
-        const std::string want = c.found.empty() ? "" : (folder / c.found).string();
-        EXPECT_EQ(findEditorExecutable(folder.string()), want) << c.found;
+    const TemporaryFolder folder;
+    fs::create_directories(folder / "editor.exe"); // a directory where a file is expected
+    folder.write("bin", "a file where a directory is");
+    EXPECT_EQ(findEditorExecutable(folder.string()), "");
+    fs::remove_all(folder / "editor.exe");
+    fs::remove(folder / "bin");
+    for (const char* nearer : {"editor.exe", "bin/editor.exe", "editor/editor.exe"}) {
+        const std::string path = folder.write(nearer, "x").string();
+        EXPECT_EQ(findEditorExecutable(folder.string()), path);
     }
     EXPECT_EQ(findEditorExecutable(""), "");
 }
