@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "support/package_making.h"
-#include "support/python.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -113,20 +112,4 @@ TEST_F(Container, IsToldFromAnArchiveByItsFirstEightBytes) {
          {magic, magic + "more", std::string("ZANTOR1"), std::string("ZANTOR11"), std::string()})
         EXPECT_EQ(isEncryptedPackage(folder.write("p", bytes).string()), bytes.starts_with(magic)) << bytes;
     EXPECT_FALSE(isEncryptedPackage((folder / "missing").string()));
-}
-
-TEST_F(Container, OpensWhatAnotherLibrarySealed) {
-    const std::string script = R"(
-import os, struct, sys
-from cryptography.hazmat.primitives.ciphers.aead import AESGCM
-key, nonce, data = os.urandom(32), os.urandom(12), os.urandom(100000)
-sealed = AESGCM(key).encrypt(nonce, data, None)
-open('package', 'wb').write(b'ZANTOR1\0\x01\x0c\x10\x99' + struct.pack('>Q', len(data)) + nonce + sealed)
-open('plain', 'wb').write(data)
-open('key', 'wb').write(__import__('base64').b64encode(key))
-)";
-    if (!runPython(script, folder.path(), "cryptography")) GTEST_SKIP() << "python3 with cryptography is missing";
-    EXPECT_EQ(decrypt(readFileBytes(folder / "package"), readFileBytes(folder / "key")), "");
-    EXPECT_EQ(output(), readFileBytes(folder / "plain"));
-    EXPECT_EQ(output().size(), 100000u);
 }

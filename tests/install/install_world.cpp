@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "support/eventually.h"
-#include "support/settable_system.h"
+#include "support/recording_system.h"
 
 namespace fs = std::filesystem;
 
@@ -23,11 +23,7 @@ InstallWorld::InstallWorld()
     , staging(launcher / "editor-staging")
     , server_(TrustedAuthority::loopback(), [this](TlsConnection& connection) { answer(connection); }) {
     fs::create_directories(launcher);
-    setLauncherDirectory(launcher.string());
-}
-
-InstallWorld::~InstallWorld() {
-    setCurrentTime(0);
+    recordingSystem().launcherDirectory = launcher.string();
 }
 
 void InstallWorld::answer(TlsConnection& connection) {

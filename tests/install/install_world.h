@@ -29,7 +29,6 @@ Outcome installed(const std::string& version, std::size_t rows); // each of them
 class InstallWorld {
   public:
     InstallWorld();
-    ~InstallWorld();
 
     TemporaryFolder folder;
     const std::filesystem::path launcher; // three levels down: the search looks two levels up

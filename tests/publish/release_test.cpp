@@ -107,6 +107,12 @@ TEST(Release, TouchesNothingWhenItRefuses) {
          }},
         {"same version, other bytes", [](PublishWorld& w) { w.request.version = "1.4.2"; }},
         {"old version, other bytes", [](PublishWorld& w) { w.request.version = "1.4.1"; }},
+        {"only the manifest tells",
+         [](PublishWorld& w) {
+             w.request.version = "1.4.2";
+             fs::remove_all(w.folder / "site/statements");
+         }},
+        {"no manifest", [](PublishWorld& w) { w.folder.write("site/manifest.json", "[]"); }},
         {"no statement", [](PublishWorld& w) { w.folder.write("site/statements/x.txt", "x"); }},
     };
     for (const auto& [what, spoil] : cases) {
@@ -177,20 +183,4 @@ TEST(Release, AgainChangesOnlyTheStatement) {
         EXPECT_EQ(world.manifest().version, "1.4.2");
         EXPECT_EQ(world.verdict(world.manifest().sha256, {"first"}), "");
     }
-}
-
-TEST(Release, GivesAVersionOtherBytesOnlyByForce) {
-    PublishWorld world;
-    ASSERT_EQ(world.publish(), "");
-    const std::string other = makeZip({{"editor.exe", "other"}});
-    EXPECT_NE(world.publishBytes(other).find("has been published with other bytes"), std::string::npos);
-    fs::remove_all(world.folder / "site/statements"); // the manifest still tells
-    EXPECT_NE(world.publish().find("other bytes"), std::string::npos);
-    world.request.force = true;
-    EXPECT_EQ(world.publish(), "");
-    EXPECT_EQ(world.manifest().plaintextSha256, sha256Hex(other));
-    world.request.force = false;
-    EXPECT_EQ(world.publish(), "");
-    world.folder.write("site/manifest.json", "[]");
-    EXPECT_NE(world.publish(), "");
 }

@@ -202,25 +202,6 @@ TEST_F(SignIn, RefusedSessionStaysStoredUntilASignInReplacesIt) {
     EXPECT_TRUE(storedSession().starts_with("1//0"));
 }
 
-TEST_F(SignIn, CodesAreTakenOnceAndOnlyWithTheVerifierOfTheAttempt) {
-    flow_->startSignIn();
-    const BrowserVisit first = visit();
-    pollUntilSettled();
-    ASSERT_EQ(flow_->state, SignInState::SignedIn);
-    const std::string usedCode = queryValue("&" + first.redirect.substr(first.redirect.find('?') + 1), "code");
-    signInWithCode(usedCode);
-    EXPECT_EQ(provider_.events().back(), "refused: unknown code");
-
-    flow_->startSignIn();
-    const std::string abandoned = openedUrl();
-    flow_->startSignIn(); // the code below belongs to a verifier and a port that are gone
-    const std::string current = openedUrl();
-    EXPECT_NE(signInWithBrowser(abandoned, trust_.rootFile()).error, "");
-    EXPECT_TRUE(redirect(listenerPort(current), "?state=" + queryValue(current, "state") + "&code=" + usedCode));
-    pollUntilSettled();
-    EXPECT_EQ(flow_->state, SignInState::SignedOut);
-}
-
 // The window stands still for no client of the listener. The machine may be busy, so the best of three rounds counts.
 TEST_F(SignIn, FramesGoOnWhileSocketsStall) {
     auto slowest = milliseconds::max();

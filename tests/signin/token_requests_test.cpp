@@ -183,6 +183,12 @@ TEST_F(TokenRequests, RequestsAreExactAndSecretsGoNowhereElse) {
     EXPECT_EQ(bodyOf(requests[2]), "client_id=sandbox-client&client_secret=sandbox-secret&grant_type=refresh_token"
                                    "&refresh_token=canary-refresh");
 
+    for (const std::string& request : requests) {
+        EXPECT_NE(request.find("\r\nUser-Agent: cpp-httplib/"), std::string::npos) << request;
+        EXPECT_NE(request.find("\r\nConnection: close\r\n"), std::string::npos) << request;
+        EXPECT_EQ(request.find("gzip"), std::string::npos) << request;
+    }
+
     std::string onDisk;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder_ / "appdata")) {
         if (!entry.is_regular_file()) continue;

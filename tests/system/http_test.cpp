@@ -4,10 +4,9 @@
 #include "support/trusted_authority.h"
 #include "system/http.h"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
 #include <chrono>
+
+#include <gtest/gtest.h>
 
 namespace {
 
@@ -99,63 +98,22 @@ TEST_F(Http, SilenceInTheMiddleIsNoAnswer) {
     EXPECT_FALSE(httpsGet({"127.0.0.1", 1, 1}, "/").answered) << "nobody listens there";
 }
 
-TEST_F(Http, BodyOverTheLimitIsRefusedWhileItArrives) {
-    for (const bool announced : {true, false}) {
-        std::atomic<bool> gone{false};
-        const TlsServer server(TrustedAuthority::loopback(), [&](TlsConnection& connection) {
-            connection.readRequest();
-            connection.write(std::string("HTTP/1.1 503 Busy\r\n") +
-                             (announced ? "Content-Length: 9999999999\r\n" : "") + "\r\n");
-            while (connection.write(std::string(50, 'x')) && connection.pause(2)) {
-            }
-            gone = true;
-        });
-        const HttpsAnswer answer = httpsGet(at(server), "/", {}, 1000);
-        EXPECT_TRUE(answer.answered);
-        EXPECT_EQ(answer.status, 503);
-        EXPECT_GT(answer.body.size(), 1000u);
-        EXPECT_LT(answer.body.size(), 100000u);
-    }
-    const TlsServer exact(TrustedAuthority::loopback(), answerWith(httpAnswer(200, std::string(1000, 'x'))));
-    EXPECT_EQ(httpsGet(at(exact), "/", {}, 1000).body.size(), 1000u);
-}
-
 TEST_F(Http, DownloadIsGivenUpWhenEitherCallbackSaysSo) {
-    const TlsServer server(TrustedAuthority::loopback(), [](TlsConnection& connection) {
+    const TlsServer server(TrustedAuthority::loopback(), [](TlsConnection& connection) { // takes 20 seconds
         connection.readRequest();
         connection.write("HTTP/1.1 200 OK\r\nContent-Length: 100000\r\n\r\n");
-        for (int i = 0; i < 1000 && connection.write(std::string(100, 'x')); ++i) {
-            if (!connection.pause(20)) return;
+        while (connection.write(std::string(100, 'x')) && connection.pause(20)) {
         }
     });
     for (const bool byReceiver : {true, false}) {
-        std::int64_t total = 0;
         const auto start = std::chrono::steady_clock::now();
-        const HttpsAnswer answer = httpsDownload(
-            at(server), "/", [&](const char*, std::size_t) { return !byReceiver; },
-            [&](std::int64_t, std::int64_t announced) { return total = announced, false; });
-        EXPECT_FALSE(answer.answered);
-        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2)) << "of 20 that the body takes";
-        EXPECT_EQ(total, byReceiver ? 0 : 100000);
+        const auto receive = [&](const char*, std::size_t) { return !byReceiver; };
+        const auto progress = [&](std::int64_t, std::int64_t) { return byReceiver; };
+        EXPECT_FALSE(httpsDownload(at(server), "/", receive, progress).answered);
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
     }
-}
-
-TEST_F(Http, RequestSaysWhatItShouldAndNoMore) {
-    const TlsServer server(TrustedAuthority::loopback(), answerWith(httpAnswer(200, "{}")));
-    httpsPostForm(at(server), "/token", {{"z", "1"}, {"code", "4/a+b c&d=\xC3\xBC"}, {"a", ""}});
-    httpsGet(at(server), "/v1/me?x=1&y=a%20b");
-    const auto goOn = [](auto...) { return true; };
-    httpsDownload(at(server), "/p.zip", goOn, goOn);
-    const std::vector<std::string> requests = server.requests();
-    ASSERT_EQ(requests.size(), 3u);
-    const auto holds = [](const std::string& text, const std::string& part) { return text.find(part) != text.npos; };
-    EXPECT_TRUE(requests[0].ends_with("\r\n\r\na=&code=4%2Fa%2Bb%20c%26d%3D%C3%BC&z=1")) << requests[0];
-    EXPECT_TRUE(requests[1].starts_with("GET /v1/me?x=1&y=a%20b HTTP/1.1\r\n")) << requests[1];
-    for (const std::string& request : requests) {
-        EXPECT_TRUE(holds(request, "User-Agent: cpp-httplib/")) << request;
-        EXPECT_TRUE(holds(request, "Connection: close\r\n"));
-        EXPECT_FALSE(holds(request, "Accept-Encoding: gzip") || holds(request, "Accept-Encoding: br")) << request;
-    }
+    for (const std::string& request : server.requests())
+        EXPECT_NE(request.find("User-Agent: cpp-httplib/"), std::string::npos) << request;
 }
 
 } // namespace
