@@ -8,7 +8,7 @@ import sys
 import tempfile
 import threading
 
-from desktop import wait_for
+from desktop import NotSeen, wait_for
 
 ISOLATED = "VOLO_E2E_ISOLATED"
 
@@ -44,6 +44,7 @@ class Sandbox:
         self.temporary = None if root else tempfile.TemporaryDirectory(prefix="volo-e2e-")
         self.root = pathlib.Path(root or self.temporary.name).resolve()
         self.command = [str(pathlib.Path(build) / "bin/volo-sandbox"), "--root", str(self.root), *options]
+        self.publisher = pathlib.Path(build) / "bin/volo-publish"
         self.launcher = self.root / "apps/volo/launcher"
         self.settings_file = self.root / "home/AppData/ZANTOR/Launcher.conf"
         self.projects = self.root / "home/Documents/VOLO Projects"
@@ -72,6 +73,16 @@ class Sandbox:
 
     def told(self, text):
         wait_for(f'a line "{text}" of the sandbox', lambda: any(text in line for line in self.lines))
+
+    def publish(self, version):
+        """Another version of the sample editor, published as a deployer does it."""
+        address = next(line for line in self.lines if "update server: https" in line).split()[-1]
+        done = subprocess.run(
+            [self.publisher, "release", "--zip", self.root / "sample-editor.zip", "--version", version, "--platform",
+             "linux", "--base-url", address, "--sign-key", self.root / "publisher.key", "--out", self.root / "site"],
+            capture_output=True, text=True, check=False)
+        if done.returncode != 0:
+            raise NotSeen(f"version {version} published: {done.stderr}")
 
     def status(self, deadline=20):
         """The launcher's exit status, once it has ended by itself."""
