@@ -126,45 +126,35 @@ TEST(PackageExtraction, ALinkBecomesASmallFileAndLeadsNowhere) {
 TEST(PackageExtraction, ReadsArchivesOfOtherMakers) {
     const TemporaryFolder folder;
     const std::string script = R"(
-import zipfile, shutil, subprocess
-data = bytes(range(256)) * 700
-with zipfile.ZipFile('python.zip', 'w') as z:
-    z.writestr('dir/', b'')
-    z.writestr('stored.bin', data)
-    z.writestr('dir/deflated.bin', data, zipfile.ZIP_DEFLATED)
-    with z.open('streamed.bin', 'w', force_zip64=True) as f: f.write(data)
-    z.writestr('\u00e9\u65e5.txt', 'text', zipfile.ZIP_DEFLATED)
+import os, shutil, subprocess, zipfile
+os.makedirs('t/dir')
+open('t/dir/deflated.bin', 'wb').write(bytes(range(256)) * 700)
+open('t/stored.bin', 'wb').write(os.urandom(1000))
+open('t/\u00e9\u65e5.txt', 'w').write('text')
+os.chdir('t')
 class Pipe:  # cannot seek, so sizes stand behind the data
     def __init__(s, f): s.f = f
     def write(s, b): return s.f.write(b)
     def flush(s): s.f.flush()
-with open('piped.zip', 'wb') as f, zipfile.ZipFile(Pipe(f), 'w', zipfile.ZIP_DEFLATED) as z:
-    z.writestr('piped.bin', data)
-open('data', 'wb').write(data)
-for tool in (['zip', '-q', 'info.zip'], ['7z', 'a', '-tzip', '-bso0', 'seven.zip'], ['bsdtar', '-acf', 'bsd.zip']):
-    if shutil.which(tool[0]): subprocess.run(tool + ['data'], check=True)
+def pack(out):
+    with zipfile.ZipFile(out, 'w', zipfile.ZIP_DEFLATED) as z:
+        z.write('dir')
+        with z.open('dir/deflated.bin', 'w', force_zip64=True) as f: f.write(open('dir/deflated.bin', 'rb').read())
+        z.write('stored.bin', compress_type=zipfile.ZIP_STORED)
+        z.write('\u00e9\u65e5.txt')
+pack('../python.zip')
+with open('../piped.zip', 'wb') as f: pack(Pipe(f))
+for tool in (['zip', '-qr', '../info.zip'], ['7z', 'a', '-tzip', '-bso0', '../seven.zip'], ['bsdtar', '-acf', '../bsd.zip']):
+    if shutil.which(tool[0]): subprocess.run(tool + sorted(os.listdir()), check=True)
 )";
     if (!runPython(script, folder.path(), "zipfile")) GTEST_SKIP() << "python3 is missing";
-    const std::string data = readFileBytes(folder / "data");
-    const std::pair<const char*, Tree> archives[] = {
-        {"python.zip",
-         {{"stored.bin", data},
-          {"dir", "<directory>"},
-          {"dir/deflated.bin", data},
-          {"streamed.bin", data},
-          {"é日.txt", "text"}}},
-        {"piped.zip", {{"piped.bin", data}}},
-        {"info.zip", {{"data", data}}},
-        {"seven.zip", {{"data", data}}},
-        {"bsd.zip", {{"data", data}}},
-    };
-    for (const auto& [name, want] : archives) {
+    for (const std::string name : {"python.zip", "piped.zip", "info.zip", "seven.zip", "bsd.zip"}) {
         const TemporaryFolder own;
         if (!fs::exists(folder / name)) {
             std::cout << "NOT TESTED, the tool is missing: " << name << '\n';
             continue;
         }
         EXPECT_EQ(extract(readFileBytes(folder / name), own), ExtractionOutcome::Done) << name;
-        EXPECT_EQ(treeOf(own / "deep/in/staging"), want) << name;
+        EXPECT_EQ(treeOf(own / "deep/in/staging"), treeOf(folder / "t")) << name;
     }
 }

@@ -99,27 +99,22 @@ TEST(UpdateCheck, SaysWhatBecameOfTheManifest) {
 }
 
 TEST(UpdateCheck, AnUnusableManifestAddressNeedsNoServer) {
-    const std::string offline = "Installed (offline mode)";
     const std::string unconfigured = "Update server not configured. Please locate or install VOLO Editor.";
-    const std::string invalid = "The update manifest URL must be a valid https:// URL.";
     const struct {
         std::string url;
         bool editor;
-        EditorInstallStatus status;
-        std::string message;
+        Outcome outcome;
     } cases[] = {
-        {"", false, EditorInstallStatus::Idle, unconfigured},
-        {"", true, EditorInstallStatus::InstalledOffline, offline},
-        {"/manifest?a=YOUR_SERVER", false, EditorInstallStatus::Idle, unconfigured},
-        {"http:", true, EditorInstallStatus::Failed, invalid},
+        {"", false, {EditorInstallStatus::Idle, unconfigured, {}}},
+        {"", true, {EditorInstallStatus::InstalledOffline, "Installed (offline mode)", {}}},
+        {"/manifest?a=YOUR_SERVER", false, {EditorInstallStatus::Idle, unconfigured, {}}},
+        {"http:", true, failed("The update manifest URL must be a valid https:// URL.", {})},
     };
     for (const auto& c : cases) {
         InstallWorld world;
         if (c.editor) world.installOldEditor();
-        EditorInstallState state(c.url.starts_with('/') ? world.url(c.url) : c.url, world.downloads.string());
-        state.startUpdate();
-        EXPECT_TRUE(eventually([&] { return state.status() == c.status; })) << c.url;
-        EXPECT_EQ(state.statusMessage(), c.message) << c.url;
+        world.manifestUrl = c.url.starts_with('/') ? world.url(c.url) : c.url;
+        EXPECT_EQ(world.run(), c.outcome) << c.url;
         EXPECT_TRUE(world.requestedPaths().empty());
         EXPECT_FALSE(fs::exists(world.downloads));
     }

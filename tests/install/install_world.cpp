@@ -22,6 +22,7 @@ InstallWorld::InstallWorld()
     , editor(launcher / "editor")
     , staging(launcher / "editor-staging")
     , server_(TrustedAuthority::loopback(), [this](TlsConnection& connection) { answer(connection); }) {
+    manifestUrl = url("/manifest");
     fs::create_directories(launcher);
     recordingSystem().launcherDirectory = launcher.string();
 }
@@ -80,7 +81,7 @@ bool InstallWorld::oldEditorIsUntouched() const {
 }
 
 EditorInstallState& InstallWorld::state(const ArtifactAuthenticity& authenticity) {
-    if (!state_) state_ = std::make_unique<EditorInstallState>(url("/manifest"), downloads.string(), authenticity);
+    if (!state_) state_ = std::make_unique<EditorInstallState>(manifestUrl, downloads.string(), authenticity);
     return *state_;
 }
 

@@ -50,6 +50,7 @@ class InstallWorld {
     void installOldEditor() const;
     [[nodiscard]] bool oldEditorIsUntouched() const;
 
+    std::string manifestUrl; // to be changed ahead of the first run
     EditorInstallState& state(const ArtifactAuthenticity& authenticity = {});
     Outcome run();    // one whole run of state()
     Outcome finish(); // of a run that has been started

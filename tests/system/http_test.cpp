@@ -68,7 +68,10 @@ TEST_F(Http, OnlyACertificateForThisHostFromATrustedAuthorityIsAnswered) {
     };
     for (const auto& row : cases) {
         SCOPED_TRACE(row.name);
-        const TlsServer server(row.identity, answerWith(httpAnswer(200, "ok")));
+        const TlsServer server(row.identity, [](TlsConnection& connection) {
+            connection.readRequest();
+            connection.write(httpAnswer(200, "ok"));
+        });
         bool received = false;
         const HttpsServer target{row.host, server.port(), 10};
         EXPECT_EQ(httpsGet(target, "/").answered, row.answered);
@@ -77,7 +80,6 @@ TEST_F(Http, OnlyACertificateForThisHostFromATrustedAuthorityIsAnswered) {
         EXPECT_EQ(httpsDownload(target, "/", take, [](std::int64_t, std::int64_t) { return true; }).answered,
                   row.answered);
         EXPECT_EQ(received, row.answered);
-        EXPECT_GE(server.connectionCount(), 1);
         for (const std::string& request : server.requests()) {
             EXPECT_EQ(request.empty(), !row.answered) << "a request went to a server that nobody vouches for";
         }
