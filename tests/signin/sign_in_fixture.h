@@ -74,12 +74,17 @@ class SignInTest : public testing::Test {
         return static_cast<bool>(client.Get("/" + query));
     }
 
-    // Frames until the flow rests.
-    void pollUntilSettled() {
-        EXPECT_TRUE(eventually([&] {
+    // Frames until something holds, or until the flow rests.
+    template<class Condition>
+    [[nodiscard]] bool pollUntil(const Condition& condition) {
+        return eventually([&] {
             flow_->pollSignIn();
-            return flow_->state == SignInState::SignedIn || flow_->state == SignInState::SignedOut;
-        }));
+            return condition();
+        });
+    }
+    void pollUntilSettled() {
+        EXPECT_TRUE(pollUntil(
+            [this] { return flow_->state == SignInState::SignedIn || flow_->state == SignInState::SignedOut; }));
     }
     void pollSomeFrames() {
         for (int i = 0; i < 20; ++i) {

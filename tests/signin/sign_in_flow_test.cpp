@@ -94,10 +94,7 @@ TEST_F(SignIn, RefusedConsentShowsTheReasonAndARightRedirectMayStillFollow) {
     EXPECT_EQ(flow_->errorMessage, "Google sign-in was not completed (access_denied).");
     EXPECT_FALSE(flow_->failedOnRestore);
     EXPECT_EQ(signInWithBrowser(url, trust_.rootFile()).error, "");
-    EXPECT_TRUE(eventually([&] {
-        flow_->pollSignIn();
-        return flow_->state == SignInState::SignedIn;
-    }));
+    EXPECT_TRUE(pollUntil([&] { return flow_->state == SignInState::SignedIn; }));
     EXPECT_EQ(flow_->errorMessage, "");
 }
 
@@ -120,10 +117,7 @@ TEST_F(SignIn, CodeThatNoFrameHasTakenSurvivesACancel) {
     EXPECT_EQ(flow_->state, SignInState::SignedOut);
     flow_->pollSignIn(); // starts a worker, for a redirect URI without a port: the provider is strict about it
     EXPECT_EQ(flow_->state, SignInState::SignedOut);
-    EXPECT_TRUE(eventually([&] {
-        flow_->pollSignIn();
-        return !flow_->errorMessage.empty();
-    }));
+    EXPECT_TRUE(pollUntil([&] { return !flow_->errorMessage.empty(); }));
     EXPECT_EQ(provider_.events().back(), "refused: redirect_uri differs");
     flow_->startSignIn(); // with a worker that nobody has joined yet
     EXPECT_EQ(visit().error, "");
@@ -140,11 +134,8 @@ TEST_F(SignIn, RedirectMayOvertakeARestore) {
     pollUntilSettled();
     flow_->restoreSession(); // the failure has left the listener alive
     EXPECT_EQ(signInWithBrowser(url, trust_.rootFile()).error, "");
-    pollUntilSettled();
-    EXPECT_TRUE(eventually([&] {
-        flow_->pollSignIn();
-        return provider_.events().back() == "userinfo" && flow_->state == SignInState::SignedIn;
-    }));
+    EXPECT_TRUE(
+        pollUntil([&] { return provider_.events().back() == "userinfo" && flow_->state == SignInState::SignedIn; }));
 }
 
 TEST_F(SignIn, ResultOfAnAbandonedAttemptIsDropped) {
