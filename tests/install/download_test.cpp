@@ -174,7 +174,7 @@ TEST(PackageDownload, ACancelAtAnyMomentLeavesAWholeEditorAndARunnableLauncher) 
         entries.push_back({"data/" + std::to_string(i), std::string(20000, 'd')});
     const std::string package = makeZip(entries);
     std::mt19937 random(7);
-    for (int round = 0; round < 12; ++round) {
+    for (int round = 0; round < 50; ++round) {
         InstallWorld world;
         world.installOldEditor();
         world.release("2", package);

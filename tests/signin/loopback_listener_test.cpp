@@ -98,6 +98,13 @@ TEST_F(Listener, OtherPathsAndMethodsLeaveTheAttemptAlone) {
     EXPECT_EQ(recorded(), "");
 }
 
+TEST_F(Listener, TheLaterOfTwoCodesCountsAndAFailureKeepsTheCode) {
+    start();
+    for (const char* target : {"/?state=state-1&code=one", "/?state=state-1&code=two", "/?state=wrong&code=three"})
+        ASSERT_TRUE(get(target));
+    EXPECT_EQ(recorded(), std::string("two") + kMismatch);
+}
+
 TEST_F(Listener, StoppedListenerAnswersNoMoreAndItsSuccessorHasItsOwnState) {
     listener_->stop();
     EXPECT_EQ(listener_->port(), 0);
