@@ -16,26 +16,15 @@
 
 #include "config/launcher_settings.h"
 #include "sandbox/browser.h"
-#include "sandbox/certificate_authority.h"
 #include "support/eventually.h"
-#include "support/scoped_environment.h"
-#include "support/temporary_folder.h"
+#include "support/trusted_authority.h"
 
 class SignInTest : public testing::Test {
   protected:
     SignInTest() {
         const auto opener = folder_.write("bin/xdg-open", "#!/bin/sh\nprintf '%s\\n' \"$1\" > \"$OPENED_URL\"\n");
         std::filesystem::permissions(opener, std::filesystem::perms::owner_all);
-        EXPECT_TRUE(authority().writeRoot(rootFile_));
         newFlow();
-    }
-
-    static const CertificateAuthority& authority() {
-        static const CertificateAuthority one;
-        return one;
-    }
-    static ServerIdentity identity() {
-        return authority().issue({.dnsNames = {"localhost"}, .ipAddresses = {"127.0.0.1"}, .commonName = "localhost"});
     }
 
     // The flow of the next run of the launcher, with the settings as they are on disk.
@@ -85,12 +74,17 @@ class SignInTest : public testing::Test {
         return static_cast<bool>(client.Get("/" + query));
     }
 
-    // Frames until the flow rests.
-    void pollUntilSettled() {
-        EXPECT_TRUE(eventually([&] {
+    // Frames until something holds, or until the flow rests.
+    template<class Condition>
+    [[nodiscard]] bool pollUntil(const Condition& condition) {
+        return eventually([&] {
             flow_->pollSignIn();
-            return flow_->state == SignInState::SignedIn || flow_->state == SignInState::SignedOut;
-        }));
+            return condition();
+        });
+    }
+    void pollUntilSettled() {
+        EXPECT_TRUE(pollUntil(
+            [this] { return flow_->state == SignInState::SignedIn || flow_->state == SignInState::SignedOut; }));
     }
     void pollSomeFrames() {
         for (int i = 0; i < 20; ++i) {
@@ -114,10 +108,9 @@ class SignInTest : public testing::Test {
     }
 
     TemporaryFolder folder_;
-    const std::string rootFile_ = (folder_ / "root.pem").string();
+    TrustedAuthority trust_;
     const std::filesystem::path openedFile_ = folder_ / "opened";
     ScopedEnvironment applicationData_{"APPDATA", (folder_ / "appdata").string()};
-    ScopedEnvironment trust_{"SSL_CERT_FILE", rootFile_};
     ScopedEnvironment path_{"PATH", (folder_ / "bin").string()};
     ScopedEnvironment opened_{"OPENED_URL", openedFile_.string()};
     ScopedEnvironment port_{"VOLO_SANDBOX_IDENTITY_PORT"};

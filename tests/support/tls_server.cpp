@@ -33,7 +33,6 @@ struct TlsServer::Shared {
     mutable std::mutex mutex; // guards everything below
     std::condition_variable stopped;
     bool stopping = false;
-    int connectionCount = 0;
     std::vector<std::string> requests;
     std::list<TlsConnection::State> connections;
 
@@ -55,7 +54,7 @@ void TlsServer::Shared::serve(TlsConnection::State& state) {
     if (SSL_accept(state.ssl) == 1) {
         TlsConnection connection(state);
         script(connection);
-        connection.shutdownTls();
+        if (state.socket >= 0) SSL_shutdown(state.ssl);
     }
     close(state, false);
     SSL_free(state.ssl);
@@ -69,7 +68,6 @@ void TlsServer::Shared::acceptLoop() {
             if (socket >= 0) ::close(socket);
             return;
         }
-        ++connectionCount;
         SSL* ssl = SSL_new(context);
         SSL_set_fd(ssl, socket);
         TlsConnection::State& state = connections.emplace_back(*this, ssl, socket, std::thread());
@@ -129,11 +127,6 @@ int TlsServer::port() const {
     return shared_->port;
 }
 
-int TlsServer::connectionCount() const {
-    const std::lock_guard<std::mutex> lock(shared_->mutex);
-    return shared_->connectionCount;
-}
-
 std::vector<std::string> TlsServer::requests() const {
     const std::lock_guard<std::mutex> lock(shared_->mutex);
     return shared_->requests;
@@ -164,12 +157,6 @@ bool TlsConnection::write(const std::string& bytes) {
     return SSL_write(state_.ssl, bytes.data(), static_cast<int>(bytes.size())) > 0;
 }
 
-void TlsConnection::shutdownTls() {
-    if (state_.socket < 0) return;
-    SSL_shutdown(state_.ssl);
-    closeAbruptly();
-}
-
 void TlsConnection::closeAbruptly() {
     state_.shared.close(state_, false);
 }
@@ -179,8 +166,8 @@ void TlsConnection::reset() {
 }
 
 void TlsConnection::stall() {
-    std::unique_lock<std::mutex> lock(state_.shared.mutex);
-    state_.shared.stopped.wait(lock, [this] { return state_.shared.stopping; });
+    while (pause(60000)) {
+    }
 }
 
 bool TlsConnection::pause(int milliseconds) {
@@ -189,14 +176,8 @@ bool TlsConnection::pause(int milliseconds) {
                                            [this] { return state_.shared.stopping; });
 }
 
-TlsServer::Script answerWith(const std::string& bytes) {
-    return [bytes](TlsConnection& connection) {
-        connection.readRequest();
-        connection.write(bytes);
-    };
-}
-
-std::string httpAnswer(int status, const std::string& body, const std::string& contentType) {
-    return "HTTP/1.1 " + std::to_string(status) + " Told\r\nContent-Type: " + contentType +
-           "\r\nContent-Length: " + std::to_string(body.size()) + "\r\nConnection: close\r\n\r\n" + body;
+std::string httpAnswer(int status, const std::string& body) {
+    return "HTTP/1.1 " + std::to_string(status) +
+           " Told\r\nContent-Type: application/json\r\nContent-Length: " + std::to_string(body.size()) +
+           "\r\nConnection: close\r\n\r\n" + body;
 }
