@@ -266,16 +266,16 @@ void LauncherApp::drawRowTexts(const ProjectRows& rows, const ProjectEntry& entr
 void LauncherApp::drawProjectMenu(std::int32_t index, bool exists, RowRequest& request) {
     if (!uiThemeBeginMenu(kContextMenu)) return;
     const ProjectEntry& entry = settings->projects()[static_cast<std::size_t>(index)];
-    if (ImGui::MenuItem("Open Project", nullptr, false, exists)) request.openIndex = index;
-    if (ImGui::MenuItem(entry.favorite ? "Remove from Favorites" : "Add to Favorites")) {
+    if (uiThemeMenuItem("Open Project", exists)) request.openIndex = index;
+    if (uiThemeMenuItem(entry.favorite ? "Remove from Favorites" : "Add to Favorites")) {
         settings->toggleFavorite(entry.path);
         (void)settings->save();
     }
-    if (ImGui::MenuItem("Show in File Manager", nullptr, false, exists)) {
+    if (uiThemeMenuItem("Show in File Manager", exists)) {
         openInFileManager(projectDirectory(entry.path));
     }
     ImGui::Separator();
-    if (ImGui::MenuItem("Remove From List")) request.removeIndex = index;
+    if (uiThemeMenuItem("Remove From List")) request.removeIndex = index;
     uiThemeEndPopup();
 }
 

@@ -69,7 +69,7 @@ int run() {
     }
 
     uiThemeInitialize(host.integration);
-    dialogOwner() = {host.nativeWindow(), [&host] { host.serve(); }};
+    dialogOwner() = {host.nativeWindow(), [&host](std::int64_t dialog) { host.serve(dialog); }};
     while (host.beginFrame()) {
         uiThemeSetScale(host.dpiScale());
         uiThemeTick(host.deltaSeconds);

@@ -7,8 +7,9 @@
 #include <functional>
 
 struct DialogOwner {
-    std::uint64_t window = 0;    // as the window system names it; 0: not known
-    std::function<void()> serve; // called again and again while a dialog is open; empty: nobody needs to be
+    std::uint64_t window = 0; // as the window system names it; 0: not known
+    // Called again and again while a dialog is open, with the number of its process; empty: nobody needs to be.
+    std::function<void(std::int64_t process)> serve;
 };
 
 inline DialogOwner& dialogOwner() {

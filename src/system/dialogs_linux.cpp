@@ -19,13 +19,13 @@ enum class DialogOutcome { NoProgram, Answered };
 constexpr int kServePauseMs = 30;
 
 // Reads until the dialog has ended. The window behind it is looked after meanwhile.
-std::string readToEnd(int descriptor) {
+std::string readToEnd(int descriptor, pid_t dialog) {
     std::string text;
     char buffer[4096];
     for (;;) {
         pollfd output{descriptor, POLLIN, 0};
         if (dialogOwner().serve && ::poll(&output, 1, kServePauseMs) <= 0) {
-            dialogOwner().serve();
+            dialogOwner().serve(dialog);
             continue;
         }
         const ssize_t count = ::read(descriptor, buffer, sizeof buffer);
@@ -43,7 +43,7 @@ DialogOutcome runDialog(const std::vector<std::string>& arguments, std::string& 
     const std::string owner = "WINDOWID=" + std::to_string(dialogOwner().window);
     const SpawnResult dialog = spawnProgram(arguments, output[1], owner);
     ::close(output[1]);
-    if (dialog.error == 0) choice = readToEnd(output[0]);
+    if (dialog.error == 0) choice = readToEnd(output[0], dialog.process);
     ::close(output[0]);
     if (dialog.error != 0) return DialogOutcome::NoProgram;
 

@@ -15,6 +15,9 @@
 #include <imgui_impl_opengl3.h>
 #include <imgui_internal.h>
 
+#ifdef __linux__
+#include "ui/ui_host_front_linux.h"
+#endif
 #include "ui/ui_pacing.h"
 #include "ui/ui_placement.h"
 #include "ui/ui_theme.h"
@@ -132,7 +135,8 @@ struct UiHost::Window {
 
     FramePacer pacer;
     LastImage lastImage;
-    float scale = 0.0f; // pixels of the screen's coordinates per unit, as of this frame
+    std::int64_t dialogInFront = 0; // the process of the dialog that was served last
+    float scale = 0.0f;             // pixels of the screen's coordinates per unit, as of this frame
 
     ~Window();
     [[nodiscard]] bool open(std::string& errorText);
@@ -214,13 +218,16 @@ bool UiHost::presentFrame(const float* clearColour) {
     return true;
 }
 
-void UiHost::serve() {
+void UiHost::serve([[maybe_unused]] std::int64_t dialog) {
     Window& window = *window_;
     glfwPollEvents();
     ImGuiIO& io = ImGui::GetIO();
     io.ClearEventsQueue();
     io.ClearInputKeys(); // a key may be let go of unheard
     io.ClearInputMouse();
+#ifdef __linux__
+    if (window.dialogInFront != dialog && bringToFront(dialog, window.handle)) window.dialogInFront = dialog;
+#endif
     if (!window.pacer.takeDamage()) return;
     int width = 0;
     int height = 0;

@@ -19,8 +19,8 @@ bool uiThemeFocusRingOfItem();
 // it.
 void uiThemeJoinNavigation();
 
-// After the items of the current window and of its children: when the one that the keyboard stood on is gone, Tab begins
-// with the first. It would lead nowhere, for it starts from where the keyboard stands.
+// After the items of the current window and of its children: when the one that the keyboard stood on is gone, Tab
+// begins with the first. It would lead nowhere, for it starts from where the keyboard stands.
 void uiThemeRecoverKeyboard();
 
 // The menu key, or Shift and F10.

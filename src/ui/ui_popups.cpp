@@ -4,6 +4,7 @@
 
 #include <imgui_internal.h>
 
+#include "ui/ui_keyboard.h"
 #include "ui/ui_palette.h"
 #include "ui/ui_theme.h"
 
@@ -64,6 +65,26 @@ void uiThemeEndPopup() {
     fadeIn(*ImGui::GetCurrentWindow());
     ImGui::PopStyleVar();
     ImGui::EndPopup();
+}
+
+// The widget's own highlight has sharp corners, and is drawn before it is known whether there is one: so the entry goes
+// on a layer above it.
+bool uiThemeMenuItem(const char* label, bool enabled) {
+    ImDrawList* drawList = ImGui::GetWindowDrawList();
+    drawList->ChannelsSplit(2);
+    drawList->ChannelsSetCurrent(1);
+    for (const ImGuiCol highlight : {ImGuiCol_Header, ImGuiCol_HeaderHovered, ImGuiCol_HeaderActive})
+        ImGui::PushStyleColor(highlight, palette::kNone);
+    const bool chosen = ImGui::MenuItem(label, nullptr, false, enabled);
+    ImGui::PopStyleColor(3);
+    drawList->ChannelsSetCurrent(0);
+    if (ImGui::IsItemHovered() || uiThemeFocusShows(ImGui::GetItemID())) {
+        uiThemeRoundedPanel(drawList, ImGui::GetItemRectMin(), ImGui::GetItemRectMax(),
+                            ImGui::IsItemActive() ? palette::kControlHeld : palette::kControlHovered,
+                            uiThemePx(palette::kRounding));
+    }
+    drawList->ChannelsMerge();
+    return chosen;
 }
 
 bool uiThemeDefaultButton(const char* label, float width) {

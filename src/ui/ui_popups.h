@@ -8,5 +8,8 @@
 [[nodiscard]] bool uiThemeBeginModal(const char* name); // as large as what it holds; the name is its title
 void uiThemeEndPopup();
 
+// In a menu. True on the frame of a choice.
+[[nodiscard]] bool uiThemeMenuItem(const char* label, bool enabled = true);
+
 // A button of a popup, the one that its Enter key presses. True on the frame of a click.
 [[nodiscard]] bool uiThemeDefaultButton(const char* label, float width);

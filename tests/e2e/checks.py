@@ -100,7 +100,7 @@ def pointer_at_rest(build):
 
 
 def dialog(build):
-    """While a dialog of the desktop is open, the launcher goes on showing its last image, and hears nothing."""
+    """While a dialog of the desktop is open, it stays in front; the launcher shows its last image, and hears nothing."""
     if shutil.which("zenity") is None:
         print("SKIPPED: no zenity here")
         sys.exit(SKIPPED)
@@ -113,6 +113,11 @@ def dialog(build):
         shown = window.colour(*place)
         window.click(browse)
         chooser = desktop.window("Choose project location")
+
+        def owner():
+            return desktop.run("xprop", "-id", chooser.identifier, "WM_TRANSIENT_FOR")[1].decode().split()[-1]
+
+        wait_for("a dialog that belongs to the window", lambda: owner() == hex(int(window.identifier)))
         chooser.tool("windowmove", chooser.identifier, "0", "0")
         wait_for("the dialog over the window", lambda: window.colour(*place) != shown)
         chooser.tool("windowmove", chooser.identifier, "400", "0")

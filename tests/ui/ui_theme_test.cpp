@@ -207,6 +207,8 @@ TEST(ThemeColours, TextIsLegibleOnEverySurfaceItIsSetOn) {
         EXPECT_GE(contrast(kMuted, surface), 4.5) << "hints";
     for (const BadgeColours& badge : kBadges)
         EXPECT_GE(contrast(badge.text, badge.fill), 4.5);
+    for (const ImU32 surface : {kPrimary, kPrimaryHovered, kPrimaryHeld})
+        EXPECT_GE(contrast(kOnPrimary, surface), 4.5) << std::hex << surface;
     EXPECT_NEAR(contrast(0xFF000000, 0xFFFFFFFF), 21.0, 0.01);
 }
 
