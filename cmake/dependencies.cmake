@@ -15,6 +15,7 @@ find_path(STB_INCLUDE_DIR stb_image.h PATH_SUFFIXES stb REQUIRED)
 if(NOT WIN32)
   find_package(OpenGL REQUIRED COMPONENTS OpenGL)
   find_package(Fontconfig REQUIRED)
+  find_package(X11 REQUIRED)
 endif()
 
 # Declares a source library and gives its folder in <name>_SOURCE_DIR, without running a build of its own.
@@ -50,7 +51,7 @@ add_library(imgui_backends STATIC
   ${imgui_SOURCE_DIR}/backends/imgui_impl_glfw.cpp ${imgui_SOURCE_DIR}/backends/imgui_impl_opengl3.cpp)
 target_link_libraries(imgui_backends PUBLIC imgui_headers glfw)
 if(NOT WIN32)
-  target_link_libraries(imgui_backends PUBLIC OpenGL::GL Fontconfig::Fontconfig ${CMAKE_DL_LIBS})
+  target_link_libraries(imgui_backends PUBLIC OpenGL::GL Fontconfig::Fontconfig X11::X11 ${CMAKE_DL_LIBS})
 endif()
 
 # --- cpp-httplib: header only, TLS on, compression off. Its own backlog of 5 lets a browser wait for seconds when others
