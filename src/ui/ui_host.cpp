@@ -236,6 +236,13 @@ void UiHost::serve([[maybe_unused]] std::int64_t dialog) {
     window.draw(window.lastImage.frame, window.lastImage.clear);
 }
 
+void UiHost::setIcon(std::span<const UiIcon> sizes) {
+    std::vector<GLFWimage> images;
+    for (const UiIcon& icon : sizes)
+        images.push_back({icon.width, icon.height, const_cast<unsigned char*>(icon.pixels)});
+    if (!images.empty()) glfwSetWindowIcon(window_->handle, static_cast<int>(images.size()), images.data());
+}
+
 std::uint64_t UiHost::nativeWindow() const {
 #ifdef __linux__
     if (window_ && glfwGetX11Window && !onWayland()) return glfwGetX11Window(window_->handle);
