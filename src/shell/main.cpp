@@ -3,10 +3,8 @@
 
 #include "shell/launcher_app.h"
 #include "signin/loopback_listener.h"
-#include "signin/picture_file.h"
 #include "system/dialog_owner.h"
 #include "system/operating_system.h"
-#include "system/path_text.h"
 #include "system/single_instance.h"
 #include "ui/ui_host.h"
 #include "ui/ui_theme.h"
@@ -29,17 +27,6 @@ std::string findFont(const std::vector<std::filesystem::path>& candidates) {
         return {text.begin(), text.end()};
     }
     return {};
-}
-
-// The window's icon, as far as it lies beside the launcher.
-void showIcon(UiHost& host, const std::filesystem::path& directory) {
-    std::vector<DecodedPicture> pictures;
-    for (const int size : {16, 24, 32, 48, 64, 128})
-        pictures.push_back(decodePictureFile(pathText(directory / ("icon-" + std::to_string(size) + ".png"))));
-    std::vector<UiIcon> sizes;
-    for (const DecodedPicture& picture : pictures)
-        if (picture.pixels) sizes.push_back({picture.width, picture.height, picture.pixels.get()});
-    host.setIcon(sizes);
 }
 
 int run() {
@@ -81,7 +68,6 @@ int run() {
         return 1;
     }
 
-    showIcon(host, besideLauncher);
     uiThemeInitialize(host.integration);
     dialogOwner() = {host.nativeWindow(), [&host](std::int64_t dialog) { host.serve(dialog); }};
     while (host.beginFrame()) {

@@ -18,6 +18,7 @@
 #ifdef __linux__
 #include "ui/ui_host_front_linux.h"
 #endif
+#include "ui/ui_icon.h"
 #include "ui/ui_pacing.h"
 #include "ui/ui_placement.h"
 #include "ui/ui_theme.h"
@@ -141,6 +142,7 @@ struct UiHost::Window {
     ~Window();
     [[nodiscard]] bool open(std::string& errorText);
     [[nodiscard]] bool createWindow(std::string& errorText);
+    void setIcon();
     [[nodiscard]] bool createContext(std::string& errorText);
     void watchEvents();
     void place();
@@ -236,13 +238,6 @@ void UiHost::serve([[maybe_unused]] std::int64_t dialog) {
     window.draw(window.lastImage.frame, window.lastImage.clear);
 }
 
-void UiHost::setIcon(std::span<const UiIcon> sizes) {
-    std::vector<GLFWimage> images;
-    for (const UiIcon& icon : sizes)
-        images.push_back({icon.width, icon.height, const_cast<unsigned char*>(icon.pixels)});
-    if (!images.empty()) glfwSetWindowIcon(window_->handle, static_cast<int>(images.size()), images.data());
-}
-
 std::uint64_t UiHost::nativeWindow() const {
 #ifdef __linux__
     if (window_ && glfwGetX11Window && !onWayland()) return glfwGetX11Window(window_->handle);
@@ -292,11 +287,21 @@ bool UiHost::Window::createWindow(std::string& errorText) {
         errorText = "could not open the window: " + reason;
         return false;
     }
+    setIcon();
     glfwMakeContextCurrent(handle);
     glfwSwapInterval(onWayland() ? 0 : 1);
     pacer = FramePacer(secondsPerFrame());
     place();
     return true;
+}
+
+// Wayland takes it from the desktop entry.
+void UiHost::Window::setIcon() {
+    if (onWayland()) return;
+    std::vector<GLFWimage> images;
+    for (const UiIconPicture& picture : uiIconPictures())
+        images.push_back({picture.size, picture.size, const_cast<unsigned char*>(picture.pixels)}); // only read
+    if (!images.empty()) glfwSetWindowIcon(handle, static_cast<int>(images.size()), images.data());
 }
 
 bool UiHost::Window::createContext(std::string& errorText) {

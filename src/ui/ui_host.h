@@ -11,7 +11,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <span>
 #include <string>
 
 struct UiHostDesc {
@@ -23,12 +22,6 @@ struct UiHostDesc {
     const char* fontPath = "";    // UTF-8, borrowed until the host is gone; empty: Dear ImGui's built-in font
     void* parentWindow = nullptr; // for embedding; the launcher has none
     bool resizable = true;
-};
-
-struct UiIcon {
-    int width = 0;
-    int height = 0;
-    const unsigned char* pixels = nullptr; // red, green, blue, alpha; borrowed for the call
 };
 
 class UiHost {
@@ -50,7 +43,6 @@ class UiHost {
     // again where it was lost, and keeps the dialog in front. No frame is run, and what is done to the window meanwhile
     // is not passed on to one.
     void serve(std::int64_t dialog);
-    void setIcon(std::span<const UiIcon> sizes);      // the same picture in several sizes
     [[nodiscard]] std::uint64_t nativeWindow() const; // X11's identifier; 0 where there is none
 
     // Where the window's size and place are kept between runs, UTF-8; set before initialize. Empty: nothing is read or
