@@ -10,7 +10,7 @@ set(FETCHCONTENT_QUIET ON)
 find_package(Threads REQUIRED)
 find_package(OpenSSL 3.0 REQUIRED)
 find_package(glfw3 3.3 REQUIRED)
-find_package(RapidJSON REQUIRED)
+find_path(RAPIDJSON_INCLUDE_DIR rapidjson/document.h REQUIRED)
 find_path(STB_INCLUDE_DIR stb_image.h PATH_SUFFIXES stb REQUIRED)
 if(NOT WIN32)
   find_package(OpenGL REQUIRED COMPONENTS OpenGL)
@@ -51,6 +51,8 @@ add_library(imgui_backends STATIC
 target_link_libraries(imgui_backends PUBLIC imgui_headers glfw)
 if(NOT WIN32)
   target_link_libraries(imgui_backends PUBLIC OpenGL::GL Fontconfig::Fontconfig ${CMAKE_DL_LIBS})
+else()
+  target_link_libraries(imgui_backends PUBLIC opengl32 gdi32 dwmapi)
 endif()
 
 # --- cpp-httplib: header only, TLS on, compression off. Its own backlog of 5 lets a browser wait for seconds when others
@@ -67,7 +69,7 @@ endif()
 add_library(stb_image INTERFACE)
 target_include_directories(stb_image SYSTEM INTERFACE ${STB_INCLUDE_DIR})
 add_library(rapidjson_headers INTERFACE)
-target_include_directories(rapidjson_headers SYSTEM INTERFACE ${RAPIDJSON_INCLUDE_DIRS})
+target_include_directories(rapidjson_headers SYSTEM INTERFACE ${RAPIDJSON_INCLUDE_DIR})
 target_compile_definitions(rapidjson_headers INTERFACE RAPIDJSON_HAS_STDSTRING=1)
 
 # --- CLI11: headers, for volo-publish.
