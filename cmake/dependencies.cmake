@@ -15,6 +15,9 @@ find_path(STB_INCLUDE_DIR stb_image.h PATH_SUFFIXES stb REQUIRED)
 if(NOT WIN32)
   find_package(OpenGL REQUIRED COMPONENTS OpenGL)
   find_package(Fontconfig REQUIRED)
+else()
+  # What a static OpenSSL leaves open, and the certificate store for cpp-httplib.
+  set_property(TARGET OpenSSL::Crypto APPEND PROPERTY INTERFACE_LINK_LIBRARIES ws2_32 crypt32)
 endif()
 
 # Declares a source library and gives its folder in <name>_SOURCE_DIR, without running a build of its own.
@@ -61,9 +64,6 @@ add_library(httplib INTERFACE)
 target_include_directories(httplib SYSTEM INTERFACE ${httplib_SOURCE_DIR})
 target_compile_definitions(httplib INTERFACE CPPHTTPLIB_OPENSSL_SUPPORT CPPHTTPLIB_LISTEN_BACKLOG=128)
 target_link_libraries(httplib INTERFACE OpenSSL::SSL OpenSSL::Crypto Threads::Threads)
-if(WIN32)
-  target_link_libraries(httplib INTERFACE ws2_32 crypt32)
-endif()
 
 # --- stb_image, RapidJSON: headers.
 add_library(stb_image INTERFACE)
