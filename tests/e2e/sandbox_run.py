@@ -11,6 +11,11 @@ import threading
 from desktop import wait_for
 
 ISOLATED = "VOLO_E2E_ISOLATED"
+WINE = str(pathlib.Path(__file__).resolve().parents[2] / "cmake/wine-run")
+
+
+def is_for_windows(build):
+    return (pathlib.Path(build) / "bin/volo-launcher.exe").exists()
 
 
 def permitted_namespaces(*kinds):
@@ -43,10 +48,15 @@ class Sandbox:
         self.desktop = desktop
         self.temporary = None if root else tempfile.TemporaryDirectory(prefix="volo-e2e-")
         self.root = pathlib.Path(root or self.temporary.name).resolve()
-        self.command = [str(pathlib.Path(build) / "bin/volo-sandbox"), "--root", str(self.root), *options]
+        self.windows = is_for_windows(build)
+        program = str(pathlib.Path(build) / "bin/volo-sandbox")
+        start = [WINE, program + ".exe"] if self.windows else [program]
+        options = [self.name_of(option) if isinstance(option, pathlib.Path) else option for option in options]
+        self.command = [*start, "--root", self.name_of(self.root), *options]
         self.launcher = self.root / "apps/volo/launcher"
         self.settings_file = self.root / "home/AppData/ZANTOR/Launcher.conf"
         self.projects = self.root / "home/Documents/VOLO Projects"
+        self.line_end = "\r\n" if self.windows else "\n"
         self.lines = []
 
     def __enter__(self):
@@ -59,6 +69,8 @@ class Sandbox:
     def __exit__(self, failure, *_):
         self.process.terminate()
         self.process.wait()
+        if self.windows:
+            subprocess.run([WINE, "--end"], check=False)
         self.reader.join()
         self.process.stdout.close()
         if failure:
@@ -76,6 +88,10 @@ class Sandbox:
     def status(self, deadline=20):
         """The launcher's exit status, once it has ended by itself."""
         return self.process.wait(deadline)
+
+    def name_of(self, path):
+        """How the programs call a path."""
+        return "Z:" + str(path).replace("/", "\\") if self.windows else str(path)
 
     def settings(self):
         """Launcher.conf as a dictionary of its lines."""
@@ -96,9 +112,16 @@ class Sandbox:
         found = []
         for process in pathlib.Path("/proc").glob("[0-9]*"):
             try:
-                executable = pathlib.Path(os.readlink(process / "exe"))
+                if self.windows:  # what runs there is Wine; the program is what it was asked to run
+                    name = (self.arguments(process) or [""])[0].replace("\\", "/").removeprefix("Z:")
+                else:
+                    name = os.readlink(process / "exe")
+                executable = pathlib.Path(name)
                 if executable.name == program and self.root in executable.parents:
                     found.append(process)
             except OSError:  # gone meanwhile, or not ours to look at
                 pass
         return found
+
+    def arguments(self, process):
+        return [one.decode() for one in (process / "cmdline").read_bytes().split(b"\0") if one]
