@@ -18,6 +18,10 @@
 #include "ui/ui_placement.h"
 #include "ui/ui_theme.h"
 
+#ifdef _WIN32
+#include "ui/ui_host_frame_windows.h"
+#endif
+
 namespace {
 
 constexpr const char* kWindowClass = "volo-launcher";
@@ -226,6 +230,9 @@ bool UiHost::Window::createWindow(std::string& errorText) {
         errorText = "could not open the window: " + reason;
         return false;
     }
+#ifdef _WIN32
+    darkenFrame(handle);
+#endif
     glfwMakeContextCurrent(handle);
     glfwSwapInterval(onWayland() ? 0 : 1);
     pacer = FramePacer(secondsPerFrame());

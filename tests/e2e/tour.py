@@ -204,6 +204,7 @@ class Tour:
         self.window.click(self.window.find("Show in File Manager", WHOLE))
         if self.sandbox.windows:  # its file manager is a program with a window of its own
             self.desktop.window(NAME).close()
+            wait_for("the folder's window closed", lambda: not self.desktop.windows(NAME))
             self.window.come_forward()
         else:
             self.sandbox.told(f"browser: shows the folder {self.sandbox.projects / NAME}")
