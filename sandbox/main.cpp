@@ -47,6 +47,8 @@ struct Options {
     IdentityProviderFaults identity;
     int manifestStatus = 0;
     UpdateServerFaults updates;
+    std::string releaseFault;
+    std::string editorZip;
 };
 
 void say(const std::string& text) {
@@ -70,6 +72,9 @@ void addOptions(CLI::App& app, Options& options) {
         ->type_name("N");
     app.add_option("--browser", options.browser, "Open addresses with this command (default: a robot that allows)")
         ->type_name("COMMAND");
+    app.add_option("--editor-zip", options.editorZip, "Publish this archive (default: the sample editor)")
+        ->check(CLI::ExistingFile)
+        ->type_name("FILE");
     app.add_flag("--as-google", options.asGoogle,
                  "Start the shipped launcher and answer under Google's names, port 443");
     app.add_option("--secrets-file", options.secretsFile, "Write every secret of the run there, for leak tests")
@@ -90,6 +95,9 @@ void addOptions(CLI::App& app, Options& options) {
     UpdateServerFaults& updates = options.updates;
     app.add_flag("--no-update-server", options.withoutUpdateServer, "Refuse connections")->group(update);
     app.add_option("--manifest-status", options.manifestStatus, "Answer the manifest with this status")->group(update);
+    app.add_option("--release", options.releaseFault, "Publish a release that is wrong in this way")
+        ->check(CLI::IsMember(kReleaseFaults))
+        ->group(update);
     app.add_option("--delay", updates.delayMilliseconds, "Begin sending the package so much later")
         ->type_name("MILLISECONDS")
         ->group(update);
@@ -100,8 +108,9 @@ void addOptions(CLI::App& app, Options& options) {
     app.add_option("--stall", updates.stallAfter, "Send nothing after so many bytes of the package")
         ->type_name("BYTES")
         ->group(update);
-    app.add_option("--hold", updates.holdFile, "Send half of the package, the rest once this file is gone")
-        ->type_name("FILE")
+    app.add_option("--hold", updates.holdFolder,
+                   "Hold up what this folder has a file for: \"manifest\", \"package\" (at its half), \"statement\"")
+        ->type_name("DIR")
         ->group(update);
     app.add_option("--corrupt", updates.corruptAt, "Damage the byte at this offset of the package")
         ->type_name("OFFSET")
@@ -200,10 +209,11 @@ bool Sandbox::prepare(std::string& failureText) {
     updates_->setFaults(options_.updates);
 
     ReleaseResult release;
-    if (!publishSampleEditor(staged / kSampleEditorProgram, shipped / "Roboto-Medium.ttf", places_.root, places_.site,
-                             updates_->baseUrl(), release, failureText)) {
-        return false;
-    }
+    const SampleRelease sample = {
+        staged / kSampleEditorProgram, shipped / "Roboto-Medium.ttf", options_.editorZip, places_.root, places_.site,
+        updates_->baseUrl(),           options_.releaseFault,
+    };
+    if (!publishSampleEditor(sample, release, failureText)) return false;
     LauncherConfiguration configuration = {account_.clientId, account_.clientSecret, release.manifestUrl,
                                            release.authenticityUrl, release.authenticityKeys};
     if (options_.withoutUpdateServer) configuration.manifestUrl = "https://127.0.0.1:1/manifest.json";

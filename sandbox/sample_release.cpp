@@ -2,7 +2,10 @@
 
 #include <miniz.h>
 
+#include "install/base64.h"
 #include "publish/keys.h"
+#include "publish/site.h"
+#include "publish/statement_writer.h"
 #include "system/operating_system.h"
 
 namespace {
@@ -22,18 +25,53 @@ bool packEditor(const std::string& archive, const std::string& editor, const std
     return mz_zip_writer_end(&zip) && packed;
 }
 
+// Changes the value of a member of the manifest to another of the same form.
+bool alterManifest(const std::string& path, std::string_view member, std::string& failureText) {
+    constexpr std::size_t kLongestManifest = 64 * 1024;
+    std::string text;
+    if (!readSmallFile(path, kLongestManifest, text)) return false;
+    const std::string begin = "\"" + std::string(member) + "\": \"";
+    const std::size_t valueAt = text.find(begin);
+    if (valueAt == std::string::npos) return false;
+    char& digit = text[valueAt + begin.size()];
+    digit = digit == '0' ? '1' : '0';
+    return replaceFile(path, text, failureText);
+}
+
+bool spoilRelease(const std::string& fault, const ReleaseRequest& request, const std::vector<PublisherKey>& keys,
+                  ReleaseResult& result, std::string& failureText) {
+    using namespace release_fault;
+    if (fault == kWrongHash) return alterManifest(result.manifestPath, "sha256", failureText);
+    if (fault == kWrongArchiveHash) return alterManifest(result.manifestPath, "plaintext_sha256", failureText);
+    if (fault == kWrongKey) return alterManifest(result.manifestPath, "key", failureText);
+    if (fault == kUntrusted) result.authenticityKeys = base64Encode(std::string(32, 'u'));
+    if (fault == kUnsigned) return std::filesystem::remove(result.statementPath);
+    if (fault == kRevoked) {
+        StatementReport report;
+        StatementRequest revocation;
+        revocation.siteDirectory = request.siteDirectory;
+        revocation.versions = {request.version};
+        revocation.revoke = true;
+        revocation.days = request.days;
+        revocation.nowSeconds = request.nowSeconds;
+        return renewStatements(revocation, keys, report, failureText);
+    }
+    return true;
+}
+
 } // namespace
 
-bool publishSampleEditor(const std::filesystem::path& editor, const std::filesystem::path& font,
-                         const std::filesystem::path& workFolder, const std::filesystem::path& siteFolder,
-                         const std::string& baseUrl, ReleaseResult& result, std::string& failureText) {
+bool publishSampleEditor(const SampleRelease& sample, ReleaseResult& result, std::string& failureText) {
     ReleaseRequest request;
-    request.zipPath = (workFolder / "sample-editor.zip").string();
-    if (!packEditor(request.zipPath, editor.string(), font.string())) {
-        failureText = "the sample editor could not be packed";
-        return false;
+    request.zipPath = sample.archive.string();
+    if (request.zipPath.empty()) {
+        request.zipPath = (sample.workFolder / "sample-editor.zip").string();
+        if (!packEditor(request.zipPath, sample.editor.string(), sample.font.string())) {
+            failureText = "the sample editor could not be packed";
+            return false;
+        }
     }
-    const std::string keyFile = (workFolder / "publisher.key").string();
+    const std::string keyFile = (sample.workFolder / "publisher.key").string();
     std::string publicKey;
     std::vector<PublisherKey> keys(1);
     std::vector<std::string> warnings;
@@ -42,8 +80,10 @@ bool publishSampleEditor(const std::filesystem::path& editor, const std::filesys
 
     request.version = kSampleEditorVersion;
     request.platform = kPlatform;
-    request.baseUrl = baseUrl;
-    request.siteDirectory = siteFolder.string();
+    request.baseUrl = sample.baseUrl;
+    request.siteDirectory = sample.siteFolder.string();
     request.nowSeconds = currentTimeSeconds();
-    return publishRelease(request, keys, result, failureText);
+    if (sample.fault == release_fault::kExpired) request.nowSeconds -= 100 * statement::kDaySeconds;
+    return publishRelease(request, keys, result, failureText) &&
+           spoilRelease(sample.fault, request, keys, result, failureText);
 }

@@ -3,10 +3,11 @@
 // The sandbox's folder: a user's home, a launcher that is installed for that user, and the files that the servers
 // serve.
 //
-//   <root>/apps/volo/launcher/   the launcher, its font, picture and configuration; "editor" and "downloads" appear
-//   here <root>/home/                 the user: AppData (Launcher.conf), Documents (projects) <root>/bin/ the browser,
-//   on Linux as the xdg-open that the launcher finds first <root>/runtime/              this session's, so that a real
-//   launcher's guard and the sandbox's do not meet <root>/site/                 what the update server serves
+//   <root>/apps/volo/launcher/   the launcher, its font, picture and configuration, and what it installs
+//   <root>/home/                 the user: AppData (Launcher.conf), Documents (projects)
+//   <root>/bin/                  the browser, on Linux as the xdg-open that the launcher finds first
+//   <root>/runtime/              this session's, so that a real launcher's guard and the sandbox's do not meet
+//   <root>/site/                 what the update server serves
 //   <root>/authority.pem         the only certificate authority that the launcher trusts
 //
 // The launcher looks for an editor two levels above itself: nothing of that kind lies there.

@@ -24,6 +24,11 @@ std::size_t atMost(std::size_t size, std::int64_t limit) {
     return limit < 0 ? size : std::min(size, static_cast<std::size_t>(limit));
 }
 
+bool isHeld(const UpdateServerFaults& with, const char* what) {
+    std::error_code ignored;
+    return !with.holdFolder.empty() && fs::exists(fs::path(with.holdFolder) / what, ignored);
+}
+
 } // namespace
 
 struct UpdateServer::Service {
@@ -33,6 +38,7 @@ struct UpdateServer::Service {
     void answer(const httplib::Request& request, httplib::Response& response);
     bool sendPiece(const ServedFile& file, std::size_t offset, const UpdateServerFaults& with, httplib::DataSink& sink);
     bool waitMilliseconds(std::int64_t milliseconds); // false: the server stops
+    bool waitWhileHeld(const UpdateServerFaults& with, const fs::path& name);
 
     const fs::path directory;
     LoopbackHttpsServer server;
@@ -69,6 +75,15 @@ bool UpdateServer::Service::waitMilliseconds(std::int64_t milliseconds) {
     return !stopping.wait_for(lock, std::chrono::milliseconds(milliseconds), [this] { return isStopping; });
 }
 
+// Small files are held whole.
+bool UpdateServer::Service::waitWhileHeld(const UpdateServerFaults& with, const fs::path& name) {
+    const char* what = name == "manifest.json" ? "manifest" : name.extension() == ".txt" ? "statement" : nullptr;
+    while (what && isHeld(with, what)) {
+        if (!waitMilliseconds(50)) return false;
+    }
+    return true;
+}
+
 void UpdateServer::Service::answer(const httplib::Request& request, httplib::Response& response) {
     UpdateServerFaults with;
     {
@@ -83,9 +98,11 @@ void UpdateServer::Service::answer(const httplib::Request& request, httplib::Res
     const bool isBelow = request.path.find("..") == std::string::npos;
     response.status = status != with.status.end() ? status->second : error || !isBelow ? 404 : 200;
     if (response.status != 200) {
+        if (response.status / 100 == 3) response.set_header("Location", "/elsewhere/" + name.string());
         response.set_content("no such release\n", "text/plain");
         return;
     }
+    if (!waitWhileHeld(with, name)) return;
     if (!name.string().ends_with(with.suffix)) with = {};
     if (with.delayMilliseconds > 0 && !waitMilliseconds(with.delayMilliseconds)) return;
     const auto file = std::make_shared<std::ifstream>(path, std::ios::binary);
@@ -109,9 +126,9 @@ bool UpdateServer::Service::sendPiece(const ServedFile& file, std::size_t offset
     if (with.closeAfter >= 0) want = atMost(want, with.closeAfter - position);
     if (with.stallAfter >= 0) want = atMost(want, with.stallAfter - position);
 
-    std::error_code ignored;
+    // A held package comes in drops after its first half.
     const auto end = static_cast<std::int64_t>(file.size);
-    const bool held = !with.holdFile.empty() && fs::exists(with.holdFile, ignored);
+    const bool held = isHeld(with, "package");
     if (held) want = position < end / 2 ? atMost(want, end / 2 - position) : 1;
 
     std::string bytes(std::max<std::size_t>(want, 1), '\0');

@@ -13,12 +13,12 @@
 
 struct UpdateServerFaults {
     std::map<std::string, int> status; // by the last part of the path: answered with this status and a short body
-    std::string suffix = ".container"; // the faults below are for files whose names end so
+    std::string suffix = ".container"; // the other faults are for files whose names end so
     int delayMilliseconds = 0;         // before the answer begins
     int kibPerSecond = 0;              // 0: as fast as it goes
     std::int64_t closeAfter = -1;      // the connection ends after so many bytes of the promised length
     std::int64_t stallAfter = -1;      // nothing more comes after so many bytes
-    std::string holdFile;              // while this file exists, only drops come after the first half
+    std::string holdFolder;            // while it has a file "manifest", "package" or "statement", that is held up
     std::int64_t corruptAt = -1;       // the byte at this offset arrives with all its bits flipped
 };
 

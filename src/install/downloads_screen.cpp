@@ -27,16 +27,12 @@ constexpr float kBodyLeft = 120.0f;
 constexpr float kButtonHeight = 32.0f;
 constexpr float kButtonTop = 16.0f;
 
-struct StatusBadge {
-    const char* text;
-    UiThemeBadgeStatus look;
-};
-constexpr std::array<StatusBadge, 5> kBadges = {{
-    {"Downloading", UiThemeBadgeStatus::Working},
+constexpr std::array<InstallBadge, 5> kBadges = {{
+    kBadgeDownloading,
     {"Downloaded", UiThemeBadgeStatus::Neutral},
-    {"Installing", UiThemeBadgeStatus::Working},
-    {"Installed", UiThemeBadgeStatus::Success},
-    {"Failed", UiThemeBadgeStatus::Failure},
+    kBadgeInstalling,
+    kBadgeInstalled,
+    kBadgeFailed,
 }};
 
 ImVec2 px(float x, float y) {
@@ -99,7 +95,7 @@ void LauncherApp::drawDownloadRow(int index) {
     ImDrawList* drawList = ImGui::GetWindowDrawList();
     uiThemeText(drawList, uiThemeFont(14.0f), min + px(kRowInset, 12.0f), kRowTitle, "VOLO Editor " + record.version);
     const std::size_t status = static_cast<std::size_t>(record.status);
-    const StatusBadge& badge = kBadges[status < kBadges.size() ? status : 0];
+    const InstallBadge& badge = kBadges[status < kBadges.size() ? status : 0];
     uiThemeBadge("dl_badge", drawList, min + px(kRowInset, 36.0f), badge.text, badge.look);
 
     const ImVec2 right(max.x, min.y);
@@ -109,10 +105,10 @@ void LauncherApp::drawDownloadRow(int index) {
     if (status == 0 || status >= kBadges.size()) {
         drawTransferProgress(min + px(kBodyLeft, 24.0f), right + px(-130.0f, 32.0f), min + px(kBodyLeft, 38.0f),
                              record.downloadedBytes, record.totalBytes);
-        if (button("Cancel", 110.0f, 94.0f)) install->requestCancel();
+        if (button(kCancelLabel, 110.0f, 94.0f)) install->requestCancel();
     } else {
         uiThemeText(drawList, uiThemeFont(12.0f), min + px(kBodyLeft, 26.0f), kFileText, fileText(record.filePath));
-        if (record.status == DownloadStatus::Failed && button("Retry", 230.0f, 70.0f)) install->startUpdate();
+        if (record.status == DownloadStatus::Failed && button(kRetryLabel, 230.0f, 70.0f)) install->startUpdate();
         if (button("Show", 150.0f, 65.0f)) {
             openInFileManager(pathText(std::filesystem::path(record.filePath).parent_path()));
         }

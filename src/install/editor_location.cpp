@@ -27,6 +27,10 @@ std::string installedEditorVersion() {
     return readFirstLine(editorVersionMarkerPath());
 }
 
+std::string editorLabel(const std::string& version) {
+    return version.empty() ? "VOLO Editor" : "VOLO " + version;
+}
+
 std::array<std::string, 3> editorExecutablePlaces(const std::string& directory) {
     const std::filesystem::path base(directory);
     return {(base / "editor" / "editor.exe").string(), (base / "bin" / "editor.exe").string(),

@@ -20,6 +20,9 @@ std::string readFirstLine(const std::string& path);
 // The version that the marker names; empty means that no managed install is recorded.
 std::string installedEditorVersion();
 
+// The editor with its version, for people; without one where none is given.
+std::string editorLabel(const std::string& version);
+
 // Where an editor's executable may be under one directory, in the order of the search: editor/editor.exe,
 // bin/editor.exe, editor.exe.
 std::array<std::string, 3> editorExecutablePlaces(const std::string& directory);

@@ -2,6 +2,8 @@
 
 // What the Installs and the Downloads screens draw alike. Frame thread.
 
+#include "ui/ui_theme.h"
+
 #include <imgui.h>
 
 #include <cstdint>
@@ -11,6 +13,15 @@ inline constexpr ImU32 kInstallCardFill = 0xFF222020;
 inline constexpr ImU32 kInstallCardOutline = 0xFF302E2E;
 inline constexpr ImU32 kInstallFigures = 0xFFA0A0A0;
 inline constexpr float kInstallHeaderHeight = 48.0f; // from the content's top to the first card
+
+struct InstallBadge {
+    const char* text;
+    UiThemeBadgeStatus look;
+};
+inline constexpr InstallBadge kBadgeDownloading = {"Downloading", UiThemeBadgeStatus::Working};
+inline constexpr InstallBadge kBadgeInstalling = {"Installing", UiThemeBadgeStatus::Working};
+inline constexpr InstallBadge kBadgeInstalled = {"Installed", UiThemeBadgeStatus::Success};
+inline constexpr InstallBadge kBadgeFailed = {"Failed", UiThemeBadgeStatus::Failure};
 
 // The content area of the shell, filled, with its heading. Returns its top left corner.
 ImVec2 drawInstallBackdrop(const char* heading);

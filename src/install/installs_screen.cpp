@@ -32,18 +32,14 @@ constexpr float kStatusTop = 66.0f;
 constexpr float kActionAboveBottom = 44.0f;
 constexpr float kButtonHeight = 30.0f;
 
-struct StatusBadge {
-    const char* text;
-    UiThemeBadgeStatus look;
-};
-constexpr std::array<StatusBadge, 7> kBadges = {{
+constexpr std::array<InstallBadge, 7> kBadges = {{
     {"Idle", UiThemeBadgeStatus::Neutral},
     {"Checking", UiThemeBadgeStatus::Working},
-    {"Downloading", UiThemeBadgeStatus::Working},
-    {"Installing", UiThemeBadgeStatus::Working},
-    {"Installed", UiThemeBadgeStatus::Success},
+    kBadgeDownloading,
+    kBadgeInstalling,
+    kBadgeInstalled,
     {"Installed (offline)", UiThemeBadgeStatus::Neutral},
-    {"Failed", UiThemeBadgeStatus::Failure},
+    kBadgeFailed,
 }};
 
 ImVec2 px(float x, float y) {
@@ -69,7 +65,7 @@ void LauncherApp::drawInstallsScreen() {
     const EditorInstallStatus status = install ? install->status() : EditorInstallStatus::Idle;
     const std::string message = install ? install->statusMessage() : std::string();
 
-    const ImVec2 content = drawInstallBackdrop("Installs");
+    const ImVec2 content = drawInstallBackdrop(kInstallsTitle);
     const ImVec2 min = content + px(kContentInset, kContentTop + kInstallHeaderHeight);
     const ImVec2 max(ImGui::GetWindowPos().x + ImGui::GetWindowSize().x - uiThemePx(kContentInset),
                      min.y + uiThemePx(kCardHeight));
@@ -78,11 +74,10 @@ void LauncherApp::drawInstallsScreen() {
     ImDrawList* drawList = ImGui::GetWindowDrawList();
     drawEditorIcon(drawList, min + px(kCardInset, kIconTop), uiThemePx(kIconSize), kIcon);
     const std::string version = install ? installedEditorVersion() : std::string();
-    uiThemeText(drawList, uiThemeFont(16.0f), min + px(kTextLeft, kTitleTop), kTitle,
-                version.empty() ? "VOLO Editor" : "VOLO " + version);
+    uiThemeText(drawList, uiThemeFont(16.0f), min + px(kTextLeft, kTitleTop), kTitle, editorLabel(version));
 
     const std::size_t known = static_cast<std::size_t>(status) < kBadges.size() ? static_cast<std::size_t>(status) : 0;
-    const StatusBadge& badge = kBadges[known];
+    const InstallBadge& badge = kBadges[known];
     uiThemeBadge("install_badge", drawList,
                  {max.x - uiThemePx(kCardInset) - uiThemeBadgeWidth(badge.text), min.y + uiThemePx(kTitleTop)},
                  badge.text, badge.look);
@@ -113,7 +108,7 @@ void LauncherApp::drawInstallAction(EditorInstallStatus status, float cardLeft, 
         drawBusy(rowRight, "Installing...");
         break;
     case EditorInstallStatus::Failed:
-        startWanted = drawAction("Retry", rowRight, 110.0f, 94.0f);
+        startWanted = drawAction(kRetryLabel, rowRight, 110.0f, 94.0f);
         break;
     default:
         startWanted = drawAction("Check for updates", rowRight, 160.0f, 144.0f);

@@ -2,6 +2,10 @@
 
 #include "system/json.h"
 
+bool isManifestUrlConfigured(const std::string& url) {
+    return !url.empty() && url.find("YOUR_") == std::string::npos;
+}
+
 bool parseUpdateManifest(const std::string& body, UpdateManifest& manifest, std::string& failureText) {
     rapidjson::Document document;
     if (!parseJsonObject(body, document)) {

@@ -20,6 +20,9 @@ struct UpdateManifest {
     std::string encryptionKey;
 };
 
+// Whether an address of the manifest was filled in; what the example configuration holds does not count.
+bool isManifestUrlConfigured(const std::string& url);
+
 // False leaves words for the user in `failureText`.
 [[nodiscard]] bool parseUpdateManifest(const std::string& body, UpdateManifest& manifest, std::string& failureText);
 

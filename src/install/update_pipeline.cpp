@@ -15,8 +15,7 @@
 static const char kNoAnswer[] = "network";
 
 void UpdatePipeline::run() {
-    const std::string& manifestUrl = state_.manifestUrl_;
-    if (manifestUrl.empty() || manifestUrl.find("YOUR_") != std::string::npos) {
+    if (!isManifestUrlConfigured(state_.manifestUrl_)) {
         if (!findEditorNearLauncher().empty()) return reportOffline();
         return report(EditorInstallStatus::Idle, "Update server not configured. Please locate or install VOLO Editor.");
     }

@@ -2,6 +2,7 @@
 // for the install.
 
 #include "install/editor_location.h"
+#include "install/update_manifest.h"
 #include "projects/project_file.h"
 #include "projects/project_list.h"
 #include "shell/launcher_app.h"
@@ -20,8 +21,7 @@ constexpr std::int64_t kLaunchGraceSeconds = 2;
 constexpr const char* kEditorAlreadyOpen = "VOLO Editor is already open.";
 
 bool updateServerConfigured(const LauncherApp& app) {
-    const std::string& url = app.config->editorUpdateManifestUrl;
-    return app.install && !url.empty() && url.find("YOUR_") == std::string::npos;
+    return app.install && isManifestUrlConfigured(app.config->editorUpdateManifestUrl);
 }
 
 } // namespace

@@ -69,8 +69,7 @@ std::vector<SortKey> makeSortKeys(const LauncherApp& app, const std::vector<std:
 } // namespace
 
 std::string defaultEditorLabel(const LauncherApp& app) {
-    const std::string version = app.install ? installedEditorVersion() : std::string();
-    return version.empty() ? "VOLO Editor" : "VOLO " + version;
+    return editorLabel(app.install ? installedEditorVersion() : std::string());
 }
 
 std::string projectEditorLabel(const ProjectEntry& entry, const LauncherApp& app) {

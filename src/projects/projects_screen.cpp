@@ -15,6 +15,8 @@
 
 namespace {
 
+constexpr char kSearchField[] = "##ProjectSearch";
+
 constexpr ImU32 kContentFill = 0xFF1A1A1A;
 constexpr ImU32 kTitle = 0xFFF5F5F5;
 constexpr ImU32 kSearchFill = 0xFF141414;
@@ -93,10 +95,10 @@ void LauncherApp::drawProjectsScreen() {
     ImDrawList* drawList = ImGui::GetWindowDrawList();
     drawList->AddRectFilled(at.contentMin, at.contentMax, kContentFill, uiThemeWindowRounding(),
                             ImDrawFlags_RoundCornersBottomRight);
-    uiThemeText(drawList, uiThemeFont(22.0f), at.title, kTitle, "Projects");
+    uiThemeText(drawList, uiThemeFont(22.0f), at.title, kTitle, kProjectsTitle);
     drawSearchBox(at);
     if (drawSecondaryButton("Add project from disk", at.addButton, at.addButtonSize, 13.0f)) addProjectFromDisk();
-    if (drawPrimaryButton("+ New project", at.newButton, at.newButtonSize, 13.5f)) beginNewProject();
+    if (drawPrimaryButton(kNewProjectLabel, at.newButton, at.newButtonSize, 13.5f)) beginNewProject();
 
     float headerTop = at.noticeTop;
     if (!noticeText.empty()) {
@@ -128,7 +130,7 @@ void LauncherApp::drawSearchBox(const ProjectsLayout& at) {
     const bool clicked = clickable && ImGui::IsMouseClicked(ImGuiMouseButton_Left);
     drawList->AddRectFilled(min, max, kSearchFill, uiThemePx(kRounding));
 
-    const ImGuiID id = ImGui::GetID("##ProjectSearch");
+    const ImGuiID id = ImGui::GetID(kSearchField);
     // The field holds a copy of the text while it is edited, and would write it back over a text that was emptied here.
     const auto clearSearch = [&] {
         searchText[0] = '\0';
@@ -162,7 +164,7 @@ void LauncherApp::drawSearchBox(const ProjectsLayout& at) {
                                                      ImGuiCol_Border};
     for (const ImGuiCol colour : hiddenFrame)
         ImGui::PushStyleColor(colour, 0u);
-    ImGui::InputTextWithHint("##ProjectSearch", "Search", searchText, sizeof searchText);
+    ImGui::InputTextWithHint(kSearchField, "Search", searchText, sizeof searchText);
     const bool active = ImGui::IsItemActive();
     ImGui::PopStyleColor(static_cast<int>(hiddenFrame.size()));
     ImGui::PopStyleVar();

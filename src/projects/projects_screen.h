@@ -38,6 +38,8 @@ struct LauncherApp::RowRequest {
     std::int32_t removeIndex = -1;
 };
 
+inline constexpr char kNewProjectLabel[] = "+ New project";
+
 // Where the columns stand, as parts of the table's inner width.
 inline constexpr float kPlatformColumn = 0.58f;
 inline constexpr float kEditorColumn = 0.76f;

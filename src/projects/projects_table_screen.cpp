@@ -14,6 +14,8 @@
 
 namespace {
 
+constexpr char kContextMenu[] = "##project_context_menu";
+
 constexpr ImU32 kHeaderStar = 0xFF828282;
 constexpr ImU32 kHeaderStarHovered = 0xFFDCDCDC;
 constexpr ImU32 kHeaderRule = 0xFF282828;
@@ -216,7 +218,7 @@ void LauncherApp::drawProjectRow(const ProjectRows& rows, std::size_t position, 
     }
 
     if (dots.clicked || (row.hovered && ImGui::IsMouseClicked(ImGuiMouseButton_Right))) {
-        ImGui::OpenPopup("##project_context_menu");
+        ImGui::OpenPopup(kContextMenu);
     }
     if (row.clicked && exists) request.openIndex = index;
     drawProjectMenu(index, exists, request);
@@ -244,7 +246,7 @@ void LauncherApp::drawRowTexts(const ProjectRows& rows, const ProjectEntry& entr
 }
 
 void LauncherApp::drawProjectMenu(std::int32_t index, bool exists, RowRequest& request) {
-    if (!ImGui::BeginPopup("##project_context_menu")) return;
+    if (!ImGui::BeginPopup(kContextMenu)) return;
     const ProjectEntry& entry = settings->projects()[static_cast<std::size_t>(index)];
     if (ImGui::MenuItem("Open Project", nullptr, false, exists)) request.openIndex = index;
     if (ImGui::MenuItem(entry.favorite ? "Remove from Favorites" : "Add to Favorites")) {
@@ -277,7 +279,7 @@ void LauncherApp::drawEmptyProjects(const ProjectsLayout& at, float top, float h
         const ImVec2 importAt(centreX - (importSize.x + gap + newSize.x) * 0.5f, buttonsTop);
         if (drawSecondaryButton("Import projects", importAt, importSize, 13.0f)) addProjectFromDisk();
         drawFolderIcon(drawList, importAt + px(14.0f, 10.0f), uiThemePx(14.0f), kImportIcon);
-        if (drawPrimaryButton("+ New project", {importAt.x + importSize.x + gap, buttonsTop}, newSize, 13.5f)) {
+        if (drawPrimaryButton(kNewProjectLabel, {importAt.x + importSize.x + gap, buttonsTop}, newSize, 13.5f)) {
             beginNewProject();
         }
     } else {

@@ -2,6 +2,7 @@
 // fixed order. No arguments are read.
 
 #include "shell/launcher_app.h"
+#include "signin/loopback_listener.h"
 #include "system/operating_system.h"
 #include "system/single_instance.h"
 #include "ui/ui_host.h"
@@ -9,6 +10,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -26,9 +28,7 @@ std::string findFont(const std::vector<std::filesystem::path>& candidates) {
     return {};
 }
 
-} // namespace
-
-int main() {
+int run() {
 #ifdef SIGPIPE
     std::signal(SIGPIPE, SIG_IGN); // a TLS connection that breaks while it is written to must not end the process
 #endif
@@ -48,11 +48,12 @@ int main() {
     desc.minHeight = 560;
 
     const std::filesystem::path besideLauncher = launcherDirectory();
+    const std::filesystem::path engineFont = "engine/ui/misc/fonts/Roboto-Medium.ttf";
     std::error_code ignored;
     const std::vector<std::filesystem::path> fontCandidates = {
         besideLauncher / "Roboto-Medium.ttf",
-        besideLauncher / "engine/ui/misc/fonts/Roboto-Medium.ttf",
-        std::filesystem::current_path(ignored) / "engine/ui/misc/fonts/Roboto-Medium.ttf",
+        besideLauncher / engineFont,
+        std::filesystem::current_path(ignored) / engineFont,
     };
     const std::string fontPath = findFont(fontCandidates);
     desc.fontPath = fontPath.c_str();
@@ -80,4 +81,12 @@ int main() {
     host.shutdown();
     guard.release(); // a new instance need not wait for the workers of this one
     return 0;
+}
+
+} // namespace
+
+int main() {
+    const int status = run();
+    if (LoopbackListener::hasLeftThreads()) std::_Exit(status);
+    return status;
 }

@@ -2,6 +2,7 @@
 // are always the same.
 
 #include "shell/launcher_app.h"
+#include "shell/widgets.h"
 #include "system/operating_system.h"
 #include "ui/ui_theme.h"
 
@@ -89,7 +90,7 @@ void LauncherApp::drawCreateProjectPopup() {
     ImGui::PopTextWrapPos();
 
     gap(12.0f);
-    if (ImGui::Button("Cancel", {uiThemePx(kButtonWidth), 0.0f})) ImGui::CloseCurrentPopup();
+    if (ImGui::Button(kCancelLabel, {uiThemePx(kButtonWidth), 0.0f})) ImGui::CloseCurrentPopup();
     ImGui::SameLine();
     if (ImGui::Button("Create project", {uiThemePx(kCreateWidth), 0.0f})) {
         createProject();

@@ -49,8 +49,8 @@ struct NavigationRow {
     void (*drawIcon)(ImDrawList*, ImVec2, float, ImU32);
 };
 constexpr NavigationRow kRows[] = {
-    {"Projects", LauncherTab::Projects, drawFolderIcon},
-    {"Installs", LauncherTab::Installs, drawEditorIcon},
+    {kProjectsTitle, LauncherTab::Projects, drawFolderIcon},
+    {kInstallsTitle, LauncherTab::Installs, drawEditorIcon},
 };
 
 void drawNavigationRow(const NavigationRow& row, ImVec2 min, ImVec2 max, LauncherTab& activeTab) {

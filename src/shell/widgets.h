@@ -6,6 +6,10 @@
 
 #include <imgui.h>
 
+// Labels that several screens show.
+inline constexpr char kCancelLabel[] = "Cancel";
+inline constexpr char kRetryLabel[] = "Retry";
+
 // True on the frame of a click. The label is both text and identifier.
 bool drawPrimaryButton(const char* label, ImVec2 position, ImVec2 size, float fontSize);
 bool drawSecondaryButton(const char* label, ImVec2 position, ImVec2 size, float fontSize);

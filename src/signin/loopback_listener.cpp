@@ -21,6 +21,8 @@ constexpr std::size_t kLongestBody = 4096; // a redirect has none
 constexpr auto kAcceptLoopPatience = milliseconds(20);
 constexpr auto kJanitorPatience = milliseconds(2000);
 
+std::atomic<bool> threadsLeft = false;
+
 constexpr char kRedirectPage[] =
     "<!DOCTYPE html><html><head><title>VOLO</title></head><body style=\"font-family:sans-serif;background:#0b1020;"
     "color:#e8ecf4;display:flex;align-items:center;justify-content:center;height:100vh;margin:0\"><div "
@@ -150,8 +152,13 @@ LoopbackListener::~LoopbackListener() {
             retired->janitor.join();
         } else {
             retired->janitor.detach();
+            threadsLeft = true;
         }
     }
+}
+
+bool LoopbackListener::hasLeftThreads() {
+    return threadsLeft;
 }
 
 bool LoopbackListener::start(const std::shared_ptr<SignInMailbox>& mailbox, const std::string& oauthState) {

@@ -18,7 +18,8 @@
 class LoopbackListener {
   public:
     LoopbackListener();
-    ~LoopbackListener(); // waits a moment for the janitors, then leaves stalled clients to the end of the process
+    ~LoopbackListener(); // waits a moment for the janitors, then leaves stalled clients to the end of the process,
+    static bool hasLeftThreads(); // and then nothing that they use may be destroyed: leave by std::_Exit
     LoopbackListener(const LoopbackListener&) = delete;
     LoopbackListener& operator=(const LoopbackListener&) = delete;
 

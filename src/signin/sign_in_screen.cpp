@@ -68,7 +68,8 @@ void drawPicture(ImDrawList* drawList, ImTextureData* picture, ImVec2 min, ImVec
 void drawSupportLabel(ImDrawList* drawList, float panelLeft, float panelWidth, float windowBottom) {
     constexpr float kArrowThickness = 1.6f; // not scaled
     ImFont* font = uiThemeFont(16.0f);
-    const ImVec2 text = uiThemeTextSize(font, "Support");
+    const char* label = "Support";
+    const ImVec2 text = uiThemeTextSize(font, label);
     const float groupWidth = text.x + uiThemePx(6.0f) + uiThemePx(7.0f);
     const ImVec2 min(panelLeft + (panelWidth - groupWidth) * 0.5f, windowBottom - uiThemePx(kSupportAboveBottom));
     const ImVec2 grow(uiThemePx(6.0f), uiThemePx(4.0f));
@@ -78,7 +79,7 @@ void drawSupportLabel(ImDrawList* drawList, float panelLeft, float panelWidth, f
     if (hovered) ImGui::SetMouseCursor(ImGuiMouseCursor_Hand);
     const ImU32 colour = hovered ? uiThemeForeground() : uiThemeMutedForeground();
 
-    uiThemeText(drawList, font, min, colour, "Support");
+    uiThemeText(drawList, font, min, colour, label);
     const ImVec2 foot(min.x + text.x + uiThemePx(6.0f), min.y + text.y * 0.5f + uiThemePx(2.0f));
     const ImVec2 tip = foot + ImVec2(uiThemePx(7.0f), -uiThemePx(7.0f));
     drawList->AddLine(foot, tip, colour, kArrowThickness);
@@ -107,7 +108,7 @@ void drawSigningInControls(ImDrawList* drawList, SignInFlow& signIn, Column colu
     const float textTop = spinnerY + uiThemePx(kBusyTextDrop);
     uiThemeTextWrapped(drawList, font, {middle - text.x * 0.5f, textTop}, uiThemeMutedForeground(), kWaiting,
                        column.width, kLineGap);
-    if (drawSecondaryButton("Cancel", {column.left, textTop + text.y + uiThemePx(kCancelGap)},
+    if (drawSecondaryButton(kCancelLabel, {column.left, textTop + text.y + uiThemePx(kCancelGap)},
                             {column.width, uiThemePx(kControlHeight)}, 15.0f)) {
         signIn.cancelSignIn();
     }

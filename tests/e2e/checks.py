@@ -13,11 +13,10 @@ import time
 
 from desktop import Desktop, NotSeen, missing_programs, wait_for
 from sandbox_run import Sandbox, isolate
-from tour import INSTALLS_CARD, SIGN_IN_BUTTON, SIGN_IN_COLUMN, USER_CARD, WHOLE, check
+from tour import INSTALL_ACTION, INSTALLS_CARD, INSTALLS_TAB, SIGN_IN_BUTTON, SIGN_IN_COLUMN, USER_CARD, WHOLE, check
 
 SKIPPED = 77
 GOOGLE_HOSTS = "accounts.google.com oauth2.googleapis.com openidconnect.googleapis.com"
-INSTALLS_TAB = (105, 76)
 NOWHERE = (600, 560)  # of the Projects screen: nothing reacts to the pointer there
 
 
@@ -157,17 +156,33 @@ def idle(build, seconds=8.0):
 
 
 def damaged_package(build):
-    """Whatever arrives instead of the package: the user is told, and there is no editor afterwards."""
-    for fault in (["--truncate", "100000"], ["--corrupt", "50000"], ["--manifest-status", "503"]):
-        with Desktop() as desktop, Sandbox(desktop, build, "--stored-session", *fault) as sandbox:
+    """Whatever arrives instead of a release: the user is told, and there is no editor afterwards."""
+    checksum = "The downloaded package failed its checksum verification."
+    authenticity = "Authenticity check failed: "
+    for fault, message in (
+            ("--truncate=100000", "The editor package download failed."),
+            ("--corrupt=50000", checksum),
+            ("--manifest-status=302", "The update server returned HTTP 302 for the manifest."),
+            ("--no-update-server", "Could not reach the update server, and no local editor was found."),
+            ("--release=wrong-hash", checksum),
+            ("--release=wrong-archive-hash", "The decrypted editor package failed plaintext checksum verification."),
+            ("--release=wrong-key", "artifact has been tampered with or key is invalid."),
+            ("--release=untrusted", authenticity + "the release is not signed by a trusted key."),
+            ("--release=unsigned", authenticity + "no release statement is published for this package."),
+            ("--release=expired", authenticity + "the release statement has expired."),
+            ("--release=revoked", authenticity + "this release was withdrawn by its publisher.")):
+        with Desktop() as desktop, Sandbox(desktop, build, "--stored-session", fault) as sandbox:
             window = desktop.window("VOLO Launcher")
             window.see("Ada Sandbox", USER_CARD)
             window.click(INSTALLS_TAB)
             window.see("Failed", INSTALLS_CARD)
-            window.see("Retry", INSTALLS_CARD)
-            print(" ".join(fault) + ": " + window.read(INSTALLS_CARD))
+            window.see(message, INSTALLS_CARD)
+            window.see("Retry", INSTALL_ACTION)
+            print(f"{fault}: {message}")
             check("no editor", not list(sandbox.launcher.rglob("editor.exe")))
             check("no part of a package", not list(sandbox.launcher.rglob("*.part")))
+            if fault != "--release=wrong-key":  # then it stays, unread
+                check("no opened package", not list(sandbox.launcher.rglob("*.decrypted.zip")))
             window.close()
             check("exit status 0", sandbox.status() == 0)
 

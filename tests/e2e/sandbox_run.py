@@ -8,7 +8,7 @@ import sys
 import tempfile
 import threading
 
-from desktop import wait_for
+from desktop import NotSeen, wait_for
 
 ISOLATED = "VOLO_E2E_ISOLATED"
 WINE = str(pathlib.Path(__file__).resolve().parents[2] / "cmake/wine-run")
@@ -49,10 +49,8 @@ class Sandbox:
         self.temporary = None if root else tempfile.TemporaryDirectory(prefix="volo-e2e-")
         self.root = pathlib.Path(root or self.temporary.name).resolve()
         self.windows = is_for_windows(build)
-        program = str(pathlib.Path(build) / "bin/volo-sandbox")
-        start = [WINE, program + ".exe"] if self.windows else [program]
-        options = [self.name_of(option) if isinstance(option, pathlib.Path) else option for option in options]
-        self.command = [*start, "--root", self.name_of(self.root), *options]
+        self.build = pathlib.Path(build)
+        self.command = self.call("volo-sandbox", "--root", self.root, *options)
         self.launcher = self.root / "apps/volo/launcher"
         self.settings_file = self.root / "home/AppData/ZANTOR/Launcher.conf"
         self.projects = self.root / "home/Documents/VOLO Projects"
@@ -85,6 +83,16 @@ class Sandbox:
     def told(self, text):
         wait_for(f'a line "{text}" of the sandbox', lambda: any(text in line for line in self.lines))
 
+    def publish(self, version):
+        """Another version of the sample editor, published as a deployer does it."""
+        address = next(line for line in self.lines if "update server: https" in line).split()[-1]
+        done = subprocess.run(
+            self.call("volo-publish", "release", "--zip", self.root / "sample-editor.zip", "--version", version, "--platform",
+                      "windows" if self.windows else "linux", "--base-url", address, "--sign-key", self.root / "publisher.key", "--out", self.root / "site"),
+            capture_output=True, text=True, check=False)
+        if done.returncode != 0:
+            raise NotSeen(f"version {version} published: {done.stderr}")
+
     def status(self, deadline=20):
         """The launcher's exit status, once it has ended by itself."""
         return self.process.wait(deadline)
@@ -92,6 +100,12 @@ class Sandbox:
     def name_of(self, path):
         """How the programs call a path."""
         return "Z:" + str(path).replace("/", "\\") if self.windows else str(path)
+
+    def call(self, program, *arguments):
+        """The command that runs one of our programs; paths among the arguments are told as it calls them."""
+        program = str(self.build / "bin" / program)
+        start = [WINE, program + ".exe"] if self.windows else [program]
+        return start + [self.name_of(one) if isinstance(one, pathlib.Path) else one for one in arguments]
 
     def settings(self):
         """Launcher.conf as a dictionary of its lines."""

@@ -26,7 +26,9 @@ EDITOR_COLUMN = (934, 98, 150, 52)
 LIST = (272, 98, 480, 460)
 EMPTY_LIST = (400, 330, 580, 130)
 NOTICE = (240, 68, 700, 26)
+INSTALLS_TAB = (105, 76)
 INSTALLS_CARD = (270, 60, 880, 170)
+INSTALL_ACTION = (900, 160, 250, 60)
 WHOLE = (0, 0, 1180, 740)
 EDITOR_WINDOW = (0, 0, 760, 420)
 DIALOG = (330, 200, 520, 360)
@@ -57,8 +59,8 @@ def check(what, fact):
 
 
 class Tour:
-    def __init__(self, desktop, sandbox, pictures):
-        self.desktop, self.sandbox, self.pictures = desktop, sandbox, pictures
+    def __init__(self, desktop, sandbox, hold, pictures):
+        self.desktop, self.sandbox, self.hold, self.pictures = desktop, sandbox, hold, pictures
         self.window = None
         self.number = 0
 
@@ -119,17 +121,69 @@ class Tour:
     def installation(self):
         self.window.click(row(0))
         self.window.see("Downloading", INSTALLS_CARD)
+        self.window.see("Cancel download", INSTALL_ACTION)
+
+    def waiting_project(self):
         self.window.click(PROJECTS_TAB)
         self.window.see("Installing VOLO Editor before opening this project...", NOTICE)
         check("no editor yet", not self.sandbox.processes("editor.exe"))
 
-    def editor(self, hold):
-        hold.unlink()
+    def verification(self):
+        self.window.click(INSTALLS_TAB)
+        self.release_held("package")
+        self.window.see("Installing editor 1.0.0", INSTALLS_CARD)
+        check("no editor yet", not (self.sandbox.launcher / "editor/editor.exe").exists())
+
+    def editor(self):
+        self.release_held("statement")
         self.see_editor(NAME)
-        marker = self.sandbox.launcher / "editor/.zantor_editor_version"
-        check("the version marker", marker.read_text(encoding="utf-8").strip() == "1.0.0")
+        self.see_marker("1.0.0")
         self.window.come_forward()
+        self.window.see("Installed — version 1.0.0", INSTALLS_CARD)
+
+    def version_in_list(self):
+        self.window.click(PROJECTS_TAB)
         self.window.see("VOLO 1.0.0", EDITOR_COLUMN)
+
+    # --- the editor kept current ---------------------------------------------------------------------------------------
+
+    def release_held(self, what):
+        (self.hold / what).unlink()
+
+    def see_marker(self, version):
+        marker = self.sandbox.launcher / "editor/.zantor_editor_version"
+        check(f"the version marker {version}", marker.read_text(encoding="utf-8").strip() == version)
+
+    def checking(self):
+        self.sandbox.publish("1.1.0")
+        self.window.click(INSTALLS_TAB)
+        (self.hold / "manifest").touch()
+        self.window.click(self.window.find("Check for updates", INSTALL_ACTION))
+        self.window.see("Checking for updates", INSTALLS_CARD)
+
+    def update(self):
+        self.release_held("manifest")
+        self.window.see("Installed — version 1.1.0", INSTALLS_CARD)
+        self.window.see("VOLO 1.1.0", INSTALLS_CARD)
+        self.see_marker("1.1.0")
+
+    def cancel(self):
+        self.sandbox.publish("1.2.0")
+        (self.hold / "package").touch()
+        self.window.click(self.window.find("Check for updates", INSTALL_ACTION))
+        self.window.click(self.window.find("Cancel download", INSTALL_ACTION))
+        self.window.see("Download cancelled.", INSTALLS_CARD)
+        self.window.see("VOLO 1.1.0", INSTALLS_CARD)
+        self.see_marker("1.1.0")
+        check("no part of a package", not list(self.sandbox.launcher.rglob("*.part")))
+
+    def retry(self):
+        self.release_held("package")
+        self.window.click(self.window.find("Retry", INSTALL_ACTION))
+        self.window.see("Installed — version 1.2.0", INSTALLS_CARD)
+        self.see_marker("1.2.0")
+        self.window.click(PROJECTS_TAB)
+        self.window.see("VOLO 1.2.0", EDITOR_COLUMN)
 
     def see_editor(self, name):
         window = self.desktop.window("VOLO Editor")
@@ -241,18 +295,27 @@ def take(build, pictures):
     with tempfile.TemporaryDirectory(prefix="volo-tour-") as folder, Desktop() as desktop:
         root = pathlib.Path(folder) / "world"
         hold = pathlib.Path(folder) / "hold"
-        hold.touch()
+        hold.mkdir()
+        for what in ("package", "statement"):
+            (hold / what).touch()
         with Sandbox(desktop, build, "--projects", str(len(MADE_UP)), "--hold", hold, root=root) as sandbox:
-            tour = Tour(desktop, sandbox, pictures)
+            tour = Tour(desktop, sandbox, hold, pictures)
             tour.step("sign-in", "the sign-in screen", tour.sign_in_screen)
             tour.step("browser", "waiting for the browser", tour.browser)
             tour.step("shell", "signed in as Ada Sandbox", tour.shell)
             tour.step("dialog", "a name for a new project", tour.dialog)
             tour.step("creation", "the project stands first, and on disk byte for byte", tour.creation)
             tour.step("installation", "opening it begins with installing the editor", tour.installation)
-            tour.step("editor", "the editor is installed and shows the project", lambda: tour.editor(hold))
+            tour.step("waiting", "the project waits for it", tour.waiting_project)
+            tour.step("verification", "the package is verified before anything of it is used", tour.verification)
+            tour.step("editor", "the editor is installed and shows the project that waited", tour.editor)
+            tour.step("version", "the list tells the editor's version", tour.version_in_list)
             tour.step("second-click", "a second editor is refused", tour.second_click)
             tour.step("another", "with the editor closed another project opens", tour.another_project)
+            tour.step("checking", "the launcher looks for another version", tour.checking)
+            tour.step("update", "and takes it in", tour.update)
+            tour.step("cancel", "a download is cancelled, and the editor stays", tour.cancel)
+            tour.step("retry", "and comes in at the second try", tour.retry)
             tour.step("search", "the search narrows the list", tour.search)
             tour.step("clear", "the cross brings all back", tour.clear_search)
             tour.step("sort", "the list sorts by name, both ways", tour.sort)

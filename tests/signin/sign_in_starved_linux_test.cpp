@@ -7,6 +7,8 @@
 
 #include "sign_in_fixture.h"
 
+#include "signin/loopback_listener.h"
+
 namespace {
 
 class StarvedSignIn : public SignInTest {
@@ -25,6 +27,11 @@ class StarvedSignIn : public SignInTest {
 };
 
 TEST_F(StarvedSignIn, NoDescriptorForTheListener) {
+    // The sanitizers need descriptors of their own, for types that they have not met before.
+    LoopbackListener undisturbed;
+    ASSERT_TRUE(undisturbed.start(std::make_shared<SignInMailbox>(), "state"));
+    undisturbed.stop();
+
     rlimit before{};
     ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
     const rlimit none{0, before.rlim_max};

@@ -1,0 +1,70 @@
+// Preloaded into a program with a GLFW window: watches how long its frames take. A frame is what lies between two
+// waits for events. On exit one line per frame goes to the file that VOLO_FRAMES names: processor microseconds of the
+// frame's thread, and microseconds by the clock.
+
+#include <dlfcn.h>
+#include <time.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <vector>
+
+namespace {
+
+double microseconds(clockid_t clock) {
+    timespec now{};
+    clock_gettime(clock, &now);
+    return static_cast<double>(now.tv_sec) * 1e6 + static_cast<double>(now.tv_nsec) / 1e3;
+}
+
+struct Frame {
+    double processor = 0.0;
+    double wall = 0.0;
+};
+
+class FrameWatch {
+  public:
+    ~FrameWatch() {
+        const char* path = std::getenv("VOLO_FRAMES");
+        std::FILE* file = path && !frames_.empty() ? std::fopen(path, "w") : nullptr;
+        if (!file) return;
+        for (const Frame& frame : frames_)
+            std::fprintf(file, "%.0f %.0f\n", frame.processor, frame.wall);
+        std::fclose(file);
+    }
+
+    void begin() { began_ = {microseconds(CLOCK_THREAD_CPUTIME_ID), microseconds(CLOCK_MONOTONIC)}; }
+
+    void end() {
+        if (began_.wall > 0.0)
+            frames_.push_back({microseconds(CLOCK_THREAD_CPUTIME_ID) - began_.processor,
+                               microseconds(CLOCK_MONOTONIC) - began_.wall});
+    }
+
+  private:
+    Frame began_;
+    std::vector<Frame> frames_;
+};
+
+FrameWatch watch;
+
+template<typename Function>
+Function original(const char* name) {
+    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
+}
+
+} // namespace
+
+extern "C" void glfwPollEvents() {
+    static const auto poll = original<void (*)()>("glfwPollEvents");
+    watch.end();
+    poll();
+    watch.begin();
+}
+
+extern "C" void glfwWaitEventsTimeout(double seconds) {
+    static const auto wait = original<void (*)(double)>("glfwWaitEventsTimeout");
+    watch.end();
+    wait(seconds);
+    watch.begin();
+}
