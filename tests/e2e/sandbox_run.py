@@ -87,8 +87,9 @@ class Sandbox:
         """Another version of the sample editor, published as a deployer does it."""
         address = next(line for line in self.lines if "update server: https" in line).split()[-1]
         done = subprocess.run(
-            self.call("volo-publish", "release", "--zip", self.root / "sample-editor.zip", "--version", version, "--platform",
-                      "windows" if self.windows else "linux", "--base-url", address, "--sign-key", self.root / "publisher.key", "--out", self.root / "site"),
+            self.call("volo-publish", "release", "--zip", self.root / "sample-editor.zip", "--version", version,
+                      "--platform", "windows" if self.windows else "linux", "--base-url", address,
+                      "--sign-key", self.root / "publisher.key", "--out", self.root / "site"),
             capture_output=True, text=True, check=False)
         if done.returncode != 0:
             raise NotSeen(f"version {version} published: {done.stderr}")

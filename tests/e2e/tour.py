@@ -82,7 +82,7 @@ class Tour:
 
     def sign_in_screen(self):
         self.window = self.desktop.window("VOLO Launcher")
-        check("a window of 1180 x 740", self.window.size() == (1180, 740))
+        wait_for("a window of 1180 x 740", lambda: self.window.size() == (1180, 740))
         self.window.see("Welcome to VOLO Launcher", SIGN_IN_COLUMN)
         self.window.see("Sign in", SIGN_IN_BUTTON)
 
