@@ -12,11 +12,13 @@ import tempfile
 import time
 
 from desktop import Desktop, NotSeen, missing_programs, wait_for
-from sandbox_run import Sandbox, isolate
-from tour import INSTALL_ACTION, INSTALLS_CARD, INSTALLS_TAB, SIGN_IN_BUTTON, SIGN_IN_COLUMN, USER_CARD, WHOLE, check
+from sandbox_run import Sandbox, command_of, is_for_windows, isolate
+from tour import (DIALOG, EDITOR_WINDOW, INSTALL_ACTION, INSTALLS_CARD, INSTALLS_TAB, MADE_UP, NEW_PROJECT, SIGN_IN_BUTTON,
+                  SIGN_IN_COLUMN, STAR_X, USER_CARD, WHOLE, check, name_box, row)
 
 SKIPPED = 77
 GOOGLE_HOSTS = "accounts.google.com oauth2.googleapis.com openidconnect.googleapis.com"
+ADD_PROJECT = (958, 32)
 NOWHERE = (600, 560)  # of the Projects screen: nothing reacts to the pointer there
 
 
@@ -79,14 +81,14 @@ def refused_sign_in(build):
 def bare_environment(folder, display=None):
     """A user's environment with nothing in it but what the launcher asks for."""
     environment = {"PATH": os.environ["PATH"], "HOME": folder, "APPDATA": folder, "XDG_RUNTIME_DIR": folder}
-    for name in ("ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS", "TSAN_OPTIONS"):
+    for name in ("ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS", "TSAN_OPTIONS", "WINEPREFIX"):
         if name in os.environ:
             environment[name] = os.environ[name]
     return {**environment, "DISPLAY": display} if display else environment
 
 
 def start_launcher(build, environment):
-    return subprocess.Popen([str(pathlib.Path(build) / "bin/volo-launcher")], env=environment, text=True,
+    return subprocess.Popen(command_of(build, "volo-launcher"), env=environment, text=True,
                             stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
 
 
@@ -209,7 +211,76 @@ def production_endpoints(build):
             check("exit status 0", sandbox.status() == 0)
 
 
-CHECKS = (leaks, refused_sign_in, second_instance, no_display, idle, damaged_package, production_endpoints)
+def dialogs(build):
+    """Windows' own dialogs, answered with keys: a project from disk, a folder for new ones, and never mind."""
+    with Desktop() as desktop, Sandbox(desktop, build, "--stored-session", "--projects", "2") as sandbox:
+        file = sandbox.root / "home/A project of mine/Mine too.zantorproj"
+        file.parent.mkdir(parents=True)
+        file.write_text("ZantorProject:\n  Name: Mine too\n  FormatVersion: 1\n")
+        window = desktop.window("VOLO Launcher")
+        window.see("Ada Sandbox", USER_CARD)
+        for keys in (["Escape"], [sandbox.name_of(file), "Return"]):
+            before = sandbox.listed()
+            window.click(ADD_PROJECT)
+            dialog = desktop.window("Open")
+            if keys[0] == "Escape":
+                dialog.press("Escape")
+            else:
+                dialog.type(keys[0])
+                dialog.press(keys[1])
+            wait_for("the dialog closed", lambda: not desktop.windows("Open"))
+            window.come_forward()
+            if keys[0] == "Escape":
+                check("nothing added", sandbox.listed() == before)
+        editor = desktop.window("VOLO Editor")  # what is added is opened
+        editor.see("Name: Mine too", EDITOR_WINDOW)
+        editor.close()
+        wait_for("the editor closed", lambda: not desktop.windows("VOLO Editor"))
+        window.come_forward()
+        window.see("Mine too", name_box(0))
+        wait_for("the project in Launcher.conf", lambda: sandbox.listed() == ["Mine too", *before])
+
+        window.click(NEW_PROJECT)
+        for key, location in (("Escape", "home\\Documents\\VOLO Projects"), ("Return", "Desktop")):
+            window.click(window.find("Browse", DIALOG))
+            dialog = desktop.window("Browse for Folder")
+            dialog.see("Choose project location", (0, 0, 320, 60))
+            dialog.press(key)
+            wait_for("the dialog closed", lambda: not desktop.windows("Browse for Folder"))
+            window.come_forward()
+            window.see(location, DIALOG)
+        window.press("Escape")
+        window.close()
+        check("exit status 0", sandbox.status() == 0)
+
+
+def both_platforms(build):
+    """What one platform's launcher writes into Launcher.conf the other's reads."""
+    other = pathlib.Path(build).resolve().parent / "linux"
+    if not (other / "bin/volo-sandbox").exists():
+        print("SKIPPED: there is no Linux build beside this one")
+        sys.exit(SKIPPED)
+    with tempfile.TemporaryDirectory() as root, Desktop() as desktop:
+        starred = ["Hernia repair"]
+        for which, star, made_up in ((build, "Cholecystectomy", ["--projects", "4"]), (other, "Appendectomy", []),
+                                     (build, "Colonoscopy", [])):
+            with Sandbox(desktop, which, "--stored-session", *made_up, root=root) as sandbox:
+                window = desktop.window("VOLO Launcher")
+                window.see("Ada Sandbox", USER_CARD)
+                check("the made-up projects", sandbox.listed() == MADE_UP)
+                place = MADE_UP.index(star)
+                window.see(star, name_box(place))
+                window.click(row(place, STAR_X))
+                starred.append(star)
+                wait_for(f"{starred} starred in Launcher.conf", lambda: sorted(starred) == sorted(sandbox.favourites()))
+                ends = {line[-1:] for line in sandbox.settings_file.read_bytes().split(b"\n")[:-1]}
+                check(f"the platform's line ends, not {ends}", (ends == {b"\r"}) == sandbox.windows)
+                window.close()
+                check("exit status 0", sandbox.status() == 0)
+
+
+CHECKS = (leaks, refused_sign_in, second_instance, no_display, idle, damaged_package, production_endpoints,
+          dialogs, both_platforms)
 
 
 def main():
@@ -221,7 +292,7 @@ def main():
         print("SKIPPED: not installed: " + ", ".join(missing_programs()))
         sys.exit(SKIPPED)
     one = next(one for one in CHECKS if one.__name__ == arguments.name)
-    if one is not production_endpoints:
+    if one is not production_endpoints and not is_for_windows(arguments.build):
         isolate()  # where it is permitted
     try:
         one(arguments.build)

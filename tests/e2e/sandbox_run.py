@@ -13,9 +13,17 @@ from desktop import NotSeen, wait_for
 ISOLATED = "VOLO_E2E_ISOLATED"
 WINE = str(pathlib.Path(__file__).resolve().parents[2] / "cmake/wine-run")
 
+os.environ.setdefault("WINEPREFIX", str(pathlib.Path(os.environ.get("XDG_CACHE_HOME", pathlib.Path.home() / ".cache"),
+                                                     "volo-launcher/wine")))
+
 
 def is_for_windows(build):
     return (pathlib.Path(build) / "bin/volo-launcher.exe").exists()
+
+
+def command_of(build, program):
+    path = str(pathlib.Path(build) / "bin" / program)
+    return [WINE, path + ".exe"] if is_for_windows(build) else [path]
 
 
 def permitted_namespaces(*kinds):
@@ -49,7 +57,7 @@ class Sandbox:
         self.temporary = None if root else tempfile.TemporaryDirectory(prefix="volo-e2e-")
         self.root = pathlib.Path(root or self.temporary.name).resolve()
         self.windows = is_for_windows(build)
-        self.build = pathlib.Path(build)
+        self.build = build
         self.command = self.call("volo-sandbox", "--root", self.root, *options)
         self.launcher = self.root / "apps/volo/launcher"
         self.settings_file = self.root / "home/AppData/ZANTOR/Launcher.conf"
@@ -104,9 +112,7 @@ class Sandbox:
 
     def call(self, program, *arguments):
         """The command that runs one of our programs; paths among the arguments are told as it calls them."""
-        program = str(self.build / "bin" / program)
-        start = [WINE, program + ".exe"] if self.windows else [program]
-        return start + [self.name_of(one) if isinstance(one, pathlib.Path) else one for one in arguments]
+        return command_of(self.build, program) + [self.name_of(one) if isinstance(one, pathlib.Path) else one for one in arguments]
 
     def settings(self):
         """Launcher.conf as a dictionary of its lines."""
@@ -121,6 +127,11 @@ class Sandbox:
         settings = self.settings()
         return [settings[f"Projects%5C{number}%5Cname"]
                 for number in range(1, int(settings.get("Projects%5Csize", "0")) + 1)]
+
+    def favourites(self):
+        settings = self.settings()
+        return [name for number, name in enumerate(self.listed(), 1)
+                if settings[f"Projects%5C{number}%5Cfavorite"] == "true"]
 
     def processes(self, program):
         """The living processes of this run whose executable has this name: a list of their folders in /proc."""
