@@ -20,7 +20,7 @@
 #include "sandbox/identity_provider.h"
 #include "sandbox/sample_release.h"
 #include "sandbox/staging.h"
-#include "sandbox/trusted_authority.h"
+#include "sandbox/system_trust.h"
 #include "sandbox/update_server.h"
 #include "system/operating_system.h"
 
@@ -176,7 +176,7 @@ class Sandbox {
     SandboxPlaces places_;
     CertificateAuthority authority_;
     IdentityProviderAccount account_;
-    std::optional<TrustedAuthority> trust_;
+    std::optional<SystemTrust> trust_;
     std::unique_ptr<IdentityProvider> identity_;
     std::unique_ptr<UpdateServer> updates_;
     EventReport events_;

@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-// The default browser is an entry of the registry: of a Windows of the sandbox's own, see trusted_authority.h.
+// The default browser is an entry of the registry: of a Windows of the sandbox's own, see system_trust.h.
 bool stageBrowser(const SandboxPlaces& places, const std::filesystem::path& browser, const std::string& command,
                   std::string& failureText) {
     const std::filesystem::path copy = places.bin / "volo-sandbox-browser.exe";

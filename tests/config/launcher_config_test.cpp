@@ -1,6 +1,5 @@
 #include "config/launcher_config.h"
 #include "support/temporary_folder.h"
-#include "system/operating_system.h"
 
 #include <gtest/gtest.h>
 
@@ -118,10 +117,6 @@ TEST(LauncherConfig, PlatformQueryIsSetByBytes) {
     };
     for (const auto& [url, expected] : cases)
         EXPECT_EQ(withPlatformQuery(url), expected);
-}
-
-TEST(LauncherConfig, LoadLooksBesideTheExecutable) {
-    EXPECT_EQ(loadLauncherConfig().message, loadLauncherConfigFrom(launcherDirectory()).message);
 }
 
 } // namespace

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "support/package_making.h"
-#include "support/python.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -89,21 +88,12 @@ TEST_F(Container, ReadsKeysAsPeoplePasteThem) {
     ASSERT_NE(urlSafe, key);
     const std::string bare = key.substr(0, 43);
     const std::string wrongLength = "Invalid decryption key length.";
-    const std::pair<std::string, std::string> cases[] = {
-        {key, ""},
-        {urlSafe, ""},
-        {bare, ""},
-        {"  " + key.substr(0, 20) + "\r\n\t.!" + key.substr(20) + "\n", ""},
-        {bare + "=AAAA", ""}, // "=" ends it
-        {bare + "A", wrongLength},
-        {bare.substr(0, 42), wrongLength},
-        {key.substr(0, 20) + "=" + key.substr(20), wrongLength},
-        {"", wrongLength},
-        {"=" + key, wrongLength},
-        {"!\"$%&()*,.:;<>?@[]^`{|}~\xC3\xA9", wrongLength},
-    };
-    for (const auto& [text, failure] : cases)
-        EXPECT_EQ(decrypt(container, text), failure) << text;
+    for (const std::string& text : {key, urlSafe, bare, "  " + key.substr(0, 20) + "\r\n\t.!" + key.substr(20) + "\n",
+                                    bare + "=AAAA"}) // "=" ends it
+        EXPECT_EQ(decrypt(container, text), "") << text;
+    for (const std::string& text : {bare + "A", bare.substr(0, 42), key.substr(0, 20) + "=" + key.substr(20),
+                                    std::string(), "=" + key, std::string("!\"$%&()*,.:;<>?@[]^`{|}~\xC3\xA9")})
+        EXPECT_EQ(decrypt(container, text), wrongLength) << text;
 
     // The key is judged before any file is touched.
     std::string failure;
@@ -117,31 +107,9 @@ TEST_F(Container, ReadsKeysAsPeoplePasteThem) {
 }
 
 TEST_F(Container, IsToldFromAnArchiveByItsFirstEightBytes) {
-    const std::pair<std::string, bool> cases[] = {
-        {std::string("ZANTOR1\0", 8), true},
-        {std::string("ZANTOR1\0more", 12), true},
-        {"ZANTOR1", false},
-        {"ZANTOR11", false},
-        {"", false},
-        {"PK\3\4xxxxxxx", false},
-    };
-    for (const auto& [bytes, is] : cases)
-        EXPECT_EQ(isEncryptedPackage(folder.write("p", bytes).string()), is) << bytes;
+    const std::string magic("ZANTOR1\0", 8);
+    for (const std::string& bytes :
+         {magic, magic + "more", std::string("ZANTOR1"), std::string("ZANTOR11"), std::string()})
+        EXPECT_EQ(isEncryptedPackage(folder.write("p", bytes).string()), bytes.starts_with(magic)) << bytes;
     EXPECT_FALSE(isEncryptedPackage((folder / "missing").string()));
-}
-
-TEST_F(Container, OpensWhatAnotherLibrarySealed) {
-    const std::string script = R"(
-import os, struct, sys
-from cryptography.hazmat.primitives.ciphers.aead import AESGCM
-key, nonce, data = os.urandom(32), os.urandom(12), os.urandom(100000)
-sealed = AESGCM(key).encrypt(nonce, data, None)
-open('package', 'wb').write(b'ZANTOR1\0\x01\x0c\x10\x99' + struct.pack('>Q', len(data)) + nonce + sealed)
-open('plain', 'wb').write(data)
-open('key', 'wb').write(__import__('base64').b64encode(key))
-)";
-    if (!runPython(script, folder.path(), "cryptography")) GTEST_SKIP() << "python3 with cryptography is missing";
-    EXPECT_EQ(decrypt(readFileBytes(folder / "package"), readFileBytes(folder / "key")), "");
-    EXPECT_EQ(output(), readFileBytes(folder / "plain"));
-    EXPECT_EQ(output().size(), 100000u);
 }

@@ -1,23 +1,11 @@
 #include "install/install_world.h"
 
-#include <chrono>
-#include <thread>
-
 #include <gtest/gtest.h>
 
-#include "support/settable_system.h"
+#include "support/eventually.h"
+#include "support/recording_system.h"
 
 namespace fs = std::filesystem;
-
-static const CertificateAuthority& authority() {
-    static const CertificateAuthority instance;
-    return instance;
-}
-
-const ServerIdentity& InstallWorld::identity() {
-    static const ServerIdentity instance = authority().issue({{"localhost"}, {"127.0.0.1"}, "localhost"});
-    return instance;
-}
 
 Tree treeOf(const fs::path& directory) {
     Tree tree;
@@ -33,15 +21,10 @@ InstallWorld::InstallWorld()
     , downloads(folder / "downloads")
     , editor(launcher / "editor")
     , staging(launcher / "editor-staging")
-    , trust_("SSL_CERT_FILE", (folder / "root.pem").string())
-    , server_(identity(), [this](TlsConnection& connection) { answer(connection); }) {
-    EXPECT_TRUE(authority().writeRoot((folder / "root.pem").string()));
+    , server_(TrustedAuthority::loopback(), [this](TlsConnection& connection) { answer(connection); }) {
+    manifestUrl = url("/manifest");
     fs::create_directories(launcher);
-    setLauncherDirectory(launcher.string());
-}
-
-InstallWorld::~InstallWorld() {
-    setCurrentTime(0);
+    recordingSystem().launcherDirectory = launcher.string();
 }
 
 void InstallWorld::answer(TlsConnection& connection) {
@@ -98,8 +81,24 @@ bool InstallWorld::oldEditorIsUntouched() const {
 }
 
 EditorInstallState& InstallWorld::state(const ArtifactAuthenticity& authenticity) {
-    if (!state_) state_ = std::make_unique<EditorInstallState>(url("/manifest"), downloads.string(), authenticity);
+    if (!state_) state_ = std::make_unique<EditorInstallState>(manifestUrl, downloads.string(), authenticity);
     return *state_;
+}
+
+std::ostream& operator<<(std::ostream& out, const Outcome& outcome) {
+    out << "status " << static_cast<int>(outcome.status) << ", " << outcome.message << ", rows";
+    for (const DownloadStatus row : outcome.rows)
+        out << ' ' << static_cast<int>(row);
+    return out;
+}
+
+Outcome failed(const std::string& message, std::vector<DownloadStatus> rows) {
+    return {EditorInstallStatus::Failed, message, std::move(rows)};
+}
+
+Outcome installed(const std::string& version, std::size_t rows) {
+    return {EditorInstallStatus::Installed, "Installed — version " + version,
+            std::vector(rows, DownloadStatus::Installed)};
 }
 
 Outcome InstallWorld::run() {
@@ -107,27 +106,16 @@ Outcome InstallWorld::run() {
     return finish();
 }
 
-static bool isBusy(EditorInstallStatus status) {
-    return status >= EditorInstallStatus::Checking && status <= EditorInstallStatus::Installing;
-}
-
 Outcome InstallWorld::finish() {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    while (isBusy(state().status()) && std::chrono::steady_clock::now() < deadline)
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    EXPECT_TRUE(eventually(
+        [this] {
+            const EditorInstallStatus status = state().status();
+            return status < EditorInstallStatus::Checking || status > EditorInstallStatus::Installing;
+        },
+        std::chrono::seconds(60)));
     state().joinIfFinished();
     Outcome outcome{state().status(), state().statusMessage(), {}};
-    EXPECT_FALSE(isBusy(outcome.status)) << "still " << outcome.message;
     for (const DownloadRecord& row : state().downloadsSnapshot())
         outcome.rows.push_back(row.status);
     return outcome;
-}
-
-bool InstallWorld::waitFor(EditorInstallStatus status) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    while (state().status() != status) {
-        if (std::chrono::steady_clock::now() > deadline) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
 }

@@ -2,18 +2,14 @@
 
 // A launcher's directory, its downloads, and an update server with a trusted certificate: what an install run needs.
 
-#include <filesystem>
-#include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
-#include <string>
-#include <vector>
 
 #include "install/editor_install_state.h"
 #include "support/package_making.h"
-#include "support/scoped_environment.h"
-#include "support/temporary_folder.h"
 #include "support/tls_server.h"
+#include "support/trusted_authority.h"
 
 // Names below a directory, "/" between parts; the value is a file's bytes, or "<directory>".
 using Tree = std::map<std::string, std::string>;
@@ -23,13 +19,16 @@ Tree treeOf(const std::filesystem::path& directory);
 struct Outcome {
     EditorInstallStatus status = EditorInstallStatus::Idle;
     std::string message;
-    std::vector<DownloadStatus> rows;
+    std::vector<DownloadStatus> rows; // newest first
+    bool operator==(const Outcome&) const = default;
 };
+std::ostream& operator<<(std::ostream& out, const Outcome& outcome);
+Outcome failed(const std::string& message, std::vector<DownloadStatus> rows);
+Outcome installed(const std::string& version, std::size_t rows); // each of them installed
 
 class InstallWorld {
   public:
     InstallWorld();
-    ~InstallWorld();
 
     TemporaryFolder folder;
     const std::filesystem::path launcher; // three levels down: the search looks two levels up
@@ -51,16 +50,15 @@ class InstallWorld {
     void installOldEditor() const;
     [[nodiscard]] bool oldEditorIsUntouched() const;
 
+    std::string manifestUrl; // to be changed ahead of the first run
     EditorInstallState& state(const ArtifactAuthenticity& authenticity = {});
     Outcome run();    // one whole run of state()
     Outcome finish(); // of a run that has been started
-    bool waitFor(EditorInstallStatus status);
 
   private:
-    static const ServerIdentity& identity();
     void answer(TlsConnection& connection);
 
-    ScopedEnvironment trust_;
+    TrustedAuthority trust_;
     std::mutex mutex_; // guards answers_
     std::map<std::string, Answer> answers_;
     TlsServer server_;

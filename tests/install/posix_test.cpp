@@ -53,7 +53,7 @@ TEST(PackageDownload, AFullDiskFailsTheTransfer) {
         setrlimit(RLIMIT_FSIZE, &full);
         const Outcome outcome = world.run();
         setrlimit(RLIMIT_FSIZE, &before);
-        EXPECT_EQ(outcome.message, "The editor package download failed.") << limit;
+        EXPECT_EQ(outcome, failed("The editor package download failed.", {DownloadStatus::Failed})) << limit;
         EXPECT_EQ(treeOf(world.downloads), Tree{}) << limit;
     }
 }
@@ -80,9 +80,7 @@ TEST(InstallPipeline, AFailedSwapLeavesNoStagingAndNoHalfAnEditor) {
         ASSERT_EQ(seteuid(65534), 0);
         const Outcome outcome = world.run();
         ASSERT_EQ(seteuid(0), 0);
-        EXPECT_EQ(outcome.message, "Could not move the extracted editor into place.");
-        EXPECT_EQ(outcome.status, EditorInstallStatus::Failed);
-        EXPECT_EQ(outcome.rows, std::vector{DownloadStatus::Installing});
+        EXPECT_EQ(outcome, failed("Could not move the extracted editor into place.", {DownloadStatus::Installing}));
         EXPECT_FALSE(fs::exists(world.staging));
         EXPECT_EQ(world.oldEditorIsUntouched(), nothingCanGo);
         EXPECT_EQ(fs::exists(world.editor / "editor.exe"), nothingCanGo);

@@ -60,26 +60,27 @@ TEST(ProjectOrder, WhatIsShownIsTheRuleAppliedNaively) {
 TEST(ProjectOrder, PairsThatAreEasilyOrderedWrongly) {
     UiHarness ui;
     LauncherApp& app = ui.startSignedIn();
-    struct Case {
+    const auto entry = [](const char* name, const char* platform, const char* version, std::int64_t time,
+                          bool star = false) { return ProjectEntry{name, "", platform, version, time, star}; };
+    const auto named = [&](const char* name, std::int64_t time, bool star = false) {
+        return entry(name, "", "", time, star);
+    };
+    const struct {
         const char* name;
         ProjectEntry first, second; // in ascending order
         ProjectSortColumn column;
-        bool reversesWithDirection;
+        bool reversesWithDirection = true;
+    } cases[] = {
+        {"continuation", named("abc", 1), named("abcd", 9), ProjectSortColumn::Name},
+        {"case only: newest first", named("Alpha", 9), named("alpha", 1), ProjectSortColumn::Name, false},
+        {"high bytes are unsigned", named("z", 1), named("\xC3\xBC", 9), ProjectSortColumn::Name},
+        {"folds to lower, not upper", named("_", 1), named("A", 9), ProjectSortColumn::Name},
+        {"empty platform sorts as its label", named("", 1), entry("", "Windows y", "", 9), ProjectSortColumn::Platform},
+        {"empty version sorts as its label", entry("", "", "VOLO D", 1), named("", 9),
+         ProjectSortColumn::EditorVersion},
+        {"the default column knows no direction", named("b", 9), named("a", 1), ProjectSortColumn::LastOpened, false},
     };
-    const auto named = [](const char* name, std::int64_t time, bool star = false) {
-        return ProjectEntry{name, "", "", "", time, star};
-    };
-    for (const Case& c :
-         {Case{"continuation", named("abc", 1), named("abcd", 9), ProjectSortColumn::Name, true},
-          {"case only: newest first", named("Alpha", 9), named("alpha", 1), ProjectSortColumn::Name, false},
-          {"high bytes are unsigned", named("z", 1), named("\xC3\xBC", 9), ProjectSortColumn::Name, true},
-          {"folds to lower, not upper", named("_", 1), named("A", 9), ProjectSortColumn::Name, true},
-          {"empty platform sorts as its label", ProjectEntry{"", "", "", "", 1, false},
-           ProjectEntry{"", "", "Windows y", "", 9, false}, ProjectSortColumn::Platform, true},
-          {"empty version sorts as its label", ProjectEntry{"", "", "", "VOLO D", 1, false},
-           ProjectEntry{"", "", "", "", 9, false}, ProjectSortColumn::EditorVersion, true},
-          {"the default column knows no direction", named("b", 9), named("a", 1), ProjectSortColumn::LastOpened,
-           false}}) {
+    for (const auto& c : cases) {
         app.sortColumn = c.column;
         for (const bool ascending : {true, false}) {
             app.sortAscending = ascending;
@@ -98,63 +99,35 @@ TEST(ProjectOrder, PairsThatAreEasilyOrderedWrongly) {
 }
 
 TEST(ProjectSearch, TermsAreWordsInLowerCase) {
-    struct Case {
-        std::string text;
-        Texts terms;
+    const std::pair<std::string, Texts> cases[] = {
+        {"", {}},           {" \t ", {}},   {" \tfoo\t BAR ", {"foo", "bar"}},
+        {"a\nb", {"a\nb"}}, {"ÜX", {"Üx"}}, {std::string("one\0two", 7), {"one"}},
     };
-    for (const Case& c : {Case{"", {}},
-                          {" \t ", {}},
-                          {" \tfoo\t BAR ", {"foo", "bar"}},
-                          {"a\nb", {"a\nb"}},
-                          {"\xC3\x9C"
-                           "X",
-                           {"\xC3\x9C"
-                            "x"}},
-                          {std::string("one\0two", 7), {"one"}}}) {
-        EXPECT_EQ(searchTerms(c.text), c.terms) << c.text;
-    }
+    for (const auto& [text, terms] : cases)
+        EXPECT_EQ(searchTerms(text), terms) << text;
 }
 
 TEST(ProjectSearch, EveryTermMustOccurInNameOrPath) {
     const std::vector<ProjectEntry> projects = {{"Foo", "/a/Bar/x.zantorproj", "Linux", "9", 1, false},
                                                 {"bar", "/a/b/y.zantorproj", "foo", "", 2, true},
                                                 {"my foobar", "/q", "", "", 3, false}};
-    struct Case {
-        Texts terms;
-        std::vector<std::int32_t> kept;
+    const std::pair<Texts, std::vector<std::int32_t>> cases[] = {
+        {{}, {0, 1, 2}},          {{"foo"}, {0, 2}}, // the platform does not take part
+        {{"foo", "bar"}, {0, 2}}, {{"zantorproj"}, {0, 1}}, {{"obar"}, {2}}, {{"linux"}, {}},
     };
-    for (const Case& c : {Case{{}, {0, 1, 2}},
-                          {{"foo"}, {0, 2}}, // the platform does not take part
-                          {{"foo", "bar"}, {0, 2}},
-                          {{"zantorproj"}, {0, 1}},
-                          {{"obar"}, {2}},
-                          {{"linux"}, {}}}) {
-        EXPECT_EQ(filterProjects(projects, c.terms), c.kept);
-        EXPECT_TRUE(filterProjects({}, c.terms).empty());
-    }
-}
-
-TEST(ProjectList, NewestFirstAndEqualTimesKeepTheirOrder) {
-    std::vector<ProjectEntry> projects = {{"never", "", "", "", 0, false},
-                                          {"a", "", "", "", 5, false},
-                                          {"new", "", "", "", 9, false},
-                                          {"b", "", "", "", 5, false}};
-    sortByLastOpened(projects);
-    Texts names;
-    for (const ProjectEntry& entry : projects)
-        names.push_back(entry.name);
-    EXPECT_EQ(names, (Texts{"new", "a", "b", "never"}));
+    for (const auto& [terms, kept] : cases)
+        EXPECT_EQ(filterProjects(projects, terms), kept);
 }
 
 TEST(ProjectFolder, IsTheParentOfAProjectFileOnly) {
-    for (const auto& [path, folder] :
-         std::vector<std::pair<std::string, std::string>>{{"/a/b/c.zantorproj", "/a/b"},
-                                                          {"/a/b/c.ZANTORPROJ", "/a/b/c.ZANTORPROJ"},
-                                                          {"/a/b/.zantorproj", "/a/b/.zantorproj"},
-                                                          {"/a/b", "/a/b"},
-                                                          {"/a/b.txt/c.d.zantorproj", "/a/b.txt"}}) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"/a/b/c.zantorproj", "/a/b"},
+        {"/a/b/c.ZANTORPROJ", "/a/b/c.ZANTORPROJ"},
+        {"/a/b/.zantorproj", "/a/b/.zantorproj"},
+        {"/a/b", "/a/b"},
+    };
+    for (const auto& [path, folder] : cases)
         EXPECT_EQ(projectDirectory(path), folder);
-    }
     const TemporaryFolder disk;
     disk.write("there/other.txt", "");
     EXPECT_FALSE(isProjectMissing((disk / "there/gone.zantorproj").string())) << "the folder stands";
@@ -174,14 +147,10 @@ TEST(ProjectsScreen, TenThousandProjectsFitIntoAFrame) {
     LauncherApp& app = ui.startSignedIn();
     std::vector<ProjectEntry> projects(10000);
     std::mt19937 random(1);
-    for (std::size_t i = 0; i < projects.size(); ++i) {
-        const std::string name = "Laparoscopic Training " + std::to_string(random() % 100000);
-        projects[i] = {name,
-                       "/home/developer/Documents/VOLO Projects/" + name + "/" + name + ".zantorproj",
-                       "",
-                       "",
-                       static_cast<std::int64_t>(projects.size() - i),
-                       i % 7 == 0};
+    for (ProjectEntry& entry : projects) {
+        entry.name = "Laparoscopic Training " + std::to_string(random() % 100000);
+        entry.path = "/home/developer/Documents/VOLO Projects/" + entry.name + "/" + entry.name + ".zantorproj";
+        entry.favorite = random() % 7 == 0;
     }
     app.settings->setProjects(projects);
     ui.frames(3);
@@ -190,12 +159,10 @@ TEST(ProjectsScreen, TenThousandProjectsFitIntoAFrame) {
         for (int i = 0; i < 5; ++i)
             best = std::min(best, ui.frameMilliseconds());
         std::printf("[ 10,000   ] %-16s %.2f ms\n", what, best);
-        if (bounded) {
-            EXPECT_LT(best, 16.0) << what;
-        }
+        EXPECT_LT(best, bounded ? 16.0 : 1e9) << what;
     };
-    measure("unsorted");
-    for (const auto& [column, label] : {std::pair{ProjectSortColumn::Name, "by name"},
+    for (const auto& [column, label] : {std::pair{ProjectSortColumn::LastOpened, "unsorted"},
+                                        {ProjectSortColumn::Name, "by name"},
                                         {ProjectSortColumn::Platform, "by platform"},
                                         {ProjectSortColumn::EditorVersion, "by editor"}}) {
         app.sortColumn = column;

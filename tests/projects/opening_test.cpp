@@ -1,14 +1,11 @@
 // From a project to a running editor: opening, waiting for the install, adding and creating.
 
-#include <functional>
-
 #include <gtest/gtest.h>
 
 #include "install/editor_location.h"
-#include "sandbox/certificate_authority.h"
 #include "support/eventually.h"
-#include "support/scoped_environment.h"
 #include "support/tls_server.h"
+#include "support/trusted_authority.h"
 #include "support/ui_harness.h"
 
 namespace {
@@ -34,53 +31,48 @@ struct Opening : UiHarness {
 TEST(EditorSearch, GoesFromTheVariableToTheNeighbourhood) {
     UiHarness ui;
     LauncherApp& app = ui.startSignedIn();
-    struct Place {
-        const char* editor;
-        std::function<void()> enable;
+    const auto enable = [&](const std::string& place) {
+        if (place.starts_with("chosen")) app.settings->setInstallPath((ui.folder / "chosen").string());
+        if (place.starts_with("variable"))
+            recordingSystem().environment["ZANTOR_DIR"] = (ui.folder / "variable").string();
     };
-    // Each place wins over those before it.
-    const std::vector<Place> places = {
-        {"launcher/editor.exe", [] {}}, // one level up
-        {"launcher/here/editor/bin/editor.exe", [] {}},
-        {"chosen/editor.exe", [&] { app.settings->setInstallPath((ui.folder / "chosen").string()); }},
-        {"variable/bin/editor.exe",
-         [&] { recordingSystem().environment["ZANTOR_DIR"] = (ui.folder / "variable").string(); }}};
     EXPECT_EQ(resolveEditorExecutable(app), "");
-    for (const Place& place : places) {
-        ui.folder.write(place.editor, "");
-        place.enable();
-        EXPECT_EQ(resolveEditorExecutable(app), (ui.folder / place.editor).string());
+    // Each place wins over those before it; the first is one level up.
+    for (const std::string place : {"launcher/editor.exe", "launcher/here/editor/bin/editor.exe", "chosen/editor.exe",
+                                    "variable/bin/editor.exe"}) {
+        ui.folder.write(place, "");
+        enable(place);
+        EXPECT_EQ(resolveEditorExecutable(app), (ui.folder / place).string());
     }
     EXPECT_EQ(findEditorNearLauncher(), (ui.folder / "launcher/editor.exe").string())
         << "neither variable nor setting makes an install unnecessary";
 }
 
 TEST(OpenProject, GuardsInTheirOrder) {
-    struct Case {
+    const struct {
         const char* name;
         bool running, editor, exists;
-        const char* manifest;
         std::string error;
-        LauncherTab tab;
-        std::size_t launches;
+        LauncherTab tab = LauncherTab::Projects;
+    } cases[] = {
+        {"a running editor comes first", true, false, false, kAlreadyOpen},
+        {"placeholder in the manifest's address", false, false, false, kNotInstalled, LauncherTab::Installs},
+        {"project gone", false, true, false, "The project no longer exists:\n"},
+        {"all well", false, true, true, ""},
     };
-    for (const Case& c :
-         {Case{"a running editor comes first", true, false, false, "", kAlreadyOpen, LauncherTab::Projects, 0},
-          {"placeholder in the middle", false, false, false, "https://h/YOUR_x", kNotInstalled, LauncherTab::Installs,
-           0},
-          {"project gone", false, true, false, "", "The project no longer exists:\n", LauncherTab::Projects, 0},
-          {"all well", false, true, true, "", "", LauncherTab::Projects, 1}}) {
+    for (const auto& c : cases) {
+        const bool opens = c.error.empty();
         Opening ui;
         if (c.editor) ui.installEditor();
-        LauncherApp& app = ui.begin(c.manifest);
+        LauncherApp& app = ui.begin("https://h/YOUR_x");
         ui.system.editorRunning = c.running;
         const std::string path = c.exists ? ui.path(0) : (ui.folder / "gone/p.zantorproj").string();
         std::string error;
-        EXPECT_EQ(app.openProjectPath(path, error), c.launches == 1) << c.name;
+        EXPECT_EQ(app.openProjectPath(path, error), opens) << c.name;
         EXPECT_EQ(error, c.error.ends_with('\n') ? c.error + path : c.error) << c.name;
         EXPECT_EQ(app.activeTab, c.tab) << c.name;
-        EXPECT_EQ(ui.system.launches.size(), c.launches) << c.name;
-        EXPECT_EQ(app.lastEditorLaunchTime, c.launches == 1 ? 1000000 : 0) << c.name;
+        EXPECT_EQ(ui.system.launches.size(), opens ? 1u : 0u) << c.name;
+        EXPECT_EQ(app.lastEditorLaunchTime, opens ? 1000000 : 0) << c.name;
         EXPECT_TRUE(app.pendingOpenProjectPath.empty()) << c.name;
     }
 }
@@ -141,11 +133,8 @@ TEST(PendingOpen, AFailedInstallGivesTheProjectUpWithItsMessage) {
 // The run in which the editor turns up is under way when the project is opened.
 TEST(PendingOpen, WaitsWhileARunIsBusyAndOpensWhenItEnds) {
     Opening ui;
-    const CertificateAuthority authority;
-    ASSERT_TRUE(authority.writeRoot((ui.folder / "root.pem").string()));
-    const ScopedEnvironment trust("SSL_CERT_FILE", (ui.folder / "root.pem").string());
-    auto server = std::make_unique<TlsServer>(authority.issue({{"localhost"}, {"127.0.0.1"}, "localhost"}),
-                                              [](TlsConnection& connection) { connection.stall(); });
+    const TrustedAuthority trust;
+    auto server = std::make_unique<TlsServer>(TrustedAuthority::loopback(), [](TlsConnection& c) { c.stall(); });
     LauncherApp& app = ui.begin("https://127.0.0.1:" + std::to_string(server->port()) + "/m");
     ui.frame(); // the shell's check hangs
     app.openProjectRow(1);
@@ -195,31 +184,31 @@ TEST(PendingOpen, AnEditorThatVanishedKeepsItWaitingAndAGoneProjectIsTold) {
 }
 
 TEST(AddFromDisk, ListsAndOpens) {
+    const std::string bad = "Starting the editor process failed (error 2).";
     enum class After { Launched, Popup, Silent, Waiting, Refused, Nothing };
-    struct Case {
+    const struct {
         const char* name;
-        const char* picked; // below the harness's folder; empty: cancelled
-        bool running;
-        std::int64_t sinceLaunch;
-        bool editor;
-        std::string launchError;
+        std::string picked; // below the harness's folder; empty: cancelled
         After after;
         const char* first; // name of the first entry afterwards
-        std::size_t count;
+        std::int64_t sinceLaunch = 99;
+        bool running = false, editor = true;
+    } cases[] = {
+        {"editor runs", "x/a.b.zantorproj", After::Refused, "new", 99, true},
+        {"launched a second ago", "x/p.zantorproj", After::Refused, "new", 1},
+        {"two seconds ago", "x/p.zantorproj", After::Launched, "p", 2},
+        {"cancelled", "", After::Nothing, "new"},
+        {"stem only", "x/a.b.zantorproj", After::Launched, "a.b"},
+        {"normal form", "x/../x/./p.zantorproj", After::Launched, "p"},
+        {"no stem", "x/.zantorproj", After::Launched, ".zantorproj"},
+        {"new, fails", "x/p.zantorproj", After::Popup, "p"},
+        {"listed", "projects/old/old.zantorproj", After::Launched, "old"},
+        {"listed, fails", "projects/old/old.zantorproj", After::Silent, "old"},
+        {"no editor", "projects/old/old.zantorproj", After::Waiting, "old", 99, false, false},
     };
-    const std::string bad = "Starting the editor process failed (error 2).";
-    for (const Case& c :
-         {Case{"editor runs", "x/a.b.zantorproj", true, 99, true, "", After::Refused, "new", 2},
-          {"launched a second ago", "x/p.zantorproj", false, 1, true, "", After::Refused, "new", 2},
-          {"two seconds ago", "x/p.zantorproj", false, 2, true, "", After::Launched, "p", 3},
-          {"cancelled", "", false, 99, true, "", After::Nothing, "new", 2},
-          {"stem only", "x/a.b.zantorproj", false, 99, true, "", After::Launched, "a.b", 3},
-          {"normal form", "x/../x/./p.zantorproj", false, 99, true, "", After::Launched, "p", 3},
-          {"no stem", "x/.zantorproj", false, 99, true, "", After::Launched, ".zantorproj", 3},
-          {"new, fails", "x/p.zantorproj", false, 99, true, bad, After::Popup, "p", 3},
-          {"listed", "projects/old/old.zantorproj", false, 99, true, "", After::Launched, "old", 2},
-          {"listed, fails", "projects/old/old.zantorproj", false, 99, true, bad, After::Silent, "old", 2},
-          {"no editor", "projects/old/old.zantorproj", false, 99, false, "", After::Waiting, "old", 2}}) {
+    for (const auto& c : cases) {
+        const bool refused = c.after == After::Refused, changed = !refused && c.after != After::Nothing;
+        const bool isNew = changed && c.picked.starts_with("x"), tried = changed && c.after != After::Waiting;
         SCOPED_TRACE(c.name);
         Opening ui;
         ui.folder.write("x/p.zantorproj", "");
@@ -227,23 +216,20 @@ TEST(AddFromDisk, ListsAndOpens) {
         if (c.editor) ui.installEditor();
         LauncherApp& app = ui.begin(kNoServer);
         ui.system.editorRunning = c.running;
-        ui.system.launchError = c.launchError;
-        if (*c.picked) ui.system.pickedFile = ui.folder.string() + "/" + c.picked;
+        if (c.after == After::Popup || c.after == After::Silent) ui.system.launchError = bad;
+        if (!c.picked.empty()) ui.system.pickedFile = ui.folder.string() + "/" + c.picked;
         app.lastEditorLaunchTime = 1000000 - c.sinceLaunch;
         app.noticeText = "before";
         app.addProjectFromDisk();
 
-        const bool refused = c.after == After::Refused, isNew = c.count == 3;
-        ASSERT_EQ(ui.system.fileDialogs.size(), refused ? 0u : 1u);
-        if (!refused) {
-            EXPECT_EQ(ui.system.fileDialogs[0],
-                      (std::pair<std::string, std::string>("Open VOLO Project", (ui.folder / "documents").string())));
-        }
-        ASSERT_EQ(app.settings->projects().size(), c.count);
-        EXPECT_EQ(app.settings->projects()[0].name, c.first);
-        const bool changed = !refused && c.after != After::Nothing;
-        EXPECT_EQ(app.settings->projects()[0].lastOpened, changed ? 1000000 : 20);
-        EXPECT_EQ(ui.storedProjects().size(), changed ? c.count : 0);
+        using Dialogs = std::vector<std::pair<std::string, std::string>>;
+        const Dialogs asked = {{"Open VOLO Project", (ui.folder / "documents").string()}};
+        EXPECT_EQ(ui.system.fileDialogs, refused ? Dialogs() : asked);
+        const std::vector<ProjectEntry>& projects = app.settings->projects();
+        ASSERT_EQ(projects.size(), isNew ? 3u : 2u);
+        EXPECT_EQ(projects[0].name, c.first);
+        EXPECT_EQ(projects[0].lastOpened, changed ? 1000000 : 20);
+        EXPECT_EQ(ui.storedProjects(), changed ? projects : std::vector<ProjectEntry>());
         EXPECT_EQ(app.settings->lastAddedLocation(), isNew ? (ui.folder / "x").string() : "");
         EXPECT_EQ(app.noticeText, refused                     ? kAlreadyOpen
                                   : c.after == After::Waiting ? kWaiting
@@ -251,46 +237,35 @@ TEST(AddFromDisk, ListsAndOpens) {
                                                               : "before");
         EXPECT_EQ(app.openErrorRequested, c.after == After::Popup);
         EXPECT_EQ(app.pendingOpenProjectPath.empty(), c.after != After::Waiting);
-        const bool tried = c.after == After::Launched || c.after == After::Popup || c.after == After::Silent;
-        ASSERT_EQ(ui.system.launches.size(), tried ? 1u : 0u);
-        if (tried) {
-            EXPECT_EQ(ui.system.launches[0].argument, app.settings->projects()[0].path);
-        }
+        EXPECT_EQ(ui.system.launches.size(), tried ? 1u : 0u);
+        for (const RecordedLaunch& launch : ui.system.launches)
+            EXPECT_EQ(launch.argument, projects[0].path);
         if (isNew) {
-            EXPECT_EQ(app.settings->projects()[0].path,
-                      (ui.folder / "x" / std::filesystem::path(c.picked).filename()).string());
+            EXPECT_EQ(projects[0].path, (ui.folder / "x" / std::filesystem::path(c.picked).filename()).string());
         }
     }
 }
 
 TEST(CreateProject, NamesAndPlaces) {
     struct Case {
-        const char* name;
-        std::string location; // below the harness's folder; "-": none
-        std::string error;
-        std::string listedAs;
+        std::string name, location; // below the harness's folder; "-": none
+        std::string error, listedAs;
     };
     const std::string badName = "The project name contains characters that are not allowed.";
-    std::vector<Case> cases = {{"   ", "l", "Enter a project name.", ""},
-                               {"a/b", "-", badName, ""}, // the name first
-                               {"ok", "-", "Choose a location for the project.", ""},
-                               {"ok", "full", "That folder already exists and is not empty.", ""},
-                               {"ok", "empty", "", "ok"},
-                               {"ok", "zero", "Could not create the project folder.", ""},
-                               {"  My Sim  ", "new/deep", "", "  My Sim"},
-                               {"dot.", "l", "", "dot."},
-                               {"tab\there", "l", "", "tab\there"},
-                               {"\xC3\x9C"
-                                "bung",
-                                "l", "",
-                                "\xC3\x9C"
-                                "bung"}};
-    static const std::string forbidden = "\"*/:<>?\\|";
-    std::vector<std::string> names;
-    for (const char letter : forbidden)
-        names.push_back(std::string("x") + letter);
-    for (const std::string& name : names)
-        cases.push_back({name.c_str(), "l", badName, ""});
+    std::vector<Case> cases = {
+        {"   ", "l", "Enter a project name.", ""},
+        {"a/b", "-", badName, ""}, // the name first
+        {"ok", "-", "Choose a location for the project.", ""},
+        {"ok", "full", "That folder already exists and is not empty.", ""},
+        {"ok", "empty", "", "ok"},
+        {"ok", "zero", "Could not create the project folder.", ""},
+        {"  My Sim  ", "new/deep", "", "  My Sim"},
+        {"dot.", "l", "", "dot."},
+        {"tab\there", "l", "", "tab\there"},
+        {"Übung", "l", "", "Übung"},
+    };
+    for (const char letter : std::string("\"*/:<>?\\|"))
+        cases.push_back({std::string("x") + letter, "l", badName, ""});
 
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);

@@ -175,28 +175,29 @@ TEST_F(Statements, AndPackagesAreInspectedTogether) {
     const std::string statement = world.result.statementPath;
     for (const std::string& path : {package, manifest, statement, world.request.zipPath})
         EXPECT_EQ(inspect(path), "") << path;
-    const auto changed = [&](const std::string& file, const std::string& bytes, const std::string& inspected) {
-        const std::string good = readFileBytes(file);
-        world.folder.write(file, bytes);
-        const std::string failure = inspect(inspected);
-        world.folder.write(file, good);
-        return failure;
+    const auto behind = [](const std::string& file, const std::string& marker) {
+        return readFileBytes(file).find(marker) + marker.size();
     };
-    std::string bytes = readFileBytes(package);
-    bytes[50] ^= 1;
-    EXPECT_NE(changed(package, bytes, manifest).find("another hash"), std::string::npos);
-    EXPECT_NE(changed(package, bytes + "x", package).find("does not match declared"), std::string::npos);
-    std::string text = readFileBytes(manifest);
-    text.replace(text.find("plaintext_sha256\": \"") + 20, 4, "0000");
-    EXPECT_NE(changed(manifest, text, package).find("another hash"), std::string::npos);
-    text = readFileBytes(manifest);
-    text.replace(text.find("\"key\": \"") + 8, 4, "AAAA");
-    EXPECT_NE(changed(manifest, text, package).find("tampered"), std::string::npos);
-    EXPECT_NE(changed(manifest, "{\"version\":\"3\"}", manifest).find("missing its version or url"), std::string::npos);
-    text = readFileBytes(statement);
-    text.replace(text.find("version: 3"), 10, "version: 4");
-    EXPECT_NE(changed(statement, text, statement).find(kUnsigned), std::string::npos);
-    EXPECT_NE(changed(statement, text + "\n", manifest).find("well-formed"), std::string::npos);
+    const struct {
+        std::string file;
+        std::size_t position; // from where on it reads otherwise
+        std::string bytes, inspected, words;
+    } cases[] = {
+        {package, 50, "forged", manifest, "another hash"},
+        {package, fs::file_size(package), "x", package, "does not match declared"},
+        {manifest, behind(manifest, "plaintext_sha256\": \""), "0000", package, "another hash"},
+        {manifest, behind(manifest, "\"key\": \""), "AAAA", package, "tampered"},
+        {manifest, behind(manifest, "\"ur"), "x", manifest, "missing its version or url"},
+        {statement, behind(statement, "version: "), "4", statement, kUnsigned},
+        {statement, fs::file_size(statement), "\n", manifest, "well-formed"},
+    };
+    for (const auto& c : cases) {
+        const std::string good = readFileBytes(c.file);
+        world.folder.write(c.file, std::string(good).replace(c.position, c.bytes.size(), c.bytes));
+        const std::string failure = inspect(c.inspected);
+        EXPECT_NE(failure.find(c.words), std::string::npos) << failure;
+        world.folder.write(c.file, good);
+    }
     const std::string older =
         (world.folder / "site" / ("editor-2-" + hashes["2"].substr(0, 16) + ".container")).string();
     EXPECT_EQ(inspect(older), ""); // as far as it can be told without its manifest

@@ -5,7 +5,6 @@
 #include "install/editor_location.h"
 #include "install/package_extraction.h"
 #include "support/package_making.h"
-#include "support/python.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -16,13 +15,9 @@ class ArchiveCheck : public testing::Test {
   protected:
     // The failure text, or empty.
     std::string check(const std::string& bytes, PackagePlatform platform = PackagePlatform::Linux) {
-        folder.write("a.zip", bytes);
-        return checkFile("a.zip", platform);
-    }
-    std::string checkFile(const std::string& name, PackagePlatform platform = PackagePlatform::Linux) {
         std::string failure;
         summary = {};
-        const bool good = checkArchive((folder / name).string(), platform, summary, failure);
+        const bool good = checkArchive(folder.write("a.zip", bytes).string(), platform, summary, failure);
         EXPECT_EQ(good, failure.empty());
         return failure;
     }
@@ -54,27 +49,15 @@ ZipEntry damaged(bool deflated) {
 } // namespace
 
 TEST_F(ArchiveCheck, RefusesWhatTheLauncherRefuses) {
-    const std::string badName = "refuses its name";
-    const std::string longName = "512 bytes or more";
-    const std::pair<std::string, std::string> cases[] = {
+    const auto beside = [](const std::string& name) { return makeZip({kEditor, {name, ""}}); };
+    std::vector<std::pair<std::string, std::string>> cases = {
         {"", "not a readable zip"},
         {"PK\3\4 and so on", "not a readable zip"},
         {makeZip({kEditor}).substr(0, 60), "not a readable zip"},
         {makeZip({}), "\"editor.exe\" at its root"},
-        {makeZip({{"Editor.exe", "x"}}), "\"editor.exe\" at its root"},
-        {makeZip({{"sub/editor.exe", "x"}}), "\"editor.exe\" at its root"},
-        {makeZip({{"editor.exe/", ""}}), "\"editor.exe\" at its root"},
-        {makeZip({kEditor, {"/x", ""}}), badName},
-        {makeZip({kEditor, {"\\x", ""}}), badName},
-        {makeZip({kEditor, {"C:x", ""}}), badName},
-        {makeZip({kEditor, {"a/b:c", ""}}), badName},
-        {makeZip({kEditor, {"..", ""}}), badName},
-        {makeZip({kEditor, {"a/../b", ""}}), badName},
-        {makeZip({kEditor, {"a\\..\\b", ""}}), badName},
-        {makeZip({kEditor, {"a\\..", ""}}), badName},
-        {makeZip({kEditor, {std::string(300, 'a') + "/" + std::string(211, 'b'), ""}}), longName},
-        {makeZip({kEditor, {std::string(60000, 'a'), ""}}), longName},
-        {makeZip({kEditor, {std::string(256, 'a'), ""}}), "more than 255 bytes"},
+        {beside(std::string(300, 'a') + "/" + std::string(211, 'b')), "512 bytes or more"},
+        {beside(std::string(60000, 'a')), "512 bytes or more"},
+        {beside(std::string(256, 'a')), "more than 255 bytes"},
         {makeZip({kEditor, {"./", ""}, {".", "x"}}), "names no file"},
         {makeZip({kEditor, {"a", "x"}, {"a/b", "x"}}), "another entry makes a file"},
         {makeZip({kEditor, {"a/b", "x"}, {"a", "x"}}), "makes it a folder"},
@@ -86,6 +69,10 @@ TEST_F(ArchiveCheck, RefusesWhatTheLauncherRefuses) {
         {patched(38, std::string("\x10\0\0\0", 4)), "marked as a folder"}, // by its attributes
         {patched(42, std::string("\1\0\0\0", 4)), "damaged"},              // where nothing is
     };
+    for (const std::string name : {"Editor.exe", "sub/editor.exe", "editor.exe/"})
+        cases.emplace_back(makeZip({{name, ""}}), "\"editor.exe\" at its root");
+    for (const std::string name : {"/x", "\\x", "C:x", "a/b:c", "..", "a/../b", "a\\..\\b", "a\\.."})
+        cases.emplace_back(beside(name), "refuses its name");
     for (const auto& [bytes, failure] : cases) {
         EXPECT_NE(check(bytes).find(failure), std::string::npos) << failure << ", not: " << check(bytes);
         EXPECT_FALSE(launcherInstalls()) << "needlessly strict: " << failure;
@@ -100,7 +87,6 @@ TEST_F(ArchiveCheck, RefusesWhatWouldUnpackIntoSomethingElse) {
     emptied[emptied.rfind("PK\1\2") + 46 + 4 + 4 + 8] = 0;
     const std::string zero = makeZip({kEditor, {"a", "x"}, {std::string("z\0z", 3), "x"}});
     const std::pair<std::string, std::string> cases[] = {
-        {makeZip({kEditor, {"a", "x"}, {"a", "y"}}), "another entry is the same file"},
         {makeZip({kEditor, {"d/a", "x"}, {"d/./a", "y"}}), "another entry is the same file"},
         {makeZip({kEditor, {"d/a", "x"}, {"d//a", "y"}}), "another entry is the same file"},
         {makeZip({kEditor, unixEntry("link", "editor.exe", 0120777)}), "link"},
@@ -132,21 +118,20 @@ TEST_F(ArchiveCheck, TakesWhatTheLauncherTakes) {
     ZipEntry streamed{"streamed", std::string(100000, 's'), true};
     streamed.sizesBehindData = true;
     const std::string longest = std::string(255, 'a') + "/" + std::string(255, 'b'); // 511 bytes
-    EXPECT_EQ(check(makeZip({kEditor,
-                             big,
-                             streamed,
-                             {"", "nameless"},
-                             {"empty", ""},
-                             {"folder/", ""},
-                             {longest, "x"},
-                             {"a/..b", "x"},
-                             {"a/...", "x"},
-                             {"./d//e", "x"},
-                             unixEntry("run", "x", 0100755)})),
-              "");
+    const std::string packed = makeZip({kEditor,
+                                        big,
+                                        streamed,
+                                        {"", "nameless"},
+                                        {"empty", ""},
+                                        {"folder/", ""},
+                                        {longest, "x"},
+                                        {"a/..b", "x"},
+                                        {"./d//e", "x"},
+                                        unixEntry("run", "x", 0100755)});
+    EXPECT_EQ(check(packed), "");
     EXPECT_TRUE(launcherInstalls());
-    EXPECT_EQ(summary.files, 9u);
-    EXPECT_EQ(summary.unpackedBytes, 10 + 200000 + 5u);
+    EXPECT_EQ(summary.files, 8u);
+    EXPECT_EQ(summary.unpackedBytes, 10 + 200000 + 4u);
     EXPECT_TRUE(summary.warnings.empty());
 
     // Found when a project is opened, but not by the search that decides about installing.
@@ -155,27 +140,6 @@ TEST_F(ArchiveCheck, TakesWhatTheLauncherTakes) {
         ASSERT_EQ(summary.warnings.size(), 1u);
         EXPECT_NE(summary.warnings[0].find(place), std::string::npos);
     }
-}
-
-TEST_F(ArchiveCheck, JudgesArchivesOfAnotherLibrary) {
-    const std::string script = R"(
-import zipfile
-for name, method in [('stored', 0), ('deflated', 8), ('bzip2', 12), ('lzma', 14)]:
-    with zipfile.ZipFile(name, 'w', method) as z:
-        z.writestr('editor.exe', b'MZ' + b'x' * 200000)
-        z.writestr('Ünicode/ß', 'y' * 1000)
-with zipfile.ZipFile('broken', 'w', 8) as z:
-    z.writestr('editor.exe', str(list(range(20000))))
-b = bytearray(open('broken', 'rb').read())
-b[b.index(b'PK\1\2') - 9] ^= 1
-open('broken', 'wb').write(b)
-)";
-    ASSERT_TRUE(runPython(script, folder.path(), "zipfile"));
-    EXPECT_EQ(checkFile("stored"), "");
-    EXPECT_EQ(checkFile("deflated"), "");
-    EXPECT_NE(checkFile("bzip2").find("neither stored"), std::string::npos);
-    EXPECT_NE(checkFile("lzma").find("neither stored"), std::string::npos);
-    EXPECT_NE(checkFile("broken").find("damaged"), std::string::npos);
 }
 
 // Whatever one changed byte makes of an archive: what passes here, the launcher installs.

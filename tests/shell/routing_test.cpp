@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "support/eventually.h"
-#include "support/scoped_environment.h"
 #include "support/tls_server.h"
+#include "support/trusted_authority.h"
 #include "support/ui_harness.h"
 
 namespace {
@@ -31,11 +31,8 @@ TEST(Routing, AnUnusableConfigurationHasNoSubsystemsAndNoControls) {
 
 TEST(Routing, AStoredTokenShowsTheShellAtOnceAndAFailedRestoreLeavesIt) {
     UiHarness ui;
-    const CertificateAuthority authority;
-    ASSERT_TRUE(authority.writeRoot((ui.folder / "root.pem").string()));
-    const ScopedEnvironment trust("SSL_CERT_FILE", (ui.folder / "root.pem").string());
-    auto provider = std::make_unique<TlsServer>(authority.issue({{"localhost"}, {"127.0.0.1"}, "localhost"}),
-                                                [](TlsConnection& connection) { connection.stall(); });
+    const TrustedAuthority trust;
+    auto provider = std::make_unique<TlsServer>(TrustedAuthority::loopback(), [](TlsConnection& c) { c.stall(); });
     const ScopedEnvironment port("VOLO_SANDBOX_IDENTITY_PORT", std::to_string(provider->port()));
     ui.configure();
     ui.folder.write("data/Launcher.conf", "[General]\nauth%2FrefreshToken=token\n");
@@ -58,19 +55,14 @@ TEST(Routing, TheScreenFollowsTheStateOfTheSignIn) {
     UiHarness ui;
     ui.configure(kNoServer);
     LauncherApp& app = ui.start();
-    struct Case {
-        SignInState state;
-        bool shell, signIn, cancel;
-    };
-    for (const Case& c : {Case{SignInState::SignedOut, false, true, false},
-                          {SignInState::SigningIn, false, false, true},
-                          {SignInState::RestoringSession, true, false, false},
-                          {SignInState::SignedIn, true, false, false}}) {
-        app.signIn->state = c.state;
+    for (const SignInState state :
+         {SignInState::SignedOut, SignInState::SigningIn, SignInState::RestoringSession, SignInState::SignedIn}) {
+        app.signIn->state = state;
         ui.frame();
-        EXPECT_EQ(shellShows(ui), c.shell) << static_cast<int>(c.state);
-        EXPECT_EQ(signInShows(ui), c.signIn) << static_cast<int>(c.state);
-        EXPECT_EQ(ui.rect(kRoot, {"Cancel"}).has_value(), c.cancel) << static_cast<int>(c.state);
+        const bool shell = state == SignInState::RestoringSession || state == SignInState::SignedIn;
+        EXPECT_EQ(shellShows(ui), shell) << static_cast<int>(state);
+        EXPECT_EQ(signInShows(ui), state == SignInState::SignedOut) << static_cast<int>(state);
+        EXPECT_EQ(ui.rect(kRoot, {"Cancel"}).has_value(), state == SignInState::SigningIn) << static_cast<int>(state);
     }
 }
 

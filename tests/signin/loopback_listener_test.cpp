@@ -22,7 +22,7 @@ using std::chrono::steady_clock;
 
 constexpr char kPage[] =
     R"(<!DOCTYPE html><html><head><title>VOLO</title></head><body style="font-family:sans-serif;background:#0b1020;color:#e8ecf4;display:flex;align-items:center;justify-content:center;height:100vh;margin:0"><div style="text-align:center"><h2>Sign-in complete</h2><p>You can close this tab and return to VOLO Launcher.</p></div></body></html>)";
-constexpr char kMismatch[] = "The sign-in response did not match this launcher session.";
+constexpr char kMismatch[] = "[The sign-in response did not match this launcher session.]";
 constexpr auto kBlink = milliseconds(50); // what the window may stand still
 
 milliseconds since(steady_clock::time_point start) {
@@ -55,9 +55,7 @@ class Listener : public testing::Test {
 
 TEST_F(Listener, EveryRedirectGetsThePageAndTheFirstRuleThatApplies) {
     start();
-    const struct {
-        const char *target, *recorded;
-    } cases[] = {
+    const std::pair<const char*, std::string> cases[] = {
         {"/?state=state-1&code=abc", "abc"},
         {"/?code=a%2Fb%2B%20c&state=state-1&scope=openid", "a/b+ c"},
         {"/?state=state-1&code=first&code=second", "first"},
@@ -70,12 +68,12 @@ TEST_F(Listener, EveryRedirectGetsThePageAndTheFirstRuleThatApplies) {
         {"/?state=State-1&code=abc", kMismatch},
         {"/?state=wrong&state=state-1&code=abc", kMismatch},
         {"/?state=state-1%00&code=abc", kMismatch},
-        {"/?state=state-1", "Google did not return a sign-in code."},
-        {"/?state=state-1&code=", "Google did not return a sign-in code."},
-        {"/?error=access_denied", "Google sign-in was not completed (access_denied)."},
-        {"/?error=a&error=b&state=wrong&code=abc", "Google sign-in was not completed (a)."},
-        {"/?state=state-1&code=abc&error=x", "Google sign-in was not completed (x)."},
-        {"/?error=%3Cb%3E%C3%BC&state=state-1", "Google sign-in was not completed (<b>\xC3\xBC)."},
+        {"/?state=state-1", "[Google did not return a sign-in code.]"},
+        {"/?state=state-1&code=", "[Google did not return a sign-in code.]"},
+        {"/?error=access_denied", "[Google sign-in was not completed (access_denied).]"},
+        {"/?error=a&error=b&state=wrong&code=abc", "[Google sign-in was not completed (a).]"},
+        {"/?state=state-1&code=abc&error=x", "[Google sign-in was not completed (x).]"},
+        {"/?error=%3Cb%3E%C3%BC&state=state-1", "[Google sign-in was not completed (<b>\xC3\xBC).]"},
         {"/?error=&state=state-1&code=abc", "abc"},
     };
     for (const auto& [target, expected] : cases) {
@@ -84,8 +82,7 @@ TEST_F(Listener, EveryRedirectGetsThePageAndTheFirstRuleThatApplies) {
         EXPECT_EQ(answer->status, 200) << target;
         EXPECT_EQ(answer->body, kPage) << target;
         EXPECT_EQ(answer->get_header_value("Content-Type"), "text/html") << target;
-        const std::string text = recorded();
-        EXPECT_TRUE(text == expected || text == "[" + std::string(expected) + "]") << target << ": " << text;
+        EXPECT_EQ(recorded(), expected) << target;
     }
 }
 
@@ -103,10 +100,9 @@ TEST_F(Listener, OtherPathsAndMethodsLeaveTheAttemptAlone) {
 
 TEST_F(Listener, TheLaterOfTwoCodesCountsAndAFailureKeepsTheCode) {
     start();
-    ASSERT_TRUE(get("/?state=state-1&code=one"));
-    ASSERT_TRUE(get("/?state=state-1&code=two"));
-    ASSERT_TRUE(get("/?state=wrong&code=three"));
-    EXPECT_EQ(recorded(), "two[" + std::string(kMismatch) + "]");
+    for (const char* target : {"/?state=state-1&code=one", "/?state=state-1&code=two", "/?state=wrong&code=three"})
+        ASSERT_TRUE(get(target));
+    EXPECT_EQ(recorded(), std::string("two") + kMismatch);
 }
 
 TEST_F(Listener, StoppedListenerAnswersNoMoreAndItsSuccessorHasItsOwnState) {
@@ -124,7 +120,7 @@ TEST_F(Listener, StoppedListenerAnswersNoMoreAndItsSuccessorHasItsOwnState) {
     }
     ASSERT_TRUE(listener_->start(mailbox_, "state-2"));
     ASSERT_TRUE(get("/?state=state-1&code=old"));
-    EXPECT_EQ(recorded(), "[" + std::string(kMismatch) + "]");
+    EXPECT_EQ(recorded(), kMismatch);
 }
 
 TEST_F(Listener, RequestFinishedAfterTheStopRecordsNothing) {
@@ -149,72 +145,58 @@ TEST_F(Listener, NobodyElseCanBindItsPort) {
 
 // --- clients that keep a connection and say little -------------------------------------------------------------------
 
-struct Stall {
-    const char* name;
-    const char* opening; // what each client says
-    bool drips;          // and whether it goes on, byte by byte
-    int count;
-};
+// Silent, half-way through a request line, and dripping header lines for ever. The machine that runs this may be busy,
+// so the best of three rounds counts: a stop that waited for a client would be slow in each of them.
+TEST_F(Listener, AnswersTheBrowserAndStopsAtOnceWhileOthersStall) {
+    const std::pair<std::string, int> crowds[] = {
+        {"", 32},
+        {"", 64},
+        {"GET /?sta", 32},
+        {"GET /?sta", 64},
+        {"GET / HTTP/1.1\r\n", 32},
+        {"GET / HTTP/1.1\r\n", 64},
+    };
+    for (const auto& crowd : crowds) {
+        const std::string& opening = crowd.first;
+        SCOPED_TRACE(opening + " x " + std::to_string(crowd.second));
+        auto slowestAnswer = milliseconds::max(), stopping = milliseconds::max(), dying = milliseconds::max();
+        for (int round = 0; round < 3 && (slowestAnswer > milliseconds(500) || stopping > kBlink); ++round) {
+            listener_ = std::make_unique<LoopbackListener>();
+            start();
+            const int port = listener_->port();
+            std::deque<LoopbackConnection> clients;
+            for (int i = 0; i < crowd.second; ++i)
+                clients.emplace_back(port).send(opening);
+            std::atomic<bool> ended = false;
+            std::thread dripping([&] {
+                while (!ended && opening.ends_with('\n')) {
+                    for (LoopbackConnection& client : clients)
+                        client.send("X: y\r\n");
+                    std::this_thread::sleep_for(milliseconds(100));
+                }
+            });
 
-void PrintTo(const Stall& stall, std::ostream* out) {
-    *out << stall.name << " x " << stall.count;
-}
+            const auto asked = steady_clock::now();
+            const httplib::Result answer = get("/?state=state-1&code=abc");
+            slowestAnswer = std::min(slowestAnswer, since(asked));
+            EXPECT_TRUE(answer);
+            EXPECT_EQ(recorded(), "abc");
 
-class StalledListener : public Listener, public testing::WithParamInterface<Stall> {};
+            const auto stopped = steady_clock::now();
+            listener_->stop();
+            stopping = std::min(stopping, since(stopped));
+            EXPECT_FALSE(LoopbackConnection(port).isOpen());
 
-// The machine that runs this may be busy, so the best of three rounds counts. A stop that waited for a client would be
-// slow in each of them.
-TEST_P(StalledListener, AnswersTheBrowserAndStopsAtOnce) {
-    auto slowestAnswer = milliseconds::max();
-    auto stopping = milliseconds::max();
-    auto dying = milliseconds::max();
-    for (int round = 0; round < 3 && (slowestAnswer > milliseconds(500) || stopping > kBlink); ++round) {
-        listener_ = std::make_unique<LoopbackListener>();
-        start();
-        const int port = listener_->port();
-        std::deque<LoopbackConnection> clients;
-        for (int i = 0; i < GetParam().count; ++i)
-            clients.emplace_back(port).send(GetParam().opening);
-        std::atomic<bool> ended = false;
-        std::thread dripping([&] {
-            while (!ended && GetParam().drips) {
-                for (LoopbackConnection& client : clients)
-                    client.send("X: y\r\n");
-                std::this_thread::sleep_for(milliseconds(100));
-            }
-        });
-
-        const auto asked = steady_clock::now();
-        const httplib::Result answer = get("/?state=state-1&code=abc");
-        slowestAnswer = std::min(slowestAnswer, since(asked));
-        EXPECT_TRUE(answer);
-        EXPECT_EQ(recorded(), "abc");
-
-        const auto stopped = steady_clock::now();
-        listener_->stop();
-        stopping = std::min(stopping, since(stopped));
-        EXPECT_FALSE(LoopbackConnection(port).isOpen());
-
-        const auto destroyed = steady_clock::now();
-        listener_.reset();
-        dying = std::min(dying, since(destroyed));
-        ended = true;
-        dripping.join();
+            const auto destroyed = steady_clock::now();
+            listener_.reset();
+            dying = std::min(dying, since(destroyed));
+            ended = true;
+            dripping.join();
+        }
+        EXPECT_LE(slowestAnswer, milliseconds(500));
+        EXPECT_LE(stopping, kBlink);
+        EXPECT_LE(dying, milliseconds(2500)); // even while clients go on dripping
     }
-    RecordProperty("answer", static_cast<int>(slowestAnswer.count()));
-    RecordProperty("stop", static_cast<int>(stopping.count()));
-    std::printf("answer %d ms, stop %d ms, end %d ms\n", static_cast<int>(slowestAnswer.count()),
-                static_cast<int>(stopping.count()), static_cast<int>(dying.count()));
-    EXPECT_LE(slowestAnswer, milliseconds(500));
-    EXPECT_LE(stopping, kBlink);
-    EXPECT_LE(dying, milliseconds(2500)); // even while clients go on dripping
 }
-
-INSTANTIATE_TEST_SUITE_P(Clients, StalledListener,
-                         testing::Values(Stall{"silent", "", false, 32}, Stall{"silent", "", false, 64},
-                                         Stall{"half a request line", "GET /?sta", false, 32},
-                                         Stall{"half a request line", "GET /?sta", false, 64},
-                                         Stall{"header drip", "GET / HTTP/1.1\r\n", true, 32},
-                                         Stall{"header drip", "GET / HTTP/1.1\r\n", true, 64}));
 
 } // namespace

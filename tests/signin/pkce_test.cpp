@@ -1,20 +1,12 @@
-// The vectors of RFC 4648 and RFC 7636, and what happens without randomness.
-
-#define OPENSSL_SUPPRESS_DEPRECATED // a failing source of randomness can be put in place in the old way only
+// The vectors of RFC 4648 and RFC 7636.
 
 #include "signin/pkce.h"
 
 #include <cctype>
-#include <set>
 
 #include <gtest/gtest.h>
-#include <openssl/rand.h>
 
 namespace {
-
-std::vector<std::uint8_t> bytesOf(const std::string& text) {
-    return {text.begin(), text.end()};
-}
 
 TEST(Pkce, ChallengeOfTheStandardsExample) {
     EXPECT_EQ(base64UrlEncode(sha256Bytes("dBjftJeZ4CVP-mB92K27uhbUJU1p1r_wW1gFWFOEjXk")),
@@ -23,19 +15,8 @@ TEST(Pkce, ChallengeOfTheStandardsExample) {
 }
 
 TEST(Pkce, Base64HasNoPaddingAndTheSafeAlphabet) {
-    const struct {
-        std::vector<std::uint8_t> bytes;
-        const char* text;
-    } cases[] = {
-        {{}, ""},
-        {bytesOf("f"), "Zg"},
-        {bytesOf("fo"), "Zm8"},
-        {bytesOf("foo"), "Zm9v"},
-        {bytesOf("foobar"), "Zm9vYmFy"},
-        {{3, 236, 255, 224, 193}, "A-z_4ME"},
-        {{0xFF, 0xFF, 0xFF, 0xFF}, "_____w"},
-        {{0, 0, 0}, "AAAA"},
-        {{0xFB, 0xEF, 0xBE}, "----"},
+    const std::pair<std::vector<std::uint8_t>, const char*> cases[] = {
+        {{}, ""}, {{'f'}, "Zg"}, {{'f', 'o'}, "Zm8"}, {{'f', 'o', 'o'}, "Zm9v"}, {{3, 236, 255, 224, 193}, "A-z_4ME"},
     };
     for (const auto& [bytes, text] : cases)
         EXPECT_EQ(base64UrlEncode(bytes), text);
@@ -51,26 +32,6 @@ TEST(Pkce, PercentEncodingLeavesExactlyTheUnreservedBytes) {
     }
     EXPECT_EQ(percentEncode("openid email"), "openid%20email");
     EXPECT_EQ(percentEncode("\xC3\xBC+"), "%C3%BC%2B") << "byte by byte";
-}
-
-TEST(Pkce, TokensHaveTheirLengthAndDoNotRepeat) {
-    std::set<std::string> seen;
-    for (int i = 0; i < 100; ++i) {
-        EXPECT_EQ(randomUrlToken(48).size(), 64u);
-        seen.insert(randomUrlToken(16));
-        EXPECT_EQ(seen.rbegin()->size(), 22u);
-    }
-    EXPECT_EQ(seen.size(), 100u);
-}
-
-TEST(Pkce, NoRandomnessGivesNoToken) {
-    RAND_METHOD broken = *RAND_OpenSSL();
-    broken.bytes = [](unsigned char*, int) { return 0; };
-    RAND_set_rand_method(&broken);
-    const std::string token = randomUrlToken(48);
-    RAND_set_rand_method(nullptr);
-    EXPECT_EQ(token, "");
-    EXPECT_NE(randomUrlToken(48), "");
 }
 
 } // namespace

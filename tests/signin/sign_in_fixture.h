@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -16,26 +17,33 @@
 
 #include "config/launcher_settings.h"
 #include "sandbox/browser.h"
-#include "sandbox/certificate_authority.h"
 #include "support/eventually.h"
 #include "support/scoped_environment.h"
-#include "support/temporary_folder.h"
+#include "support/trusted_authority.h"
+#include "system/operating_system.h"
+
+#ifdef _WIN32
+#include <windows.h>
+#endif
 
 class SignInTest : public testing::Test {
   protected:
     SignInTest() {
-        const auto opener = folder_.write("bin/xdg-open", "#!/bin/sh\nprintf '%s\\n' \"$1\" > \"$OPENED_URL\"\n");
-        std::filesystem::permissions(opener, std::filesystem::perms::owner_all);
-        EXPECT_TRUE(authority().writeRoot(rootFile_));
+        stageBrowser();
         newFlow();
     }
 
-    static const CertificateAuthority& authority() {
-        static const CertificateAuthority one;
-        return one;
-    }
-    static ServerIdentity identity() {
-        return authority().issue({.dnsNames = {"localhost"}, .ipAddresses = {"127.0.0.1"}, .commonName = "localhost"});
+    // What the system opens addresses with writes them into the file %OPENED_URL%. (On Windows proper no test comes this
+    // far: the user's certificates stay alone, and so does the default browser.)
+    void stageBrowser() {
+#ifdef _WIN32
+        const std::string command = '"' + launcherDirectory() + "\\volo_test_child.exe\" --browser \"%1\"";
+        RegSetKeyValueA(HKEY_LOCAL_MACHINE, "Software\\Classes\\https\\shell\\open\\command", nullptr, REG_SZ,
+                        command.c_str(), static_cast<DWORD>(command.size() + 1));
+#else
+        const auto opener = folder_.write("bin/xdg-open", "#!/bin/sh\nprintf '%s\\n' \"$1\" > \"$OPENED_URL\"\n");
+        std::filesystem::permissions(opener, std::filesystem::perms::owner_all);
+#endif
     }
 
     // The flow of the next run of the launcher, with the settings as they are on disk.
@@ -47,7 +55,7 @@ class SignInTest : public testing::Test {
     }
 
     // Ahead of every worker: nobody may read the environment while it changes.
-    void useProvider(int port) { setenv("VOLO_SANDBOX_IDENTITY_PORT", std::to_string(port).c_str(), 1); }
+    void useProvider(int port) { provider_.emplace("VOLO_SANDBOX_IDENTITY_PORT", std::to_string(port)); }
 
     void storeSession(const std::string& refreshToken) {
         settings_->setRefreshToken(refreshToken);
@@ -85,12 +93,17 @@ class SignInTest : public testing::Test {
         return static_cast<bool>(client.Get("/" + query));
     }
 
-    // Frames until the flow rests.
-    void pollUntilSettled() {
-        EXPECT_TRUE(eventually([&] {
+    // Frames until something holds, or until the flow rests.
+    template<class Condition>
+    [[nodiscard]] bool pollUntil(const Condition& condition) {
+        return eventually([&] {
             flow_->pollSignIn();
-            return flow_->state == SignInState::SignedIn || flow_->state == SignInState::SignedOut;
-        }));
+            return condition();
+        });
+    }
+    void pollUntilSettled() {
+        EXPECT_TRUE(pollUntil(
+            [this] { return flow_->state == SignInState::SignedIn || flow_->state == SignInState::SignedOut; }));
     }
     void pollSomeFrames() {
         for (int i = 0; i < 20; ++i) {
@@ -114,13 +127,13 @@ class SignInTest : public testing::Test {
     }
 
     TemporaryFolder folder_;
-    const std::string rootFile_ = (folder_ / "root.pem").string();
+    TrustedAuthority trust_;
     const std::filesystem::path openedFile_ = folder_ / "opened";
     ScopedEnvironment applicationData_{"APPDATA", (folder_ / "appdata").string()};
-    ScopedEnvironment trust_{"SSL_CERT_FILE", rootFile_};
     ScopedEnvironment path_{"PATH", (folder_ / "bin").string()};
     ScopedEnvironment opened_{"OPENED_URL", openedFile_.string()};
     ScopedEnvironment port_{"VOLO_SANDBOX_IDENTITY_PORT"};
+    std::optional<ScopedEnvironment> provider_;
     std::unique_ptr<LauncherSettings> settings_;
     std::unique_ptr<SignInFlow> flow_; // last: its worker ends before the environment is put back
 };

@@ -104,7 +104,7 @@ TEST_F(TokenRequests, EveryAnswerHasItsOutcome) {
         for (const bool restore : {false, true}) {
             SCOPED_TRACE(std::string(row.name) + (restore ? ", restoring" : ", signing in"));
             const std::string& expected = restore ? row.onRestore : row.onSignIn;
-            const TlsServer google(identity(), endpoints(row.token, row.userInfo));
+            const TlsServer google(TrustedAuthority::loopback(), endpoints(row.token, row.userInfo));
             useProvider(google.port());
             storeSession("old");
             if (restore) {
@@ -127,26 +127,17 @@ TEST_F(TokenRequests, EveryAnswerHasItsOutcome) {
 }
 
 TEST_F(TokenRequests, NoServerOrAServerThatIsNotGoogleIsNoAnswer) {
-    const ServerCertificateRequest good = {.dnsNames = {"localhost"}, .ipAddresses = {"127.0.0.1"}, .commonName = "x"};
-    ServerCertificateRequest expired = good;
-    expired.validFromDays = -20;
-    expired.validToDays = -10;
-    ServerCertificateRequest selfSigned = good;
-    selfSigned.selfSigned = true;
-    const ServerCertificateRequest otherHost = {
-        .dnsNames = {"other.test"}, .ipAddresses = {}, .commonName = "127.0.0.1"};
-    for (const ServerCertificateRequest& request : {expired, selfSigned, otherHost}) {
-        const TlsServer impostor(authority().issue(request), endpoints(answers(200, kTokens), answers(200, kUser)));
-        useProvider(impostor.port());
-        signInWithCode("abc");
-        EXPECT_EQ(flow_->errorMessage, kNoToken);
-        // The library looks at the certificate once the handshake is over: the connection then ends without a byte.
-        for (const std::string& sent : impostor.requests())
-            EXPECT_EQ(sent, "") << "it must not even learn the code";
-    }
+    const TlsServer impostor(TrustedAuthority::authority().issue({{"other.test"}, {}, "127.0.0.1"}),
+                             endpoints(answers(200, kTokens), answers(200, kUser)));
+    useProvider(impostor.port());
+    signInWithCode("abc");
+    EXPECT_EQ(flow_->errorMessage, kNoToken);
+    // The library looks at the certificate once the handshake is over: the connection then ends without a byte.
+    for (const std::string& sent : impostor.requests())
+        EXPECT_EQ(sent, "") << "it must not even learn the code";
     int freePort = 0;
     {
-        const TlsServer gone(identity(), hangsUp);
+        const TlsServer gone(TrustedAuthority::loopback(), hangsUp);
         freePort = gone.port();
     }
     useProvider(freePort);
@@ -159,7 +150,7 @@ TEST_F(TokenRequests, NoServerOrAServerThatIsNotGoogleIsNoAnswer) {
 }
 
 TEST_F(TokenRequests, RequestsAreExactAndSecretsGoNowhereElse) {
-    const TlsServer google(identity(), endpoints(answers(200, kTokens), answers(200, kUser)));
+    const TlsServer google(TrustedAuthority::loopback(), endpoints(answers(200, kTokens), answers(200, kUser)));
     useProvider(google.port());
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
@@ -182,16 +173,21 @@ TEST_F(TokenRequests, RequestsAreExactAndSecretsGoNowhereElse) {
     const std::string exchange = bodyOf(requests[0]);
     const std::string verifier = queryValue(exchange, "code_verifier");
     EXPECT_EQ(verifier.size(), 64u);
-    const std::string beginning =
-        "client_id=canary%20id&client_secret=canary%26secret&code=canary%2Fcode&code_verifier=";
-    EXPECT_EQ(exchange, beginning + verifier + "&grant_type=authorization_code&redirect_uri=http%3A%2F%2F127.0.0.1%3A" +
-                            std::to_string(port));
+    EXPECT_EQ(exchange,
+              "client_id=canary%20id&client_secret=canary%26secret&code=canary%2Fcode&code_verifier=" + verifier +
+                  "&grant_type=authorization_code&redirect_uri=http%3A%2F%2F127.0.0.1%3A" + std::to_string(port));
     EXPECT_TRUE(requests[0].starts_with("POST /token HTTP/1.1\r\n"));
     EXPECT_NE(requests[0].find("\r\nContent-Type: application/x-www-form-urlencoded\r\n"), std::string::npos);
     EXPECT_TRUE(requests[1].starts_with("GET /v1/userinfo HTTP/1.1\r\n"));
     EXPECT_NE(requests[1].find("\r\nAuthorization: Bearer canary-access\r\n"), std::string::npos);
     EXPECT_EQ(bodyOf(requests[2]), "client_id=sandbox-client&client_secret=sandbox-secret&grant_type=refresh_token"
                                    "&refresh_token=canary-refresh");
+
+    for (const std::string& request : requests) {
+        EXPECT_NE(request.find("\r\nUser-Agent: cpp-httplib/"), std::string::npos) << request;
+        EXPECT_NE(request.find("\r\nConnection: close\r\n"), std::string::npos) << request;
+        EXPECT_EQ(request.find("gzip"), std::string::npos) << request;
+    }
 
     std::string onDisk;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder_ / "appdata")) {

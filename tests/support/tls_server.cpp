@@ -45,7 +45,6 @@ struct TlsServer::Shared {
     mutable std::mutex mutex; // guards everything below
     std::condition_variable stopped;
     bool stopping = false;
-    int connectionCount = 0;
     std::vector<std::string> requests;
     std::list<TlsConnection::State> connections;
 
@@ -68,7 +67,7 @@ void TlsServer::Shared::serve(TlsConnection::State& state) {
     if (SSL_accept(state.ssl) == 1) {
         TlsConnection connection(state);
         script(connection);
-        connection.shutdownTls();
+        if (state.socket != INVALID_SOCKET) SSL_shutdown(state.ssl);
     }
     close(state, false);
     SSL_free(state.ssl);
@@ -82,7 +81,6 @@ void TlsServer::Shared::acceptLoop() {
             if (socket != INVALID_SOCKET) closeSocket(socket);
             return;
         }
-        ++connectionCount;
         SSL* ssl = SSL_new(context);
         SSL_set_fd(ssl, static_cast<int>(socket));
         TlsConnection::State& state = connections.emplace_back(*this, ssl, socket, std::thread());
@@ -150,11 +148,6 @@ int TlsServer::port() const {
     return shared_->port;
 }
 
-int TlsServer::connectionCount() const {
-    const std::lock_guard<std::mutex> lock(shared_->mutex);
-    return shared_->connectionCount;
-}
-
 std::vector<std::string> TlsServer::requests() const {
     const std::lock_guard<std::mutex> lock(shared_->mutex);
     return shared_->requests;
@@ -185,12 +178,6 @@ bool TlsConnection::write(const std::string& bytes) {
     return SSL_write(state_.ssl, bytes.data(), static_cast<int>(bytes.size())) > 0;
 }
 
-void TlsConnection::shutdownTls() {
-    if (state_.socket == INVALID_SOCKET) return;
-    SSL_shutdown(state_.ssl);
-    closeAbruptly();
-}
-
 void TlsConnection::closeAbruptly() {
     state_.shared.close(state_, false);
 }
@@ -200,8 +187,8 @@ void TlsConnection::reset() {
 }
 
 void TlsConnection::stall() {
-    std::unique_lock<std::mutex> lock(state_.shared.mutex);
-    state_.shared.stopped.wait(lock, [this] { return state_.shared.stopping; });
+    while (pause(60000)) {
+    }
 }
 
 bool TlsConnection::pause(int milliseconds) {
@@ -210,14 +197,8 @@ bool TlsConnection::pause(int milliseconds) {
                                            [this] { return state_.shared.stopping; });
 }
 
-TlsServer::Script answerWith(const std::string& bytes) {
-    return [bytes](TlsConnection& connection) {
-        connection.readRequest();
-        connection.write(bytes);
-    };
-}
-
-std::string httpAnswer(int status, const std::string& body, const std::string& contentType) {
-    return "HTTP/1.1 " + std::to_string(status) + " Told\r\nContent-Type: " + contentType +
-           "\r\nContent-Length: " + std::to_string(body.size()) + "\r\nConnection: close\r\n\r\n" + body;
+std::string httpAnswer(int status, const std::string& body) {
+    return "HTTP/1.1 " + std::to_string(status) +
+           " Told\r\nContent-Type: application/json\r\nContent-Length: " + std::to_string(body.size()) +
+           "\r\nConnection: close\r\n\r\n" + body;
 }

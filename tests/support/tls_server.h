@@ -20,7 +20,6 @@ class TlsConnection {
     // False once the client has gone away or the server is being destroyed.
     bool write(const std::string& bytes);
 
-    void shutdownTls();   // close_notify, then FIN: the proper end of an answer without a length
     void closeAbruptly(); // FIN without close_notify
     void reset();         // RST
     void stall();         // says nothing until the server is destroyed
@@ -48,7 +47,6 @@ class TlsServer {
     TlsServer& operator=(const TlsServer&) = delete;
 
     int port() const;
-    int connectionCount() const;               // accepted, whatever became of the handshake
     std::vector<std::string> requests() const; // everything that readRequest returned
 
   private:
@@ -57,8 +55,5 @@ class TlsServer {
     std::unique_ptr<Shared> shared_;
 };
 
-// A script that reads one request and writes this answer, then ends properly.
-TlsServer::Script answerWith(const std::string& bytes);
-
 // An HTTP answer with a Content-Length.
-std::string httpAnswer(int status, const std::string& body, const std::string& contentType = "application/json");
+std::string httpAnswer(int status, const std::string& body);

@@ -2,8 +2,9 @@
 //
 //   volo_test_child [argument]   an editor: tells about itself in the file %VOLO_CHILD_REPORT%, a value a line
 //   volo_test_child --guard      an instance that holds the guard
+//   volo_test_child --browser X  writes the address X into the file %OPENED_URL%, and ends
 //
-// Both stay until the file %VOLO_CHILD_UNTIL% exists; at once without one.
+// The first two stay until the file %VOLO_CHILD_UNTIL% exists; at once without one.
 
 #include <chrono>
 #include <filesystem>
@@ -51,6 +52,10 @@ void report(const std::string& path, int argc, char** argv) {
 int main(int argc, char** argv) {
     const SingleInstanceGuard* guard =
         argc > 1 && std::string(argv[1]) == "--guard" ? new SingleInstanceGuard : nullptr;
+    if (argc > 2 && std::string(argv[1]) == "--browser") {
+        std::ofstream(getEnvironmentString("OPENED_URL"), std::ios::binary) << argv[2] << '\n';
+        return 0;
+    }
     const std::string path = getEnvironmentString("VOLO_CHILD_REPORT");
     if (!path.empty()) report(path, argc, argv);
     const std::string until = getEnvironmentString("VOLO_CHILD_UNTIL");

@@ -1,24 +1,17 @@
 #include "ui/ui_placement.h"
 
-#include <fstream>
-#include <iterator>
-
 #include <gtest/gtest.h>
+
+#include "support/temporary_folder.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-class PlacementFile : public testing::Test {
-  protected:
-    void SetUp() override { fs::create_directories(folder); }
-    void TearDown() override { fs::remove_all(folder); }
-    void put(std::string_view text) const { std::ofstream(file, std::ios::binary) << text; }
-
-    const fs::path folder =
-        fs::temp_directory_path() /
-        ("volo placement ä " + std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
-    const fs::path file = folder / "Launcher.window";
+struct PlacementFile : testing::Test {
+    TemporaryFolder folder;
+    const fs::path file = folder / "Läuncher.window";
+    const fs::path temporary = folder / "Läuncher.window.tmp";
 };
 
 } // namespace
@@ -28,38 +21,22 @@ TEST_F(PlacementFile, ComesBackAsItWasWritten) {
         ASSERT_TRUE(writePlacement(file, placement));
         EXPECT_EQ(readPlacement(file), placement);
     }
-    EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 1) << "something was left beside the file";
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), 1) << "something was left beside the file";
 }
 
 TEST_F(PlacementFile, WhatIsNotItsOwnIsIgnored) {
-    using namespace std::string_view_literals;
-    const std::string_view contents[] = {
-        ""sv,
-        "\n"sv,
-        "1 2 3 4 5"sv,
-        "1 2 3 400 500 0"sv,
-        "1 2 3 400 500 0\n\n"sv,
-        "1 2 3 400 500 0 7\n"sv,
-        "1  2 3 400 500 0\n"sv,
-        "1 +2 3 400 500 0\n"sv,
-        "1 2 3 400.5 500 0\n"sv,
-        "2 2 3 400 500 0\n"sv,
-        "1 2 3 0 500 0\n"sv,
-        "1 2 3 400 -500 0\n"sv,
-        "1 2 3 400 500 2\n"sv,
-        "1 2147483647 3 400 500 0\n"sv,
-        "1 99999999999999999999 3 400 500 0\n"sv,
-        "1 2 3 2147483647 500 0\n"sv,
-        "1 2 3 400\0 500 0\n"sv,
-        "1 nan inf 400 500 0\n"sv,
-        "\xFF\xFE\0\x01"sv,
-    };
     EXPECT_FALSE(readPlacement(file)) << "no file";
-    for (const std::string_view content : contents) {
-        put(content);
+    for (const std::string content :
+         {"", "\n", "1 2 3 4 5", "1 2 3 400 500 0", "1 2 3 400 500 0\n\n", "1 2 3 400 500 0 7\n", "1  2 3 400 500 0\n",
+          "1 +2 3 400 500 0\n", "1 2 3 400.5 500 0\n", "2 2 3 400 500 0\n", "1 2 3 0 500 0\n", "1 2 3 400 -500 0\n",
+          "1 2 3 400 500 2\n", "1 2147483647 3 400 500 0\n", "1 99999999999999999999 3 400 500 0\n",
+          "1 2 3 2147483647 500 0\n", "1 nan inf 400 500 0\n", "\xFF\xFE\x01"}) {
+        folder.write(file, content);
         EXPECT_FALSE(readPlacement(file)) << content;
     }
-    put(std::string(1 << 20, '1'));
+    folder.write(file, std::string("1 2 3 400\0 500 0\n", 18));
+    EXPECT_FALSE(readPlacement(file)) << "a zero byte";
+    folder.write(file, std::string(1 << 20, '1'));
     EXPECT_FALSE(readPlacement(file)) << "a megabyte";
     fs::remove(file);
     fs::create_directory(file);
@@ -69,12 +46,12 @@ TEST_F(PlacementFile, WhatIsNotItsOwnIsIgnored) {
 TEST_F(PlacementFile, AFailedWriteLeavesTheOldFile) {
     const WindowPlacement old{1, 2, 1000, 600, false};
     ASSERT_TRUE(writePlacement(file, old));
-    fs::create_directories(fs::path(file).concat(".tmp") / "in the way");
+    fs::create_directories(temporary / "in the way");
     EXPECT_FALSE(writePlacement(file, {9, 9, 1100, 700, true}));
     EXPECT_EQ(readPlacement(file), old);
-    fs::remove_all(fs::path(file).concat(".tmp"));
+    fs::remove_all(temporary);
     if (fs::exists("/dev/full")) { // a full disk shows only when the text is flushed
-        fs::create_symlink("/dev/full", fs::path(file).concat(".tmp"));
+        fs::create_symlink("/dev/full", temporary);
         EXPECT_FALSE(writePlacement(file, {9, 9, 1100, 700, true}));
         EXPECT_EQ(readPlacement(file), old);
     }

@@ -1,21 +1,18 @@
 #include "ui/ui_theme.h"
 
 #include <cmath>
-#include <filesystem>
-#include <fstream>
 #include <map>
 #include <set>
 
 #include <gtest/gtest.h>
 #include <imgui_internal.h>
 
-#include "ui/ui_fonts.h"
+#include "support/temporary_folder.h"
 #include "support/ui_frames.h"
+#include "ui/ui_fonts.h"
 #include "ui/ui_integration.h"
 #include "ui/ui_palette.h"
 #include "ui/ui_system_fonts.h"
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -89,70 +86,27 @@ TEST(ThemeFonts, HaveTheirNominalSizeAtEveryScaleAtOnce) {
     themed.frames.build([](ImDrawList&) { EXPECT_FLOAT_EQ(ImGui::GetFontSize(), 21.0f) << "from the first moment"; });
 }
 
-TEST(ThemeFonts, WidthsGrowWithTheScale) {
-    Themed themed;
-    themed.frame([](ImDrawList&) {
-        const float single = uiThemeTextSize(uiThemeFont(13.5f), "Manage all your projects").x;
-        EXPECT_GT(single, 100.0f);
-        uiThemeSetScale(2.0f);
-        EXPECT_NEAR(uiThemeTextSize(uiThemeFont(13.5f), "Manage all your projects").x, 2.0f * single, 0.02f * single);
-    });
-}
-
-TEST(ThemeFonts, ShareOneCopyOfTheFile) {
-    Themed themed;
-    themed.frame([](ImDrawList&) {
-        ImFontConfig* fonts[] = {uiThemeFont(14)->Sources[0], uiThemeFont(22)->Sources[0], uiThemeFont(11)->Sources[0]};
-        int owners = 0;
-        for (const ImFontConfig* font : fonts) {
-            EXPECT_EQ(font->FontData, fonts[0]->FontData);
-            owners += font->FontDataOwnedByAtlas ? 1 : 0;
-        }
-        EXPECT_EQ(owners, 1);
-    });
-}
-
-TEST(ThemeFonts, ContextsFollowOneAnother) {
-    for (int i = 0; i < 3; ++i) {
-        Themed themed(i == 1 ? "" : kFontFile);
-        themed.frame([](ImDrawList& list) {
-            uiThemeText(&list, uiThemeFont(16), {5, 5}, uiThemeForeground(), "VOLO");
-            EXPECT_EQ(uiThemeFont(16)->ContainerAtlas, ImGui::GetIO().Fonts);
-            EXPECT_GT(list.VtxBuffer.Size, 0);
-        });
-    }
-    UiFrames frames; // and one that nobody initialised the theme for
-    frames.build([](ImDrawList&) { EXPECT_FLOAT_EQ(uiThemeFont(16)->LegacySize, uiThemePx(16)); });
-    uiThemeShutdown();
-}
-
 TEST(ThemeFonts, AnUnusableFileGivesTheBuiltInFont) {
-    std::ifstream stream(kFontFile, std::ios::binary);
-    const std::string whole{std::istreambuf_iterator<char>(stream), {}};
+    const TemporaryFolder folder;
+    const std::string whole = readFileBytes(kFontFile);
     ASSERT_GT(whole.size(), 10'000u);
-    const fs::path damaged = fs::temp_directory_path() / "volo ünusable.ttf";
-    const auto bytes = [](const std::string& text) {
-        return std::span(reinterpret_cast<const unsigned char*>(text.data()), text.size());
+    const auto isUsable = [](const std::string& text) {
+        return isUsableFontFile(std::span(reinterpret_cast<const unsigned char*>(text.data()), text.size()));
     };
-    EXPECT_TRUE(isUsableFontFile(bytes(whole)));
-    EXPECT_FALSE(isUsableFontFile(bytes("ttcf" + whole)));
-
+    EXPECT_TRUE(isUsable(whole));
+    EXPECT_FALSE(isUsable("ttcf" + whole));
+    std::vector<std::string> paths = {"/does/not/exist.ttf", folder.string()};
     for (const std::size_t kept : {std::size_t{0}, std::size_t{3}, std::size_t{12}, std::size_t{40}, std::size_t{300},
                                    whole.size() / 2, whole.size() - 8}) {
-        const std::string cut = whole.substr(0, kept);
-        EXPECT_FALSE(isUsableFontFile(bytes(cut))) << kept;
-        std::ofstream(damaged, std::ios::binary) << cut;
-        const std::u8string path = damaged.u8string();
-        Themed themed(std::string(path.begin(), path.end()));
+        EXPECT_FALSE(isUsable(whole.substr(0, kept))) << kept;
+        paths.push_back(folder.write("ünusable " + std::to_string(kept), whole.substr(0, kept)).string());
+    }
+    for (const std::string& path : paths) {
+        Themed themed(path);
         themed.frame([](ImDrawList&) {
             EXPECT_STREQ(uiThemeFont(15)->GetDebugName(), "ProggyClean.ttf");
             EXPECT_FLOAT_EQ(uiThemeFont(15)->LegacySize, 15.0f);
         });
-    }
-    fs::remove(damaged);
-    for (const std::string& path : {std::string("/does/not/exist.ttf"), fs::temp_directory_path().string()}) {
-        Themed themed(path);
-        themed.frame([](ImDrawList&) { EXPECT_STREQ(uiThemeFont(15)->GetDebugName(), "ProggyClean.ttf"); });
     }
 }
 
@@ -161,15 +115,11 @@ TEST(ThemeFonts, CharactersThatTheFileLacksComeFromTheSystem) {
     if (!findSystemFont(kKnight)) GTEST_SKIP() << "no system font has the character";
     Themed themed;
     themed.frame([](ImDrawList&) {
-        for (const float size : {12.0f, 22.0f}) {
-            ImFontBaked* baked = uiThemeFont(size)->GetFontBaked(size);
-            const ImFontGlyph* knight = baked->FindGlyphNoFallback(kKnight);
-            ASSERT_TRUE(knight);
-            EXPECT_TRUE(knight->Visible);
-            EXPECT_GT(knight->Y1 - knight->Y0, size * 0.4f);
-            EXPECT_LT(knight->Y1 - knight->Y0, size * 1.3f);
-            EXPECT_FALSE(baked->FindGlyphNoFallback(0xE123)) << "a private character means something else to each font";
-        }
+        ImFontBaked* baked = uiThemeFont(22)->GetFontBaked(22);
+        const ImFontGlyph* knight = baked->FindGlyphNoFallback(kKnight);
+        ASSERT_TRUE(knight && knight->Visible);
+        EXPECT_NEAR(knight->Y1 - knight->Y0, 22 * 0.85f, 22 * 0.45f);
+        EXPECT_FALSE(baked->FindGlyphNoFallback(0xE123)) << "a private character means something else to each font";
     });
 }
 
@@ -231,22 +181,14 @@ TEST(ThemeStyle, LeavesNoColourOfDearImGuisOwnAndScalesOnce) {
     Themed themed;
     themed.frame([](ImDrawList&) {
         ImGuiStyle& style = ImGui::GetStyle();
-        for (ImVec4& colour : style.Colors)
-            colour = {-1, -1, -1, -1};
-        uiThemeApplyStyle();
-        for (int i = 0; i < ImGuiCol_COUNT; ++i)
-            EXPECT_GE(style.Colors[i].w, 0.0f) << ImGui::GetStyleColorName(i);
-
-        const ImGuiStyle single = style;
+        std::fill(std::begin(style.Colors), std::end(style.Colors), ImVec4(-1, -1, -1, -1));
+        const float padding = style.FramePadding.y;
         uiThemeSetScale(2.0f);
         for (int i = 0; i < 3; ++i)
             uiThemeApplyStyle();
-        EXPECT_FLOAT_EQ(style.FrameRounding, 12.0f);
-        EXPECT_FLOAT_EQ(style.FramePadding.y, 2.0f * single.FramePadding.y);
-        EXPECT_FLOAT_EQ(style.ScrollbarSize, 2.0f * single.ScrollbarSize);
-        uiThemeSetScale(1.0f);
-        uiThemeApplyStyle();
-        EXPECT_FLOAT_EQ(style.WindowPadding.x, single.WindowPadding.x);
+        for (int i = 0; i < ImGuiCol_COUNT; ++i)
+            EXPECT_GE(style.Colors[i].w, 0.0f) << ImGui::GetStyleColorName(i);
+        EXPECT_FLOAT_EQ(style.FramePadding.y, 2.0f * padding);
     });
 }
 
@@ -268,94 +210,21 @@ TEST(ThemeColours, TextIsLegibleOnEverySurfaceItIsSetOn) {
     EXPECT_NEAR(contrast(0xFF000000, 0xFFFFFFFF), 21.0, 0.01);
 }
 
-TEST(ThemeColours, TheWindowIsClearedToTheBackdrop) {
-    float colour[4];
-    uiThemeBackgroundFloat(colour);
-    EXPECT_EQ(ImGui::ColorConvertFloat4ToU32({colour[0], colour[1], colour[2], colour[3]}), uiThemeBackground());
-}
-
 // --- shapes ----------------------------------------------------------------------------------------------------------
-
-TEST(ThemeShapes, ADotIsRoundAndAPillFillsItsRectangle) {
-    Themed themed;
-    themed.frame([](ImDrawList& list) {
-        uiThemeRoundedPanel(&list, {100, 100}, {106, 106}, 0xFFFFFFFF, 3);
-        for (const ImDrawVert& vertex : list.VtxBuffer)
-            EXPECT_NEAR(std::hypot(vertex.pos.x - 103.0f, vertex.pos.y - 103.0f), 3.0f, 0.75f);
-        const int dot = list.VtxBuffer.Size;
-        uiThemeRoundedPanel(&list, {200, 100}, {260, 106}, 0xFFFFFFFF, 3);
-        float left = 1000, right = 0;
-        for (int i = dot; i < list.VtxBuffer.Size; ++i) {
-            left = std::min(left, list.VtxBuffer[i].pos.x);
-            right = std::max(right, list.VtxBuffer[i].pos.x);
-        }
-        EXPECT_NEAR(left, 200, 0.75);
-        EXPECT_NEAR(right, 260, 0.75);
-        uiThemeRoundedPanel(&list, {10, 10}, {10, 10}, 0xFFFFFFFF, 3); // nothing to draw, nothing to trip over
-    });
-}
-
-TEST(ThemeShapes, ABadgeIsAsWideAsItSaysAndCanBeFound) {
-    Themed themed;
-    const auto badge = [&](const char* text) {
-        float width = 0;
-        themed.frame([&](ImDrawList&) {
-            ImGui::SetNextWindowSize({400, 300});
-            ImGui::Begin("screen");
-            uiThemeBadge("install_badge", ImGui::GetWindowDrawList(), {100, 100}, text, UiThemeBadgeStatus::Success);
-            EXPECT_EQ(ImGui::GetItemID(), ImGui::GetID("install_badge"));
-            width = ImGui::GetItemRectSize().x;
-            EXPECT_FLOAT_EQ(width, uiThemeBadgeWidth(text));
-            EXPECT_GT(width, uiThemeTextSize(uiThemeFont(palette::kBadgeTextSize), text).x);
-            uiThemeBadge("odd", ImGui::GetWindowDrawList(), {100, 150}, text, static_cast<UiThemeBadgeStatus>(99));
-            ImGui::End();
-        });
-        return width;
-    };
-    EXPECT_GT(badge("Installed (offline)"), badge("Idle"));
-}
 
 TEST(ThemeShapes, TheRevealTakesTheSameTimeAtEveryRateAndEnds) {
     for (const float framesPerSecond : {20.0f, 60.0f, 240.0f}) {
         Themed themed;
         float elapsed = 0.0f;
-        ImU32 alphaBefore = 256;
-        for (float delta = 5.0f;; delta = 1.0f / framesPerSecond) { // the first one holds the time of the start
-            uiThemeTick(delta);
-            if (delta < 5.0f) elapsed += delta;
-            int vertices = 0;
-            ImU32 alpha = 0;
+        uiThemeTick(5.0f); // the first one holds the time of the start
+        for (bool covered = true; covered && elapsed < 1.0f;) {
             themed.frame([&](ImDrawList& list) {
                 uiThemeReveal(&list, {0, 0}, {800, 600});
-                vertices = list.VtxBuffer.Size;
-                if (vertices > 0) alpha = list.VtxBuffer[0].col >> IM_COL32_A_SHIFT;
+                covered = list.VtxBuffer.Size > 0;
             });
-            if (vertices == 0) break;
-            EXPECT_LT(alpha, alphaBefore);
-            alphaBefore = alpha;
-            ASSERT_LT(elapsed, 1.0f);
+            uiThemeTick(1.0f / framesPerSecond);
+            elapsed += 1.0f / framesPerSecond;
         }
-        EXPECT_GT(elapsed, 0.1f);
-        EXPECT_LE(elapsed, 0.2f);
+        EXPECT_NEAR(elapsed, 0.2f, 0.1f);
     }
-}
-
-TEST(ThemeShapes, TheSpinnerTurnsEvenlyHoweverLongItRan) {
-    Themed themed;
-    const auto firstInk = [&](float seconds) {
-        ImVec2 at;
-        themed.frame([&](ImDrawList& list) {
-            list.PathClear();
-            uiThemeSpinner(&list, {100, 100}, 18, seconds, 0xFFFFFFFF);
-            at = list.VtxBuffer.back().pos; // of the arc's leading end
-        });
-        return std::atan2(at.y - 100.0f, at.x - 100.0f);
-    };
-    const float step = palette::kSpinnerTurnSeconds / 12.0f;
-    for (const float start : {0.0f, 3600.0f})
-        for (int i = 0; i < 12; ++i) {
-            const float from = firstInk(start + step * static_cast<float>(i));
-            const float to = firstInk(start + step * static_cast<float>(i + 1));
-            EXPECT_NEAR(std::remainder(to - from - 3.14159265f / 6.0f, 2.0f * 3.14159265f), 0.0f, 0.12f);
-        }
 }

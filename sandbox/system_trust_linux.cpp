@@ -1,15 +1,15 @@
-#include "sandbox/trusted_authority.h"
+#include "sandbox/system_trust.h"
 
 #include <cstdlib>
 #include <filesystem>
 
-TrustedAuthority::TrustedAuthority(const std::string& rootFile) {
+SystemTrust::SystemTrust(const std::string& rootFile) {
     if (const char* before = std::getenv("SSL_CERT_FILE")) before_ = before;
     std::error_code ignored;
     trusted_ = std::filesystem::exists(rootFile, ignored) && ::setenv("SSL_CERT_FILE", rootFile.c_str(), 1) == 0;
 }
 
-TrustedAuthority::~TrustedAuthority() {
+SystemTrust::~SystemTrust() {
     if (before_) {
         ::setenv("SSL_CERT_FILE", before_->c_str(), 1);
     } else {

@@ -1,4 +1,4 @@
-#include "sandbox/trusted_authority.h"
+#include "sandbox/system_trust.h"
 
 #include <filesystem>
 #include <fstream>
@@ -36,7 +36,7 @@ std::string readCertificate(const std::filesystem::path& file) {
 
 } // namespace
 
-TrustedAuthority::TrustedAuthority(const std::string& rootFile)
+SystemTrust::SystemTrust(const std::string& rootFile)
     : certificate_(isWine() ? readCertificate(rootFile) : std::string()) {
     if (certificate_.empty()) return;
     const HCERTSTORE store = CertOpenSystemStoreW(0, L"ROOT");
@@ -46,7 +46,7 @@ TrustedAuthority::TrustedAuthority(const std::string& rootFile)
     CertCloseStore(store, 0);
 }
 
-TrustedAuthority::~TrustedAuthority() {
+SystemTrust::~SystemTrust() {
     if (!trusted_) return;
     const HCERTSTORE store = CertOpenSystemStoreW(0, L"ROOT");
     const CERT_CONTEXT* wanted =

@@ -10,12 +10,12 @@
 #include <optional>
 #include <string>
 
-class TrustedAuthority {
+class SystemTrust {
   public:
-    explicit TrustedAuthority(const std::string& rootFile); // a certificate in PEM
-    ~TrustedAuthority();
-    TrustedAuthority(const TrustedAuthority&) = delete;
-    TrustedAuthority& operator=(const TrustedAuthority&) = delete;
+    explicit SystemTrust(const std::string& rootFile); // a certificate in PEM
+    ~SystemTrust();
+    SystemTrust(const SystemTrust&) = delete;
+    SystemTrust& operator=(const SystemTrust&) = delete;
 
     // False: refused, or there is no such file.
     [[nodiscard]] bool isTrusted() const { return trusted_; }
