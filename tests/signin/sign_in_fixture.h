@@ -33,8 +33,8 @@ class SignInTest : public testing::Test {
         newFlow();
     }
 
-    // What the system opens addresses with writes them into the file %OPENED_URL%. (On Windows proper no test comes this
-    // far: the user's certificates stay alone, and so does the default browser.)
+    // What the system opens addresses with writes them into the file %OPENED_URL%. (On Windows proper no test comes
+    // this far: the user's certificates stay alone, and so does the default browser.)
     void stageBrowser() {
 #ifdef _WIN32
         const std::string command = '"' + launcherDirectory() + "\\volo_test_child.exe\" --browser \"%1\"";
@@ -55,7 +55,9 @@ class SignInTest : public testing::Test {
     }
 
     // Ahead of every worker: nobody may read the environment while it changes.
-    void useProvider(int port) { provider_.emplace("VOLO_SANDBOX_IDENTITY_PORT", std::to_string(port)); }
+    void useProvider(int port) {
+        provider_.emplace("VOLO_SANDBOX_IDENTITY_PORT", std::to_string(port));
+    }
 
     void storeSession(const std::string& refreshToken) {
         settings_->setRefreshToken(refreshToken);
