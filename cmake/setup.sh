@@ -10,7 +10,7 @@ volo_cache=${VOLO_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/volo-launcher}
 volo_packages=(
   # to build
   build-essential cmake ninja-build pkg-config git ca-certificates dpkg-dev libssl-dev libglfw3-dev libgl-dev
-  libfontconfig-dev rapidjson-dev libstb-dev libcli11-dev fonts-roboto-unhinted
+  libfontconfig-dev libx11-dev rapidjson-dev libstb-dev libcli11-dev fonts-roboto-unhinted
   # to test: libraries, independent tools, a screen without a display
   libgtest-dev libgmock-dev libbenchmark-dev openssl python3 python3-cryptography unzip zip p7zip-full libarchive-tools
   xvfb xauth xdotool imagemagick tesseract-ocr tesseract-ocr-eng x11-utils libgl1-mesa-dri procps iproute2 strace

@@ -7,6 +7,7 @@
 #include "shell/widgets.h"
 #include "system/operating_system.h"
 #include "system/path_text.h"
+#include "ui/ui_keyboard.h"
 #include "ui/ui_theme.h"
 
 #include <imgui_internal.h>
@@ -26,6 +27,9 @@ constexpr float kRowInset = 16.0f;
 constexpr float kBodyLeft = 120.0f;
 constexpr float kButtonHeight = 32.0f;
 constexpr float kButtonTop = 16.0f;
+constexpr float kRetryLeft = 230.0f; // from the row's right edge
+constexpr float kShowLeft = 150.0f;
+constexpr float kTextGap = 8.0f; // a long path ends short of the buttons
 
 constexpr std::array<InstallBadge, 5> kBadges = {{
     kBadgeDownloading,
@@ -67,6 +71,7 @@ void LauncherApp::drawDownloadsScreen() {
         return;
     }
     ImGui::SetCursorScreenPos(list);
+    uiThemeJoinNavigation();
     ImGui::BeginChild(
         "##DownloadList",
         {windowMax.x - content.x - uiThemePx(2.0f * kContentInset), windowMax.y - list.y - uiThemePx(kContentTop)},
@@ -107,9 +112,12 @@ void LauncherApp::drawDownloadRow(int index) {
                              record.downloadedBytes, record.totalBytes);
         if (button(kCancelLabel, 110.0f, 94.0f)) install->requestCancel();
     } else {
+        const bool failed = record.status == DownloadStatus::Failed;
+        drawList->PushClipRect(min, right + px(-(failed ? kRetryLeft : kShowLeft) - kTextGap, kRowHeight), true);
         uiThemeText(drawList, uiThemeFont(12.0f), min + px(kBodyLeft, 26.0f), kFileText, fileText(record.filePath));
-        if (record.status == DownloadStatus::Failed && button(kRetryLabel, 230.0f, 70.0f)) install->startUpdate();
-        if (button("Show", 150.0f, 65.0f)) {
+        drawList->PopClipRect();
+        if (failed && button(kRetryLabel, kRetryLeft, 70.0f)) install->startUpdate();
+        if (button("Show", kShowLeft, 65.0f)) {
             openInFileManager(pathText(std::filesystem::path(record.filePath).parent_path()));
         }
         if (button("Delete", 75.0f, 65.0f)) install->removeDownload(index);

@@ -84,10 +84,12 @@ void LauncherApp::drawInstallsScreen() {
 
     const std::string editor = resolveEditorExecutable(*this);
     ImFont* small = uiThemeFont(12.0f);
+    drawList->PushClipRect(min, max - px(kCardInset, 0.0f), true); // long paths and messages end inside the card
     uiThemeText(drawList, small, min + px(kTextLeft, kLocationTop), editor.empty() ? kNoLocation : kLocation,
                 editor.empty() ? "No editor installation found." : "Location: " + editor);
     uiThemeText(drawList, small, min + px(kTextLeft, kStatusTop), kStatusLine,
                 message.empty() ? "Channel: Stable - Linux x86_64" : message);
+    drawList->PopClipRect();
     drawInstallAction(status, min.x, {max.x, max.y - uiThemePx(kActionAboveBottom)});
 }
 

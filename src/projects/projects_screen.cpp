@@ -7,6 +7,7 @@
 #include "projects/project_order.h"
 #include "shell/shell_layout.h"
 #include "shell/widgets.h"
+#include "ui/ui_keyboard.h"
 #include "ui/ui_theme.h"
 
 #include <imgui_internal.h>
@@ -126,6 +127,7 @@ void LauncherApp::drawSearchBox(const ProjectsLayout& at) {
     ImDrawList* drawList = ImGui::GetWindowDrawList();
     const ImVec2 min = at.searchMin, max = at.searchMax, mouse = ImGui::GetIO().MousePos;
     const float middle = (min.y + max.y) * 0.5f;
+    const bool wanted = ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_F);
     const bool clickable = ImGui::IsWindowHovered(); // not through a popup or a modal
     const bool clicked = clickable && ImGui::IsMouseClicked(ImGuiMouseButton_Left);
     drawList->AddRectFilled(min, max, kSearchFill, uiThemePx(kRounding));
@@ -143,7 +145,7 @@ void LauncherApp::drawSearchBox(const ProjectsLayout& at) {
     const bool boxHovered = clearHovered || (clickable && contains(min, max, mouse));
     if (clearHovered && clicked) {
         clearSearch();
-    } else if (boxHovered && clicked) {
+    } else if (wanted || (boxHovered && clicked)) {
         // Not SetKeyboardFocusHere: the press lands on the window itself, beside the field, and its request does not
         // outlive such a frame.
         ImGui::ActivateItemByID(id);
@@ -172,6 +174,7 @@ void LauncherApp::drawSearchBox(const ProjectsLayout& at) {
     if ((active || hadKeyboard) && ImGui::IsKeyPressed(ImGuiKey_Escape)) clearSearch();
 
     if (hadText) drawClearGlyph(drawList, {max.x, middle}, clearHovered);
+    if (!active && uiThemeFocusShows(id)) uiThemeFocusRing(drawList, min, max, uiThemePx(kRounding));
     drawList->AddRect(min, max,
                       active       ? kSearchBorderActive
                       : boxHovered ? kSearchBorderHovered

@@ -6,6 +6,8 @@
 #include "projects/project_list.h"
 #include "shell/widgets.h"
 #include "system/operating_system.h"
+#include "ui/ui_keyboard.h"
+#include "ui/ui_popups.h"
 #include "ui/ui_theme.h"
 
 #include <imgui_internal.h>
@@ -65,6 +67,11 @@ HitArea hitAround(const char* identifier, ImVec2 centre, float reach) {
     return hitArea(ImGui::GetID(identifier), centre - ImVec2(reach, reach), centre + ImVec2(reach, reach));
 }
 
+void ringAround(ImDrawList* drawList, ImVec2 centre, float reach) {
+    const ImVec2 corner = px(reach, reach);
+    uiThemeFocusRing(drawList, centre - corner, centre + corner, corner.x, -2.0f);
+}
+
 void drawCentred(ImDrawList* drawList, float fontSize, float centreX, float top, ImU32 colour, const char* text) {
     ImFont* font = uiThemeFont(fontSize);
     uiThemeText(drawList, font, {std::floor(centreX - uiThemeTextSize(font, text).x * 0.5f), top}, colour, text);
@@ -100,6 +107,7 @@ void LauncherApp::drawTableHeader(const ProjectsLayout& at, float top, float hei
                                       : kHeaderStar,
                      sortStarredFirst);
     }
+    if (area.focused) ringAround(drawList, star, kStarHit);
 
     ImFont* font = uiThemeFont(12.5f);
     const TableHeader header = {font, top, height, middle - uiThemeFontSize(font) * 0.5f};
@@ -113,18 +121,19 @@ void LauncherApp::drawTableHeader(const ProjectsLayout& at, float top, float hei
 
 void LauncherApp::drawSortHeader(const TableHeader& header, const char* label, float x, ProjectSortColumn column) {
     const float textWidth = uiThemeTextSize(header.font, label).x;
-    const HitArea area =
-        hitArea(ImGui::GetID(label), {x, header.top}, {x + textWidth + uiThemePx(14.0f), header.top + header.height});
+    const ImVec2 min(x, header.top), max(x + textWidth + uiThemePx(14.0f), header.top + header.height);
+    const HitArea area = hitArea(ImGui::GetID(label), min, max);
     if (area.clicked) {
         sortAscending = sortColumn == column ? !sortAscending : true;
         sortColumn = column;
     }
-    if (area.hovered) ImGui::SetMouseCursor(ImGuiMouseCursor_Hand);
+    if (area.hovered && ImGui::IsMouseHoveringRect(min, max)) ImGui::SetMouseCursor(ImGuiMouseCursor_Hand);
 
     ImDrawList* drawList = ImGui::GetWindowDrawList();
     const bool sorted = sortColumn == column;
     const ImU32 colour = sorted ? kSortedLabel : area.hovered ? kHoveredLabel : kLabel;
     uiThemeText(drawList, header.font, {x, header.textTop}, colour, label);
+    if (area.focused) uiThemeFocusRing(drawList, min - px(6.0f, 0.0f), max, uiThemePx(kRounding), -3.0f);
     if (!sorted) return;
     const float left = x + textWidth + uiThemePx(4.0f), reach = uiThemePx(3.0f);
     const float middle = header.top + header.height * 0.5f;
@@ -136,6 +145,7 @@ void LauncherApp::drawSortHeader(const TableHeader& header, const char* label, f
 void LauncherApp::drawProjectTable(const ProjectsLayout& at, const ProjectRows& rows, float top, float height) {
     RowRequest request;
     ImGui::SetCursorScreenPos({at.contentMin.x + uiThemePx(kTableInset), top});
+    uiThemeJoinNavigation();
     ImGui::BeginChild("##ProjectsTableList",
                       {at.contentMax.x - at.contentMin.x - uiThemePx(2.0f * kTableInset), height}, ImGuiChildFlags_None,
                       ImGuiWindowFlags_NoBackground);
@@ -184,10 +194,13 @@ void LauncherApp::drawProjectRow(const ProjectRows& rows, std::size_t position, 
     const ImVec2 dotsCentre(max.x - uiThemePx(kDotsFromRight), middle);
     const bool onControls =
         contains(starCentre, uiThemePx(kStarHit), mouse) || contains(dotsCentre, uiThemePx(kDotsHit), mouse);
+    ImGui::PushItemFlag(ImGuiItemFlags_NoTabStop, true); // Tab goes from row to row, the arrows go inside one
     const HitArea star = hitAround("##star_toggle", starCentre, uiThemePx(kStarHit));
     const HitArea dots = hitAround("##dots_menu", dotsCentre, uiThemePx(kDotsHit));
+    ImGui::PopItemFlag();
     HitArea row; // a click on the star must not open the project
-    if (!onControls && !star.held && !dots.held) {
+    row.focused = uiThemeFocusShows(rowId);
+    if ((!onControls && !star.held && !dots.held) || row.focused) {
         row.clicked = ImGui::ButtonBehavior(ImRect(min, max), rowId, &row.hovered, &row.held);
     } else {
         row.hovered = ImGui::IsWindowHovered() && ImRect(min, max).Contains(mouse);
@@ -217,7 +230,12 @@ void LauncherApp::drawProjectRow(const ProjectRows& rows, std::size_t position, 
                                   dots.hovered ? kDotsHovered : kDots);
     }
 
-    if (dots.clicked || (row.hovered && ImGui::IsMouseClicked(ImGuiMouseButton_Right))) {
+    if (row.focused) uiThemeFocusRing(drawList, min, max, uiThemePx(kRounding), -2.0f);
+    if (star.focused) ringAround(drawList, starCentre, kStarHit);
+    if (dots.focused) ringAround(drawList, dotsCentre, kDotsHit);
+
+    const bool menuKey = (row.focused || star.focused || dots.focused) && uiThemeMenuKeyPressed();
+    if (menuKey || dots.clicked || (row.hovered && ImGui::IsMouseClicked(ImGuiMouseButton_Right))) {
         ImGui::OpenPopup(kContextMenu);
     }
     if (row.clicked && exists) request.openIndex = index;
@@ -246,26 +264,26 @@ void LauncherApp::drawRowTexts(const ProjectRows& rows, const ProjectEntry& entr
 }
 
 void LauncherApp::drawProjectMenu(std::int32_t index, bool exists, RowRequest& request) {
-    if (!ImGui::BeginPopup(kContextMenu)) return;
+    if (!uiThemeBeginMenu(kContextMenu)) return;
     const ProjectEntry& entry = settings->projects()[static_cast<std::size_t>(index)];
-    if (ImGui::MenuItem("Open Project", nullptr, false, exists)) request.openIndex = index;
-    if (ImGui::MenuItem(entry.favorite ? "Remove from Favorites" : "Add to Favorites")) {
+    if (uiThemeMenuItem("Open Project", exists)) request.openIndex = index;
+    if (uiThemeMenuItem(entry.favorite ? "Remove from Favorites" : "Add to Favorites")) {
         settings->toggleFavorite(entry.path);
         (void)settings->save();
     }
-    if (ImGui::MenuItem("Show in File Manager", nullptr, false, exists)) {
+    if (uiThemeMenuItem("Show in File Manager", exists)) {
         openInFileManager(projectDirectory(entry.path));
     }
     ImGui::Separator();
-    if (ImGui::MenuItem("Remove From List")) request.removeIndex = index;
-    ImGui::EndPopup();
+    if (uiThemeMenuItem("Remove From List")) request.removeIndex = index;
+    uiThemeEndPopup();
 }
 
 void LauncherApp::drawEmptyProjects(const ProjectsLayout& at, float top, float height) {
     ImGui::PushID("empty_projects");
     ImDrawList* drawList = ImGui::GetWindowDrawList();
-    const float centreX = (at.contentMin.x + at.contentMax.x) * 0.5f;
-    const float anchor = top + 0.38f * height;
+    const float centreX = std::round((at.contentMin.x + at.contentMax.x) * 0.5f);
+    const float anchor = std::round(top + 0.38f * height);
     const float titleTop = anchor + uiThemePx(20.0f), bodyTop = anchor + uiThemePx(44.0f);
     const float buttonsTop = anchor + uiThemePx(76.0f);
     drawCube(drawList, {centreX, anchor - uiThemePx(28.0f)});

@@ -1,5 +1,6 @@
 #include "shell/launcher_app.h"
 
+#include "ui/ui_keyboard.h"
 #include "ui/ui_theme.h"
 
 #include <imgui_internal.h>
@@ -71,6 +72,7 @@ void LauncherApp::drawFrame(float /*deltaSeconds*/) {
     } else {
         drawSignInScreen();
     }
+    uiThemeRecoverKeyboard();
     drawProjectDialogs();
     uiThemeReveal(drawList, min, max);
     ImGui::End();

@@ -21,7 +21,7 @@ constexpr float kLineGap = 4.0f;
 void LauncherApp::drawNotConfiguredScreen() {
     ImDrawList* drawList = ImGui::GetWindowDrawList();
     const ImVec2 size(uiThemePx(kCardSize.x), uiThemePx(kCardSize.y));
-    const ImVec2 min = ImGui::GetWindowPos() + (ImGui::GetWindowSize() - size) * 0.5f;
+    const ImVec2 min = uiThemeWholePixels(ImGui::GetWindowPos() + (ImGui::GetWindowSize() - size) * 0.5f);
     const ImVec2 max = min + size;
     const float left = min.x + uiThemePx(kInset);
     const float wrapWidth = uiThemePx(kCardSize.x - 2.0f * kInset);

@@ -4,6 +4,8 @@
 #include "shell/launcher_app.h"
 #include "shell/widgets.h"
 #include "system/operating_system.h"
+#include "ui/ui_keyboard.h"
+#include "ui/ui_popups.h"
 #include "ui/ui_theme.h"
 
 #include <imgui.h>
@@ -35,11 +37,12 @@ bool beginModal(const char* name, bool& requested) {
     const ImGuiViewport* viewport = ImGui::GetMainViewport();
     ImGui::SetNextWindowPos({viewport->Pos.x + viewport->Size.x * 0.5f, viewport->Pos.y + viewport->Size.y * 0.5f},
                             ImGuiCond_Appearing, {0.5f, 0.5f});
-    return ImGui::BeginPopupModal(name, nullptr, ImGuiWindowFlags_AlwaysAutoResize);
+    return uiThemeBeginModal(name);
 }
 
 void drawFieldLabel(const char* label) {
-    ImGui::PushFont(uiThemeFont(11.0f), 0.0f);
+    ImFont* font = uiThemeFont(11.0f);
+    ImGui::PushFont(font, uiThemeFontSize(font));
     ImGui::PushStyleColor(ImGuiCol_Text, uiThemeMutedForeground());
     ImGui::TextUnformatted(label);
     ImGui::PopStyleColor();
@@ -51,11 +54,11 @@ void drawFieldLabel(const char* label) {
 void LauncherApp::drawProjectDialogs() {
     if (beginModal(kCreatePopup, createProjectRequested)) {
         drawCreateProjectPopup();
-        ImGui::EndPopup();
+        uiThemeEndPopup();
     }
     if (beginModal(kOpenErrorPopup, openErrorRequested)) {
         drawOpenErrorPopup();
-        ImGui::EndPopup();
+        uiThemeEndPopup();
     }
 }
 
@@ -70,16 +73,19 @@ void LauncherApp::drawCreateProjectPopup() {
     ImGui::SetNextItemWidth(uiThemePx(kBodyWidth));
     if (ImGui::IsWindowAppearing()) ImGui::SetKeyboardFocusHere();
     ImGui::InputTextWithHint("##NewProjectName", "My VOLO project", newProjectName, sizeof newProjectName);
+    uiThemeFocusRingOfItem();
 
     gap(8.0f);
     drawFieldLabel("LOCATION");
     ImGui::SetNextItemWidth(uiThemePx(kLocationWidth));
     ImGui::InputText("##NewProjectLocation", newProjectLocation, sizeof newProjectLocation);
+    uiThemeFocusRingOfItem();
     ImGui::SameLine(0.0f, uiThemePx(kBodyWidth - kLocationWidth - kBrowseWidth));
     if (ImGui::Button("Browse", {uiThemePx(kBrowseWidth), 0.0f})) {
         const std::string folder = browseForFolder("Choose project location", newProjectLocation);
         if (!folder.empty()) copyToBuffer(folder, newProjectLocation);
     }
+    bool onButton = uiThemeFocusRingOfItem();
 
     gap(6.0f);
     ImGui::PushTextWrapPos(ImGui::GetCursorPosX() + uiThemePx(kBodyWidth)); // a long path must not widen the popup
@@ -90,12 +96,17 @@ void LauncherApp::drawCreateProjectPopup() {
     ImGui::PopTextWrapPos();
 
     gap(12.0f);
-    if (ImGui::Button(kCancelLabel, {uiThemePx(kButtonWidth), 0.0f})) ImGui::CloseCurrentPopup();
+    bool closes = ImGui::Button(kCancelLabel, {uiThemePx(kButtonWidth), 0.0f}) || uiThemeCancelKeyPressed();
+    onButton |= uiThemeFocusRingOfItem();
     ImGui::SameLine();
-    if (ImGui::Button("Create project", {uiThemePx(kCreateWidth), 0.0f})) {
+    bool confirmed = uiThemeDefaultButton("Create project", uiThemePx(kCreateWidth));
+    onButton |= uiThemeFocusRingOfItem();
+    confirmed |= !onButton && uiThemeConfirmKeyPressed(); // on a button the key presses that
+    if (confirmed && !closes) {
         createProject();
-        if (createProjectError.empty()) ImGui::CloseCurrentPopup();
+        closes = createProjectError.empty();
     }
+    if (closes) ImGui::CloseCurrentPopup();
 }
 
 void LauncherApp::drawOpenErrorPopup() {
@@ -103,5 +114,7 @@ void LauncherApp::drawOpenErrorPopup() {
     ImGui::TextUnformatted(openErrorMessage.c_str());
     ImGui::PopTextWrapPos();
     gap(12.0f);
-    if (ImGui::Button("OK", {uiThemePx(kButtonWidth), 0.0f})) ImGui::CloseCurrentPopup();
+    const bool confirmed = uiThemeDefaultButton("OK", uiThemePx(kButtonWidth));
+    uiThemeFocusRingOfItem();
+    if (confirmed || uiThemeConfirmKeyPressed() || uiThemeCancelKeyPressed()) ImGui::CloseCurrentPopup();
 }

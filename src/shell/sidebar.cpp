@@ -4,6 +4,7 @@
 #include "shell/shell_layout.h"
 #include "shell/user_initials.h"
 #include "shell/widgets.h"
+#include "ui/ui_keyboard.h"
 #include "ui/ui_theme.h"
 
 #include <imgui_internal.h>
@@ -72,6 +73,7 @@ void drawNavigationRow(const NavigationRow& row, ImVec2 min, ImVec2 max, Launche
     uiThemeText(drawList, font,
                 {min.x + uiThemePx(kRowLabelInset), min.y + (max.y - min.y - uiThemeFontSize(font)) * 0.5f},
                 active ? kActiveRow : kInactiveRowLabel, row.label);
+    if (area.focused) uiThemeFocusRing(drawList, min, max, rounding);
 }
 
 void drawAvatar(ImDrawList* drawList, ImVec2 centre, const std::string& displayName) {

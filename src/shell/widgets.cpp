@@ -1,10 +1,12 @@
 #include "shell/widgets.h"
 
+#include "ui/ui_keyboard.h"
 #include "ui/ui_theme.h"
 
 #include <imgui_internal.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -27,16 +29,18 @@ bool drawButton(const char* label, ImVec2 position, ImVec2 size, float fontSize,
 
     ImDrawList* drawList = window->DrawList;
     const float rounding = uiThemePx(kButtonRounding);
-    uiThemeRoundedPanel(drawList, position, max,
+    const ImVec2 drawnMin = uiThemeWholePixels(position), drawnMax = uiThemeWholePixels(max);
+    uiThemeRoundedPanel(drawList, drawnMin, drawnMax,
                         area.held      ? look.held
                         : area.hovered ? look.hovered
                                        : look.normal,
                         rounding);
-    if (look.outline != 0) uiThemeBorder(drawList, position, max, rounding, 1.0f, look.outline);
+    if (look.outline != 0) uiThemeBorder(drawList, drawnMin, drawnMax, rounding, 1.0f, look.outline);
 
     ImFont* font = uiThemeFont(fontSize);
     const ImVec2 textSize = uiThemeTextSize(font, label);
     uiThemeText(drawList, font, position + (size - textSize) * 0.5f, look.text, label);
+    if (area.focused) uiThemeFocusRing(drawList, drawnMin, drawnMax, rounding);
     return area.clicked;
 }
 
@@ -56,6 +60,7 @@ HitArea hitArea(ImGuiID id, ImVec2 min, ImVec2 max) {
     if (!area.added) return area;
     area.clicked = ImGui::ButtonBehavior(rectangle, id, &area.hovered, &area.held);
     ImGui::KeepAliveID(id);
+    area.focused = uiThemeFocusShows(id);
     return area;
 }
 
@@ -82,8 +87,12 @@ void drawStarIcon(ImDrawList* drawList, ImVec2 centre, float radius, ImU32 colou
     for (int i = 0; i < 10; ++i)
         corners[i] = centre + kStar[i] * radius;
     if (filled) {
+        // Each with smooth edges of its own, the triangles would show as facets; the outline smooths the star's.
+        const ImDrawListFlags smooth =
+            std::exchange(drawList->Flags, drawList->Flags & ~ImDrawListFlags_AntiAliasedFill);
         for (int i = 0; i < 10; ++i)
             drawList->AddTriangleFilled(centre, corners[i], corners[(i + 1) % 10], colour);
+        drawList->Flags = smooth;
     }
     drawList->AddPolyline(corners, 10, colour, ImDrawFlags_Closed, filled ? 1.0f : 1.2f);
 }

@@ -27,5 +27,6 @@ struct HitArea {
     bool clicked = false;
     bool hovered = false;
     bool held = false;
+    bool focused = false; // shows that the keyboard is on it
 };
 HitArea hitArea(ImGuiID id, ImVec2 min, ImVec2 max);

@@ -11,6 +11,7 @@
 #include <imgui_internal.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <filesystem>
 
@@ -123,7 +124,7 @@ void LauncherApp::drawSignInScreen() {
     }
     ImDrawList* drawList = ImGui::GetWindowDrawList();
     const ImVec2 min = ImGui::GetWindowPos(), size = ImGui::GetWindowSize(), max = min + size;
-    const float panelWidth = kPanelShare * size.x, panelRight = min.x + panelWidth;
+    const float panelWidth = std::round(kPanelShare * size.x), panelRight = min.x + panelWidth;
     drawList->AddRectFilled(min, {panelRight, max.y}, uiThemeCard(), uiThemeWindowRounding(),
                             ImDrawFlags_RoundCornersBottomLeft);
     drawList->AddLine({panelRight, min.y}, {panelRight, max.y}, uiThemeBorder(), 1.0f);

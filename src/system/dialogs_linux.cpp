@@ -1,3 +1,4 @@
+#include "system/dialog_owner.h"
 #include "system/operating_system.h"
 #include "system/spawn_linux.h"
 #include "system/system_texts.h"
@@ -5,6 +6,7 @@
 #include <cerrno>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -12,10 +14,18 @@ namespace {
 
 enum class DialogOutcome { NoProgram, Answered };
 
-std::string readToEnd(int descriptor) {
+constexpr int kServePauseMs = 30;
+
+// Reads until the dialog has ended. The window behind it is looked after meanwhile.
+std::string readToEnd(int descriptor, pid_t dialog) {
     std::string text;
     char buffer[4096];
     for (;;) {
+        pollfd output{descriptor, POLLIN, 0};
+        if (dialogOwner().serve && ::poll(&output, 1, kServePauseMs) <= 0) {
+            dialogOwner().serve(dialog);
+            continue;
+        }
         const ssize_t count = ::read(descriptor, buffer, sizeof buffer);
         if (count < 0 && errno == EINTR) continue;
         if (count <= 0) return text;
@@ -27,9 +37,11 @@ std::string readToEnd(int descriptor) {
 DialogOutcome runDialog(const std::vector<std::string>& arguments, std::string& choice) {
     int output[2];
     if (::pipe2(output, O_CLOEXEC) != 0) return DialogOutcome::NoProgram;
-    const SpawnResult dialog = spawnProgram(arguments, output[1]);
+    // zenity goes in front of the window that this names, as kdialog does with --attach.
+    const std::string owner = "WINDOWID=" + std::to_string(dialogOwner().window);
+    const SpawnResult dialog = spawnProgram(arguments, output[1], owner);
     ::close(output[1]);
-    if (dialog.error == 0) choice = readToEnd(output[0]);
+    if (dialog.error == 0) choice = readToEnd(output[0], dialog.process);
     ::close(output[0]);
     if (dialog.error != 0) return DialogOutcome::NoProgram;
 
@@ -42,9 +54,12 @@ DialogOutcome runDialog(const std::vector<std::string>& arguments, std::string& 
 }
 
 // GNOME's dialog program if there is one, else KDE's.
-std::string askUser(const std::vector<std::string>& zenity, const std::vector<std::string>& kdialog) {
+std::string askUser(const std::vector<std::string>& zenity, std::vector<std::string> kdialog) {
     std::string choice;
     if (runDialog(zenity, choice) == DialogOutcome::Answered) return choice;
+    if (dialogOwner().window != 0) {
+        kdialog.insert(kdialog.begin() + 1, {"--attach", std::to_string(dialogOwner().window)});
+    }
     if (runDialog(kdialog, choice) == DialogOutcome::Answered) return choice;
     return {};
 }

@@ -43,6 +43,29 @@ struct Fonts {
 };
 Fonts fonts;
 
+// --- glyphs on whole pixels ------------------------------------------------------------------------------------------
+
+// Dear ImGui puts the baseline on a whole pixel of the size that a glyph is baked for. Where that is not the size that
+// it is drawn in, the baseline has to be moved, or every line of the text would be blurred into the next.
+bool loadAlignedGlyph(ImFontAtlas* atlas, ImFontConfig* config, ImFontBaked* baked, void* data, ImWchar character,
+                      ImFontGlyph* glyph, float* advance) {
+    const float drawn = baked->RasterizerDensity / ImGui::GetIO().DisplayFramebufferScale.y; // of the baked size
+    const float baseline = std::round(baked->Ascent);
+    const float shift = std::round(baseline * drawn) / drawn - baseline;
+    config->GlyphOffset.y = shift * baked->ContainerFont->Sources[0]->SizePixels / baked->Size;
+    return ImFontAtlasGetFontLoaderForStbTruetype()->FontBakedLoadGlyph(atlas, config, baked, data, character, glyph,
+                                                                        advance);
+}
+
+const ImFontLoader* alignedLoader() {
+    static const ImFontLoader loader = [] {
+        ImFontLoader made = *ImFontAtlasGetFontLoaderForStbTruetype();
+        made.FontBakedLoadGlyph = loadAlignedGlyph;
+        return made;
+    }();
+    return &loader;
+}
+
 // --- characters that the font file lacks -----------------------------------------------------------------------------
 
 // Of the stb loader's own scaling only the ratio of two sizes is left to us: with both negative it starts from the em
@@ -91,11 +114,10 @@ bool fallbackHasGlyph(ImFontAtlas*, ImFontConfig*, ImWchar character) {
     return faceWith(character) != nullptr;
 }
 
-bool loadFallbackGlyph(ImFontAtlas* atlas, ImFontConfig*, ImFontBaked* baked, void*, ImWchar character,
+bool loadFallbackGlyph(ImFontAtlas* atlas, ImFontConfig*, ImFontBaked* baked, void* data, ImWchar character,
                        ImFontGlyph* glyph, float* advance) {
     ImFontConfig* config = faceWith(character);
-    return config && ImFontAtlasGetFontLoaderForStbTruetype()->FontBakedLoadGlyph(atlas, config, baked, nullptr,
-                                                                                  character, glyph, advance);
+    return config && loadAlignedGlyph(atlas, config, baked, data, character, glyph, advance);
 }
 
 const ImFontLoader* fallbackLoader() {
@@ -135,6 +157,7 @@ ImFont* addFont(float pixels) {
     if (fonts.file) {
         config.FontData = fonts.file;
         config.FontDataSize = fonts.fileBytes;
+        config.FontLoader = alignedLoader();
         font = fonts.atlas->AddFont(&config);
         // Asked not to own the bytes, the atlas would copy them for every size. It owns them once, in the first font.
         font->Sources[0]->FontDataOwnedByAtlas = fonts.sized.empty();

@@ -1,6 +1,7 @@
 #include "ui/ui_host.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <filesystem>
@@ -14,12 +15,19 @@
 #include <imgui_impl_opengl3.h>
 #include <imgui_internal.h>
 
+#ifdef __linux__
+#include "ui/ui_host_front_linux.h"
+#endif
 #include "ui/ui_pacing.h"
 #include "ui/ui_placement.h"
 #include "ui/ui_theme.h"
 
 #ifdef _WIN32
 #include "ui/ui_host_frame_windows.h"
+#endif
+#ifdef __linux__
+// As glfw3native.h declares it, without the X headers that this would bring; a GLFW for Wayland alone lacks it.
+extern "C" __attribute__((weak)) unsigned long glfwGetX11Window(GLFWwindow* window);
 #endif
 
 namespace {
@@ -77,6 +85,15 @@ double secondsPerFrame() {
 void noteEvent(GLFWwindow* source) {
     static_cast<FramePacer*>(glfwGetWindowUserPointer(source))->noteEvent();
 }
+// A window that loses the keyboard forgets where the pointer is, and hears of it again only when it moves: a click
+// before that would hit nothing.
+void notePointer(GLFWwindow* source) {
+    double x = 0.0;
+    double y = 0.0;
+    glfwGetCursorPos(source, &x, &y);
+    ImGui::GetIO().AddMousePosEvent(static_cast<float>(x), static_cast<float>(y));
+    noteEvent(source);
+}
 void noteDamage(GLFWwindow* source) {
     static_cast<FramePacer*>(glfwGetWindowUserPointer(source))->noteDamage();
 }
@@ -84,6 +101,25 @@ void noteDamage(GLFWwindow* source) {
 int scaled(int units, float scale) {
     return static_cast<int>(std::lround(static_cast<float>(units) * scale));
 }
+
+// Dear ImGui reuses what it drew as soon as the next frame begins; this keeps it.
+struct LastImage {
+    void keep(const ImDrawData& shown, std::span<const float, 4> clearColour) {
+        forget();
+        frame = shown;
+        frame.Textures = nullptr; // they have been taken
+        for (ImDrawList*& list : frame.CmdLists)
+            list = list->CloneOutput();
+        std::ranges::copy(clearColour, clear.begin());
+    }
+    void forget() {
+        for (ImDrawList* list : frame.CmdLists)
+            IM_DELETE(list);
+        frame.Clear();
+    }
+    ImDrawData frame;
+    std::array<float, 4> clear{};
+};
 
 } // namespace
 
@@ -101,7 +137,9 @@ struct UiHost::Window {
     const char* shaderVersion = nullptr;
 
     FramePacer pacer;
-    float scale = 0.0f; // pixels of the screen's coordinates per unit, as of this frame
+    LastImage lastImage;
+    std::int64_t dialogInFront = 0; // the process of the dialog that was served last
+    float scale = 0.0f;             // pixels of the screen's coordinates per unit, as of this frame
 
     ~Window();
     [[nodiscard]] bool open(std::string& errorText);
@@ -113,6 +151,7 @@ struct UiHost::Window {
     void followScale();
     [[nodiscard]] float contentScale() const;
     void show();
+    void draw(ImDrawData& frame, std::span<const float, 4> clear) const;
 };
 
 UiHost::UiHost() = default;
@@ -176,16 +215,35 @@ bool UiHost::presentFrame(const float* clearColour) {
     const std::span<const float, 4> clear(clearColour, 4);
     if (!window.pacer.frameBuilt(frameFingerprint(frame, clear), texturesPending(frame))) return true;
 
-    int width = 0;
-    int height = 0;
-    glfwGetFramebufferSize(window.handle, &width, &height);
-    glViewport(0, 0, width, height);
-    glClearColor(clear[0], clear[1], clear[2], clear[3]);
-    glClear(GL_COLOR_BUFFER_BIT);
-    ImGui_ImplOpenGL3_RenderDrawData(&frame);
-    glfwSwapBuffers(window.handle);
+    window.draw(frame, clear);
+    window.lastImage.keep(frame, clear);
     ++window.integration.framesPresented;
     return true;
+}
+
+void UiHost::serve([[maybe_unused]] std::int64_t dialog) {
+    Window& window = *window_;
+    glfwPollEvents();
+    ImGuiIO& io = ImGui::GetIO();
+    io.ClearEventsQueue();
+    io.ClearInputKeys(); // a key may be let go of unheard
+    io.ClearInputMouse();
+#ifdef __linux__
+    if (window.dialogInFront != dialog && bringToFront(dialog, window.handle)) window.dialogInFront = dialog;
+#endif
+    if (!window.pacer.takeDamage()) return;
+    int width = 0;
+    int height = 0;
+    glfwGetWindowSize(window.handle, &width, &height); // the image keeps its corner
+    window.lastImage.frame.DisplaySize = {static_cast<float>(width), static_cast<float>(height)};
+    window.draw(window.lastImage.frame, window.lastImage.clear);
+}
+
+std::uint64_t UiHost::nativeWindow() const {
+#ifdef __linux__
+    if (window_ && glfwGetX11Window && !onWayland()) return glfwGetX11Window(window_->handle);
+#endif
+    return 0;
 }
 
 // --- opening and closing ---------------------------------------------------------------------------------------------
@@ -260,6 +318,7 @@ bool UiHost::Window::createContext(std::string& errorText) {
 
 UiHost::Window::~Window() {
     if (context) {
+        lastImage.forget();
         uiThemeShutdown();
         if (rendererReady) ImGui_ImplOpenGL3_Shutdown();
         if (platformReady) ImGui_ImplGlfw_Shutdown();
@@ -279,17 +338,31 @@ void UiHost::Window::show() {
     glfwSwapBuffers(handle);
 }
 
+void UiHost::Window::draw(ImDrawData& frame, std::span<const float, 4> clear) const {
+    int width = 0;
+    int height = 0;
+    glfwGetFramebufferSize(handle, &width, &height);
+    glViewport(0, 0, width, height);
+    glClearColor(clear[0], clear[1], clear[2], clear[3]);
+    glClear(GL_COLOR_BUFFER_BIT);
+    ImGui_ImplOpenGL3_RenderDrawData(&frame);
+    glfwSwapBuffers(handle);
+}
+
 // --- events ----------------------------------------------------------------------------------------------------------
 
 void UiHost::Window::watchEvents() {
     glfwSetWindowUserPointer(handle, &pacer);
     glfwSetKeyCallback(handle, [](GLFWwindow* source, int, int, int, int) { noteEvent(source); });
     glfwSetCharCallback(handle, [](GLFWwindow* source, unsigned int) { noteEvent(source); });
-    glfwSetMouseButtonCallback(handle, [](GLFWwindow* source, int, int, int) { noteEvent(source); });
+    glfwSetMouseButtonCallback(handle, [](GLFWwindow* source, int, int, int) { notePointer(source); });
     glfwSetCursorPosCallback(handle, [](GLFWwindow* source, double, double) { noteEvent(source); });
     glfwSetCursorEnterCallback(handle, [](GLFWwindow* source, int) { noteEvent(source); });
     glfwSetScrollCallback(handle, [](GLFWwindow* source, double, double) { noteEvent(source); });
-    glfwSetWindowFocusCallback(handle, [](GLFWwindow* source, int) { noteEvent(source); });
+    glfwSetWindowFocusCallback(handle, [](GLFWwindow* source, int focused) {
+        focused == GLFW_TRUE&& glfwGetWindowAttrib(source, GLFW_HOVERED) == GLFW_TRUE ? notePointer(source)
+                                                                                      : noteEvent(source);
+    });
     glfwSetWindowContentScaleCallback(handle, [](GLFWwindow* source, float, float) { noteEvent(source); });
     glfwSetFramebufferSizeCallback(handle, [](GLFWwindow* source, int, int) { noteDamage(source); });
     glfwSetWindowRefreshCallback(handle, noteDamage);

@@ -39,6 +39,12 @@ class UiHost {
     [[nodiscard]] bool presentFrame(const float* clearColour); // red, green, blue, alpha; false: the loop is to end
     void shutdown();
 
+    // While a dialog of another process holds up the frame thread: answers the window system, shows the last image
+    // again where it was lost, and keeps the dialog in front. No frame is run, and what is done to the window meanwhile
+    // is not passed on to one.
+    void serve(std::int64_t dialog);
+    [[nodiscard]] std::uint64_t nativeWindow() const; // X11's identifier; 0 where there is none
+
     // Where the window's size and place are kept between runs, UTF-8; set before initialize. Empty: nothing is read or
     // written. They are written by shutdown.
     std::string placementDirectory;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -60,6 +61,10 @@ bool texturesPending(const ImDrawData& frame) {
 void FramePacer::noteDamage() {
     damaged_ = true;
     noteEvent();
+}
+
+bool FramePacer::takeDamage() {
+    return std::exchange(damaged_, false);
 }
 
 void FramePacer::setIconified(bool iconified) {

@@ -24,6 +24,7 @@ class FramePacer {
 
     void noteEvent() { awake_ = kSettleFrames; } // input arrived, or the window changed
     void noteDamage();                           // the system lost what the window showed
+    [[nodiscard]] bool takeDamage();             // true: whoever asks shows it again
     void setIconified(bool iconified);
 
     // Nothing moves: wait up to kIdleWaitSeconds for an event. Otherwise the next frame is due in secondsUntilDue,

@@ -34,6 +34,9 @@ inline constexpr ImU32 kDestructive = 0xFF7878F5;
 
 // Accent: the primary blue of the buttons, and a lighter one that is legible as a line or a text.
 inline constexpr ImU32 kPrimary = 0xFFFD6E0D;
+inline constexpr ImU32 kPrimaryHovered = 0xFFD75E0B;
+inline constexpr ImU32 kPrimaryHeld = 0xFFCA580A;
+inline constexpr ImU32 kOnPrimary = 0xFFFFFFFF; // text
 inline constexpr ImU32 kPrimaryLight = 0xFFFFB07A;
 inline constexpr ImU32 kSelection = 0x80FD6E0D;
 
@@ -55,7 +58,10 @@ inline constexpr float kTextSize = 14.0f; // of stock widgets
 inline constexpr float kBadgeTextSize = 11.5f;
 inline constexpr float kBadgeHeight = 20.0f;
 inline constexpr float kBadgePadding = 9.0f;
+inline constexpr float kTitleSize = 16.0f; // of modal popups
+inline constexpr float kRingThickness = 2.0f;
 inline constexpr float kRevealSeconds = 0.16f;
+inline constexpr float kPopupSeconds = 0.12f;
 inline constexpr float kSpinnerTurnSeconds = 1.1f;
 
 } // namespace palette

@@ -80,7 +80,7 @@ constexpr std::pair<ImGuiCol, ImU32> kStyleColours[] = {
     {ImGuiCol_PlotHistogram, palette::kPrimary},
     {ImGuiCol_PlotHistogramHovered, palette::kPrimaryLight},
     {ImGuiCol_DragDropTarget, palette::kPrimaryLight},
-    {ImGuiCol_NavCursor, palette::kPrimaryLight},
+    {ImGuiCol_NavCursor, palette::kNone}, // uiThemeFocusRing stands in for it
     {ImGuiCol_NavWindowingHighlight, palette::kPrimaryLight},
 };
 static_assert(std::size(kStyleColours) == ImGuiCol_COUNT);
@@ -219,7 +219,11 @@ void uiThemeBackgroundFloat(float* colour) {
 // --- metrics and type ------------------------------------------------------------------------------------------------
 
 float uiThemePx(float units) {
-    return units * theme.scale;
+    const float pixels = units * theme.scale;
+    return units == std::trunc(units) ? std::round(pixels) : pixels;
+}
+ImVec2 uiThemeWholePixels(ImVec2 point) {
+    return {std::round(point.x), std::round(point.y)};
 }
 float uiThemeWindowRounding() {
     return 0.0f;

@@ -34,10 +34,13 @@ void uiThemeBackgroundFloat(float* colour); // red, green, blue, alpha
 
 // --- metrics and type ------------------------------------------------------------------------------------------------
 
-float uiThemePx(float units);  // at the current scale
-float uiThemeWindowRounding(); // 0 while the system draws the window's frame
+// At the current scale. A whole number of units is a whole number of pixels at every scale, so that edges stay sharp.
+float uiThemePx(float units);
+ImVec2 uiThemeWholePixels(ImVec2 point); // for what is centred, or a share of the window
+float uiThemeWindowRounding();           // 0 while the system draws the window's frame
 
-// A font whose own size (LegacySize) is uiThemePx(nominalSize). Valid until the next frame begins.
+// A font whose own size (LegacySize) is nominalSize at the current scale, not rounded. Valid until the next frame
+// begins.
 ImFont* uiThemeFont(float nominalSize);
 float uiThemeFontSize(ImFont* font); // its own size in pixels
 

@@ -6,6 +6,7 @@
 import argparse
 import os
 import pathlib
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -13,8 +14,8 @@ import time
 
 from desktop import Desktop, NotSeen, missing_programs, wait_for
 from sandbox_run import Sandbox, command_of, is_for_windows, isolate
-from tour import (DIALOG, EDITOR_WINDOW, INSTALL_ACTION, INSTALLS_CARD, INSTALLS_TAB, MADE_UP, NEW_PROJECT, SIGN_IN_BUTTON,
-                  SIGN_IN_COLUMN, STAR_X, USER_CARD, WHOLE, check, name_box, row)
+from tour import (DIALOG, EDITOR_WINDOW, INSTALL_ACTION, INSTALLS_CARD, INSTALLS_TAB, MADE_UP, NEW_PROJECT,
+                  SIGN_IN_BUTTON, SIGN_IN_COLUMN, STAR_X, USER_CARD, WHOLE, check, name_box, row)
 
 SKIPPED = 77
 GOOGLE_HOSTS = "accounts.google.com oauth2.googleapis.com openidconnect.googleapis.com"
@@ -76,6 +77,60 @@ def refused_sign_in(build):
             print(f"{option}: {message}")
             window.close()
             check("exit status 0", sandbox.status() == 0)
+
+
+def pointer_at_rest(build):
+    """Whoever comes back from another window and clicks without moving the mouse hits what is under it."""
+    with Desktop() as desktop, Sandbox(desktop, build) as sandbox:
+        window = desktop.window("VOLO Launcher")
+        window.see("Sign in", SIGN_IN_BUTTON)
+        window.point(236, 383)
+        other = subprocess.Popen(["xev", "-geometry", "40x40+1200+740", "-name", "elsewhere"], env=desktop.environment,
+                                 stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL)
+        try:
+            desktop.window("elsewhere")  # takes the keyboard
+            wait_for("the button as it is when nobody points", lambda: window.colour(200, 383) == (0x0D, 0x6E, 0xFD))
+            window.come_forward()
+            window.tool("click", "1")
+            window.see("Ada Sandbox", USER_CARD)
+        finally:
+            other.kill()
+            other.wait()
+        window.close()
+        check("exit status 0", sandbox.status() == 0)
+
+
+def dialog(build):
+    """While a dialog of the desktop is open, it stays in front; the launcher shows its last image, and hears nothing."""
+    if shutil.which("zenity") is None:
+        print("SKIPPED: no zenity here")
+        sys.exit(SKIPPED)
+    with Desktop() as desktop, Sandbox(desktop, build, "--stored-session") as sandbox:
+        window = desktop.window("VOLO Launcher")
+        window.see("Ada Sandbox", USER_CARD)
+        window.click(NEW_PROJECT)
+        browse = window.find("Browse", DIALOG)
+        place = (180, 700)  # on "Sign out"
+        shown = window.colour(*place)
+        window.click(browse)
+        chooser = desktop.window("Choose project location")
+
+        def owner():
+            return desktop.run("xprop", "-id", chooser.identifier, "WM_TRANSIENT_FOR")[1].decode().split()[-1]
+
+        wait_for("a dialog that belongs to the window", lambda: owner() == hex(int(window.identifier)))
+        chooser.tool("windowmove", chooser.identifier, "0", "0")
+        wait_for("the dialog over the window", lambda: window.colour(*place) != shown)
+        chooser.tool("windowmove", chooser.identifier, "400", "0")
+        wait_for("what it had covered", lambda: window.colour(*place) == shown)
+        window.click(place)  # nobody listens
+        chooser.come_forward()
+        chooser.press("Escape")
+        wait_for("the dialog gone", lambda: not desktop.windows("Choose project location"))
+        window.come_forward()
+        window.see("Create a new project", DIALOG)
+        window.close()
+        check("exit status 0", sandbox.status() == 0)
 
 
 def bare_environment(folder, display=None):
@@ -211,7 +266,7 @@ def production_endpoints(build):
             check("exit status 0", sandbox.status() == 0)
 
 
-def dialogs(build):
+def windows_dialogs(build):
     """Windows' own dialogs, answered with keys: a project from disk, a folder for new ones, and never mind."""
     with Desktop() as desktop, Sandbox(desktop, build, "--stored-session", "--projects", "2") as sandbox:
         file = sandbox.root / "home/A project of mine/Mine too.zantorproj"
@@ -279,8 +334,8 @@ def both_platforms(build):
                 check("exit status 0", sandbox.status() == 0)
 
 
-CHECKS = (leaks, refused_sign_in, second_instance, no_display, idle, damaged_package, production_endpoints,
-          dialogs, both_platforms)
+CHECKS = (leaks, refused_sign_in, pointer_at_rest, dialog, second_instance, no_display, idle, damaged_package,
+          production_endpoints, windows_dialogs, both_platforms)
 
 
 def main():

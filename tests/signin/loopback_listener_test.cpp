@@ -192,6 +192,12 @@ TEST_F(Listener, AnswersTheBrowserAndStopsAtOnceWhileOthersStall) {
             dying = std::min(dying, since(destroyed));
             ended = true;
             dripping.join();
+            clients.clear();
+            EXPECT_TRUE(
+                eventually([&] { // only the copy and the fixture's own: the copy's end is what orders the threads
+                    return std::shared_ptr<SignInMailbox>(mailbox_).use_count() == 2;
+                }))
+                << "a thread has outlived its client";
         }
         EXPECT_LE(slowestAnswer, milliseconds(500));
         EXPECT_LE(stopping, kBlink);

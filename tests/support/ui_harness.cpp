@@ -114,7 +114,7 @@ void UiHarness::frame() {
     uiThemeApplyStyle();
     app->drawFrame(1.0f / 60.0f);
     ImGui::Render();
-    UiFrames::takeTextures();
+    present();
 }
 
 void UiHarness::frames(int count) {
@@ -128,15 +128,20 @@ double UiHarness::frameMilliseconds() {
     return 1000.0 * static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC;
 }
 
-std::optional<ImRect> UiHarness::rect(const char* window, IdPath path) const {
+ImGuiID UiHarness::identify(const char* window, IdPath path) const {
     for (const ImGuiWindow* candidate : ImGui::GetCurrentContext()->Windows) {
         const std::string_view name = candidate->Name;
         // A child's name ends in its identifier; the root's must not be taken for that of its children.
         if (name != window && !name.starts_with(std::string(window) + "_")) continue;
-        const auto item = theItems.find(identifier(candidate->ID, path));
-        if (item != theItems.end()) return item->second.rect;
+        const ImGuiID id = identifier(candidate->ID, path);
+        if (theItems.contains(id)) return id;
     }
-    return std::nullopt;
+    return 0;
+}
+
+std::optional<ImRect> UiHarness::rect(const char* window, IdPath path) const {
+    const ImGuiID id = identify(window, path);
+    return id != 0 ? std::optional(theItems.at(id).rect) : std::nullopt;
 }
 
 std::optional<ImRect> UiHarness::menuEntry(const std::string& label, bool* disabled) const {

@@ -3,6 +3,7 @@
 // The real launcher without a window: a Dear ImGui context that no screen shows, frames on request, mouse and keys fed
 // in as a host would feed them, and items found by their identifiers, so that a test clicks "Sign in" and not a point.
 
+#include <functional>
 #include <initializer_list>
 #include <memory>
 #include <optional>
@@ -57,6 +58,7 @@ class UiHarness {
     // name; a stock menu entry is found by its label in any window.
     [[nodiscard]] std::optional<ImRect> rect(const char* window, IdPath path) const;
     [[nodiscard]] std::optional<ImRect> menuEntry(const std::string& label, bool* disabled = nullptr) const;
+    [[nodiscard]] ImGuiID identify(const char* window, IdPath path) const; // 0: not submitted in the last frame
     [[nodiscard]] bool popupOpen(const char* name) const;
 
     // All return whether the item was there; a frame each for the pointer, the press and the release.
@@ -73,5 +75,6 @@ class UiHarness {
     const std::filesystem::path launcher = folder / "launcher/here";
     UiFrames imgui;
     UiIntegration integration;
+    std::function<void()> present = UiFrames::takeTextures; // what becomes of a built frame
     std::unique_ptr<LauncherApp> app;
 };

@@ -73,7 +73,7 @@ TEST(ThemeFonts, HaveTheirNominalSizeAtEveryScaleAtOnce) {
             uiThemeApplyStyle();
             EXPECT_FLOAT_EQ(early->LegacySize, 13.5f * scale) << "a font that was handed out before the change";
             for (const float nominal : {11.0f, 12.5f, 22.0f}) {
-                EXPECT_FLOAT_EQ(uiThemeFontSize(uiThemeFont(nominal)), uiThemePx(nominal));
+                EXPECT_FLOAT_EQ(uiThemeFontSize(uiThemeFont(nominal)), nominal * scale);
                 EXPECT_NEAR(uiThemeTextSize(uiThemeFont(nominal), "Projects").y, nominal * scale, 1e-3);
             }
             EXPECT_FLOAT_EQ(ImGui::GetFontSize(), std::round(14.0f * scale)) << "stock widgets, in this very frame";
@@ -207,6 +207,8 @@ TEST(ThemeColours, TextIsLegibleOnEverySurfaceItIsSetOn) {
         EXPECT_GE(contrast(kMuted, surface), 4.5) << "hints";
     for (const BadgeColours& badge : kBadges)
         EXPECT_GE(contrast(badge.text, badge.fill), 4.5);
+    for (const ImU32 surface : {kPrimary, kPrimaryHovered, kPrimaryHeld})
+        EXPECT_GE(contrast(kOnPrimary, surface), 4.5) << std::hex << surface;
     EXPECT_NEAR(contrast(0xFF000000, 0xFFFFFFFF), 21.0, 0.01);
 }
 

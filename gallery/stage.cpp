@@ -1,0 +1,135 @@
+#include "gallery/stage.h"
+
+#include "ui/ui_theme.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int kSettleFrames = 30; // half a second: whatever was set in motion has come to rest
+
+// The states of a run that it only passes through are set from outside; an explicit instantiation may name them.
+struct InstallMembers {
+    EditorInstallStatus EditorInstallState::*status;
+    std::string EditorInstallState::*message;
+    std::int64_t EditorInstallState::*received;
+    std::int64_t EditorInstallState::*total;
+    std::vector<DownloadRecord> EditorInstallState::*downloads;
+};
+InstallMembers installMembers();
+template<auto... members>
+struct Opened {
+    friend InstallMembers installMembers() { return {members...}; }
+};
+template struct Opened<&EditorInstallState::status_, &EditorInstallState::statusMessage_,
+                       &EditorInstallState::downloadedBytes_, &EditorInstallState::totalBytes_,
+                       &EditorInstallState::downloads_>;
+
+void writeFile(const fs::path& file, const std::string& bytes) {
+    fs::create_directories(file.parent_path());
+    std::ofstream(file, std::ios::binary) << bytes;
+}
+
+} // namespace
+
+Stage::Stage(const StageSetting& stageSetting)
+    : setting(stageSetting) {
+    for (const fs::path& fresh : {launcherFolder, projectsFolder.parent_path(), setting.home / ".config"}) {
+        fs::remove_all(fresh);
+        fs::create_directories(fresh);
+    }
+    RecordingSystem& system = recordingSystem();
+    system.launcherDirectory = launcherFolder.string();
+    system.userDataDirectory = (setting.home / ".config").string();
+    system.userDocumentsDirectory = (setting.home / "Documents").string();
+    std::error_code thereIsNone;
+    fs::copy_file(setting.props / "background.png", launcherFolder / "background.png", thereIsNone);
+
+    ImGui::GetIO().ConfigFlags |= ImGuiConfigFlags_NavEnableKeyboard; // as the host sets it
+    uiThemeShutdown();                                                // the harness started it without a font
+    integration.fontPath = (setting.props / "Roboto-Medium.ttf").string();
+    uiThemeInitialize(&integration);
+    resize(setting.width, setting.height, setting.scale);
+    Offscreen::attach();
+    present = Offscreen::takeTextures;
+}
+
+Stage::~Stage() {
+    app.reset();
+    Offscreen::detach();
+}
+
+void Stage::drawOn(const Offscreen& canvas) {
+    frames(kSettleFrames);
+    float background[4];
+    uiThemeBackgroundFloat(background);
+    canvas.draw(*ImGui::GetDrawData(), background);
+}
+
+void Stage::writeConfiguration(const std::string& text, const char* name) const {
+    writeFile(launcherFolder / name, text);
+}
+
+LauncherApp& Stage::startConfigured() {
+    writeConfiguration(R"({"google_client_id": "client", "google_client_secret": "secret"})");
+    LauncherApp& started = start();
+    started.updateCheckStarted = true; // the scenes say how an update goes
+    return started;
+}
+
+LauncherApp& Stage::startSignedInAs(const std::string& name, const std::string& email) {
+    LauncherApp& started = startConfigured();
+    started.signIn->state = SignInState::SignedIn;
+    started.signIn->userName = name;
+    started.signIn->userEmail = email;
+    return started;
+}
+
+LauncherApp& Stage::startWithProjects() {
+    installManagedEditor("2.4.1");
+    LauncherApp& started = startSignedInAs("Ada Lovelace", "ada.lovelace@example.org");
+    std::vector<ProjectEntry> projects = {project("Gallbladder removal", 0), project("Camera navigation", 1),
+                                          project("Knee arthroscopy", 2),    project("Suturing, first steps", 3),
+                                          project("Appendix, emergency", 4), project("Airway management", 5)};
+    projects[1].favorite = projects[3].favorite = true;
+    projects[2].editorVersion = "2.3.0";
+    projects[5].targetPlatform = "Windows";
+    started.settings->setProjects(projects);
+    return started;
+}
+
+void Stage::installManagedEditor(const std::string& version) const {
+    writeFile(launcherFolder / "editor/bin/editor.exe", "editor");
+    writeFile(launcherFolder / "editor/.zantor_editor_version", version + "\n");
+}
+
+ProjectEntry Stage::project(const std::string& name, std::int64_t age, bool onDisk) const {
+    const fs::path file = projectsFolder / name / (name + ".zantorproj");
+    if (onDisk) writeFile(file, "{}");
+    ProjectEntry entry;
+    entry.name = name;
+    entry.path = file.string();
+    entry.lastOpened = 1000000 - age;
+    return entry;
+}
+
+void Stage::setInstall(EditorInstallStatus status, const std::string& message, std::int64_t received,
+                       std::int64_t total) const {
+    const InstallMembers members = installMembers();
+    EditorInstallState& state = *app->install;
+    state.*members.status = status;
+    state.*members.message = message;
+    state.*members.received = received;
+    state.*members.total = total;
+}
+
+void Stage::setDownloads(const std::vector<DownloadRecord>& rows) const {
+    *app->install.*installMembers().downloads = rows;
+}
+
+std::string Stage::packageOnDisk(const std::string& version, std::size_t bytes) const {
+    const fs::path file = launcherFolder / "downloads" / ("volo-editor-" + version + ".zip");
+    writeFile(file, "");
+    fs::resize_file(file, bytes);
+    return file.string();
+}

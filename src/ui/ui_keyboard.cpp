@@ -1,0 +1,62 @@
+#include "ui/ui_keyboard.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include <imgui_internal.h>
+
+#include "ui/ui_palette.h"
+#include "ui/ui_theme.h"
+
+namespace {
+
+bool pressedInPopup(ImGuiKey key) {
+    return !ImGui::IsWindowAppearing() && ImGui::IsWindowFocused() && ImGui::IsKeyPressed(key, false);
+}
+
+} // namespace
+
+bool uiThemeFocusShows(ImGuiID item) {
+    const ImGuiContext& context = *ImGui::GetCurrentContext();
+    return context.NavId == item && context.NavCursorVisible;
+}
+
+void uiThemeFocusRing(ImDrawList* drawList, ImVec2 min, ImVec2 max, float radius, float distance) {
+    const float thickness = std::max(1.0f, std::round(uiThemePx(palette::kRingThickness)));
+    const float grow = std::round(uiThemePx(distance)) + 0.5f * thickness;
+    drawList->AddRect({min.x - grow, min.y - grow}, {max.x + grow, max.y + grow}, palette::kPrimaryLight,
+                      std::max(0.0f, radius + grow), ImDrawFlags_None, thickness);
+}
+
+bool uiThemeFocusRingOfItem() {
+    if (!uiThemeFocusShows(ImGui::GetItemID())) return false;
+    uiThemeFocusRing(ImGui::GetWindowDrawList(), ImGui::GetItemRectMin(), ImGui::GetItemRectMax(),
+                     ImGui::GetStyle().FrameRounding);
+    return true;
+}
+
+// Not an argument of BeginChild: it takes what is set ahead of it together with its own.
+void uiThemeJoinNavigation() {
+    ImGuiNextWindowData& next = ImGui::GetCurrentContext()->NextWindowData;
+    next.HasFlags |= ImGuiNextWindowDataFlags_HasChildFlags;
+    next.ChildFlags |= ImGuiChildFlags_NavFlattened;
+}
+
+void uiThemeRecoverKeyboard() {
+    const ImGuiContext& context = *ImGui::GetCurrentContext();
+    const bool here = context.NavWindow && context.NavWindow->RootWindowForNav == ImGui::GetCurrentWindow();
+    if (here && !context.NavIdIsAlive) ImGui::SetNavCursorVisible(false);
+}
+
+bool uiThemeMenuKeyPressed() {
+    return ImGui::IsKeyPressed(ImGuiKey_Menu, false) ||
+           (ImGui::GetIO().KeyShift && ImGui::IsKeyPressed(ImGuiKey_F10, false));
+}
+
+bool uiThemeConfirmKeyPressed() {
+    return pressedInPopup(ImGuiKey_Enter) || pressedInPopup(ImGuiKey_KeypadEnter);
+}
+
+bool uiThemeCancelKeyPressed() {
+    return pressedInPopup(ImGuiKey_Escape);
+}

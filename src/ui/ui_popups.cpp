@@ -1,0 +1,99 @@
+#include "ui/ui_popups.h"
+
+#include <algorithm>
+
+#include <imgui_internal.h>
+
+#include "ui/ui_keyboard.h"
+#include "ui/ui_palette.h"
+#include "ui/ui_theme.h"
+
+namespace {
+
+constexpr ImVec2 kMenuPadding = {16.0f, 13.0f};
+constexpr ImVec2 kMenuSpacing = {16.0f, 14.0f}; // a highlighted entry reaches half of it to each side
+constexpr ImVec2 kModalPadding = {20.0f, 18.0f};
+constexpr ImVec2 kModalTitlePadding = {20.0f, 12.0f};
+constexpr ImVec2 kModalSpacing = {8.0f, 8.0f};
+
+struct Opening {
+    ImGuiID window = 0;
+    double since = 0.0; // when it was shown first
+};
+Opening opening; // of the popup that was opened last
+
+ImVec2 px(ImVec2 units) {
+    return {uiThemePx(units.x), uiThemePx(units.y)};
+}
+
+// Everything that a window has drawn, its frame included, in a part of its opacity.
+void fadeIn(const ImGuiWindow& window) {
+    if (window.Appearing || window.Hidden) opening = {window.ID, ImGui::GetTime()};
+    if (window.ID != opening.window) return;
+    const float part = static_cast<float>(ImGui::GetTime() - opening.since) / palette::kPopupSeconds;
+    if (part >= 1.0f) return;
+    const float opacity = 1.0f - (1.0f - part) * (1.0f - part);
+    for (ImDrawVert& vertex : window.DrawList->VtxBuffer) {
+        const auto alpha = static_cast<ImU32>(static_cast<float>(vertex.col >> IM_COL32_A_SHIFT) * opacity);
+        vertex.col = (vertex.col & ~IM_COL32_A_MASK) | alpha << IM_COL32_A_SHIFT;
+    }
+}
+
+} // namespace
+
+bool uiThemeBeginMenu(const char* name) {
+    ImGui::PushStyleVar(ImGuiStyleVar_WindowPadding, px(kMenuPadding));
+    const bool open = ImGui::BeginPopup(name);
+    ImGui::PopStyleVar();
+    if (open) ImGui::PushStyleVar(ImGuiStyleVar_ItemSpacing, px(kMenuSpacing));
+    return open;
+}
+
+bool uiThemeBeginModal(const char* name) {
+    ImFont* title = uiThemeFont(palette::kTitleSize);
+    ImGui::PushFont(title, uiThemeFontSize(title));
+    ImGui::PushStyleVar(ImGuiStyleVar_WindowPadding, px(kModalPadding));
+    ImGui::PushStyleVar(ImGuiStyleVar_FramePadding, px(kModalTitlePadding));
+    const bool open = ImGui::BeginPopupModal(name, nullptr, ImGuiWindowFlags_AlwaysAutoResize);
+    ImGui::PopStyleVar(2);
+    ImGui::PopFont();
+    if (open) ImGui::PushStyleVar(ImGuiStyleVar_ItemSpacing, px(kModalSpacing));
+    return open;
+}
+
+void uiThemeEndPopup() {
+    fadeIn(*ImGui::GetCurrentWindow());
+    ImGui::PopStyleVar();
+    ImGui::EndPopup();
+}
+
+// The widget's own highlight has sharp corners, and is drawn before it is known whether there is one: so the entry goes
+// on a layer above it.
+bool uiThemeMenuItem(const char* label, bool enabled) {
+    ImDrawList* drawList = ImGui::GetWindowDrawList();
+    drawList->ChannelsSplit(2);
+    drawList->ChannelsSetCurrent(1);
+    for (const ImGuiCol highlight : {ImGuiCol_Header, ImGuiCol_HeaderHovered, ImGuiCol_HeaderActive})
+        ImGui::PushStyleColor(highlight, palette::kNone);
+    const bool chosen = ImGui::MenuItem(label, nullptr, false, enabled);
+    ImGui::PopStyleColor(3);
+    drawList->ChannelsSetCurrent(0);
+    if (ImGui::IsItemHovered() || uiThemeFocusShows(ImGui::GetItemID())) {
+        uiThemeRoundedPanel(drawList, ImGui::GetItemRectMin(), ImGui::GetItemRectMax(),
+                            ImGui::IsItemActive() ? palette::kControlHeld : palette::kControlHovered,
+                            uiThemePx(palette::kRounding));
+    }
+    drawList->ChannelsMerge();
+    return chosen;
+}
+
+bool uiThemeDefaultButton(const char* label, float width) {
+    ImGui::PushStyleColor(ImGuiCol_Text, palette::kOnPrimary);
+    ImGui::PushStyleColor(ImGuiCol_Button, palette::kPrimary);
+    ImGui::PushStyleColor(ImGuiCol_ButtonHovered, palette::kPrimaryHovered);
+    ImGui::PushStyleColor(ImGuiCol_ButtonActive, palette::kPrimaryHeld);
+    ImGui::PushStyleColor(ImGuiCol_Border, palette::kNone);
+    const bool clicked = ImGui::Button(label, {width, 0.0f});
+    ImGui::PopStyleColor(5);
+    return clicked;
+}
