@@ -17,14 +17,13 @@
 
 #ifdef __linux__
 #include "ui/ui_host_front_linux.h"
+#elif defined(_WIN32)
+#include "ui/ui_host_frame_windows.h"
 #endif
 #include "ui/ui_pacing.h"
 #include "ui/ui_placement.h"
 #include "ui/ui_theme.h"
 
-#ifdef _WIN32
-#include "ui/ui_host_frame_windows.h"
-#endif
 #ifdef __linux__
 // As glfw3native.h declares it, without the X headers that this would bring; a GLFW for Wayland alone lacks it.
 extern "C" __attribute__((weak)) unsigned long glfwGetX11Window(GLFWwindow* window);

@@ -263,9 +263,9 @@ TEST(CreateProject, NamesAndPlaces) {
         {"ok", "zero", "Could not create the project folder.", ""},
         {"  My Sim  ", "new/deep", "", "  My Sim"},
         {"dot.", "l", "", "dot."},
-        {"tab\there", "l", "", "tab\there"},
         {"Übung", "l", "", "Übung"},
     };
+    if (!kOnWindows) cases.push_back({"tab\there", "l", "", "tab\there"}); // Windows itself has no such folder
     for (const char letter : std::string("\"*/:<>?\\|"))
         cases.push_back({std::string("x") + letter, "l", badName, ""});
 

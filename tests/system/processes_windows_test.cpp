@@ -38,8 +38,10 @@ struct Stage {
     }
 
     Report readReport() {
-        EXPECT_TRUE(eventually([&] { return fs::exists(folder / "report"); })) << "the child told nothing";
-        std::istringstream lines(readFileBytes(folder / "report"));
+        std::string text;
+        EXPECT_TRUE(eventually([&] { return !(text = readFileBytes(folder / "report")).empty(); }))
+            << "the child told nothing";
+        std::istringstream lines(text);
         Report values;
         for (std::string line; std::getline(lines, line);)
             values[line.substr(0, line.find('='))] = line.substr(line.find('=') + 1);
