@@ -11,6 +11,7 @@ set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
 set(CMAKE_C_FLAGS_INIT "-D_WIN32_WINNT=0x0A00")
 set(CMAKE_CXX_FLAGS_INIT "-D_WIN32_WINNT=0x0A00")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static")
+set(CMAKE_EXE_LINKER_FLAGS_RELEASE_INIT "-s")
 
 # Libraries and headers come from these folders and the compiler's own, programs from the machine.
 set(VOLO_WINDOWS_LIBRARIES "" CACHE STRING "Folders of the libraries built for Windows (cmake/build-windows-libraries)")

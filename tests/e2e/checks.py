@@ -6,6 +6,7 @@
 import argparse
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
@@ -13,12 +14,15 @@ import tempfile
 import time
 
 from desktop import Desktop, NotSeen, missing_programs, wait_for
-from sandbox_run import Sandbox, command_of, is_for_windows, isolate
+from sandbox_run import WINE, Sandbox, command_of, is_for_windows, isolate
 from tour import (DIALOG, EDITOR_WINDOW, INSTALL_ACTION, INSTALLS_CARD, INSTALLS_TAB, MADE_UP, NEW_PROJECT,
                   SIGN_IN_BUTTON, SIGN_IN_COLUMN, STAR_X, USER_CARD, WHOLE, check, name_box, row)
 
 SKIPPED = 77
 GOOGLE_HOSTS = "accounts.google.com oauth2.googleapis.com openidconnect.googleapis.com"
+WINDOWS_LIBRARIES = {name + ".dll" for name in (
+    "advapi32", "comdlg32", "crypt32", "dwmapi", "gdi32", "kernel32", "msvcrt", "ole32", "opengl32", "shell32",
+    "user32", "ws2_32")}
 ADD_PROJECT = (958, 32)
 NOWHERE = (600, 560)  # of the Projects screen: nothing reacts to the pointer there
 
@@ -309,6 +313,31 @@ def windows_dialogs(build):
         check("exit status 0", sandbox.status() == 0)
 
 
+def windows_package(build):
+    """The zip is one folder that starts anywhere, and its programs ask for nothing but what Windows brings along."""
+    with tempfile.TemporaryDirectory(prefix="volo package ") as folder, Desktop() as desktop:
+        subprocess.run(["cpack", "-B", folder], cwd=build, stdout=subprocess.DEVNULL, check=True)
+        archive, = pathlib.Path(folder).glob("*.zip")
+        shutil.unpack_archive(archive, pathlib.Path(folder, "unpacked"))
+        launcher, = pathlib.Path(folder).glob("unpacked/*/volo-launcher.exe")
+        beside = {one.name for one in launcher.parent.iterdir()}
+        check("what it needs beside it",
+              beside >= {"Roboto-Medium.ttf", "launcher_config.example.json", "LICENSE", "THIRD_PARTY.md", "licences"})
+        for program in (launcher, *pathlib.Path(build, "bin").glob("volo-*.exe")):
+            table = subprocess.run(["x86_64-w64-mingw32-objdump", "-p", program], capture_output=True, check=True)
+            libraries = {name.decode().lower() for name in re.findall(rb"DLL Name: (\S+)", table.stdout)}
+            check("a table of libraries", "kernel32.dll" in libraries)
+            check(f"no library beside Windows' own: {libraries - WINDOWS_LIBRARIES}", libraries <= WINDOWS_LIBRARIES)
+            version = "ProductVersion".encode("utf-16-le")
+            for word in (b"PerMonitorV2", b"longPathAware", b"asInvoker", b">UTF-8<", version):
+                check(f"{word} in {program.name}", word in program.read_bytes())
+        running = subprocess.Popen([WINE, launcher], env=bare_environment(folder, desktop.display))
+        window = desktop.window("VOLO Launcher")
+        window.see("Running from launcher_config.example.json", WHOLE)
+        window.close()
+        check("status 0", running.wait(20) == 0)
+
+
 def both_platforms(build):
     """What one platform's launcher writes into Launcher.conf the other's reads."""
     other = pathlib.Path(build).resolve().parent / "linux"
@@ -335,7 +364,8 @@ def both_platforms(build):
 
 
 CHECKS = (leaks, refused_sign_in, pointer_at_rest, dialog, second_instance, no_display, idle, damaged_package,
-          production_endpoints, windows_dialogs, both_platforms)
+          production_endpoints, windows_dialogs, windows_package,
+          both_platforms)
 
 
 def main():

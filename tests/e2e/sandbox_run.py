@@ -112,7 +112,8 @@ class Sandbox:
 
     def call(self, program, *arguments):
         """The command that runs one of our programs; paths among the arguments are told as it calls them."""
-        return command_of(self.build, program) + [self.name_of(one) if isinstance(one, pathlib.Path) else one for one in arguments]
+        told = [self.name_of(one) if isinstance(one, pathlib.Path) else one for one in arguments]
+        return command_of(self.build, program) + told
 
     def settings(self):
         """Launcher.conf as a dictionary of its lines."""
