@@ -5,8 +5,7 @@ if(NOT WIN32)
 endif()
 
 install(TARGETS volo-launcher RUNTIME DESTINATION .)
-install(FILES ${VOLO_FONT} assets/launcher_config.example.json LICENSE THIRD_PARTY.md DESTINATION .)
-install(FILES ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/background.png DESTINATION . OPTIONAL)
+install(FILES ${VOLO_FONT} assets/background.png assets/launcher_config.example.json LICENSE THIRD_PARTY.md DESTINATION .)
 
 # The licences of what is linked in.
 foreach(library ${VOLO_WINDOWS_LIBRARIES})

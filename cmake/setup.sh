@@ -11,9 +11,10 @@ volo_packages=(
   # to build
   build-essential cmake ninja-build pkg-config git ca-certificates dpkg-dev libssl-dev libglfw3-dev libgl-dev
   libfontconfig-dev libx11-dev rapidjson-dev libstb-dev libcli11-dev fonts-roboto-unhinted
+  librsvg2-bin imagemagick
   # to test: libraries, independent tools, a screen without a display
   libgtest-dev libgmock-dev libbenchmark-dev openssl python3 python3-cryptography unzip zip p7zip-full libarchive-tools
-  xvfb xauth xdotool imagemagick tesseract-ocr tesseract-ocr-eng x11-utils libgl1-mesa-dri procps iproute2 strace
+  xvfb xauth xdotool tesseract-ocr tesseract-ocr-eng x11-utils libgl1-mesa-dri procps iproute2 strace
   # to use: dialogs, the opener of the desktop
   zenity xdg-utils
 )

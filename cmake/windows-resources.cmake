@@ -19,4 +19,7 @@ function(volo_program_resources target VOLO_DESCRIPTION)
   set_property(SOURCE ${resources} PROPERTY OBJECT_DEPENDS
     "${CMAKE_SOURCE_DIR}/assets/windows/program.manifest;${VOLO_ICON}")
   target_sources(${target} PRIVATE ${resources})
+  if(TARGET volo_icon)
+    add_dependencies(${target} volo_icon)
+  endif()
 endfunction()

@@ -20,6 +20,7 @@
 #elif defined(_WIN32)
 #include "ui/ui_host_frame_windows.h"
 #endif
+#include "ui/ui_icon.h"
 #include "ui/ui_pacing.h"
 #include "ui/ui_placement.h"
 #include "ui/ui_theme.h"
@@ -143,6 +144,7 @@ struct UiHost::Window {
     ~Window();
     [[nodiscard]] bool open(std::string& errorText);
     [[nodiscard]] bool createWindow(std::string& errorText);
+    void setIcon();
     [[nodiscard]] bool createContext(std::string& errorText);
     void watchEvents();
     void place();
@@ -290,11 +292,21 @@ bool UiHost::Window::createWindow(std::string& errorText) {
 #ifdef _WIN32
     darkenFrame(handle);
 #endif
+    setIcon();
     glfwMakeContextCurrent(handle);
     glfwSwapInterval(onWayland() ? 0 : 1);
     pacer = FramePacer(secondsPerFrame());
     place();
     return true;
+}
+
+// Wayland takes it from the desktop entry.
+void UiHost::Window::setIcon() {
+    if (onWayland()) return;
+    std::vector<GLFWimage> images;
+    for (const UiIconPicture& picture : uiIconPictures())
+        images.push_back({picture.size, picture.size, const_cast<unsigned char*>(picture.pixels)}); // only read
+    if (!images.empty()) glfwSetWindowIcon(handle, static_cast<int>(images.size()), images.data());
 }
 
 bool UiHost::Window::createContext(std::string& errorText) {

@@ -322,7 +322,7 @@ def windows_package(build):
         launcher, = pathlib.Path(folder).glob("unpacked/*/volo-launcher.exe")
         beside = {one.name for one in launcher.parent.iterdir()}
         check("what it needs beside it",
-              beside >= {"Roboto-Medium.ttf", "launcher_config.example.json", "LICENSE", "THIRD_PARTY.md", "licences"})
+              beside >= {"Roboto-Medium.ttf", "background.png", "launcher_config.example.json", "LICENSE", "licences"})
         for program in (launcher, *pathlib.Path(build, "bin").glob("volo-*.exe")):
             table = subprocess.run(["x86_64-w64-mingw32-objdump", "-p", program], capture_output=True, check=True)
             libraries = {name.decode().lower() for name in re.findall(rb"DLL Name: (\S+)", table.stdout)}

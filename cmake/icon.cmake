@@ -1,0 +1,53 @@
+# Pictures of assets/icon.svg at the usual sizes, and what is made of them:
+#
+#   ${VOLO_ASSETS}/icon-<size>.png   for desktops and packages
+#   ${VOLO_ICON}                     an ICO for the resources of Windows programs
+#   volo_embed_icon(<target>)        the icon of the window, inside the program (ui/ui_icon.h)
+#
+# Without the two tools there is no icon: the desktop then shows its own.
+
+set(VOLO_ASSETS ${CMAKE_BINARY_DIR}/assets)
+set(VOLO_ICON "")
+find_program(VOLO_RSVG_CONVERT rsvg-convert)
+if(CMAKE_HOST_WIN32)
+  find_program(VOLO_IMAGEMAGICK magick) # what is called convert there is another program
+else()
+  find_program(VOLO_IMAGEMAGICK NAMES magick convert)
+endif()
+
+if(VOLO_RSVG_CONVERT AND VOLO_IMAGEMAGICK)
+  file(MAKE_DIRECTORY ${VOLO_ASSETS})
+  set(pictures "")
+  set(small_pictures "")
+  foreach(size 16 24 32 48 64 128 256 512)
+    set(picture ${VOLO_ASSETS}/icon-${size}.png)
+    add_custom_command(OUTPUT ${picture} DEPENDS ${CMAKE_SOURCE_DIR}/assets/icon.svg
+      COMMAND ${VOLO_RSVG_CONVERT} -w ${size} -h ${size} -o ${picture} ${CMAKE_SOURCE_DIR}/assets/icon.svg)
+    list(APPEND pictures ${picture})
+    if(size LESS_EQUAL 256)
+      list(APPEND small_pictures ${picture})
+    endif()
+  endforeach()
+  set(VOLO_ICON ${VOLO_ASSETS}/volo.ico)
+  add_custom_command(OUTPUT ${VOLO_ICON} DEPENDS ${small_pictures}
+    COMMAND ${VOLO_IMAGEMAGICK} ${small_pictures} ${VOLO_ICON})
+  add_custom_target(volo_icon ALL DEPENDS ${pictures} ${VOLO_ICON})
+else()
+  message(STATUS "No icon: rsvg-convert and ImageMagick make it")
+endif()
+
+function(volo_embed_icon target)
+  set(source ${VOLO_ASSETS}/ui_icon_pixels.cpp)
+  set(raws "")
+  if(VOLO_ICON)
+    foreach(size 16 32 48 128)
+      set(raw ${VOLO_ASSETS}/icon-${size}.rgba)
+      add_custom_command(OUTPUT ${raw} DEPENDS ${VOLO_ASSETS}/icon-${size}.png
+        COMMAND ${VOLO_IMAGEMAGICK} ${VOLO_ASSETS}/icon-${size}.png -depth 8 RGBA:${raw})
+      list(APPEND raws ${raw})
+    endforeach()
+  endif()
+  add_custom_command(OUTPUT ${source} DEPENDS ${raws} ${CMAKE_SOURCE_DIR}/cmake/embed-icon.cmake
+    COMMAND ${CMAKE_COMMAND} "-DRAWS=${raws}" -DOUTPUT=${source} -P ${CMAKE_SOURCE_DIR}/cmake/embed-icon.cmake VERBATIM)
+  target_sources(${target} PRIVATE ${source})
+endfunction()
