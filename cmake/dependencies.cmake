@@ -10,12 +10,15 @@ set(FETCHCONTENT_QUIET ON)
 find_package(Threads REQUIRED)
 find_package(OpenSSL 3.0 REQUIRED)
 find_package(glfw3 3.3 REQUIRED)
-find_package(RapidJSON REQUIRED)
+find_path(RAPIDJSON_INCLUDE_DIR rapidjson/document.h REQUIRED)
 find_path(STB_INCLUDE_DIR stb_image.h PATH_SUFFIXES stb REQUIRED)
 if(NOT WIN32)
   find_package(OpenGL REQUIRED COMPONENTS OpenGL)
   find_package(Fontconfig REQUIRED)
   find_package(X11 REQUIRED)
+else()
+  # What a static OpenSSL leaves open, and the certificate store for cpp-httplib.
+  set_property(TARGET OpenSSL::Crypto APPEND PROPERTY INTERFACE_LINK_LIBRARIES ws2_32 crypt32)
 endif()
 
 # Declares a source library and gives its folder in <name>_SOURCE_DIR, without running a build of its own.
@@ -52,6 +55,8 @@ add_library(imgui_backends STATIC
 target_link_libraries(imgui_backends PUBLIC imgui_headers glfw)
 if(NOT WIN32)
   target_link_libraries(imgui_backends PUBLIC OpenGL::GL Fontconfig::Fontconfig X11::X11 ${CMAKE_DL_LIBS})
+else()
+  target_link_libraries(imgui_backends PUBLIC opengl32 gdi32 dwmapi)
 endif()
 
 # --- cpp-httplib: header only, TLS on, compression off. Its own backlog of 5 lets a browser wait for seconds when others
@@ -60,15 +65,12 @@ add_library(httplib INTERFACE)
 target_include_directories(httplib SYSTEM INTERFACE ${httplib_SOURCE_DIR})
 target_compile_definitions(httplib INTERFACE CPPHTTPLIB_OPENSSL_SUPPORT CPPHTTPLIB_LISTEN_BACKLOG=128)
 target_link_libraries(httplib INTERFACE OpenSSL::SSL OpenSSL::Crypto Threads::Threads)
-if(WIN32)
-  target_link_libraries(httplib INTERFACE ws2_32 crypt32)
-endif()
 
 # --- stb_image, RapidJSON: headers.
 add_library(stb_image INTERFACE)
 target_include_directories(stb_image SYSTEM INTERFACE ${STB_INCLUDE_DIR})
 add_library(rapidjson_headers INTERFACE)
-target_include_directories(rapidjson_headers SYSTEM INTERFACE ${RAPIDJSON_INCLUDE_DIRS})
+target_include_directories(rapidjson_headers SYSTEM INTERFACE ${RAPIDJSON_INCLUDE_DIR})
 target_compile_definitions(rapidjson_headers INTERFACE RAPIDJSON_HAS_STDSTRING=1)
 
 # --- CLI11: headers, for volo-publish.

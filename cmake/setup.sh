@@ -20,15 +20,19 @@ volo_packages=(
   zenity xdg-utils
 )
 
+# for `./test windows` alone: the compiler, a Windows to run it in, and what has to be compiled for it
+volo_windows_packages=(g++-mingw-w64-x86-64-posix wine wine64 googletest)
+
 volo_say() { printf '[set-up] %s\n' "$*"; }
 
+# volo_install_packages PACKAGE...
 volo_install_packages() {
   if ! command -v apt-get >/dev/null; then
     volo_say "no apt-get here: see README.md for what has to be installed"
     return 0
   fi
   local missing=() package root=()
-  for package in "${volo_packages[@]}"; do
+  for package in "$@"; do
     dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed || missing+=("$package")
   done
   [ ${#missing[@]} -gt 0 ] || return 0
@@ -49,10 +53,15 @@ volo_install_packages() {
 volo_build() {
   local preset=$1 options=()
   if command -v apt-get >/dev/null; then
-    "$volo_root/cmake/fetch-sources" "$volo_cache"
+    "$volo_root/cmake/fetch-sources" "$volo_cache" "$preset"
     options=(-DFETCHCONTENT_SOURCE_DIR_IMGUI="$volo_cache/sources/imgui"
              -DFETCHCONTENT_SOURCE_DIR_HTTPLIB="$volo_cache/sources/cpp-httplib"
              -DFETCHCONTENT_SOURCE_DIR_MINIZ="$volo_cache/sources/miniz")
+    if [ "$preset" = windows ]; then
+      local libraries
+      libraries=$("$volo_root/cmake/build-windows-libraries" "$volo_cache") || return 1
+      options+=(-DVOLO_WINDOWS_LIBRARIES="$libraries")
+    fi
   fi
   if command -v ccache >/dev/null; then
     options+=(-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)

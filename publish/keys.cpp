@@ -43,7 +43,8 @@ bool writeKey(const std::string& path, const EVP_PKEY* pair) {
 
 } // namespace
 
-bool PublisherKey::read(const std::string& path, std::vector<std::string>& warnings, std::string& failureText) {
+bool PublisherKey::read(const std::string& path, [[maybe_unused]] std::vector<std::string>& warnings,
+                        std::string& failureText) {
     const auto fail = [&](const char* what) {
         failureText = path + what;
         return false;

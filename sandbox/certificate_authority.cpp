@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <fstream>
 #include <memory>
+#include <random>
 
 #include <openssl/evp.h>
 #include <openssl/pem.h>
@@ -75,7 +76,9 @@ void addExtension(X509* certificate, X509* issuer, int nid, const std::string& v
 
 CertificateAuthority::CertificateAuthority() {
     const Key key = newKey();
-    const Certificate root = newCertificate(key.get(), "VOLO sandbox authority", -1, 30);
+    // A name of its own: where several are trusted at once, a certificate's issuer is looked up by name.
+    const std::string name = "VOLO sandbox authority " + std::to_string(std::random_device{}());
+    const Certificate root = newCertificate(key.get(), name, -1, 30);
     X509_set_issuer_name(root.get(), X509_get_subject_name(root.get()));
     addExtension(root.get(), root.get(), NID_basic_constraints, "critical,CA:TRUE");
     addExtension(root.get(), root.get(), NID_key_usage, "critical,keyCertSign,cRLSign");
@@ -106,8 +109,12 @@ ServerIdentity CertificateAuthority::issue(const ServerCertificateRequest& reque
     std::string names;
     for (const std::string& name : request.dnsNames)
         names += (names.empty() ? "DNS:" : ",DNS:") + name;
-    for (const std::string& address : request.ipAddresses)
+    for (const std::string& address : request.ipAddresses) {
         names += (names.empty() ? "IP:" : ",IP:") + address;
+#ifdef __MINGW32__
+        names += ",DNS:" + address; // built with this compiler cpp-httplib looks for addresses among the names
+#endif
+    }
     if (!names.empty()) addExtension(certificate.get(), issuer, NID_subject_alt_name, names);
     X509_sign(certificate.get(), request.selfSigned ? key.get() : rootKey.get(), EVP_sha256());
     return {pemOf(certificate.get()), pemOf(key.get())};

@@ -1,6 +1,6 @@
 #pragma once
 
-// The launcher as a child of the sandbox. The one place of the sandbox that needs the operating system. One thread.
+// The launcher as a child of the sandbox. One source per platform. One thread.
 
 #include <chrono>
 #include <optional>
@@ -23,7 +23,11 @@ class ChildProcess {
     void end(); // asks first, kills after a while
 
   private:
+#ifdef _WIN32
+    void* process_ = nullptr;
+#else
     int process_ = -1;
+#endif
 };
 
 void setEnvironment(const char* name, const std::string& value);
@@ -33,6 +37,8 @@ void unsetEnvironment(const char* name);
 void rememberInterrupts();
 bool interrupted();
 
-void allowOnlyOwner(const std::string& folder);   // mode 0700
-std::string makeTemporaryFolder();                // its owner's alone; empty: none could be made
-void endProgramsBelow(const std::string& folder); // every process whose executable lies there
+void allowOnlyOwner(const std::string& folder); // where the platform has such modes
+std::string makeTemporaryFolder();              // its owner's alone; empty: none could be made
+
+// Every process whose executable lies there; on Windows all that this program and its children have started.
+void endProgramsBelow(const std::string& folder);

@@ -20,6 +20,7 @@
 #include "sandbox/identity_provider.h"
 #include "sandbox/sample_release.h"
 #include "sandbox/staging.h"
+#include "sandbox/system_trust.h"
 #include "sandbox/update_server.h"
 #include "system/operating_system.h"
 
@@ -175,6 +176,7 @@ class Sandbox {
     SandboxPlaces places_;
     CertificateAuthority authority_;
     IdentityProviderAccount account_;
+    std::optional<SystemTrust> trust_;
     std::unique_ptr<IdentityProvider> identity_;
     std::unique_ptr<UpdateServer> updates_;
     EventReport events_;
@@ -190,6 +192,11 @@ bool Sandbox::prepare(std::string& failureText) {
         failureText = "cannot write " + places_.authority.string();
         return false;
     }
+    trust_.emplace(places_.authority.string());
+    if (!trust_->isTrusted()) {
+        failureText = "this user's certificates are not touched: on Windows the sandbox runs under Wine only";
+        return false;
+    }
 
     identity_ = options_.asGoogle ? std::make_unique<IdentityProvider>(authority_, account_, 443, kGoogleHosts)
                                   : std::make_unique<IdentityProvider>(authority_, account_);
@@ -203,7 +210,7 @@ bool Sandbox::prepare(std::string& failureText) {
 
     ReleaseResult release;
     const SampleRelease sample = {
-        staged / "volo-sample-editor", shipped / "Roboto-Medium.ttf", options_.editorZip, places_.root, places_.site,
+        staged / kSampleEditorProgram, shipped / "Roboto-Medium.ttf", options_.editorZip, places_.root, places_.site,
         updates_->baseUrl(),           options_.releaseFault,
     };
     if (!publishSampleEditor(sample, release, failureText)) return false;
@@ -211,11 +218,11 @@ bool Sandbox::prepare(std::string& failureText) {
                                            release.authenticityUrl, release.authenticityKeys};
     if (options_.withoutUpdateServer) configuration.manifestUrl = "https://127.0.0.1:1/manifest.json";
 
-    const fs::path launcher = (options_.asGoogle ? shipped : staged) / "volo-launcher";
+    const fs::path launcher = (options_.asGoogle ? shipped : staged) / kLauncherProgram;
     return stageLauncher(places_, launcher, configuration, failureText) &&
-           stageBrowser(places_, staged / "volo-sandbox-browser", options_.browser, failureText) &&
+           stageBrowser(places_, staged / kBrowserProgram, options_.browser, failureText) &&
            (!options_.withEditor ||
-            stageEditor(places_, staged / "volo-sample-editor", kSampleEditorVersion, failureText));
+            stageEditor(places_, staged / kSampleEditorProgram, kSampleEditorVersion, failureText));
 }
 
 void Sandbox::prepareUser() {
@@ -255,7 +262,7 @@ int Sandbox::run() {
     say("identity provider: https://127.0.0.1:" + std::to_string(identity_->port()) + ", user " + account_.userName);
     say("update server: " + (options_.withoutUpdateServer ? "none" : updates_->baseUrl()));
     ChildProcess launcher;
-    if (!launcher.start((places_.launcher / "volo-launcher").string()))
+    if (!launcher.start((places_.launcher / kLauncherProgram).string()))
         return fail("the launcher could not be started");
     say("the launcher runs; closing its window ends the sandbox");
 

@@ -10,6 +10,12 @@
 
 namespace {
 
+#ifdef _WIN32
+constexpr char kPlatform[] = "windows";
+#else
+constexpr char kPlatform[] = "linux";
+#endif
+
 bool packEditor(const std::string& archive, const std::string& editor, const std::string& font) {
     mz_zip_archive zip{};
     if (!mz_zip_writer_init_file(&zip, archive.c_str(), 0)) return false;
@@ -73,7 +79,7 @@ bool publishSampleEditor(const SampleRelease& sample, ReleaseResult& result, std
     if (!keys.front().read(keyFile, warnings, failureText)) return false;
 
     request.version = kSampleEditorVersion;
-    request.platform = "linux";
+    request.platform = kPlatform;
     request.baseUrl = sample.baseUrl;
     request.siteDirectory = sample.siteFolder.string();
     request.nowSeconds = currentTimeSeconds();

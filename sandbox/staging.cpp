@@ -15,6 +15,12 @@ namespace fs = std::filesystem;
 constexpr char kFont[] = "Roboto-Medium.ttf";
 constexpr char kPicture[] = "background.png";
 
+bool copyFont(const fs::path& from, const fs::path& toFolder, std::string& failureText) {
+    return copyProgram(from / kFont, toFolder / kFont, failureText);
+}
+
+} // namespace
+
 bool writeText(const fs::path& file, const std::string& text, std::string& failureText) {
     std::ofstream out(file, std::ios::binary | std::ios::trunc);
     out << text;
@@ -31,12 +37,6 @@ bool copyProgram(const fs::path& from, const fs::path& to, std::string& failureT
     failureText = "cannot copy " + from.string() + ": " + error.message();
     return false;
 }
-
-bool copyFont(const fs::path& from, const fs::path& toFolder, std::string& failureText) {
-    return copyProgram(from / kFont, toFolder / kFont, failureText);
-}
-
-} // namespace
 
 SandboxPlaces::SandboxPlaces(const fs::path& rootFolder)
     : root(rootFolder)
@@ -82,7 +82,7 @@ bool stageLauncher(const SandboxPlaces& places, const fs::path& program, const L
     for (const auto& [key, value] : members)
         text += "  \"" + std::string(key) + "\": \"" + value + "\",\n";
     text += "  \"downloads_directory\": \"downloads\"\n}\n";
-    return copyProgram(program, places.launcher / "volo-launcher", failureText) &&
+    return copyProgram(program, places.launcher / kLauncherProgram, failureText) &&
            copyFont(assets, places.launcher, failureText) &&
            writeText(places.launcher / "launcher_config.json", text, failureText);
 }
@@ -97,38 +97,13 @@ bool stageEditor(const SandboxPlaces& places, const fs::path& program, const std
            writeText(folder / ".zantor_editor_version", version + "\n", failureText);
 }
 
-bool stageBrowser(const SandboxPlaces& places, const fs::path& browser, const std::string& command,
-                  std::string& failureText) {
-    const fs::path opener = places.bin / "xdg-open";
-    if (command.empty()) return copyProgram(browser, opener, failureText);
-    std::error_code error;
-    fs::remove(opener, error);
-    if (!writeText(opener, "#!/bin/sh\nexec " + command + " \"$@\"\n", failureText)) return false;
-    fs::permissions(opener, fs::perms::owner_all, error);
-    return !error;
-}
-
 void enterSandbox(const SandboxPlaces& places, int identityPort) {
-    // What finds the display by the user's home or session has to be told before both change.
-    const fs::path cookie = fs::path(getEnvironmentString("HOME")) / ".Xauthority";
-    std::error_code error;
-    if (getEnvironmentString("XAUTHORITY").empty() && fs::exists(cookie, error)) {
-        setEnvironment("XAUTHORITY", cookie.string());
-    }
-    const fs::path wayland = getEnvironmentString("WAYLAND_DISPLAY");
-    if (!wayland.empty()) {
-        setEnvironment("WAYLAND_DISPLAY", (fs::path(getEnvironmentString("XDG_RUNTIME_DIR")) / wayland).string());
-    }
-
+    enterDesktop(places);
     setEnvironment("APPDATA", places.applicationData.string());
     setEnvironment("USERPROFILE", places.home.string());
-    setEnvironment("HOME", places.home.string());
-    setEnvironment("XDG_RUNTIME_DIR", places.runtime.string());
-    for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME", "ZANTOR_DIR"})
-        unsetEnvironment(name);
+    unsetEnvironment("ZANTOR_DIR");
     setEnvironment("SSL_CERT_FILE", places.authority.string());
     setEnvironment("SSL_CERT_DIR", places.runtime.string()); // holds none
-    setEnvironment("PATH", places.bin.string() + ":" + getEnvironmentString("PATH"));
     setEnvironment("VOLO_SANDBOX_IDENTITY_PORT", std::to_string(identityPort));
     setEnvironment("VOLO_SANDBOX_BROWSER_LOG", places.browserLog.string());
 }

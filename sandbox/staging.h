@@ -5,7 +5,7 @@
 //
 //   <root>/apps/volo/launcher/   the launcher, its font, picture and configuration, and what it installs
 //   <root>/home/                 the user: AppData (Launcher.conf), Documents (projects)
-//   <root>/bin/                  xdg-open, which the launcher finds first
+//   <root>/bin/                  the browser, on Linux as the xdg-open that the launcher finds first
 //   <root>/runtime/              this session's, so that a real launcher's guard and the sandbox's do not meet
 //   <root>/site/                 what the update server serves
 //   <root>/authority.pem         the only certificate authority that the launcher trusts
@@ -38,9 +38,27 @@ struct LauncherConfiguration {
 [[nodiscard]] bool stageEditor(const SandboxPlaces& places, const std::filesystem::path& program,
                                const std::string& version, std::string& failureText);
 
+// The file names of programs.
+#ifdef _WIN32
+inline constexpr char kLauncherProgram[] = "volo-launcher.exe";
+inline constexpr char kBrowserProgram[] = "volo-sandbox-browser.exe";
+inline constexpr char kSampleEditorProgram[] = "volo-sample-editor.exe";
+#else
+inline constexpr char kLauncherProgram[] = "volo-launcher";
+inline constexpr char kBrowserProgram[] = "volo-sandbox-browser";
+inline constexpr char kSampleEditorProgram[] = "volo-sample-editor";
+#endif
+
+[[nodiscard]] bool writeText(const std::filesystem::path& file, const std::string& text, std::string& failureText);
+[[nodiscard]] bool copyProgram(const std::filesystem::path& from, const std::filesystem::path& to,
+                               std::string& failureText);
+
 // `command` is what opens addresses, started with the address behind it; empty: the sandbox's own browser.
 [[nodiscard]] bool stageBrowser(const SandboxPlaces& places, const std::filesystem::path& browser,
                                 const std::string& command, std::string& failureText);
+
+// Keeps what the operating system's desktop would tell apart from the user's own. A part of enterSandbox.
+void enterDesktop(const SandboxPlaces& places);
 
 // Points this program's environment, which the launcher inherits, at the sandbox.
 void enterSandbox(const SandboxPlaces& places, int identityPort);

@@ -138,8 +138,8 @@ bool UpdateServer::Service::sendPiece(const ServedFile& file, std::size_t offset
     file.stream.clear(); // the last piece ends at the end of the file
     if (got <= 0) return false;
     if (with.corruptAt >= position && with.corruptAt < position + got) {
-        char& byte = bytes[static_cast<std::size_t>(with.corruptAt - position)];
-        byte = static_cast<char>(~byte);
+        char& damaged = bytes[static_cast<std::size_t>(with.corruptAt - position)];
+        damaged = static_cast<char>(~damaged);
     }
     if (!sink.write(bytes.data(), static_cast<std::size_t>(got))) return false;
     const bool pauses = with.kibPerSecond > 0 || (held && position >= end / 2);

@@ -1,6 +1,7 @@
 #include "system/dialog_waiting.h"
 #include "system/operating_system.h"
 #include "system/spawn_linux.h"
+#include "system/system_texts.h"
 
 #include <cerrno>
 
@@ -10,9 +11,6 @@
 #include <unistd.h>
 
 namespace {
-
-constexpr char kProjectFilter[] = "VOLO Project (*.zantorproj)";
-constexpr char kProjectPattern[] = "*.zantorproj";
 
 enum class DialogOutcome { NoProgram, Answered };
 
@@ -75,6 +73,6 @@ std::string browseForFolder(const std::string& title, const std::string& startPa
 
 std::string pickProjectFile(const std::string& title, const std::string& initialPath) {
     return askUser({"zenity", "--file-selection", "--title=" + title, "--filename=" + initialPath,
-                    std::string("--file-filter=") + kProjectFilter + " | " + kProjectPattern},
-                   {"kdialog", "--title", title, "--getopenfilename", orCurrent(initialPath), kProjectFilter});
+                    std::string("--file-filter=") + kProjectFilterText + " | " + kProjectFilterPattern},
+                   {"kdialog", "--title", title, "--getopenfilename", orCurrent(initialPath), kProjectFilterText});
 }

@@ -1,5 +1,6 @@
 #include "system/operating_system.h"
 #include "system/spawn_linux.h"
+#include "system/system_texts.h"
 
 #include <algorithm>
 #include <cctype>
@@ -56,7 +57,7 @@ bool isEditorRunning() {
 bool launchEditorProcess(const std::string& executable, const std::string& argument,
                          const std::string& workingDirectory, std::string& errorText) {
     if (executable.empty()) {
-        errorText = "No executable was provided.";
+        errorText = kNoExecutableText;
         return false;
     }
     std::vector<std::string> arguments = {executable};
@@ -66,6 +67,6 @@ bool launchEditorProcess(const std::string& executable, const std::string& argum
     std::error_code ignored;
     const int error = spawnDetached(arguments, workingDirectory, fs::absolute(executable, ignored).string());
     if (error == 0) return true;
-    errorText = "Starting the editor process failed (error " + std::to_string(error) + ").";
+    errorText = startFailureText(error);
     return false;
 }

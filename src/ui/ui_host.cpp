@@ -17,6 +17,8 @@
 
 #ifdef __linux__
 #include "ui/ui_host_front_linux.h"
+#elif defined(_WIN32)
+#include "ui/ui_host_frame_windows.h"
 #endif
 #include "ui/ui_icon.h"
 #include "ui/ui_pacing.h"
@@ -262,6 +264,9 @@ bool UiHost::Window::createWindow(std::string& errorText) {
         errorText = "could not open the window: " + reason;
         return false;
     }
+#ifdef _WIN32
+    darkenFrame(handle);
+#endif
     setIcon();
     glfwMakeContextCurrent(handle);
     glfwSwapInterval(onWayland() ? 0 : 1);

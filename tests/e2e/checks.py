@@ -6,6 +6,7 @@
 import argparse
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
@@ -13,12 +14,16 @@ import tempfile
 import time
 
 from desktop import Desktop, NotSeen, missing_programs, wait_for
-from sandbox_run import Sandbox, isolate
-from tour import (DIALOG, INSTALL_ACTION, INSTALLS_CARD, INSTALLS_TAB, NEW_PROJECT, SIGN_IN_BUTTON, SIGN_IN_COLUMN,
-                  USER_CARD, WHOLE, check)
+from sandbox_run import WINE, Sandbox, command_of, is_for_windows, isolate
+from tour import (DIALOG, EDITOR_WINDOW, INSTALL_ACTION, INSTALLS_CARD, INSTALLS_TAB, MADE_UP, NEW_PROJECT,
+                  SIGN_IN_BUTTON, SIGN_IN_COLUMN, STAR_X, USER_CARD, WHOLE, check, name_box, row)
 
 SKIPPED = 77
 GOOGLE_HOSTS = "accounts.google.com oauth2.googleapis.com openidconnect.googleapis.com"
+WINDOWS_LIBRARIES = {name + ".dll" for name in (
+    "advapi32", "comdlg32", "crypt32", "dwmapi", "gdi32", "kernel32", "msvcrt", "ole32", "opengl32", "shell32",
+    "user32", "ws2_32")}
+ADD_PROJECT = (958, 32)
 NOWHERE = (600, 560)  # of the Projects screen: nothing reacts to the pointer there
 
 
@@ -151,14 +156,14 @@ def gallery(build):
 def bare_environment(folder, display=None):
     """A user's environment with nothing in it but what the launcher asks for."""
     environment = {"PATH": os.environ["PATH"], "HOME": folder, "APPDATA": folder, "XDG_RUNTIME_DIR": folder}
-    for name in ("ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS", "TSAN_OPTIONS"):
+    for name in ("ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS", "TSAN_OPTIONS", "WINEPREFIX"):
         if name in os.environ:
             environment[name] = os.environ[name]
     return {**environment, "DISPLAY": display} if display else environment
 
 
 def start_launcher(build, environment):
-    return subprocess.Popen([str(pathlib.Path(build) / "bin/volo-launcher")], env=environment, text=True,
+    return subprocess.Popen(command_of(build, "volo-launcher"), env=environment, text=True,
                             stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
 
 
@@ -281,8 +286,101 @@ def production_endpoints(build):
             check("exit status 0", sandbox.status() == 0)
 
 
+def windows_dialogs(build):
+    """Windows' own dialogs, answered with keys: a project from disk, a folder for new ones, and never mind."""
+    with Desktop() as desktop, Sandbox(desktop, build, "--stored-session", "--projects", "2") as sandbox:
+        file = sandbox.root / "home/A project of mine/Mine too.zantorproj"
+        file.parent.mkdir(parents=True)
+        file.write_text("ZantorProject:\n  Name: Mine too\n  FormatVersion: 1\n")
+        window = desktop.window("VOLO Launcher")
+        window.see("Ada Sandbox", USER_CARD)
+        for keys in (["Escape"], [sandbox.name_of(file), "Return"]):
+            before = sandbox.listed()
+            window.click(ADD_PROJECT)
+            dialog = desktop.window("Open")
+            if keys[0] == "Escape":
+                dialog.press("Escape")
+            else:
+                dialog.type(keys[0])
+                dialog.press(keys[1])
+            wait_for("the dialog closed", lambda: not desktop.windows("Open"))
+            window.come_forward()
+            if keys[0] == "Escape":
+                check("nothing added", sandbox.listed() == before)
+        editor = desktop.window("VOLO Editor")  # what is added is opened
+        editor.see("Name: Mine too", EDITOR_WINDOW)
+        editor.close()
+        wait_for("the editor closed", lambda: not desktop.windows("VOLO Editor"))
+        window.come_forward()
+        window.see("Mine too", name_box(0))
+        wait_for("the project in Launcher.conf", lambda: sandbox.listed() == ["Mine too", *before])
+
+        window.click(NEW_PROJECT)
+        for key, location in (("Escape", "home\\Documents\\VOLO Projects"), ("Return", "Desktop")):
+            window.click(window.find("Browse", DIALOG))
+            dialog = desktop.window("Browse for Folder")
+            dialog.see("Choose project location", (0, 0, 320, 60))
+            dialog.press(key)
+            wait_for("the dialog closed", lambda: not desktop.windows("Browse for Folder"))
+            window.come_forward()
+            window.see(location, DIALOG)
+        window.press("Escape")
+        window.close()
+        check("exit status 0", sandbox.status() == 0)
+
+
+def windows_package(build):
+    """The zip is one folder that starts anywhere, and its programs ask for nothing but what Windows brings along."""
+    with tempfile.TemporaryDirectory(prefix="volo package ") as folder, Desktop() as desktop:
+        subprocess.run(["cpack", "-B", folder], cwd=build, stdout=subprocess.DEVNULL, check=True)
+        archive, = pathlib.Path(folder).glob("*.zip")
+        shutil.unpack_archive(archive, pathlib.Path(folder, "unpacked"))
+        launcher, = pathlib.Path(folder).glob("unpacked/*/volo-launcher.exe")
+        beside = {one.name for one in launcher.parent.iterdir()}
+        check("what it needs beside it",
+              beside >= {"Roboto-Medium.ttf", "background.png", "launcher_config.example.json", "LICENSE", "licences"})
+        for program in (launcher, *pathlib.Path(build, "bin").glob("volo-*.exe")):
+            table = subprocess.run(["x86_64-w64-mingw32-objdump", "-p", program], capture_output=True, check=True)
+            libraries = {name.decode().lower() for name in re.findall(rb"DLL Name: (\S+)", table.stdout)}
+            check("a table of libraries", "kernel32.dll" in libraries)
+            check(f"no library beside Windows' own: {libraries - WINDOWS_LIBRARIES}", libraries <= WINDOWS_LIBRARIES)
+            version = "ProductVersion".encode("utf-16-le")
+            for word in (b"PerMonitorV2", b"longPathAware", b"asInvoker", b">UTF-8<", version):
+                check(f"{word} in {program.name}", word in program.read_bytes())
+        running = subprocess.Popen([WINE, launcher], env=bare_environment(folder, desktop.display))
+        window = desktop.window("VOLO Launcher")
+        window.see("Running from launcher_config.example.json", WHOLE)
+        window.close()
+        check("status 0", running.wait(20) == 0)
+
+
+def both_platforms(build):
+    """What one platform's launcher writes into Launcher.conf the other's reads."""
+    other = pathlib.Path(build).resolve().parent / "linux"
+    if not (other / "bin/volo-sandbox").exists():
+        print("SKIPPED: there is no Linux build beside this one")
+        sys.exit(SKIPPED)
+    with tempfile.TemporaryDirectory() as root, Desktop() as desktop:
+        starred = ["Hernia repair"]
+        for which, star, made_up in ((build, "Cholecystectomy", ["--projects", "4"]), (other, "Appendectomy", []),
+                                     (build, "Colonoscopy", [])):
+            with Sandbox(desktop, which, "--stored-session", *made_up, root=root) as sandbox:
+                window = desktop.window("VOLO Launcher")
+                window.see("Ada Sandbox", USER_CARD)
+                check("the made-up projects", sandbox.listed() == MADE_UP)
+                place = MADE_UP.index(star)
+                window.see(star, name_box(place))
+                window.click(row(place, STAR_X))
+                starred.append(star)
+                wait_for(f"{starred} starred in Launcher.conf", lambda: sorted(starred) == sorted(sandbox.favourites()))
+                ends = {line[-1:] for line in sandbox.settings_file.read_bytes().split(b"\n")[:-1]}
+                check(f"the platform's line ends, not {ends}", (ends == {b"\r"}) == sandbox.windows)
+                window.close()
+                check("exit status 0", sandbox.status() == 0)
+
+
 CHECKS = (leaks, refused_sign_in, pointer_at_rest, dialog, gallery, second_instance, no_display, idle, damaged_package,
-          production_endpoints)
+          production_endpoints, windows_dialogs, windows_package, both_platforms)
 
 
 def main():
@@ -294,7 +392,7 @@ def main():
         print("SKIPPED: not installed: " + ", ".join(missing_programs()))
         sys.exit(SKIPPED)
     one = next(one for one in CHECKS if one.__name__ == arguments.name)
-    if one is not production_endpoints:
+    if one is not production_endpoints and not is_for_windows(arguments.build):
         isolate()  # where it is permitted
     try:
         one(arguments.build)

@@ -11,6 +11,19 @@ import threading
 from desktop import NotSeen, wait_for
 
 ISOLATED = "VOLO_E2E_ISOLATED"
+WINE = str(pathlib.Path(__file__).resolve().parents[2] / "cmake/wine-run")
+
+os.environ.setdefault("WINEPREFIX", str(pathlib.Path(os.environ.get("XDG_CACHE_HOME", pathlib.Path.home() / ".cache"),
+                                                     "volo-launcher/wine")))
+
+
+def is_for_windows(build):
+    return (pathlib.Path(build) / "bin/volo-launcher.exe").exists()
+
+
+def command_of(build, program):
+    path = str(pathlib.Path(build) / "bin" / program)
+    return [WINE, path + ".exe"] if is_for_windows(build) else [path]
 
 
 def permitted_namespaces(*kinds):
@@ -43,11 +56,13 @@ class Sandbox:
         self.desktop = desktop
         self.temporary = None if root else tempfile.TemporaryDirectory(prefix="volo-e2e-")
         self.root = pathlib.Path(root or self.temporary.name).resolve()
-        self.command = [str(pathlib.Path(build) / "bin/volo-sandbox"), "--root", str(self.root), *options]
-        self.publisher = pathlib.Path(build) / "bin/volo-publish"
+        self.windows = is_for_windows(build)
+        self.build = build
+        self.command = self.call("volo-sandbox", "--root", self.root, *options)
         self.launcher = self.root / "apps/volo/launcher"
         self.settings_file = self.root / "home/AppData/ZANTOR/Launcher.conf"
         self.projects = self.root / "home/Documents/VOLO Projects"
+        self.line_end = "\r\n" if self.windows else "\n"
         self.lines = []
 
     def __enter__(self):
@@ -60,6 +75,8 @@ class Sandbox:
     def __exit__(self, failure, *_):
         self.process.terminate()
         self.process.wait()
+        if self.windows:
+            subprocess.run([WINE, "--end"], check=False)
         self.reader.join()
         self.process.stdout.close()
         if failure:
@@ -78,8 +95,9 @@ class Sandbox:
         """Another version of the sample editor, published as a deployer does it."""
         address = next(line for line in self.lines if "update server: https" in line).split()[-1]
         done = subprocess.run(
-            [self.publisher, "release", "--zip", self.root / "sample-editor.zip", "--version", version, "--platform",
-             "linux", "--base-url", address, "--sign-key", self.root / "publisher.key", "--out", self.root / "site"],
+            self.call("volo-publish", "release", "--zip", self.root / "sample-editor.zip", "--version", version,
+                      "--platform", "windows" if self.windows else "linux", "--base-url", address,
+                      "--sign-key", self.root / "publisher.key", "--out", self.root / "site"),
             capture_output=True, text=True, check=False)
         if done.returncode != 0:
             raise NotSeen(f"version {version} published: {done.stderr}")
@@ -87,6 +105,15 @@ class Sandbox:
     def status(self, deadline=20):
         """The launcher's exit status, once it has ended by itself."""
         return self.process.wait(deadline)
+
+    def name_of(self, path):
+        """How the programs call a path."""
+        return "Z:" + str(path).replace("/", "\\") if self.windows else str(path)
+
+    def call(self, program, *arguments):
+        """The command that runs one of our programs; paths among the arguments are told as it calls them."""
+        told = [self.name_of(one) if isinstance(one, pathlib.Path) else one for one in arguments]
+        return command_of(self.build, program) + told
 
     def settings(self):
         """Launcher.conf as a dictionary of its lines."""
@@ -102,14 +129,26 @@ class Sandbox:
         return [settings[f"Projects%5C{number}%5Cname"]
                 for number in range(1, int(settings.get("Projects%5Csize", "0")) + 1)]
 
+    def favourites(self):
+        settings = self.settings()
+        return [name for number, name in enumerate(self.listed(), 1)
+                if settings[f"Projects%5C{number}%5Cfavorite"] == "true"]
+
     def processes(self, program):
         """The living processes of this run whose executable has this name: a list of their folders in /proc."""
         found = []
         for process in pathlib.Path("/proc").glob("[0-9]*"):
             try:
-                executable = pathlib.Path(os.readlink(process / "exe"))
+                if self.windows:  # what runs there is Wine; the program is what it was asked to run
+                    name = (self.arguments(process) or [""])[0].replace("\\", "/").removeprefix("Z:")
+                else:
+                    name = os.readlink(process / "exe")
+                executable = pathlib.Path(name)
                 if executable.name == program and self.root in executable.parents:
                     found.append(process)
             except OSError:  # gone meanwhile, or not ours to look at
                 pass
         return found
+
+    def arguments(self, process):
+        return [one.decode() for one in (process / "cmdline").read_bytes().split(b"\0") if one]

@@ -10,7 +10,7 @@ import tempfile
 import time
 
 from desktop import Desktop, NotSeen, missing_programs, wait_for
-from sandbox_run import Sandbox, isolate
+from sandbox_run import Sandbox, is_for_windows, isolate
 
 # Where things are in a launcher window of 1180 x 740 at scale 1: places (x, y) and boxes (left, top, width, height).
 SIGN_IN_COLUMN = (70, 200, 340, 330)
@@ -36,7 +36,7 @@ ROW_HEIGHT, FIRST_ROW, NOTICE_HEIGHT = 52, 98, 40
 STAR_X, NAME_X, DOTS_X = 248, 330, 1136
 
 NAME = "My First Simulation"
-PROJECT_FILE = f"ZantorProject:\n  Name: {NAME}\n  FormatVersion: 1\n".encode()
+PROJECT_FILE = f"ZantorProject:\n  Name: {NAME}\n  FormatVersion: 1\n"
 MADE_UP = ["Cholecystectomy", "Appendectomy", "Hernia repair", "Colonoscopy"]
 
 
@@ -82,7 +82,7 @@ class Tour:
 
     def sign_in_screen(self):
         self.window = self.desktop.window("VOLO Launcher")
-        check("a window of 1180 x 740", self.window.size() == (1180, 740))
+        wait_for("a window of 1180 x 740", lambda: self.window.size() == (1180, 740))
         self.window.see("Welcome to VOLO Launcher", SIGN_IN_COLUMN)
         self.window.see("Sign in", SIGN_IN_BUTTON)
 
@@ -96,7 +96,8 @@ class Tour:
         self.sandbox.told("identity provider: userinfo")
         self.sandbox.told("reads: Sign-in complete")
         check("the session in Launcher.conf", self.sandbox.settings().get("auth%2FrefreshToken", "").startswith("1//0"))
-        check("Launcher.conf for its owner alone", self.sandbox.settings_file.stat().st_mode & 0o777 == 0o600)
+        check("Launcher.conf for its owner alone",
+              self.sandbox.windows or self.sandbox.settings_file.stat().st_mode & 0o777 == 0o600)
 
     # --- a project, from nothing to the editor -------------------------------------------------------------------------
 
@@ -105,7 +106,7 @@ class Tour:
         self.window.see("Create a new project", DIALOG)
         self.window.click(self.window.find("VOLO project", DIALOG))  # the hint
         self.window.type(NAME)
-        self.window.see(f"VOLO Projects/{NAME}", DIALOG)
+        self.window.see(self.sandbox.name_of(self.sandbox.projects / NAME)[-len(f"VOLO Projects/{NAME}"):], DIALOG)
 
     def creation(self):
         self.window.press("Return")  # the reader does not make out white on blue
@@ -113,7 +114,8 @@ class Tour:
         self.window.see(NAME, name_box(0))
         self.window.see("Cholecystectomy", name_box(1))
         file = self.sandbox.projects / NAME / f"{NAME}.zantorproj"
-        check(f"the project file, byte for byte, at {file}", file.read_bytes() == PROJECT_FILE)
+        check(f"the project file, byte for byte, at {file}",
+              file.read_bytes() == PROJECT_FILE.replace("\n", self.sandbox.line_end).encode())
         check("the project first in Launcher.conf", self.sandbox.listed() == [NAME, *MADE_UP])
 
     def installation(self):
@@ -190,8 +192,8 @@ class Tour:
         process, = self.sandbox.processes("editor.exe")
         folder = self.sandbox.launcher / "editor"
         project = self.sandbox.projects / name / f"{name}.zantorproj"
-        arguments = (process / "cmdline").read_bytes().split(b"\0")[:-1]
-        check("the editor's two arguments", arguments == [bytes(folder / "editor.exe"), bytes(project)])
+        check("the editor's two arguments", self.sandbox.arguments(process) ==
+              [self.sandbox.name_of(folder / "editor.exe"), self.sandbox.name_of(project)])
         check("the editor in its own folder", (process / "cwd").readlink() == folder)
         window.picture(str(self.pictures / f"{self.number:02}-editor-window.png"))
 
@@ -254,7 +256,12 @@ class Tour:
         self.window.click(row(0), button=3)
         self.window.see("Remove from Favorites", WHOLE)
         self.window.click(self.window.find("Show in File Manager", WHOLE))
-        self.sandbox.told(f"browser: shows the folder {self.sandbox.projects / NAME}")
+        if self.sandbox.windows:  # its file manager is a program with a window of its own
+            self.desktop.window(NAME).close()
+            wait_for("the folder's window closed", lambda: not self.desktop.windows(NAME))
+            self.window.come_forward()
+        else:
+            self.sandbox.told(f"browser: shows the folder {self.sandbox.projects / NAME}")
 
     def removal(self):
         self.window.click(row(4, DOTS_X))
@@ -291,7 +298,7 @@ def take(build, pictures):
         hold.mkdir()
         for what in ("package", "statement"):
             (hold / what).touch()
-        with Sandbox(desktop, build, "--projects", str(len(MADE_UP)), "--hold", str(hold), root=root) as sandbox:
+        with Sandbox(desktop, build, "--projects", str(len(MADE_UP)), "--hold", hold, root=root) as sandbox:
             tour = Tour(desktop, sandbox, hold, pictures)
             tour.step("sign-in", "the sign-in screen", tour.sign_in_screen)
             tour.step("browser", "waiting for the browser", tour.browser)
@@ -330,7 +337,8 @@ def main():
     arguments = options.parse_args()
     if missing_programs():
         sys.exit("not installed: " + ", ".join(missing_programs()))
-    isolate()
+    if not is_for_windows(arguments.build):
+        isolate()
     pictures = pathlib.Path(arguments.out)
     pictures.mkdir(parents=True, exist_ok=True)
     began = time.monotonic()

@@ -9,7 +9,7 @@ namespace fs = std::filesystem;
 
 TEST(EditorLocation, IsTheFirstPlaceThatHoldsAFileAtMostTwoLevelsAboveTheLauncher) {
     const TemporaryFolder folder;
-    const std::string here = folder.string() + "/a/b/c";
+    const std::string here = (folder / "a/b/c").string();
     recordingSystem().launcherDirectory = here;
     fs::create_directories(here + "/editor.exe"); // a directory where a file is expected
     folder.write("a/b/c/bin", "a file where a directory is");
@@ -23,7 +23,7 @@ TEST(EditorLocation, IsTheFirstPlaceThatHoldsAFileAtMostTwoLevelsAboveTheLaunche
         EXPECT_EQ(findEditorNearLauncher(), path);
         EXPECT_EQ(findEditorExecutable(here), path.starts_with(here) ? path : "");
     }
-    EXPECT_EQ(findManagedEditor(), here + "/editor/editor.exe");
+    EXPECT_EQ(fs::path(findManagedEditor()), fs::path(here + "/editor/editor.exe"));
     recordingSystem().launcherDirectory.clear();
     EXPECT_EQ(findEditorNearLauncher() + findEditorExecutable(""), "");
 }

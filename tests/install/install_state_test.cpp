@@ -7,6 +7,7 @@
 #include "install/install_world.h"
 #include "install/update_manifest.h"
 #include "support/eventually.h"
+#include "support/platform.h"
 
 namespace fs = std::filesystem;
 
@@ -135,10 +136,10 @@ TEST(UpdateCheck, ComparesVersionsByteForByteAndThePackageAddressFirst) {
     EXPECT_EQ(world.run(), installed("1.0", 1));
     fs::remove(world.editor / ".zantor_editor_version");
     EXPECT_EQ(world.run(), installed("1.0", 1));
-    EXPECT_EQ(readFileBytes(world.editor / ".zantor_editor_version"), "1.0\n");
+    EXPECT_EQ(readFileBytes(world.editor / ".zantor_editor_version"), asTextFile("1.0\n"));
     world.release("0.9 ", package); // an older one, with a blank that the marker's reader would cut off
     EXPECT_EQ(world.run(), installed("0.9 ", 2));
-    EXPECT_EQ(readFileBytes(world.editor / ".zantor_editor_version"), "0.9 \n");
+    EXPECT_EQ(readFileBytes(world.editor / ".zantor_editor_version"), asTextFile("0.9 \n"));
 }
 
 TEST(InstallState, ASecondStartWhileBusyStartsNothing) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "install/install_world.h"
+#include "support/platform.h"
 
 namespace fs = std::filesystem;
 
@@ -13,7 +14,7 @@ const std::string kArchive = makeZip({{"editor.exe", "new", true}, {"data/new.bi
 const Tree kNewEditor = {{"editor.exe", "new"}, {"data", "<directory>"}, {"data/new.bin", "new data"}};
 
 Tree withMarker(Tree tree, const std::string& version) {
-    tree[".zantor_editor_version"] = version + "\n";
+    tree[".zantor_editor_version"] = asTextFile(version + "\n");
     return tree;
 }
 

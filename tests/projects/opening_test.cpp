@@ -4,6 +4,7 @@
 
 #include "install/editor_location.h"
 #include "support/eventually.h"
+#include "support/platform.h"
 #include "support/tls_server.h"
 #include "support/trusted_authority.h"
 #include "support/ui_harness.h"
@@ -217,7 +218,8 @@ TEST(AddFromDisk, ListsAndOpens) {
         LauncherApp& app = ui.begin(kNoServer);
         ui.system.editorRunning = c.running;
         if (c.after == After::Popup || c.after == After::Silent) ui.system.launchError = bad;
-        if (!c.picked.empty()) ui.system.pickedFile = ui.folder.string() + "/" + c.picked;
+        if (!c.picked.empty())
+            ui.system.pickedFile = ui.folder.string() + std::filesystem::path("/" + c.picked).make_preferred().string();
         app.lastEditorLaunchTime = 1000000 - c.sinceLaunch;
         app.noticeText = "before";
         app.addProjectFromDisk();
@@ -261,9 +263,9 @@ TEST(CreateProject, NamesAndPlaces) {
         {"ok", "zero", "Could not create the project folder.", ""},
         {"  My Sim  ", "new/deep", "", "  My Sim"},
         {"dot.", "l", "", "dot."},
-        {"tab\there", "l", "", "tab\there"},
         {"Übung", "l", "", "Übung"},
     };
+    if (!kOnWindows) cases.push_back({"tab\there", "l", "", "tab\there"}); // Windows itself has no such folder
     for (const char letter : std::string("\"*/:<>?\\|"))
         cases.push_back({std::string("x") + letter, "l", badName, ""});
 
@@ -290,7 +292,8 @@ TEST(CreateProject, NamesAndPlaces) {
         const ProjectEntry expected = {c.listedAs, (folder / (c.listedAs + ".zantorproj")).string(), "", "", 1000000,
                                        false};
         EXPECT_EQ(app.settings->projects().at(0), expected);
-        EXPECT_EQ(readFileBytes(expected.path), "ZantorProject:\n  Name: " + c.listedAs + "\n  FormatVersion: 1\n");
+        EXPECT_EQ(readFileBytes(expected.path),
+                  asTextFile("ZantorProject:\n  Name: " + c.listedAs + "\n  FormatVersion: 1\n"));
         EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1) << "nothing unfinished stays";
         EXPECT_EQ(app.settings->lastAddedLocation(), location);
         EXPECT_EQ(app.settings->defaultLocation(), location);

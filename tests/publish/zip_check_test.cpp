@@ -5,6 +5,7 @@
 #include "install/editor_location.h"
 #include "install/package_extraction.h"
 #include "support/package_making.h"
+#include "support/platform.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -69,7 +70,7 @@ TEST_F(ArchiveCheck, RefusesWhatTheLauncherRefuses) {
         {patched(38, std::string("\x10\0\0\0", 4)), "marked as a folder"}, // by its attributes
         {patched(42, std::string("\1\0\0\0", 4)), "damaged"},              // where nothing is
     };
-    for (const std::string name : {"Editor.exe", "sub/editor.exe", "editor.exe/"})
+    for (const std::string name : {kOnWindows ? "editor.ex" : "Editor.exe", "sub/editor.exe", "editor.exe/"})
         cases.emplace_back(makeZip({{name, ""}}), "\"editor.exe\" at its root");
     for (const std::string name : {"/x", "\\x", "C:x", "a/b:c", "..", "a/../b", "a\\..\\b", "a\\.."})
         cases.emplace_back(beside(name), "refuses its name");

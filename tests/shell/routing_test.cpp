@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "support/eventually.h"
+#include "support/scoped_environment.h"
 #include "support/tls_server.h"
 #include "support/trusted_authority.h"
 #include "support/ui_harness.h"

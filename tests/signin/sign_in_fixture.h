@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -17,14 +18,32 @@
 #include "config/launcher_settings.h"
 #include "sandbox/browser.h"
 #include "support/eventually.h"
+#include "support/scoped_environment.h"
 #include "support/trusted_authority.h"
+#include "system/operating_system.h"
+
+#ifdef _WIN32
+#include <windows.h>
+#endif
 
 class SignInTest : public testing::Test {
   protected:
     SignInTest() {
+        stageBrowser();
+        newFlow();
+    }
+
+    // What the system opens addresses with writes them into the file %OPENED_URL%. (On Windows proper no test comes
+    // this far: the user's certificates stay alone, and so does the default browser.)
+    void stageBrowser() {
+#ifdef _WIN32
+        const std::string command = '"' + launcherDirectory() + "\\volo_test_child.exe\" --browser \"%1\"";
+        RegSetKeyValueA(HKEY_LOCAL_MACHINE, "Software\\Classes\\https\\shell\\open\\command", nullptr, REG_SZ,
+                        command.c_str(), static_cast<DWORD>(command.size() + 1));
+#else
         const auto opener = folder_.write("bin/xdg-open", "#!/bin/sh\nprintf '%s\\n' \"$1\" > \"$OPENED_URL\"\n");
         std::filesystem::permissions(opener, std::filesystem::perms::owner_all);
-        newFlow();
+#endif
     }
 
     // The flow of the next run of the launcher, with the settings as they are on disk.
@@ -36,7 +55,9 @@ class SignInTest : public testing::Test {
     }
 
     // Ahead of every worker: nobody may read the environment while it changes.
-    void useProvider(int port) { setenv("VOLO_SANDBOX_IDENTITY_PORT", std::to_string(port).c_str(), 1); }
+    void useProvider(int port) {
+        provider_.emplace("VOLO_SANDBOX_IDENTITY_PORT", std::to_string(port));
+    }
 
     void storeSession(const std::string& refreshToken) {
         settings_->setRefreshToken(refreshToken);
@@ -114,6 +135,7 @@ class SignInTest : public testing::Test {
     ScopedEnvironment path_{"PATH", (folder_ / "bin").string()};
     ScopedEnvironment opened_{"OPENED_URL", openedFile_.string()};
     ScopedEnvironment port_{"VOLO_SANDBOX_IDENTITY_PORT"};
+    std::optional<ScopedEnvironment> provider_;
     std::unique_ptr<LauncherSettings> settings_;
     std::unique_ptr<SignInFlow> flow_; // last: its worker ends before the environment is put back
 };

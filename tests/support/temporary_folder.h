@@ -29,11 +29,11 @@ class TemporaryFolder {
 
     const std::filesystem::path& path() const { return path_; }
     std::string string() const { return path_.string(); }
-    std::filesystem::path operator/(const std::filesystem::path& name) const { return path_ / name; }
+    std::filesystem::path operator/(const std::filesystem::path& name) const { return (path_ / name).make_preferred(); }
 
     // Writes bytes as they stand; folders on the way are made. Returns the full path.
     std::filesystem::path write(const std::filesystem::path& name, const std::string& bytes) const {
-        const std::filesystem::path file = path_ / name;
+        const std::filesystem::path file = *this / name;
         std::filesystem::create_directories(file.parent_path());
         std::ofstream out(file, std::ios::binary | std::ios::trunc);
         out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));

@@ -1,10 +1,5 @@
 #include "support/tls_server.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <chrono>
 #include <condition_variable>
 #include <csignal>
@@ -13,20 +8,37 @@
 #include <mutex>
 #include <thread>
 
+#include <httplib.h> // for the sockets, under their names on this platform
 #include <openssl/pem.h>
 #include <openssl/ssl.h>
+
+namespace {
+
+#ifdef _WIN32
+constexpr int kBothWays = SD_BOTH;
+void closeSocket(socket_t socket) {
+    ::closesocket(socket);
+}
+#else
+constexpr int kBothWays = SHUT_RDWR;
+void closeSocket(socket_t socket) {
+    ::close(socket);
+}
+#endif
+
+} // namespace
 
 struct TlsConnection::State {
     TlsServer::Shared& shared;
     SSL* ssl;
-    int socket; // -1 once closed; guarded by the server's mutex
+    socket_t socket; // INVALID_SOCKET once closed; guarded by the server's mutex
     std::thread thread;
 };
 
 struct TlsServer::Shared {
     Script script;
     SSL_CTX* context = nullptr;
-    int listener = -1;
+    socket_t listener = INVALID_SOCKET;
     int port = 0;
     std::thread acceptThread;
 
@@ -43,18 +55,19 @@ struct TlsServer::Shared {
 
 void TlsServer::Shared::close(TlsConnection::State& state, bool withReset) {
     const std::lock_guard<std::mutex> lock(mutex);
-    if (state.socket < 0) return;
+    if (state.socket == INVALID_SOCKET) return;
     const linger discard{1, 0};
-    if (withReset) setsockopt(state.socket, SOL_SOCKET, SO_LINGER, &discard, sizeof discard);
-    ::close(state.socket);
-    state.socket = -1;
+    if (withReset)
+        setsockopt(state.socket, SOL_SOCKET, SO_LINGER, reinterpret_cast<const char*>(&discard), sizeof discard);
+    closeSocket(state.socket);
+    state.socket = INVALID_SOCKET;
 }
 
 void TlsServer::Shared::serve(TlsConnection::State& state) {
     if (SSL_accept(state.ssl) == 1) {
         TlsConnection connection(state);
         script(connection);
-        if (state.socket >= 0) SSL_shutdown(state.ssl);
+        if (state.socket != INVALID_SOCKET) SSL_shutdown(state.ssl);
     }
     close(state, false);
     SSL_free(state.ssl);
@@ -62,14 +75,14 @@ void TlsServer::Shared::serve(TlsConnection::State& state) {
 
 void TlsServer::Shared::acceptLoop() {
     for (;;) {
-        const int socket = accept(listener, nullptr, nullptr);
+        const socket_t socket = accept(listener, nullptr, nullptr);
         const std::lock_guard<std::mutex> lock(mutex);
-        if (stopping || socket < 0) {
-            if (socket >= 0) ::close(socket);
+        if (stopping || socket == INVALID_SOCKET) {
+            if (socket != INVALID_SOCKET) closeSocket(socket);
             return;
         }
         SSL* ssl = SSL_new(context);
-        SSL_set_fd(ssl, socket);
+        SSL_set_fd(ssl, static_cast<int>(socket));
         TlsConnection::State& state = connections.emplace_back(*this, ssl, socket, std::thread());
         state.thread = std::thread([this, &state] { serve(state); });
     }
@@ -77,7 +90,9 @@ void TlsServer::Shared::acceptLoop() {
 
 TlsServer::TlsServer(const ServerIdentity& identity, Script script)
     : shared_(std::make_unique<Shared>()) {
+#ifdef SIGPIPE
     std::signal(SIGPIPE, SIG_IGN); // writing to a client that has gone is an everyday matter here
+#endif
     shared_->script = std::move(script);
     shared_->context = SSL_CTX_new(TLS_server_method());
     BIO* certificateText =
@@ -92,7 +107,7 @@ TlsServer::TlsServer(const ServerIdentity& identity, Script script)
     BIO_free(certificateText);
     BIO_free(keyText);
 
-    shared_->listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    shared_->listener = socket(AF_INET, SOCK_STREAM, 0);
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -110,16 +125,22 @@ TlsServer::~TlsServer() {
     {
         const std::lock_guard<std::mutex> lock(shared_->mutex);
         shared_->stopping = true;
-        shutdown(shared_->listener, SHUT_RDWR);
+#ifdef _WIN32
+        closeSocket(shared_->listener); // what ends a blocked accept
+#else
+        shutdown(shared_->listener, kBothWays);
+#endif
         for (TlsConnection::State& state : shared_->connections) {
-            if (state.socket >= 0) shutdown(state.socket, SHUT_RDWR); // ends a blocked read or write
+            if (state.socket != INVALID_SOCKET) shutdown(state.socket, kBothWays); // ends a blocked read or write
         }
     }
     shared_->stopped.notify_all();
     shared_->acceptThread.join();
     for (TlsConnection::State& state : shared_->connections)
         state.thread.join();
-    ::close(shared_->listener);
+#ifndef _WIN32
+    closeSocket(shared_->listener);
+#endif
     SSL_CTX_free(shared_->context);
 }
 
@@ -152,7 +173,7 @@ std::string TlsConnection::readRequest() {
 }
 
 bool TlsConnection::write(const std::string& bytes) {
-    if (state_.socket < 0) return false;
+    if (state_.socket == INVALID_SOCKET) return false;
     if (bytes.empty()) return true;
     return SSL_write(state_.ssl, bytes.data(), static_cast<int>(bytes.size())) > 0;
 }

@@ -3,16 +3,19 @@
 // A certificate authority that this process trusts while the object lives, and the servers on loopback it vouches for.
 // Only while no other thread of the test reads the environment.
 
+#include <optional>
 #include <stdexcept>
 
 #include "sandbox/certificate_authority.h"
-#include "support/scoped_environment.h"
+#include "sandbox/system_trust.h"
 #include "support/temporary_folder.h"
 
 class TrustedAuthority {
   public:
     TrustedAuthority() {
         if (!authority().writeRoot(rootFile())) throw std::runtime_error("cannot write " + rootFile());
+        trust_.emplace(rootFile());
+        if (!trust_->isTrusted()) throw std::runtime_error("the system does not take " + rootFile());
     }
 
     // One authority and one good certificate for all: keys take their time.
@@ -28,5 +31,5 @@ class TrustedAuthority {
 
   private:
     TemporaryFolder folder_;
-    ScopedEnvironment trust_{"SSL_CERT_FILE", rootFile()};
+    std::optional<SystemTrust> trust_;
 };

@@ -1,0 +1,46 @@
+#include "system/operating_system.h"
+
+#include <cwchar>
+#include <string>
+
+#include <windows.h>
+
+#include <commdlg.h>
+#include <objbase.h>
+#include <shlobj.h>
+
+#include "system/system_texts.h"
+#include "system/wide_text_windows.h"
+
+std::string browseForFolder(const std::string& title, const std::string& /*startPath*/) {
+    const bool oleStarted = SUCCEEDED(OleInitialize(nullptr)); // the newer style of the dialog needs it
+    const std::wstring wideTitle = widenBytes(title);
+    BROWSEINFOW request{};
+    request.lpszTitle = wideTitle.c_str();
+    request.ulFlags = BIF_RETURNONLYFSDIRS | BIF_NEWDIALOGSTYLE;
+    std::string folder;
+    if (LPITEMIDLIST chosen = SHBrowseForFolderW(&request)) {
+        wchar_t path[MAX_PATH] = L"";
+        if (SHGetPathFromIDListW(chosen, path)) folder = narrowUnits(path);
+        CoTaskMemFree(chosen);
+    }
+    if (oleStarted) OleUninitialize();
+    return folder;
+}
+
+std::string pickProjectFile(const std::string& /*title*/, const std::string& initialPath) {
+    wchar_t path[4096] = L"";
+    std::wcsncpy(path, widenBytes(initialPath).c_str(), std::size(path) - 1);
+
+    // Pairs of texts, each ended by a zero, and one more zero.
+    std::wstring filter = widenBytes(kProjectFilterText);
+    filter += L'\0' + widenBytes(kProjectFilterPattern) + L'\0';
+
+    OPENFILENAMEW request{};
+    request.lStructSize = sizeof request;
+    request.lpstrFilter = filter.c_str();
+    request.lpstrFile = path;
+    request.nMaxFile = static_cast<DWORD>(std::size(path));
+    request.Flags = OFN_NOCHANGEDIR | OFN_PATHMUSTEXIST | OFN_FILEMUSTEXIST;
+    return GetOpenFileNameW(&request) ? narrowUnits(path) : std::string();
+}
