@@ -325,6 +325,7 @@ def windows_package(build):
               beside >= {"Roboto-Medium.ttf", "background.png", "launcher_config.example.json", "LICENSE", "licences"})
         for program in (launcher, *pathlib.Path(build, "bin").glob("volo-*.exe")):
             table = subprocess.run(["x86_64-w64-mingw32-objdump", "-p", program], capture_output=True, check=True)
+            check("a program for the console", b"(Windows CUI)" in table.stdout)
             libraries = {name.decode().lower() for name in re.findall(rb"DLL Name: (\S+)", table.stdout)}
             check("a table of libraries", "kernel32.dll" in libraries)
             check(f"no library beside Windows' own: {libraries - WINDOWS_LIBRARIES}", libraries <= WINDOWS_LIBRARIES)
