@@ -14,7 +14,7 @@ import tempfile
 import time
 
 from desktop import Desktop, NotSeen, missing_programs, wait_for
-from sandbox_run import WINE, Sandbox, command_of, is_for_windows, isolate
+from sandbox_run import WINE, Sandbox, command_of, isolate, stand_apart
 from tour import (DIALOG, EDITOR_WINDOW, INSTALL_ACTION, INSTALLS_CARD, INSTALLS_TAB, MADE_UP, NEW_PROJECT,
                   SIGN_IN_BUTTON, SIGN_IN_COLUMN, STAR_X, USER_CARD, WHOLE, check, name_box, row)
 
@@ -378,8 +378,8 @@ def main():
         print("SKIPPED: not installed: " + ", ".join(missing_programs()))
         sys.exit(SKIPPED)
     one = next(one for one in CHECKS if one.__name__ == arguments.name)
-    if one is not production_endpoints and not is_for_windows(arguments.build):
-        isolate()  # where it is permitted
+    if one is not production_endpoints:
+        stand_apart(arguments.build)
     try:
         one(arguments.build)
     except NotSeen as failure:
