@@ -14,6 +14,7 @@ volo_packages=(
   librsvg2-bin imagemagick
   # to test: libraries, independent tools, a screen without a display
   libgtest-dev libgmock-dev libbenchmark-dev openssl python3 python3-cryptography unzip zip p7zip-full libarchive-tools
+  fonts-droid-fallback
   xvfb xauth xdotool tesseract-ocr tesseract-ocr-eng x11-utils libgl1-mesa-dri procps iproute2 strace
   # to use: dialogs, the opener of the desktop
   zenity xdg-utils

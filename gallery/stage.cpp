@@ -55,8 +55,9 @@ Stage::Stage(const StageSetting& stageSetting)
 }
 
 Stage::~Stage() {
-    app.reset();
     Offscreen::detach();
+    app.reset();
+    ImGui::GetPlatformIO().Textures.clear(); // the launcher's picture is still in the list of the last frame
 }
 
 void Stage::drawOn(const Offscreen& canvas) {

@@ -6,10 +6,12 @@
 #include "config/launcher_config.h"
 #include "config/launcher_settings.h"
 #include "install/editor_install_state.h"
+#include "signin/picture_file.h"
 #include "signin/sign_in_flow.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <future>
 #include <memory>
 #include <string>
 #include <vector>
@@ -101,10 +103,12 @@ class LauncherApp {
 
     void restoreStoredSession();
     void loadBackgroundTexture();
+    void takeBackgroundTexture();
     void showOpenError(const std::string& message);
     bool refuseWhileEditorRuns(std::int64_t now);
     void keepAfterOpening(std::vector<ProjectEntry> projects);
 
     ImTextureData* backgroundTexture = nullptr; // the sign-in screen's picture
     bool backgroundLoadTried = false;
+    std::future<DecodedPicture> decodingBackground; // invalid: not begun, or taken
 };

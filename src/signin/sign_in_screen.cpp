@@ -11,6 +11,7 @@
 #include <imgui_internal.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstring>
 #include <filesystem>
@@ -43,6 +44,8 @@ constexpr float kSupportAboveBottom = 64.0f;
 constexpr ImU32 kPictureShade = IM_COL32(0, 0, 0, 0x28);
 constexpr ImU32 kCaption = IM_COL32(0xFA, 0xFA, 0xFA, 0xF5);
 constexpr ImU32 kSubcaption = IM_COL32(0xBE, 0xBE, 0xC3, 0xDC);
+
+constexpr std::chrono::milliseconds kPictureWait{4}; // in each frame until it is there
 
 struct Column {
     float left, width;
@@ -122,6 +125,7 @@ void LauncherApp::drawSignInScreen() {
         backgroundLoadTried = true;
         loadBackgroundTexture();
     }
+    takeBackgroundTexture();
     ImDrawList* drawList = ImGui::GetWindowDrawList();
     const ImVec2 min = ImGui::GetWindowPos(), size = ImGui::GetWindowSize(), max = min + size;
     const float panelWidth = std::round(kPanelShare * size.x), panelRight = min.x + panelWidth;
@@ -159,10 +163,18 @@ void LauncherApp::drawSignInScreen() {
     drawSupportLabel(drawList, min.x, panelWidth, max.y);
 }
 
+// The first frame does not wait for a large picture; it comes up a few frames later, while the window is being
+// revealed. Without a thread to spare it is decoded when it is taken.
 void LauncherApp::loadBackgroundTexture() {
     const std::string directory = launcherDirectory();
     if (directory.empty()) return;
-    const DecodedPicture picture = decodePictureFile(pathText(std::filesystem::path(directory) / "background.png"));
+    decodingBackground = std::async(std::launch::async | std::launch::deferred, decodePictureFile,
+                                    pathText(std::filesystem::path(directory) / "background.png"));
+}
+
+void LauncherApp::takeBackgroundTexture() {
+    if (!decodingBackground.valid() || decodingBackground.wait_for(kPictureWait) == std::future_status::timeout) return;
+    const DecodedPicture picture = decodingBackground.get();
     if (!picture.pixels) return; // the panel stays empty, and nothing is said
     backgroundTexture = IM_NEW(ImTextureData)();
     backgroundTexture->Create(ImTextureFormat_RGBA32, picture.width, picture.height);

@@ -33,10 +33,7 @@ void fadeIn(const ImGuiWindow& window) {
     const float part = static_cast<float>(ImGui::GetTime() - opening.since) / palette::kPopupSeconds;
     if (part >= 1.0f) return;
     const float opacity = 1.0f - (1.0f - part) * (1.0f - part);
-    for (ImDrawVert& vertex : window.DrawList->VtxBuffer) {
-        const auto alpha = static_cast<ImU32>(static_cast<float>(vertex.col >> IM_COL32_A_SHIFT) * opacity);
-        vertex.col = (vertex.col & ~IM_COL32_A_MASK) | alpha << IM_COL32_A_SHIFT;
-    }
+    uiThemeFade(window.DrawList, opacity);
 }
 
 } // namespace

@@ -336,9 +336,18 @@ float uiThemeBadgeWidth(std::string_view text) {
     return uiThemeTextSize(uiThemeFont(palette::kBadgeTextSize), text).x + 2.0f * uiThemePx(palette::kBadgePadding);
 }
 
+void uiThemeFade(ImDrawList* drawList, float opacity) {
+    for (ImDrawVert& vertex : drawList->VtxBuffer) {
+        const auto alpha = static_cast<ImU32>(static_cast<float>(vertex.col >> IM_COL32_A_SHIFT) * opacity);
+        vertex.col = (vertex.col & ~IM_COL32_A_MASK) | alpha << IM_COL32_A_SHIFT;
+    }
+}
+
 void uiThemeReveal(ImDrawList* drawList, ImVec2 min, ImVec2 max) {
     const float left = 1.0f - theme.seconds / palette::kRevealSeconds;
     if (left <= 0.0f) return;
     const auto alpha = static_cast<ImU32>(255.0f * left * left);
     drawList->AddRectFilled(min, max, (palette::kBackground & ~IM_COL32_A_MASK) | alpha << IM_COL32_A_SHIFT);
+    for (const ImGuiWindow* child : ImGui::GetCurrentWindow()->DC.ChildWindows) // they are shown above that
+        uiThemeFade(child->DrawList, 1.0f - left * left);
 }

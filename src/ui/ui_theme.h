@@ -69,5 +69,8 @@ void uiThemeBadge(const char* identifier, ImDrawList* drawList, ImVec2 position,
                   UiThemeBadgeStatus status);
 float uiThemeBadgeWidth(std::string_view text);
 
-// The short fade at the start of the program, over everything that the root window has drawn. Draws nothing afterwards.
+void uiThemeFade(ImDrawList* drawList, float opacity); // what it holds so far, in a part of its opacity
+
+// The short fade at the start of the program, over everything that the root window and its children have drawn. Draws
+// nothing afterwards.
 void uiThemeReveal(ImDrawList* drawList, ImVec2 min, ImVec2 max);

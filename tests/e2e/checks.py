@@ -137,6 +137,22 @@ def dialog(build):
         check("exit status 0", sandbox.status() == 0)
 
 
+def gallery(build):
+    """Every state has a picture, and none looks like another: what should have led to it has worked."""
+    with tempfile.TemporaryDirectory() as folder, Desktop() as desktop:
+        out = pathlib.Path(folder) / "pictures"
+        status, _ = desktop.run(str(pathlib.Path(build) / "bin/volo-gallery"), "--scale", "1", "--out", str(out),
+                                "--home", folder + "/home")
+        check("status 0", status == 0)
+        pictures = {}
+        for file in out.iterdir():
+            pictures.setdefault(file.read_bytes(), []).append(file.name)
+        print(f"{len(pictures)} pictures")
+        check("two sizes of each state", len(pictures) >= 100)
+        alike = [names for names in pictures.values() if len(names) > 1]
+        check(f"no two alike, as are {alike}", not alike)
+
+
 def bare_environment(folder, display=None):
     """A user's environment with nothing in it but what the launcher asks for."""
     environment = {"PATH": os.environ["PATH"], "HOME": folder, "APPDATA": folder, "XDG_RUNTIME_DIR": folder}
@@ -364,9 +380,8 @@ def both_platforms(build):
                 check("exit status 0", sandbox.status() == 0)
 
 
-CHECKS = (leaks, refused_sign_in, pointer_at_rest, dialog, second_instance, no_display, idle, damaged_package,
-          production_endpoints, windows_dialogs, windows_package,
-          both_platforms)
+CHECKS = (leaks, refused_sign_in, pointer_at_rest, dialog, gallery, second_instance, no_display, idle, damaged_package,
+          production_endpoints, windows_dialogs, windows_package, both_platforms)
 
 
 def main():

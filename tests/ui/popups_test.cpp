@@ -79,6 +79,22 @@ TEST(Popups, ComeUpInTheSameTimeAtEveryRateAndThenStandStill) {
     }
 }
 
+TEST(Reveal, CoversChildrenToo) {
+    Screen screen;
+    uiThemeTick(0.0f);
+    for (const bool ended : {false, true}) {
+        for (int i = 0; i < 3; ++i) // a child takes its time to show
+            screen.frame([] {
+                ImGui::BeginChild("child", {90.0f, 20.0f});
+                ImGui::TextUnformatted("rows");
+                ImGui::EndChild();
+                uiThemeReveal(ImGui::GetWindowDrawList(), {0.0f, 0.0f}, {800.0f, 600.0f});
+            });
+        EXPECT_EQ(opacity("screen/child"), ended ? 1.0f : 0.0f);
+        uiThemeTick(1.0f);
+    }
+}
+
 TEST(Popups, DoNotInheritTheSpacingOfTheScreen) {
     for (const float scale : {1.0f, 2.0f}) {
         Screen screen(scale);
