@@ -161,15 +161,9 @@ TEST(ProjectsScreen, TenThousandProjectsFitIntoAFrame) {
         std::printf("[ 10,000   ] %-16s %.2f ms\n", what, best);
         EXPECT_LT(best, bounded ? 16.0 : 1e9) << what;
     };
-    for (const auto& [column, label] : {std::pair{ProjectSortColumn::LastOpened, "unsorted"},
-                                        {ProjectSortColumn::Name, "by name"},
-                                        {ProjectSortColumn::Platform, "by platform"},
-                                        {ProjectSortColumn::EditorVersion, "by editor"}}) {
-        app.sortColumn = column;
-        measure(label);
-    }
+    app.sortColumn = ProjectSortColumn::EditorVersion;
     app.sortStarredFirst = true;
-    measure("stars, editor");
+    measure("sorted");
     ASSERT_TRUE(ui.click(kRoot, {"##ProjectSearch"}));
     ui.type("training 9");
     EXPECT_STREQ(app.searchText, "training 9");

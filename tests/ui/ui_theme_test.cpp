@@ -2,7 +2,10 @@
 
 #include <cmath>
 #include <map>
+#include <optional>
 #include <set>
+#include <string_view>
+#include <vector>
 
 #include <gtest/gtest.h>
 #include <imgui_internal.h>
@@ -12,31 +15,40 @@
 #include "ui/ui_fonts.h"
 #include "ui/ui_integration.h"
 #include "ui/ui_palette.h"
+#include "ui/ui_popups.h"
 #include "ui/ui_system_fonts.h"
 
 namespace {
 
 constexpr const char* kFontFile = UI_TEST_FONT;
 
-// A context with the theme in it, at scale 1, as the program has it after its first frame's begin.
-struct Themed {
-    explicit Themed(const std::string& fontPath = kFontFile) {
+// A context with the theme in it, as the program has it after its first frame's begin.
+struct Themed : UiFrames {
+    explicit Themed(float scale = 1.0f, const std::string& fontPath = kFontFile) {
         integration.fontPath = fontPath;
-        uiThemeSetScale(1.0f);
+        uiThemeSetScale(scale);
         uiThemeInitialize(&integration);
     }
     ~Themed() { uiThemeShutdown(); }
     template<typename Draw>
-    void frame(const Draw& draw) {
-        frames.build([&](ImDrawList& list) {
+    void frame(const Draw& draw, float seconds = 1.0f / 60.0f) {
+        ImGui::GetIO().DeltaTime = seconds;
+        build([&](ImDrawList& list) {
             uiThemeApplyStyle();
             draw(list);
         });
-        UiFrames::takeTextures();
+        takeTextures();
     }
-    UiFrames frames;
     UiIntegration integration;
 };
+
+// How opaque the deepest layer of a window is; nothing while it does not show.
+std::optional<float> opacity(const char* name) {
+    for (const ImDrawList* list : ImGui::GetDrawData()->CmdLists)
+        if (std::string_view(list->_OwnerName).starts_with(name))
+            return static_cast<float>(list->VtxBuffer.front().col >> IM_COL32_A_SHIFT) / 255.0f;
+    return std::nullopt;
+}
 
 double luminance(ImU32 colour) {
     const auto channel = [&](int shift) {
@@ -83,7 +95,7 @@ TEST(ThemeFonts, HaveTheirNominalSizeAtEveryScaleAtOnce) {
         uiThemeSetScale(1.5f);
         uiThemeApplyStyle();
     });
-    themed.frames.build([](ImDrawList&) { EXPECT_FLOAT_EQ(ImGui::GetFontSize(), 21.0f) << "from the first moment"; });
+    themed.build([](ImDrawList&) { EXPECT_FLOAT_EQ(ImGui::GetFontSize(), 21.0f) << "from the first moment"; });
 }
 
 TEST(ThemeFonts, AnUnusableFileGivesTheBuiltInFont) {
@@ -102,7 +114,7 @@ TEST(ThemeFonts, AnUnusableFileGivesTheBuiltInFont) {
         paths.push_back(folder.write("ünusable " + std::to_string(kept), whole.substr(0, kept)).string());
     }
     for (const std::string& path : paths) {
-        Themed themed(path);
+        Themed themed(1.0f, path);
         themed.frame([](ImDrawList&) {
             EXPECT_STREQ(uiThemeFont(15)->GetDebugName(), "ProggyClean.ttf");
             EXPECT_FLOAT_EQ(uiThemeFont(15)->LegacySize, 15.0f);
@@ -124,6 +136,26 @@ TEST(ThemeFonts, CharactersThatTheFileLacksComeFromTheSystem) {
 }
 
 // --- text ------------------------------------------------------------------------------------------------------------
+
+TEST(ThemeText, StandsOnWholePixelsInEverySizeAndScale) {
+    for (const float scale : {1.0f, 1.25f, 1.5f, 2.0f, 3.0f}) {
+        Themed themed(scale);
+        themed.frame([&](ImDrawList& list) { // which clips nothing
+            for (const float size : {11.0f, 11.5f, 12.5f, 13.5f, 14.0f, 16.5f, 22.0f}) {
+                const int before = list.VtxBuffer.Size;
+                uiThemeText(&list, uiThemeFont(size), {60.0f, 80.0f}, uiThemeForeground(), "Projects");
+                ASSERT_GT(list.VtxBuffer.Size, before);
+                for (int i = before; i < list.VtxBuffer.Size; ++i) {
+                    const float y = list.VtxBuffer[i].pos.y;
+                    EXPECT_NEAR(y, std::round(y), 0.01f) << size << " at " << scale;
+                }
+            }
+        });
+        for (const float units : {1.0f, 30.0f, 126.0f, 210.0f})
+            EXPECT_EQ(uiThemePx(units), std::round(units * scale));
+        EXPECT_FLOAT_EQ(uiThemePx(6.5f), 6.5f * scale) << "what is not an edge stays exact";
+    }
+}
 
 TEST(ThemeText, WrapsWhereItWasMeasuredToWrap) {
     Themed themed;
@@ -157,22 +189,6 @@ TEST(ThemeText, WrapsWhereItWasMeasuredToWrap) {
             const float last = c.lines.empty() ? 0.0f : static_cast<float>(*c.lines.rbegin());
             EXPECT_FLOAT_EQ(measured, last + 1.0f) << c.text;
         });
-}
-
-TEST(ThemeText, TrackingMovesEveryCharacterByAFractionOfAPixel) {
-    Themed themed;
-    themed.frame([](ImDrawList& list) {
-        ImFont* font = uiThemeFont(20);
-        uiThemeText(&list, font, {10, 10}, uiThemeForeground(), "Launcher");
-        const int plain = list.VtxBuffer.Size;
-        uiThemeTextTracked(&list, font, {10, 10}, uiThemeForeground(), "Launcher", -0.25f);
-        ASSERT_EQ(list.VtxBuffer.Size, 2 * plain);
-        for (int i = 0; i < plain; ++i) {
-            const float moved = list.VtxBuffer[plain + i].pos.x - list.VtxBuffer[i].pos.x;
-            EXPECT_NEAR(moved, -0.25f * static_cast<float>(i / 4), 1e-3) << "character " << i / 4;
-            EXPECT_FLOAT_EQ(list.VtxBuffer[plain + i].pos.y, list.VtxBuffer[i].pos.y);
-        }
-    });
 }
 
 // --- style and colours -----------------------------------------------------------------------------------------------
@@ -212,7 +228,7 @@ TEST(ThemeColours, TextIsLegibleOnEverySurfaceItIsSetOn) {
     EXPECT_NEAR(contrast(0xFF000000, 0xFFFFFFFF), 21.0, 0.01);
 }
 
-// --- shapes ----------------------------------------------------------------------------------------------------------
+// --- motion ----------------------------------------------------------------------------------------------------------
 
 TEST(ThemeShapes, TheRevealTakesTheSameTimeAtEveryRateAndEnds) {
     for (const float framesPerSecond : {20.0f, 60.0f, 240.0f}) {
@@ -228,5 +244,38 @@ TEST(ThemeShapes, TheRevealTakesTheSameTimeAtEveryRateAndEnds) {
             elapsed += 1.0f / framesPerSecond;
         }
         EXPECT_NEAR(elapsed, 0.2f, 0.1f);
+    }
+}
+
+TEST(Popups, ComeUpInTheSameTimeAtEveryRateAndThenStandStill) {
+    for (const bool modal : {false, true}) {
+        for (const float rate : {20.0f, 60.0f, 240.0f}) {
+            Themed themed;
+            float shownFor = 0.0f;
+            std::vector<float> seen;
+            for (int i = 0; i < 200 && shownFor < 0.3f; ++i) {
+                themed.frame(
+                    [&](ImDrawList&) {
+                        if (i == 0) ImGui::OpenPopup("popup");
+                        if (modal ? uiThemeBeginModal("popup") : uiThemeBeginMenu("popup")) {
+                            ImGui::TextUnformatted("text");
+                            uiThemeEndPopup();
+                        }
+                    },
+                    1.0f / rate);
+                const auto now = opacity(modal ? "popup" : "##Popup");
+                if (!now) continue;
+                if (!seen.empty()) {
+                    shownFor += 1.0f / rate;
+                    EXPECT_GE(*now, seen.back());
+                }
+                seen.push_back(*now);
+                if (shownFor > 0.2f) {
+                    EXPECT_EQ(*now, 1.0f) << rate;
+                }
+            }
+            ASSERT_GT(shownFor, 0.2f) << "it never showed";
+            EXPECT_LT(seen.front(), 0.7f) << rate;
+        }
     }
 }
