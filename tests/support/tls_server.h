@@ -1,7 +1,7 @@
 #pragma once
 
 // A raw TLS server on 127.0.0.1 that does what a script tells it, byte for byte: for answers that no well-behaved HTTP
-// server gives. Uses POSIX sockets.
+// server gives.
 
 #include "sandbox/certificate_authority.h"
 
