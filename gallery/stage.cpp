@@ -8,22 +8,24 @@ namespace {
 
 constexpr int kSettleFrames = 30; // half a second: whatever was set in motion has come to rest
 
-// The states of a run that it only passes through are set from outside; an explicit instantiation may name them.
-struct InstallMembers {
+// The states of a run that it only passes through are set from outside, and the picture is waited for; an explicit
+// instantiation may name what is private.
+struct PrivateMembers {
+    std::future<DecodedPicture> LauncherApp::*picture;
     EditorInstallStatus EditorInstallState::*status;
     std::string EditorInstallState::*message;
     std::int64_t EditorInstallState::*received;
     std::int64_t EditorInstallState::*total;
     std::vector<DownloadRecord> EditorInstallState::*downloads;
 };
-InstallMembers installMembers();
+PrivateMembers privateMembers();
 template<auto... members>
 struct Opened {
-    friend InstallMembers installMembers() { return {members...}; }
+    friend PrivateMembers privateMembers() { return {members...}; }
 };
-template struct Opened<&EditorInstallState::status_, &EditorInstallState::statusMessage_,
-                       &EditorInstallState::downloadedBytes_, &EditorInstallState::totalBytes_,
-                       &EditorInstallState::downloads_>;
+template struct Opened<&LauncherApp::decodingBackground, &EditorInstallState::status_,
+                       &EditorInstallState::statusMessage_, &EditorInstallState::downloadedBytes_,
+                       &EditorInstallState::totalBytes_, &EditorInstallState::downloads_>;
 
 void writeFile(const fs::path& file, const std::string& bytes) {
     fs::create_directories(file.parent_path());
@@ -61,6 +63,8 @@ Stage::~Stage() {
 }
 
 void Stage::drawOn(const Offscreen& canvas) {
+    frame();
+    if (const auto& picture = app.get()->*privateMembers().picture; picture.valid()) picture.wait();
     frames(kSettleFrames);
     float background[4];
     uiThemeBackgroundFloat(background);
@@ -116,7 +120,7 @@ ProjectEntry Stage::project(const std::string& name, std::int64_t age, bool onDi
 
 void Stage::setInstall(EditorInstallStatus status, const std::string& message, std::int64_t received,
                        std::int64_t total) const {
-    const InstallMembers members = installMembers();
+    const PrivateMembers members = privateMembers();
     EditorInstallState& state = *app->install;
     state.*members.status = status;
     state.*members.message = message;
@@ -125,7 +129,7 @@ void Stage::setInstall(EditorInstallStatus status, const std::string& message, s
 }
 
 void Stage::setDownloads(const std::vector<DownloadRecord>& rows) const {
-    *app->install.*installMembers().downloads = rows;
+    *app->install.*privateMembers().downloads = rows;
 }
 
 std::string Stage::packageOnDisk(const std::string& version, std::size_t bytes) const {

@@ -3,7 +3,7 @@
 
 #include "shell/launcher_app.h"
 #include "signin/loopback_listener.h"
-#include "system/dialog_owner.h"
+#include "system/dialog_waiting.h"
 #include "system/operating_system.h"
 #include "system/single_instance.h"
 #include "ui/ui_host.h"
@@ -69,7 +69,7 @@ int run() {
     }
 
     uiThemeInitialize(host.integration);
-    dialogOwner() = {host.nativeWindow(), [&host](std::int64_t dialog) { host.serve(dialog); }};
+    whileDialogIsOpen() = [&host](std::int64_t dialog) { host.serve(dialog); };
     while (host.beginFrame()) {
         uiThemeSetScale(host.dpiScale());
         uiThemeTick(host.deltaSeconds);
@@ -80,7 +80,7 @@ int run() {
         if (!host.presentFrame(clearColour)) break;
     }
 
-    dialogOwner() = {};
+    whileDialogIsOpen() = nullptr;
     host.shutdown();
     guard.release(); // a new instance need not wait for the workers of this one
     return 0;

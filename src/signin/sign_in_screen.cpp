@@ -45,7 +45,7 @@ constexpr ImU32 kPictureShade = IM_COL32(0, 0, 0, 0x28);
 constexpr ImU32 kCaption = IM_COL32(0xFA, 0xFA, 0xFA, 0xF5);
 constexpr ImU32 kSubcaption = IM_COL32(0xBE, 0xBE, 0xC3, 0xDC);
 
-constexpr std::chrono::milliseconds kPictureWait{4}; // in each frame until it is there
+constexpr std::chrono::milliseconds kPictureWait{2}; // in each frame until it is there
 
 struct Column {
     float left, width;
@@ -121,7 +121,7 @@ void drawSigningInControls(ImDrawList* drawList, SignInFlow& signIn, Column colu
 } // namespace
 
 void LauncherApp::drawSignInScreen() {
-    if (!backgroundLoadTried) {
+    if (!backgroundLoadTried && ImGui::GetFrameCount() > 1) { // the first frame of all has enough to do
         backgroundLoadTried = true;
         loadBackgroundTexture();
     }

@@ -1,4 +1,4 @@
-#include "system/dialog_owner.h"
+#include "system/dialog_waiting.h"
 #include "system/operating_system.h"
 #include "system/spawn_linux.h"
 #include "system/system_texts.h"
@@ -22,8 +22,8 @@ std::string readToEnd(int descriptor, pid_t dialog) {
     char buffer[4096];
     for (;;) {
         pollfd output{descriptor, POLLIN, 0};
-        if (dialogOwner().serve && ::poll(&output, 1, kServePauseMs) <= 0) {
-            dialogOwner().serve(dialog);
+        if (whileDialogIsOpen() && ::poll(&output, 1, kServePauseMs) <= 0) {
+            whileDialogIsOpen()(dialog);
             continue;
         }
         const ssize_t count = ::read(descriptor, buffer, sizeof buffer);
@@ -37,9 +37,7 @@ std::string readToEnd(int descriptor, pid_t dialog) {
 DialogOutcome runDialog(const std::vector<std::string>& arguments, std::string& choice) {
     int output[2];
     if (::pipe2(output, O_CLOEXEC) != 0) return DialogOutcome::NoProgram;
-    // zenity goes in front of the window that this names, as kdialog does with --attach.
-    const std::string owner = "WINDOWID=" + std::to_string(dialogOwner().window);
-    const SpawnResult dialog = spawnProgram(arguments, output[1], owner);
+    const SpawnResult dialog = spawnProgram(arguments, output[1]);
     ::close(output[1]);
     if (dialog.error == 0) choice = readToEnd(output[0], dialog.process);
     ::close(output[0]);
@@ -54,12 +52,9 @@ DialogOutcome runDialog(const std::vector<std::string>& arguments, std::string& 
 }
 
 // GNOME's dialog program if there is one, else KDE's.
-std::string askUser(const std::vector<std::string>& zenity, std::vector<std::string> kdialog) {
+std::string askUser(const std::vector<std::string>& zenity, const std::vector<std::string>& kdialog) {
     std::string choice;
     if (runDialog(zenity, choice) == DialogOutcome::Answered) return choice;
-    if (dialogOwner().window != 0) {
-        kdialog.insert(kdialog.begin() + 1, {"--attach", std::to_string(dialogOwner().window)});
-    }
     if (runDialog(kdialog, choice) == DialogOutcome::Answered) return choice;
     return {};
 }

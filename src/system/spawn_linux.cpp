@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <csignal>
 #include <future>
-#include <string_view>
 #include <thread>
 
 #include <fcntl.h>
@@ -18,18 +17,7 @@ struct SpawnOptions {
     std::string workingDirectory; // empty: the launcher's
     int outputDescriptor = -1;    // -1: /dev/null
     bool newSession = false;
-    std::string variable; // empty: the launcher's environment as it is
 };
-
-std::vector<char*> environmentWith(const std::string& variable) {
-    const std::string name = variable.substr(0, variable.find('=') + 1);
-    std::vector<char*> variables;
-    for (char** at = environ; *at != nullptr; ++at)
-        if (name.empty() || !std::string_view(*at).starts_with(name)) variables.push_back(*at);
-    if (!name.empty()) variables.push_back(const_cast<char*>(variable.c_str()));
-    variables.push_back(nullptr);
-    return variables;
-}
 
 SpawnResult spawn(const std::vector<std::string>& arguments, const SpawnOptions& options) {
     std::vector<char*> argv;
@@ -65,8 +53,7 @@ SpawnResult spawn(const std::vector<std::string>& arguments, const SpawnOptions&
 
     const std::string& executable = options.executable.empty() ? arguments.front() : options.executable;
     SpawnResult result;
-    result.error = posix_spawnp(&result.process, executable.c_str(), &actions, &attributes, argv.data(),
-                                environmentWith(options.variable).data());
+    result.error = posix_spawnp(&result.process, executable.c_str(), &actions, &attributes, argv.data(), environ);
     posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&actions);
     return result;
@@ -74,10 +61,9 @@ SpawnResult spawn(const std::vector<std::string>& arguments, const SpawnOptions&
 
 } // namespace
 
-SpawnResult spawnProgram(const std::vector<std::string>& arguments, int outputDescriptor, const std::string& variable) {
+SpawnResult spawnProgram(const std::vector<std::string>& arguments, int outputDescriptor) {
     SpawnOptions options;
     options.outputDescriptor = outputDescriptor;
-    options.variable = variable;
     return spawn(arguments, options);
 }
 

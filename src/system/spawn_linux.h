@@ -15,9 +15,7 @@ struct SpawnResult {
 };
 
 // The caller waits for the process. Its output goes to `outputDescriptor`; input and messages are /dev/null.
-// `variable`, as NAME=value, stands in its environment beside the launcher's own, or in the place of one of them.
-[[nodiscard]] SpawnResult spawnProgram(const std::vector<std::string>& arguments, int outputDescriptor,
-                                       const std::string& variable = {});
+[[nodiscard]] SpawnResult spawnProgram(const std::vector<std::string>& arguments, int outputDescriptor);
 
 // In a session of its own with nothing but /dev/null, in `workingDirectory` unless that is empty. Outlives the
 // launcher, and is reaped when it ends while the launcher still runs. `arguments[0]` is what the program is told its

@@ -25,11 +25,6 @@
 #include "ui/ui_placement.h"
 #include "ui/ui_theme.h"
 
-#ifdef __linux__
-// As glfw3native.h declares it, without the X headers that this would bring; a GLFW for Wayland alone lacks it.
-extern "C" __attribute__((weak)) unsigned long glfwGetX11Window(GLFWwindow* window);
-#endif
-
 namespace {
 
 constexpr const char* kWindowClass = "volo-launcher";
@@ -82,22 +77,6 @@ double secondsPerFrame() {
     return fastest >= 30 ? 0.9 / fastest : 1.0 / 60.0;
 }
 
-void noteEvent(GLFWwindow* source) {
-    static_cast<FramePacer*>(glfwGetWindowUserPointer(source))->noteEvent();
-}
-// A window that loses the keyboard forgets where the pointer is, and hears of it again only when it moves: a click
-// before that would hit nothing.
-void notePointer(GLFWwindow* source) {
-    double x = 0.0;
-    double y = 0.0;
-    glfwGetCursorPos(source, &x, &y);
-    ImGui::GetIO().AddMousePosEvent(static_cast<float>(x), static_cast<float>(y));
-    noteEvent(source);
-}
-void noteDamage(GLFWwindow* source) {
-    static_cast<FramePacer*>(glfwGetWindowUserPointer(source))->noteDamage();
-}
-
 int scaled(int units, float scale) {
     return static_cast<int>(std::lround(static_cast<float>(units) * scale));
 }
@@ -138,6 +117,7 @@ struct UiHost::Window {
 
     FramePacer pacer;
     LastImage lastImage;
+    bool serving = false;
     std::int64_t dialogInFront = 0; // the process of the dialog that was served last
     float scale = 0.0f;             // pixels of the screen's coordinates per unit, as of this frame
 
@@ -147,12 +127,17 @@ struct UiHost::Window {
     void setIcon();
     [[nodiscard]] bool createContext(std::string& errorText);
     void watchEvents();
+    static Window& of(GLFWwindow* source) { return *static_cast<Window*>(glfwGetWindowUserPointer(source)); }
+    static void noteEvent(GLFWwindow* source) { of(source).pacer.noteEvent(); }
+    static void notePointer(GLFWwindow* source);
+    static void noteDamage(GLFWwindow* source);
     void place();
     void rememberPlacement();
     void followScale();
     [[nodiscard]] float contentScale() const;
     void show();
     void draw(ImDrawData& frame, std::span<const float, 4> clear) const;
+    void showLastImage();
 };
 
 UiHost::UiHost() = default;
@@ -224,7 +209,9 @@ bool UiHost::presentFrame(const float* clearColour) {
 
 void UiHost::serve([[maybe_unused]] std::int64_t dialog) {
     Window& window = *window_;
+    window.serving = true;
     glfwPollEvents();
+    window.serving = false;
     ImGuiIO& io = ImGui::GetIO();
     io.ClearEventsQueue();
     io.ClearInputKeys(); // a key may be let go of unheard
@@ -232,19 +219,7 @@ void UiHost::serve([[maybe_unused]] std::int64_t dialog) {
 #ifdef __linux__
     if (window.dialogInFront != dialog && bringToFront(dialog, window.handle)) window.dialogInFront = dialog;
 #endif
-    if (!window.pacer.takeDamage()) return;
-    int width = 0;
-    int height = 0;
-    glfwGetWindowSize(window.handle, &width, &height); // the image keeps its corner
-    window.lastImage.frame.DisplaySize = {static_cast<float>(width), static_cast<float>(height)};
-    window.draw(window.lastImage.frame, window.lastImage.clear);
-}
-
-std::uint64_t UiHost::nativeWindow() const {
-#ifdef __linux__
-    if (window_ && glfwGetX11Window && !onWayland()) return glfwGetX11Window(window_->handle);
-#endif
-    return 0;
+    window.showLastImage();
 }
 
 // --- opening and closing ---------------------------------------------------------------------------------------------
@@ -360,10 +335,37 @@ void UiHost::Window::draw(ImDrawData& frame, std::span<const float, 4> clear) co
     glfwSwapBuffers(handle);
 }
 
+// Where it was lost. The image keeps its corner when the window has been resized.
+void UiHost::Window::showLastImage() {
+    if (!pacer.takeDamage()) return;
+    int width = 0;
+    int height = 0;
+    glfwGetWindowSize(handle, &width, &height);
+    lastImage.frame.DisplaySize = {static_cast<float>(width), static_cast<float>(height)};
+    draw(lastImage.frame, lastImage.clear);
+}
+
 // --- events ----------------------------------------------------------------------------------------------------------
 
+// A window that loses the keyboard forgets where the pointer is, and hears of it again only when it moves: a click
+// before that would hit nothing.
+void UiHost::Window::notePointer(GLFWwindow* source) {
+    double x = 0.0;
+    double y = 0.0;
+    glfwGetCursorPos(source, &x, &y);
+    ImGui::GetIO().AddMousePosEvent(static_cast<float>(x), static_cast<float>(y));
+    noteEvent(source);
+}
+
+// In the middle of a frame it is Windows that asks, while it shows a dialog of its own and nobody calls serve.
+void UiHost::Window::noteDamage(GLFWwindow* source) {
+    Window& window = of(source);
+    window.pacer.noteDamage();
+    if (window.context->WithinFrameScope && !window.serving) window.showLastImage();
+}
+
 void UiHost::Window::watchEvents() {
-    glfwSetWindowUserPointer(handle, &pacer);
+    glfwSetWindowUserPointer(handle, this);
     glfwSetKeyCallback(handle, [](GLFWwindow* source, int, int, int, int) { noteEvent(source); });
     glfwSetCharCallback(handle, [](GLFWwindow* source, unsigned int) { noteEvent(source); });
     glfwSetMouseButtonCallback(handle, [](GLFWwindow* source, int, int, int) { notePointer(source); });
@@ -371,8 +373,8 @@ void UiHost::Window::watchEvents() {
     glfwSetCursorEnterCallback(handle, [](GLFWwindow* source, int) { noteEvent(source); });
     glfwSetScrollCallback(handle, [](GLFWwindow* source, double, double) { noteEvent(source); });
     glfwSetWindowFocusCallback(handle, [](GLFWwindow* source, int focused) {
-        focused == GLFW_TRUE&& glfwGetWindowAttrib(source, GLFW_HOVERED) == GLFW_TRUE ? notePointer(source)
-                                                                                      : noteEvent(source);
+        const bool pointed = focused == GLFW_TRUE && glfwGetWindowAttrib(source, GLFW_HOVERED) == GLFW_TRUE;
+        pointed ? notePointer(source) : noteEvent(source);
     });
     glfwSetWindowContentScaleCallback(handle, [](GLFWwindow* source, float, float) { noteEvent(source); });
     glfwSetFramebufferSizeCallback(handle, [](GLFWwindow* source, int, int) { noteDamage(source); });

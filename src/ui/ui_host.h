@@ -43,7 +43,6 @@ class UiHost {
     // again where it was lost, and keeps the dialog in front. No frame is run, and what is done to the window meanwhile
     // is not passed on to one.
     void serve(std::int64_t dialog);
-    [[nodiscard]] std::uint64_t nativeWindow() const; // X11's identifier; 0 where there is none
 
     // Where the window's size and place are kept between runs, UTF-8; set before initialize. Empty: nothing is read or
     // written. They are written by shutdown.

@@ -14,7 +14,7 @@ import tempfile
 import time
 
 from desktop import Desktop, NotSeen, missing_programs, wait_for
-from sandbox_run import WINE, Sandbox, command_of, is_for_windows, isolate
+from sandbox_run import WINE, Sandbox, command_of, isolate, stand_apart
 from tour import (DIALOG, EDITOR_WINDOW, INSTALL_ACTION, INSTALLS_CARD, INSTALLS_TAB, MADE_UP, NEW_PROJECT,
                   SIGN_IN_BUTTON, SIGN_IN_COLUMN, STAR_X, USER_CARD, WHOLE, check, name_box, row)
 
@@ -341,6 +341,7 @@ def windows_package(build):
               beside >= {"Roboto-Medium.ttf", "background.png", "launcher_config.example.json", "LICENSE", "licences"})
         for program in (launcher, *pathlib.Path(build, "bin").glob("volo-*.exe")):
             table = subprocess.run(["x86_64-w64-mingw32-objdump", "-p", program], capture_output=True, check=True)
+            check("a program for the console", b"(Windows CUI)" in table.stdout)
             libraries = {name.decode().lower() for name in re.findall(rb"DLL Name: (\S+)", table.stdout)}
             check("a table of libraries", "kernel32.dll" in libraries)
             check(f"no library beside Windows' own: {libraries - WINDOWS_LIBRARIES}", libraries <= WINDOWS_LIBRARIES)
@@ -392,8 +393,8 @@ def main():
         print("SKIPPED: not installed: " + ", ".join(missing_programs()))
         sys.exit(SKIPPED)
     one = next(one for one in CHECKS if one.__name__ == arguments.name)
-    if one is not production_endpoints and not is_for_windows(arguments.build):
-        isolate()  # where it is permitted
+    if one is not production_endpoints:
+        stand_apart(arguments.build)
     try:
         one(arguments.build)
     except NotSeen as failure:

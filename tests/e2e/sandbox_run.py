@@ -49,6 +49,15 @@ def isolate(*kinds):
     os.execvp("unshare", command + [sys.executable, *sys.argv])
 
 
+def stand_apart(build):
+    """Keeps other tests' programs out of sight: by a process list of our own, or a Windows that starts anew. That one is
+    also needed because its desktop stays on the screen on which it first came up, which may have been none."""
+    if is_for_windows(build):
+        subprocess.run([WINE, "--end"], check=False)
+    else:
+        isolate()
+
+
 class Sandbox:
     """Started by `with`; at its end the launcher, the sandbox and all that they started are gone."""
 

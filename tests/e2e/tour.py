@@ -10,7 +10,7 @@ import tempfile
 import time
 
 from desktop import Desktop, NotSeen, missing_programs, wait_for
-from sandbox_run import Sandbox, is_for_windows, isolate
+from sandbox_run import Sandbox, stand_apart
 
 # Where things are in a launcher window of 1180 x 740 at scale 1: places (x, y) and boxes (left, top, width, height).
 SIGN_IN_COLUMN = (70, 200, 340, 330)
@@ -337,8 +337,7 @@ def main():
     arguments = options.parse_args()
     if missing_programs():
         sys.exit("not installed: " + ", ".join(missing_programs()))
-    if not is_for_windows(arguments.build):
-        isolate()
+    stand_apart(arguments.build)
     pictures = pathlib.Path(arguments.out)
     pictures.mkdir(parents=True, exist_ok=True)
     began = time.monotonic()

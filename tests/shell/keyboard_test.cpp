@@ -40,6 +40,8 @@ TEST(Keyboard, TakesTheWholeTour) {
     LauncherApp& app = ui.start();
     ui.frames(2);
 
+    ui.key(ImGuiKey_DownArrow); // the first key of all
+    EXPECT_TRUE(ui.standsOn(kRoot, {"Sign in"}));
     ASSERT_TRUE(ui.press(kRoot, {"Sign in"}));
     EXPECT_EQ(app.signIn->state, SignInState::SigningIn);
     EXPECT_EQ(ui.system.openedUrls.size(), 1u);

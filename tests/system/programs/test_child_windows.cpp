@@ -9,6 +9,7 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <string>
 #include <thread>
 
@@ -37,14 +38,19 @@ bool handleIsOpen(const std::string& number) {
     return GetHandleInformation(reinterpret_cast<HANDLE>(std::stoull("0" + number)), &flags) != 0;
 }
 
+// Nobody can remove a file here that still is open, so none comes to be seen before it is closed.
+void writeClosed(const std::string& path, const std::string& text) {
+    std::ofstream(path + ".part", std::ios::binary) << text;
+    fs::rename(path + ".part", path);
+}
+
 void report(const std::string& path, int argc, char** argv) {
-    std::ofstream out(path + ".part", std::ios::binary);
+    std::ostringstream out;
     out << "directory=" << fs::current_path().string() << "\ncount=" << argc - 1 << "\nprogram=" << argv[0]
         << "\nargument=" << (argc > 1 ? argv[1] : "") << "\nsystem=" << systemArgument(1)
         << "\nconsole=" << (GetConsoleWindow() != nullptr)
         << "\nhandle=" << handleIsOpen(getEnvironmentString("VOLO_CHILD_HANDLE")) << "\n";
-    out.close();
-    fs::rename(path + ".part", path);
+    writeClosed(path, out.str());
 }
 
 } // namespace
@@ -53,7 +59,7 @@ int main(int argc, char** argv) {
     const SingleInstanceGuard* guard =
         argc > 1 && std::string(argv[1]) == "--guard" ? new SingleInstanceGuard : nullptr;
     if (argc > 2 && std::string(argv[1]) == "--browser") {
-        std::ofstream(getEnvironmentString("OPENED_URL"), std::ios::binary) << argv[2] << '\n';
+        writeClosed(getEnvironmentString("OPENED_URL"), std::string(argv[2]) + '\n');
         return 0;
     }
     const std::string path = getEnvironmentString("VOLO_CHILD_REPORT");
