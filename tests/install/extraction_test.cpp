@@ -121,15 +121,6 @@ TEST(PackageExtraction, NamesOfEveryScriptAndLengthArriveAndCanBeReplaced) {
     }
 }
 
-// Links in an archive are a way out of the directory for extractors that make them.
-TEST(PackageExtraction, ALinkBecomesASmallFileAndLeadsNowhere) {
-    const TemporaryFolder folder;
-    const ZipEntry link = unixEntry("data", "../../outside", 0120777);
-    EXPECT_EQ(extract(makeZip({link, {"data/x", "through the link"}}), folder), ExtractionOutcome::Failed);
-    EXPECT_EQ(treeOf(folder / "deep/in/staging"), (Tree{{"data", "../../outside"}}));
-    EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(folder / "deep/in/staging/data")));
-}
-
 TEST(PackageExtraction, ReadsArchivesOfOtherMakers) {
     if (kOnWindows) GTEST_SKIP() << "made by the tools of a POSIX system";
     const TemporaryFolder folder;

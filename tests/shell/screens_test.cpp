@@ -22,16 +22,6 @@ bool signInShows(const UiHarness& ui) {
     return ui.rect(kRoot, {"Sign in"}).has_value();
 }
 
-TEST(Routing, AnUnusableConfigurationHasNoSubsystemsAndNoControls) {
-    UiHarness ui;
-    LauncherApp& app = ui.start();
-    ui.frames(3);
-    EXPECT_EQ(app.signIn, nullptr);
-    EXPECT_EQ(app.install, nullptr);
-    EXPECT_FALSE(app.config->message.empty());
-    EXPECT_FALSE(shellShows(ui) || signInShows(ui));
-}
-
 TEST(Routing, TheScreenFollowsTheStateOfTheSignIn) {
     UiHarness ui;
     ui.configure(kNoServer);

@@ -184,23 +184,6 @@ TEST(ThemeColours, TextIsLegibleOnEverySurfaceItIsSetOn) {
 
 // --- motion ----------------------------------------------------------------------------------------------------------
 
-TEST(ThemeShapes, TheRevealTakesTheSameTimeAtEveryRateAndEnds) {
-    for (const float framesPerSecond : {20.0f, 60.0f, 240.0f}) {
-        Themed themed;
-        float elapsed = 0.0f;
-        uiThemeTick(5.0f); // the first one holds the time of the start
-        for (bool covered = true; covered && elapsed < 1.0f;) {
-            themed.frame([&](ImDrawList& list) {
-                uiThemeReveal(&list, {0, 0}, {800, 600});
-                covered = list.VtxBuffer.Size > 0;
-            });
-            uiThemeTick(1.0f / framesPerSecond);
-            elapsed += 1.0f / framesPerSecond;
-        }
-        EXPECT_NEAR(elapsed, 0.2f, 0.1f);
-    }
-}
-
 TEST(Popups, ComeUpInTheSameTimeAtEveryRateAndThenStandStill) {
     for (const bool modal : {false, true}) {
         for (const float rate : {20.0f, 60.0f, 240.0f}) {
