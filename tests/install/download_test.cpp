@@ -57,6 +57,34 @@ TEST(PackageDownload, NoFaultOfTheServerLeavesAPackageOrTouchesTheEditor) {
     }
 }
 
+TEST(PackageDownload, CompletesHoweverTheBodyIsFramed) {
+    const std::string length = "Content-Length: " + std::to_string(kPackage.size()) + "\r\n";
+    const auto total = static_cast<std::int64_t>(kPackage.size());
+    char chunkSize[32];
+    std::snprintf(chunkSize, sizeof chunkSize, "%zx\r\n", kPackage.size());
+    const struct {
+        std::string answer;
+        std::int64_t announced;
+    } cases[] = {{head(length) + kPackage, total},
+                 {head("") + kPackage, 0},
+                 {head("Transfer-Encoding: chunked\r\n") + chunkSize + kPackage + "\r\n0\r\n\r\n", 0}};
+    for (const auto& c : cases) {
+        InstallWorld world;
+        world.release("1+x", kPackage);
+        world.serve("/package", [&](TlsConnection& connection) { connection.write(c.answer); });
+        world.folder.write("downloads/zantor_editor_1_x.zip.part", "left over from an earlier run" + kPackage);
+        EXPECT_EQ(world.run(), installed("1+x", 1));
+        const DownloadRecord row = world.state().downloadsSnapshot().at(0);
+        EXPECT_EQ(row.version, "1+x");
+        EXPECT_EQ(row.filePath, (world.downloads / "zantor_editor_1_x.zip").string());
+        EXPECT_EQ(row.totalBytes, c.announced);
+        EXPECT_EQ(world.state().totalBytes(), c.announced);
+        EXPECT_EQ(row.downloadedBytes, world.state().downloadedBytes());
+        EXPECT_TRUE(c.announced == 0 || row.downloadedBytes == total);
+        EXPECT_EQ(treeOf(world.downloads), (Tree{{"zantor_editor_1_x.zip", kPackage}}));
+    }
+}
+
 TEST(PackageDownload, AnExistingPackageIsReusedOnlyWhenItsChecksumMatches) {
     const std::string other = makeZip({{"editor.exe", "other"}});
     const struct {

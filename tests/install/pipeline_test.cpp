@@ -90,3 +90,30 @@ TEST(InstallPipeline, InstallsAlternatingVersionsTenTimesWithoutAResidue) {
         EXPECT_EQ(treeOf(world.downloads).size(), round == 0 ? 1u : 2u);
     }
 }
+
+TEST(InstallPipeline, AnEmptyArchiveReplacesTheEditorWithNothing) {
+    InstallWorld world;
+    world.installOldEditor();
+    world.release("2.0", makeZip({}));
+    EXPECT_EQ(world.run(), installed("2.0", 1));
+    EXPECT_EQ(treeOf(world.editor), withMarker({}, "2.0"));
+}
+
+TEST(InstallPipeline, CancelBeforeAnEntryFailsEveryRowOfTheVersion) {
+    std::vector<ZipEntry> entries{{"editor.exe", "new"}};
+    for (int i = 0; i < 4000; ++i)
+        entries.push_back({"data/" + std::to_string(i), "x"});
+    InstallWorld world;
+    world.installOldEditor();
+    world.release("2.0", "no archive");
+    world.run(); // leaves a row of this version that reads "Installing"
+    world.release("2.0", makeZip(entries));
+    world.state().startUpdate();
+    while (world.state().status() != EditorInstallStatus::Failed && !fs::exists(world.staging / "editor.exe"))
+        std::this_thread::yield();
+    world.state().requestCancel();
+    EXPECT_EQ(world.finish(), failed("Install cancelled.", {DownloadStatus::Failed, DownloadStatus::Failed}));
+    EXPECT_TRUE(world.oldEditorIsUntouched());
+    EXPECT_FALSE(fs::exists(world.staging));
+    EXPECT_EQ(treeOf(world.downloads).size(), 1u); // the package stays for the retry
+}
