@@ -71,24 +71,17 @@ const std::vector<Row>& rows() {
         {"token body cut, no length", writes(lengthless + R"({"access_token":"canary-access")"), user, kBadToken,
          kBadToken},
         {"token refused", answers(400, R"({"error":"invalid_grant"})"), user, rejected(400), kInvalid},
-        {"token server error", answers(500, kTokens), user, rejected(500), kInvalid},
         {"created is not OK", answers(201, kTokens), user, rejected(201), kInvalid},
-        {"partial is not OK", answers(206, kTokens), user, rejected(206), kInvalid},
         {"token redirect is not followed", writes(redirect), user, rejected(302), kInvalid},
         {"token no JSON", answers(200, "<html>"), user, kBadToken, kBadToken},
         {"token empty body", answers(200, ""), user, kBadToken, kBadToken},
-        {"token array", answers(200, "[" + std::string(kTokens) + "]"), user, kBadToken, kBadToken},
         {"token and garbage", answers(200, std::string(kTokens) + "x"), user, kBadToken, kBadToken},
         {"token nested deep", answers(200, R"({"access_token":)" + deep), user, kBadToken, kBadToken},
         {"no access token", answers(200, R"({"refresh_token":"r"})"), user, kNoAccess, kNoAccess},
-        {"empty access token", answers(200, R"({"access_token":""})"), user, kNoAccess, kNoAccess},
         {"access token of another type", answers(200, R"({"access_token":["a"]})"), user, kNoAccess, kNoAccess},
         {"no userinfo answer", tokens, hangsUp, kNoUser, kNoUser},
-        {"userinfo reset", tokens, resets, kNoUser, kNoUser},
         {"userinfo body cut", tokens, writes("HTTP/1.1 200 OK\r\nContent-Length: 99\r\n\r\n{"), kNoUser, kNoUser},
         {"userinfo refused", tokens, answers(401, kUser), refused(401), refused(401)},
-        {"userinfo redirect is not followed", tokens, writes(redirect), refused(302), refused(302)},
-        {"userinfo no JSON", tokens, answers(200, "ada@test"), kBadUser, kBadUser},
         {"userinfo array", tokens, answers(200, "[]"), kBadUser, kBadUser},
         {"userinfo cut, no length", tokens, writes(lengthless + R"({"email":"ada@test)"), kBadUser, kBadUser},
         {"no email", tokens, answers(200, R"({"name":"Ada"})"), kNoEmail, kNoEmail},
@@ -126,7 +119,7 @@ TEST_F(TokenRequests, EveryAnswerHasItsOutcome) {
     }
 }
 
-TEST_F(TokenRequests, NoServerOrAServerThatIsNotGoogleIsNoAnswer) {
+TEST_F(TokenRequests, AServerThatIsNotGoogleIsNoAnswer) {
     const TlsServer impostor(TrustedAuthority::authority().issue({{"other.test"}, {}, "127.0.0.1"}),
                              endpoints(answers(200, kTokens), answers(200, kUser)));
     useProvider(impostor.port());
@@ -135,18 +128,6 @@ TEST_F(TokenRequests, NoServerOrAServerThatIsNotGoogleIsNoAnswer) {
     // The library looks at the certificate once the handshake is over: the connection then ends without a byte.
     for (const std::string& sent : impostor.requests())
         EXPECT_EQ(sent, "") << "it must not even learn the code";
-    int freePort = 0;
-    {
-        const TlsServer gone(TrustedAuthority::loopback(), hangsUp);
-        freePort = gone.port();
-    }
-    useProvider(freePort);
-    storeSession("old");
-    flow_->restoreSession();
-    pollUntilSettled();
-    EXPECT_EQ(flow_->errorMessage, kNoToken);
-    EXPECT_TRUE(flow_->failedOnRestore);
-    EXPECT_EQ(storedSession(), "old|Old Name|old@test");
 }
 
 TEST_F(TokenRequests, RequestsAreExactAndSecretsGoNowhereElse) {
