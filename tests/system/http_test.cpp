@@ -4,6 +4,8 @@
 #include "support/trusted_authority.h"
 #include "system/http.h"
 
+#include <chrono>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -96,6 +98,24 @@ TEST_F(Http, SilenceInTheMiddleIsNoAnswer) {
     EXPECT_FALSE(httpsPostForm(at(server, 1), "/a", {}).answered);
     EXPECT_FALSE(httpsDownload(at(server, 1), "/a", goOn, goOn).answered);
     EXPECT_FALSE(httpsGet({"127.0.0.1", 1, 1}, "/").answered) << "nobody listens there";
+}
+
+TEST_F(Http, DownloadIsGivenUpWhenEitherCallbackSaysSo) {
+    const TlsServer server(TrustedAuthority::loopback(), [](TlsConnection& connection) { // takes 20 seconds
+        connection.readRequest();
+        connection.write("HTTP/1.1 200 OK\r\nContent-Length: 100000\r\n\r\n");
+        while (connection.write(std::string(100, 'x')) && connection.pause(20)) {
+        }
+    });
+    for (const bool byReceiver : {true, false}) {
+        const auto start = std::chrono::steady_clock::now();
+        const auto receive = [&](const char*, std::size_t) { return !byReceiver; };
+        const auto progress = [&](std::int64_t, std::int64_t) { return byReceiver; };
+        EXPECT_FALSE(httpsDownload(at(server), "/", receive, progress).answered);
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+    }
+    for (const std::string& request : server.requests())
+        EXPECT_NE(request.find("User-Agent: cpp-httplib/"), std::string::npos) << request;
 }
 
 } // namespace
