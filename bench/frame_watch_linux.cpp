@@ -1,6 +1,7 @@
 // Preloaded into a program with a GLFW window: watches how long its frames take. A frame is what lies between two
 // waits for events. On exit one line per frame goes to the file that VOLO_FRAMES names: processor microseconds of the
-// frame's thread, and microseconds by the clock.
+// frame's thread, and microseconds by the clock. The first line is when the first frame was shown, by the system's
+// monotonic clock, in microseconds.
 
 #include <dlfcn.h>
 #include <time.h>
@@ -28,6 +29,7 @@ class FrameWatch {
         const char* path = std::getenv("VOLO_FRAMES");
         std::FILE* file = path && !frames_.empty() ? std::fopen(path, "w") : nullptr;
         if (!file) return;
+        std::fprintf(file, "%.0f\n", firstShown_);
         for (const Frame& frame : frames_)
             std::fprintf(file, "%.0f %.0f\n", frame.processor, frame.wall);
         std::fclose(file);
@@ -41,8 +43,14 @@ class FrameWatch {
                                microseconds(CLOCK_MONOTONIC) - began_.wall});
     }
 
+    void shown() {
+        if (++shows_ == 2) firstShown_ = microseconds(CLOCK_MONOTONIC); // the first is the empty window
+    }
+
   private:
     Frame began_;
+    int shows_ = 0;
+    double firstShown_ = 0.0;
     std::vector<Frame> frames_;
 };
 
@@ -67,4 +75,10 @@ extern "C" void glfwWaitEventsTimeout(double seconds) {
     watch.end();
     wait(seconds);
     watch.begin();
+}
+
+extern "C" void glfwSwapBuffers(void* window) {
+    static const auto swap = original<void (*)(void*)>("glfwSwapBuffers");
+    swap(window);
+    watch.shown();
 }

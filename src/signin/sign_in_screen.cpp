@@ -121,7 +121,7 @@ void drawSigningInControls(ImDrawList* drawList, SignInFlow& signIn, Column colu
 } // namespace
 
 void LauncherApp::drawSignInScreen() {
-    if (!backgroundLoadTried) {
+    if (!backgroundLoadTried && ImGui::GetFrameCount() > 1) { // the first frame of all has enough to do
         backgroundLoadTried = true;
         loadBackgroundTexture();
     }

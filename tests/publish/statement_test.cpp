@@ -47,23 +47,6 @@ const std::string kExpired = "the release statement has expired. Check this comp
 
 } // namespace
 
-TEST_F(Statements, AreOnlyLookedAtWithoutAChoice) {
-    const auto before = world.files();
-    EXPECT_EQ(run(), "");
-    EXPECT_EQ(world.files(), before);
-    ASSERT_EQ(report.lines.size(), 3u);
-    EXPECT_NE(report.lines[0].find("expired"), std::string::npos);
-    ASSERT_EQ(report.warnings.size(), 1u);
-    EXPECT_NE(report.warnings[0].find("2 (" + hashes["2"].substr(0, 16) + ") ends in 10 days"), std::string::npos);
-    request.nowSeconds -= 1; // more than ten days
-    EXPECT_EQ(run(), "");
-    EXPECT_TRUE(report.warnings.empty());
-    request.nowSeconds = kNow + 80 * kDay; // what is on offer has expired
-    EXPECT_EQ(run(), "");
-    ASSERT_EQ(report.warnings.size(), 1u);
-    EXPECT_NE(report.warnings[0].find("still offers 3"), std::string::npos);
-}
-
 TEST_F(Statements, AreRenewedWhileTheyAreSupported) {
     request.all = true;
     request.days = 92;
@@ -80,8 +63,6 @@ TEST_F(Statements, AreRenewedWhileTheyAreSupported) {
     request.days = 30;
     EXPECT_EQ(run(), "");
     EXPECT_EQ(verdict("1"), "");
-    request.versions = {"4"};
-    EXPECT_NE(run(), "");
 }
 
 TEST_F(Statements, ChangeKeysThroughATimeWithBoth) {
@@ -98,8 +79,6 @@ TEST_F(Statements, ChangeKeysThroughATimeWithBoth) {
     request.trustedKeys = publisherKeysText(world.publicKeys({"second"}));
     EXPECT_EQ(run({"first"}), "");
     EXPECT_EQ(verdict("3", "first"), "");
-    request.trustedKeys = "AAAA";
-    EXPECT_NE(run(), "");
 }
 
 TEST_F(Statements, OfOthersAreNotSigned) {
@@ -187,9 +166,7 @@ TEST_F(Statements, AndPackagesAreInspectedTogether) {
         {package, fs::file_size(package), "x", package, "does not match declared"},
         {manifest, behind(manifest, "plaintext_sha256\": \""), "0000", package, "another hash"},
         {manifest, behind(manifest, "\"key\": \""), "AAAA", package, "tampered"},
-        {manifest, behind(manifest, "\"ur"), "x", manifest, "missing its version or url"},
         {statement, behind(statement, "version: "), "4", statement, kUnsigned},
-        {statement, fs::file_size(statement), "\n", manifest, "well-formed"},
     };
     for (const auto& c : cases) {
         const std::string good = readFileBytes(c.file);
@@ -202,7 +179,6 @@ TEST_F(Statements, AndPackagesAreInspectedTogether) {
         (world.folder / "site" / ("editor-2-" + hashes["2"].substr(0, 16) + ".container")).string();
     EXPECT_EQ(inspect(older), ""); // as far as it can be told without its manifest
     EXPECT_NE(inspect(older, manifest).find("another package"), std::string::npos);
-    EXPECT_NE(inspect(world.keyFile("first")), "");
     request.nowSeconds += 31 * kDay;
     EXPECT_NE(inspect(manifest), "");
     fs::remove(statement);

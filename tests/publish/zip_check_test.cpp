@@ -41,29 +41,22 @@ std::string patched(std::size_t offset, const std::string& bytes) {
     return archive;
 }
 
-ZipEntry damaged(bool deflated) {
-    ZipEntry entry{"data", std::string(1000, 'd'), deflated};
-    entry.claimedCrc = 7;
-    return entry;
-}
-
 } // namespace
 
 TEST_F(ArchiveCheck, RefusesWhatTheLauncherRefuses) {
     const auto beside = [](const std::string& name) { return makeZip({kEditor, {name, ""}}); };
+    ZipEntry damaged{"data", std::string(1000, 'd'), true};
+    damaged.claimedCrc = 7;
     std::vector<std::pair<std::string, std::string>> cases = {
-        {"", "not a readable zip"},
         {"PK\3\4 and so on", "not a readable zip"},
         {makeZip({kEditor}).substr(0, 60), "not a readable zip"},
         {makeZip({}), "\"editor.exe\" at its root"},
         {beside(std::string(300, 'a') + "/" + std::string(211, 'b')), "512 bytes or more"},
-        {beside(std::string(60000, 'a')), "512 bytes or more"},
         {beside(std::string(256, 'a')), "more than 255 bytes"},
         {makeZip({kEditor, {"./", ""}, {".", "x"}}), "names no file"},
         {makeZip({kEditor, {"a", "x"}, {"a/b", "x"}}), "another entry makes a file"},
         {makeZip({kEditor, {"a/b", "x"}, {"a", "x"}}), "makes it a folder"},
-        {makeZip({kEditor, damaged(false)}), "damaged"},
-        {makeZip({kEditor, damaged(true)}), "damaged"},
+        {makeZip({kEditor, damaged}), "damaged"},
         {patched(8, std::string("\1\0", 2)), "it is encrypted"},
         {patched(10, std::string("\x0C\0", 2)), "neither stored nor deflated"},
         {patched(24, std::string("\x0A\0\0\0", 4)), "damaged"},            // one byte more than there is
@@ -86,15 +79,13 @@ TEST_F(ArchiveCheck, RefusesWhatWouldUnpackIntoSomethingElse) {
     big.zip64 = true;
     std::string emptied = makeZip({kEditor, big}); // no compressed byte, and a size
     emptied[emptied.rfind("PK\1\2") + 46 + 4 + 4 + 8] = 0;
-    const std::string zero = makeZip({kEditor, {"a", "x"}, {std::string("z\0z", 3), "x"}});
     const std::pair<std::string, std::string> cases[] = {
         {makeZip({kEditor, {"d/a", "x"}, {"d/./a", "y"}}), "another entry is the same file"},
         {makeZip({kEditor, {"d/a", "x"}, {"d//a", "y"}}), "another entry is the same file"},
         {makeZip({kEditor, unixEntry("link", "editor.exe", 0120777)}), "link"},
         {makeZip({kEditor, {"caf\xE9", "x"}}), "not UTF-8"},
-        {makeZip({kEditor, {"half\xC3", "x"}}), "not UTF-8"},
         {emptied, "damaged"},
-        {zero, "zero byte"},
+        {makeZip({kEditor, {"a", "x"}, {std::string("z\0z", 3), "x"}}), "zero byte"},
     };
     for (const auto& [bytes, failure] : cases)
         EXPECT_NE(check(bytes).find(failure), std::string::npos) << failure << ", not: " << check(bytes);

@@ -12,21 +12,8 @@
 #include <openssl/pem.h>
 #include <openssl/ssl.h>
 
-namespace {
-
-#ifdef _WIN32
-constexpr int kBothWays = SD_BOTH;
-void closeSocket(socket_t socket) {
-    ::closesocket(socket);
-}
-#else
-constexpr int kBothWays = SHUT_RDWR;
-void closeSocket(socket_t socket) {
-    ::close(socket);
-}
-#endif
-
-} // namespace
+using httplib::detail::close_socket;
+using httplib::detail::shutdown_socket;
 
 struct TlsConnection::State {
     TlsServer::Shared& shared;
@@ -59,7 +46,7 @@ void TlsServer::Shared::close(TlsConnection::State& state, bool withReset) {
     const linger discard{1, 0};
     if (withReset)
         setsockopt(state.socket, SOL_SOCKET, SO_LINGER, reinterpret_cast<const char*>(&discard), sizeof discard);
-    closeSocket(state.socket);
+    close_socket(state.socket);
     state.socket = INVALID_SOCKET;
 }
 
@@ -78,7 +65,7 @@ void TlsServer::Shared::acceptLoop() {
         const socket_t socket = accept(listener, nullptr, nullptr);
         const std::lock_guard<std::mutex> lock(mutex);
         if (stopping || socket == INVALID_SOCKET) {
-            if (socket != INVALID_SOCKET) closeSocket(socket);
+            if (socket != INVALID_SOCKET) close_socket(socket);
             return;
         }
         SSL* ssl = SSL_new(context);
@@ -126,12 +113,12 @@ TlsServer::~TlsServer() {
         const std::lock_guard<std::mutex> lock(shared_->mutex);
         shared_->stopping = true;
 #ifdef _WIN32
-        closeSocket(shared_->listener); // what ends a blocked accept
+        close_socket(shared_->listener); // what ends a blocked accept
 #else
-        shutdown(shared_->listener, kBothWays);
+        shutdown_socket(shared_->listener);
 #endif
         for (TlsConnection::State& state : shared_->connections) {
-            if (state.socket != INVALID_SOCKET) shutdown(state.socket, kBothWays); // ends a blocked read or write
+            if (state.socket != INVALID_SOCKET) shutdown_socket(state.socket); // ends a blocked read or write
         }
     }
     shared_->stopped.notify_all();
@@ -139,7 +126,7 @@ TlsServer::~TlsServer() {
     for (TlsConnection::State& state : shared_->connections)
         state.thread.join();
 #ifndef _WIN32
-    closeSocket(shared_->listener);
+    close_socket(shared_->listener);
 #endif
     SSL_CTX_free(shared_->context);
 }

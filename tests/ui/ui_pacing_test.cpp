@@ -64,26 +64,6 @@ TEST(FramePacer, WhatMovesIsAlwaysShownAndAStillFrameOnce) {
     EXPECT_FALSE(screen.step(drawStill)) << "damage is repaired once";
 }
 
-TEST(FramePacer, AnEventBuysTheFramesThatAPopupNeedsToSettle) {
-    PacedScreen screen;
-    screen.untilIdle(drawStill);
-    const int presented = screen.presented;
-
-    screen.pacer.noteEvent();
-    EXPECT_EQ(screen.untilIdle(drawStill), 3);
-    EXPECT_EQ(screen.presented, presented) << "an event that changed nothing was shown";
-
-    // The effect comes with the second frame after the event, its final shape with the third.
-    screen.pacer.noteEvent();
-    int frame = 0;
-    screen.untilIdle([&](ImDrawList& list) {
-        ++frame;
-        drawStill(list);
-        if (frame >= 2) list.AddRectFilled({0, 0}, {frame == 2 ? 1.0f : 40.0f, 20}, 0xFFFFFFFF);
-    });
-    EXPECT_EQ(screen.presented, presented + 2);
-}
-
 TEST(FramePacer, NewPixelsUnderEqualVerticesAreShown) {
     PacedScreen screen;
     ImTextureData picture;

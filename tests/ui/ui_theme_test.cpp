@@ -1,9 +1,7 @@
 #include "ui/ui_theme.h"
 
 #include <cmath>
-#include <map>
 #include <optional>
-#include <set>
 #include <string_view>
 #include <vector>
 
@@ -60,16 +58,6 @@ double luminance(ImU32 colour) {
 double contrast(ImU32 a, ImU32 b) {
     const auto [low, high] = std::minmax({luminance(a), luminance(b)});
     return (high + 0.05) / (low + 0.05);
-}
-
-// Which lines have ink, counted from `top` in steps of `pitch`, and where on each it begins.
-std::map<int, float> inkedLines(const ImDrawList& list, float top, float pitch) {
-    std::map<int, float> lines;
-    for (const ImDrawVert& vertex : list.VtxBuffer) {
-        const auto [line, isNew] = lines.try_emplace(static_cast<int>((vertex.pos.y - top) / pitch), vertex.pos.x);
-        if (!isNew) line->second = std::min(line->second, vertex.pos.x);
-    }
-    return lines;
 }
 
 } // namespace
@@ -157,40 +145,6 @@ TEST(ThemeText, StandsOnWholePixelsInEverySizeAndScale) {
     }
 }
 
-TEST(ThemeText, WrapsWhereItWasMeasuredToWrap) {
-    Themed themed;
-    const struct {
-        const char* text;
-        float width;
-        std::set<int> lines;
-    } cases[] = {
-        {"one", 200, {0}},
-        {"one two three", 40, {0, 1, 2}},
-        {"one two three", 0, {0}},
-        {"one\ntwo", 200, {0, 1}},
-        {"one\n\nthree", 200, {0, 2}},
-        {"one two\nthree", 40, {0, 1, 2}},
-        {"one two \nthree", 40, {0, 1, 2}},
-        {"unbreakable", 30, {0, 1, 2}},
-        {"", 100, {}},
-    };
-    for (const auto& c : cases)
-        themed.frame([&](ImDrawList& list) {
-            constexpr float kGap = 30.0f;
-            ImFont* font = uiThemeFont(14);
-            uiThemeTextWrapped(&list, font, {10, 20}, uiThemeForeground(), c.text, c.width, kGap);
-            std::set<int> lines;
-            for (const auto& [line, left] : inkedLines(list, 20, font->LegacySize + kGap)) {
-                lines.insert(line);
-                EXPECT_LT(left, 12.0f) << "a blank at the begin of line " << line << " of " << c.text;
-            }
-            EXPECT_EQ(lines, c.lines) << c.text;
-            const float measured = uiThemeTextSize(font, c.text, c.width).y / font->LegacySize;
-            const float last = c.lines.empty() ? 0.0f : static_cast<float>(*c.lines.rbegin());
-            EXPECT_FLOAT_EQ(measured, last + 1.0f) << c.text;
-        });
-}
-
 // --- style and colours -----------------------------------------------------------------------------------------------
 
 TEST(ThemeStyle, LeavesNoColourOfDearImGuisOwnAndScalesOnce) {
@@ -229,23 +183,6 @@ TEST(ThemeColours, TextIsLegibleOnEverySurfaceItIsSetOn) {
 }
 
 // --- motion ----------------------------------------------------------------------------------------------------------
-
-TEST(ThemeShapes, TheRevealTakesTheSameTimeAtEveryRateAndEnds) {
-    for (const float framesPerSecond : {20.0f, 60.0f, 240.0f}) {
-        Themed themed;
-        float elapsed = 0.0f;
-        uiThemeTick(5.0f); // the first one holds the time of the start
-        for (bool covered = true; covered && elapsed < 1.0f;) {
-            themed.frame([&](ImDrawList& list) {
-                uiThemeReveal(&list, {0, 0}, {800, 600});
-                covered = list.VtxBuffer.Size > 0;
-            });
-            uiThemeTick(1.0f / framesPerSecond);
-            elapsed += 1.0f / framesPerSecond;
-        }
-        EXPECT_NEAR(elapsed, 0.2f, 0.1f);
-    }
-}
 
 TEST(Popups, ComeUpInTheSameTimeAtEveryRateAndThenStandStill) {
     for (const bool modal : {false, true}) {
