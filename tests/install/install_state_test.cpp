@@ -138,6 +138,15 @@ TEST(UpdateCheck, ComparesVersionsByteForByteAndThePackageAddressFirst) {
     EXPECT_EQ(readFileBytes(world.editor / ".zantor_editor_version"), asTextFile("0.9 \n"));
 }
 
+TEST(InstallState, ASecondStartWhileBusyStartsNothing) {
+    InstallWorld world;
+    world.serve("/manifest", [](TlsConnection& c) { c.pause(300), c.write(httpAnswer(404, "")); });
+    world.state().startUpdate();
+    world.state().startUpdate();
+    EXPECT_EQ(world.finish().status, EditorInstallStatus::Failed);
+    EXPECT_EQ(world.requestedPaths().size(), 1u);
+}
+
 // A frame asks joinIfFinished once; a retry may come between the worker's last word and its end.
 TEST(InstallState, ARetryRightAfterAFailureDoesNotHoldTheFrameUntilItEnds) {
     InstallWorld world;

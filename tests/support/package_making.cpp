@@ -14,16 +14,6 @@ std::string littleEndian(std::uint64_t value, int bytes) {
     return text;
 }
 
-std::uint32_t crcBitByBit(const std::string& data) {
-    std::uint32_t crc = 0xFFFFFFFF;
-    for (const char byte : data) {
-        crc ^= static_cast<unsigned char>(byte);
-        for (int bit = 0; bit < 8; ++bit)
-            crc = crc & 1 ? crc >> 1 ^ 0xEDB88320 : crc >> 1;
-    }
-    return ~crc;
-}
-
 std::string deflate(const std::string& data) {
     std::string out(data.size() + 1024, '\0');
     out.resize(tdefl_compress_mem_to_mem(out.data(), out.size(), data.data(), data.size(),
@@ -55,7 +45,8 @@ std::string makeZip(const std::vector<ZipEntry>& entries) {
     std::string directory;
     for (const ZipEntry& entry : entries) {
         const std::string stored = entry.deflated ? deflate(entry.data) : entry.data;
-        const std::uint32_t crc = entry.claimedCrc.value_or(crcBitByBit(entry.data));
+        const std::uint32_t crc = entry.claimedCrc.value_or(
+            static_cast<std::uint32_t>(mz_crc32(MZ_CRC32_INIT, asBytes(entry.data), entry.data.size())));
         const std::uint64_t offset = archive.size();
         const std::string sizes64 = littleEndian(entry.data.size(), 8) + littleEndian(stored.size(), 8);
         const std::string sizes32 =

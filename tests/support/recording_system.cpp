@@ -57,10 +57,6 @@ bool launchEditorProcess(const std::string& executable, const std::string& argum
     return recordingSystem().launchError.empty();
 }
 
-void shellOpen(const std::string& target, const std::string& /*parameters*/) {
-    recordingSystem().openedUrls.push_back(target);
-}
-
 void openUrlInBrowser(const std::string& url) {
     recordingSystem().openedUrls.push_back(url);
 }
