@@ -162,21 +162,32 @@ def bare_environment(folder, display=None):
     return {**environment, "DISPLAY": display} if display else environment
 
 
-def start_launcher(build, environment):
-    return subprocess.Popen(command_of(build, "volo-launcher"), env=environment, text=True,
-                            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+class Launcher(subprocess.Popen):
+    """What it says goes into files: of a pipe nobody would see the end while Wine's own programs, which it may have
+    woken, hold it too."""
+
+    def __init__(self, build, environment):
+        self.said = [tempfile.TemporaryFile("w+") for _ in range(2)]
+        super().__init__(command_of(build, "volo-launcher"), env=environment, stdin=subprocess.DEVNULL,
+                         stdout=self.said[0], stderr=self.said[1])
+
+    def texts(self):
+        """Its output and its errors."""
+        for file in self.said:
+            file.seek(0)
+        return [file.read() for file in self.said]
 
 
 def second_instance(build):
     """Of twenty launchers started at once one opens a window, and the others say why they do not."""
     with tempfile.TemporaryDirectory() as folder, Desktop() as desktop:
         environment = bare_environment(folder, desktop.display)
-        started = [start_launcher(build, environment) for _ in range(20)]
+        started = [Launcher(build, environment) for _ in range(20)]
         try:
             wait_for("nineteen refusals", lambda: sum(one.poll() is not None for one in started) == 19)
             for one in started:
                 if one.poll() is not None:
-                    output, errors = one.communicate()
+                    output, errors = one.texts()
                     check("status 0", one.returncode == 0)
                     check(f"the message, not {errors!r}", errors == "[Launcher] VOLO Launcher is already running.\n")
                     check("nothing else", output == "")
@@ -189,15 +200,16 @@ def second_instance(build):
         finally:
             for one in started:
                 one.kill()
-                one.communicate()
+                one.wait()
 
 
 def no_display(build):
     """Without a display the launcher says so and fails, and a next start is not taken for a second one."""
     with tempfile.TemporaryDirectory() as folder:
         for environment in (bare_environment(folder), bare_environment(folder, ":99999"), bare_environment(folder)):
-            launcher = start_launcher(build, environment)
-            output, errors = launcher.communicate(timeout=30)
+            launcher = Launcher(build, environment)
+            launcher.wait(30)
+            output, errors = launcher.texts()
             check(f"status 1, not {launcher.returncode}", launcher.returncode == 1)
             check(f"one message, not {errors!r}",
                   errors.startswith("[Launcher] UI host failed: ") and len(errors.splitlines()) == 1)
