@@ -73,7 +73,7 @@ add_library(rapidjson_headers INTERFACE)
 target_include_directories(rapidjson_headers SYSTEM INTERFACE ${RAPIDJSON_INCLUDE_DIR})
 target_compile_definitions(rapidjson_headers INTERFACE RAPIDJSON_HAS_STDSTRING=1)
 
-# --- CLI11: headers, for volo-publish.
+# --- CLI11: headers, for the programs that take arguments.
 find_path(CLI11_INCLUDE_DIR CLI/CLI.hpp REQUIRED)
 add_library(cli11_headers INTERFACE)
 target_include_directories(cli11_headers SYSTEM INTERFACE ${CLI11_INCLUDE_DIR})
@@ -90,8 +90,7 @@ if(EXISTS ${miniz_SOURCE_DIR}/miniz_tdef.c)
   target_include_directories(miniz SYSTEM PUBLIC ${CMAKE_BINARY_DIR}/miniz)
 endif()
 
-# --- For the tests and the benchmarks only.
+# --- For the tests only.
 if(VOLO_BUILD_TESTS)
   find_package(GTest REQUIRED)
-  find_package(benchmark QUIET)
 endif()

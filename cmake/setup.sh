@@ -1,8 +1,8 @@
 # Shared by ./run and ./test (sourced): brings a machine to where the project builds, and configures a preset.
 #
-# On Debian and its relatives missing packages are installed with apt-get, and the source libraries that Debian 12 lacks
-# are taken from newer suites of the same archive (cmake/fetch-sources). Elsewhere the packages are left to the user, and
-# CMake fetches the source libraries from their upstream repositories.
+# On Debian missing packages are installed with apt-get, and the source libraries that Debian 12 lacks are taken from
+# newer suites of the same archive (cmake/fetch-sources). Elsewhere the packages are left to the user, and CMake fetches
+# the source libraries from their upstream repositories.
 
 volo_root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 volo_cache=${VOLO_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/volo-launcher}
@@ -13,7 +13,7 @@ volo_packages=(
   libfontconfig-dev libx11-dev rapidjson-dev libstb-dev libcli11-dev fonts-roboto-unhinted
   librsvg2-bin imagemagick
   # to test: libraries, independent tools, a screen without a display
-  libgtest-dev libgmock-dev libbenchmark-dev openssl python3 python3-cryptography unzip zip p7zip-full libarchive-tools
+  libgtest-dev libgmock-dev openssl python3 python3-cryptography unzip zip p7zip-full libarchive-tools
   fonts-droid-fallback
   xvfb xauth xdotool tesseract-ocr tesseract-ocr-eng x11-utils libgl1-mesa-dri procps iproute2 strace
   # to use: dialogs, the opener of the desktop
@@ -25,10 +25,12 @@ volo_windows_packages=(g++-mingw-w64-x86-64-posix wine wine64 googletest)
 
 volo_say() { printf '[set-up] %s\n' "$*"; }
 
+volo_on_debian() { [ "$(. /etc/os-release 2>/dev/null && echo "${ID:-}")" = debian ]; }
+
 # volo_install_packages PACKAGE...
 volo_install_packages() {
-  if ! command -v apt-get >/dev/null; then
-    volo_say "no apt-get here: see README.md for what has to be installed"
+  if ! volo_on_debian; then
+    volo_say "this is not Debian: see README.md for what has to be installed"
     return 0
   fi
   local missing=() package root=()
@@ -37,8 +39,8 @@ volo_install_packages() {
   done
   [ ${#missing[@]} -gt 0 ] || return 0
   [ "$(id -u)" = 0 ] || root=(sudo)
-  volo_say "installing ${missing[*]}"
   mkdir -p "$volo_cache"
+  volo_say "installing ${missing[*]}"
   local log=$volo_cache/apt-get.log
   if ! { "${root[@]}" apt-get -q update &&
          "${root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -q install -y --no-install-recommends "${missing[@]}"; } \
@@ -52,7 +54,8 @@ volo_install_packages() {
 # volo_build PRESET: configures and builds everything of a preset.
 volo_build() {
   local preset=$1 options=()
-  if command -v apt-get >/dev/null; then
+  mkdir -p "$volo_cache"
+  if volo_on_debian; then
     "$volo_root/cmake/fetch-sources" "$volo_cache" "$preset"
     options=(-DFETCHCONTENT_SOURCE_DIR_IMGUI="$volo_cache/sources/imgui"
              -DFETCHCONTENT_SOURCE_DIR_HTTPLIB="$volo_cache/sources/cpp-httplib"

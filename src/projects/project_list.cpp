@@ -75,7 +75,7 @@ std::string projectPlatformLabel(const ProjectEntry& entry) {
 
 bool isProjectMissing(const std::string& path) {
     std::error_code error;
-    // A query that fails without telling gives no status; one that is refused still tells that something is there.
+    // A query that fails gives no status.
     const std::filesystem::file_type type = std::filesystem::status(projectDirectory(path), error).type();
     return type == std::filesystem::file_type::not_found || type == std::filesystem::file_type::none;
 }

@@ -203,7 +203,8 @@ void LauncherApp::drawProjectRow(const ProjectRows& rows, std::size_t position, 
     if ((!onControls && !star.held && !dots.held) || row.focused) {
         row.clicked = ImGui::ButtonBehavior(ImRect(min, max), rowId, &row.hovered, &row.held);
     } else {
-        row.hovered = ImGui::IsWindowHovered() && ImRect(min, max).Contains(mouse);
+        row.hovered =
+            ImGui::IsWindowHovered(ImGuiHoveredFlags_AllowWhenBlockedByActiveItem) && ImRect(min, max).Contains(mouse);
     }
     ImGui::KeepAliveID(rowId);
 

@@ -4,6 +4,7 @@
 #include "system/system_texts.h"
 
 #include <cerrno>
+#include <filesystem>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -63,16 +64,23 @@ std::string orCurrent(const std::string& path) {
     return path.empty() ? "." : path;
 }
 
+// zenity starts inside a folder only when its name ends in a slash.
+std::vector<std::string> startingAt(const std::string& path, std::vector<std::string> zenity) {
+    std::error_code unknown;
+    const bool folder = std::filesystem::is_directory(path, unknown) && !path.ends_with('/');
+    if (!path.empty()) zenity.push_back("--filename=" + path + (folder ? "/" : ""));
+    return zenity;
+}
+
 } // namespace
 
 std::string browseForFolder(const std::string& title, const std::string& startPath) {
-    // zenity starts inside a folder only when its name ends in a slash.
-    return askUser({"zenity", "--file-selection", "--directory", "--title=" + title, "--filename=" + startPath + "/"},
+    return askUser(startingAt(startPath, {"zenity", "--file-selection", "--directory", "--title=" + title}),
                    {"kdialog", "--title", title, "--getexistingdirectory", orCurrent(startPath)});
 }
 
 std::string pickProjectFile(const std::string& title, const std::string& initialPath) {
-    return askUser({"zenity", "--file-selection", "--title=" + title, "--filename=" + initialPath,
-                    std::string("--file-filter=") + kProjectFilterText + " | " + kProjectFilterPattern},
+    const std::string filter = std::string("--file-filter=") + kProjectFilterText + " | " + kProjectFilterPattern;
+    return askUser(startingAt(initialPath, {"zenity", "--file-selection", "--title=" + title, filter}),
                    {"kdialog", "--title", title, "--getopenfilename", orCurrent(initialPath), kProjectFilterText});
 }

@@ -9,8 +9,18 @@
 #include <objbase.h>
 #include <shlobj.h>
 
+#include "system/dialog_waiting.h"
 #include "system/system_texts.h"
 #include "system/wide_text_windows.h"
+
+namespace {
+
+// The dialog's own message loop hands the window what is done to it meanwhile, as if that had been meant.
+void dropInput() {
+    if (whileDialogIsOpen()) whileDialogIsOpen()(0);
+}
+
+} // namespace
 
 std::string browseForFolder(const std::string& title, const std::string& /*startPath*/) {
     const bool oleStarted = SUCCEEDED(OleInitialize(nullptr)); // the newer style of the dialog needs it
@@ -25,6 +35,7 @@ std::string browseForFolder(const std::string& title, const std::string& /*start
         CoTaskMemFree(chosen);
     }
     if (oleStarted) OleUninitialize();
+    dropInput();
     return folder;
 }
 
@@ -42,5 +53,7 @@ std::string pickProjectFile(const std::string& /*title*/, const std::string& ini
     request.lpstrFile = path;
     request.nMaxFile = static_cast<DWORD>(std::size(path));
     request.Flags = OFN_NOCHANGEDIR | OFN_PATHMUSTEXIST | OFN_FILEMUSTEXIST;
-    return GetOpenFileNameW(&request) ? narrowUnits(path) : std::string();
+    const bool picked = GetOpenFileNameW(&request) != FALSE;
+    dropInput();
+    return picked ? narrowUnits(path) : std::string();
 }

@@ -69,13 +69,20 @@ TEST_F(Desktop, DialogProgramGetsTitleAndStartAsTheyAre) {
     EXPECT_EQ(browseForFolder("Pick a \"folder\"; $(x)", "/a b"), "/k");
     EXPECT_EQ(pickProjectFile("Add", "/a b/p.zantorproj"), "/k");
     program("zenity", "echo /z");
-    EXPECT_EQ(browseForFolder("Pick", "/a b"), "/z") << "zenity comes first";
+    fs::create_directory(folder_ / "a b");
+    const std::string folder = (folder_ / "a b").string();
+    EXPECT_EQ(browseForFolder("Pick", folder), "/z") << "zenity comes first";
+    EXPECT_EQ(pickProjectFile("Add", folder), "/z");
     EXPECT_EQ(pickProjectFile("Add", "/a b/p.zantorproj"), "/z");
+    EXPECT_EQ(browseForFolder("Pick", ""), "/z");
+    const std::string asked =
+        "zenity|--file-selection|--title=Add|--file-filter=VOLO Project (*.zantorproj) | *.zantorproj|";
     EXPECT_EQ(record(), "kdialog|--title|Pick a \"folder\"; $(x)|--getexistingdirectory|/a b|"
                         "kdialog|--title|Add|--getopenfilename|/a b/p.zantorproj|VOLO Project (*.zantorproj)|"
-                        "zenity|--file-selection|--directory|--title=Pick|--filename=/a b/|"
-                        "zenity|--file-selection|--title=Add|--filename=/a b/p.zantorproj|"
-                        "--file-filter=VOLO Project (*.zantorproj) | *.zantorproj|");
+                        "zenity|--file-selection|--directory|--title=Pick|--filename=" +
+                            folder + "/|" + asked + "--filename=" + folder + "/|" + asked +
+                            "--filename=/a b/p.zantorproj|"
+                            "zenity|--file-selection|--directory|--title=Pick|");
 }
 
 TEST_F(Desktop, OpenerGetsOneTargetAndEmptyTextsOpenNothing) {

@@ -159,6 +159,7 @@ TEST(WindowsProcesses, GuardIsTheMutexAndGoesWithTheProcess) {
 TEST(WindowsText, CrudeWideningAndNarrowing) {
     EXPECT_EQ(widenBytes("a\xC3\xA4\x7F"), (std::wstring{L'a', wchar_t(0xFFC3), wchar_t(0xFFA4), wchar_t(0x7F)}));
     EXPECT_EQ(narrowUnits(L"a\u0141\u00E4"), "a\x41\xE4");
+    EXPECT_EQ(fs::path("\xE4\\a"), widenBytes("\xE4\\a")) << "what was narrowed is a path like any other";
 }
 
 TEST(WindowsFiles, PrivateTextHasTheLineEndsOfThePlatform) {
