@@ -60,10 +60,12 @@ else()
 endif()
 
 # --- cpp-httplib: header only, TLS on, compression off. Its own backlog of 5 lets a browser wait for seconds when others
-# connect at the same moment.
+# connect at the same moment; its own limit of 32 KiB lets the status line of a hostile server run a worker of Windows out
+# of stack, for a regular expression with a call for each character takes it apart.
 add_library(httplib INTERFACE)
 target_include_directories(httplib SYSTEM INTERFACE ${httplib_SOURCE_DIR})
-target_compile_definitions(httplib INTERFACE CPPHTTPLIB_OPENSSL_SUPPORT CPPHTTPLIB_LISTEN_BACKLOG=128)
+target_compile_definitions(httplib INTERFACE CPPHTTPLIB_OPENSSL_SUPPORT CPPHTTPLIB_LISTEN_BACKLOG=128
+  CPPHTTPLIB_MAX_LINE_LENGTH=4096)
 target_link_libraries(httplib INTERFACE OpenSSL::SSL OpenSSL::Crypto Threads::Threads)
 
 # --- stb_image, RapidJSON: headers.

@@ -8,6 +8,7 @@
 #include <rapidjson/stringbuffer.h>
 
 #include "install/file_hash.h"
+#include "install/package_container.h"
 #include "publish/container_writer.h"
 #include "publish/statement_writer.h"
 #include "system/http.h"
@@ -55,6 +56,9 @@ class Publication {
         std::error_code ignored;
         for (const std::string& path : made_)
             fs::remove(path, ignored);
+        std::string unheard;
+        if (!replacedStatement_.empty() && !replaceFile(result_.statementPath, replacedStatement_, unheard))
+            failureText_ += " " + result_.statementPath + " could not be put back as it was.";
     }
     Publication(const Publication&) = delete;
     Publication& operator=(const Publication&) = delete;
@@ -64,6 +68,7 @@ class Publication {
         if (!keepPackage() && !writePackage()) return false;
         if (!putStatement() || !putManifest()) return false;
         made_.clear();
+        replacedStatement_.clear();
         return true;
     }
 
@@ -104,11 +109,16 @@ class Publication {
         return !zipSha256_.empty() || fail(request_.zipPath + " could not be read to its end.");
     }
 
-    // A version means the same bytes for ever: launchers compare nothing else.
+    // A version means the same bytes for ever: launchers compare nothing else. And a statement tells one version of the
+    // package whose hash it bears, so bytes that are published as they stand are one version only.
     bool checkHistory() {
         if (request_.force) return true;
         for (const PublishedStatement& past : statements_) {
-            if (past.field(statement::Version) != request_.version) continue;
+            if (past.field(statement::Version) != request_.version) {
+                if (request_.encrypt || past.field(statement::Sha256) != zipSha256_) continue;
+                return fail("These bytes are published as version " + past.field(statement::Version) +
+                            ". Seal them or change them (or --force, which takes that version its statement).");
+            }
             if (past.archiveSha256() != zipSha256_)
                 return fail("Version " + request_.version +
                             " has been published with other bytes. Launchers that have "
@@ -143,8 +153,16 @@ class Publication {
         package_.plaintextSha256 = zipSha256_;
         package_.keyText = now.encryptionKey;
         result_.packagePath = path;
-        result_.packageKept = true;
-        return !error;
+        result_.packageKept = !error && (!request_.encrypt || opensToZip(path, now.encryptionKey));
+        return result_.packageKept;
+    }
+
+    bool opensToZip(const std::string& container, const std::string& keyText) const {
+        Sha256 hash;
+        std::string unheard;
+        return decryptPackageTo([&](const unsigned char* bytes, std::size_t count) { hash.update(bytes, count); },
+                                container, keyText, unheard) &&
+               hash.finish() == zipSha256_;
     }
 
     bool writePackage() {
@@ -180,7 +198,10 @@ class Publication {
         fs::create_directories(joinPath(request_.siteDirectory, site::kStatementsName), error);
         result_.statementPath = statementPath(request_.siteDirectory, package_.sha256);
         const bool isNew = !fs::exists(result_.statementPath, error);
+        std::string before;
+        if (!isNew) (void)readSmallFile(result_.statementPath, statement::kMaxBytes, before);
         if (!replaceFile(result_.statementPath, text, failureText_)) return false;
+        replacedStatement_ = before;
         if (isNew) made_.push_back(result_.statementPath);
         result_.notAfter = request_.nowSeconds + request_.days * statement::kDaySeconds;
         return true;
@@ -217,6 +238,7 @@ class Publication {
     std::string zipSha256_;
     WrittenPackage package_;
     std::vector<std::string> made_;
+    std::string replacedStatement_; // as it was; empty: none
 };
 
 } // namespace

@@ -30,14 +30,21 @@ bool isUtf8(std::string_view text) {
 bool isWindowsPart(const std::string& part) {
     static constexpr std::array<std::string_view, 4> kDevices = {"con", "prn", "aux", "nul"};
     static constexpr std::array<std::string_view, 2> kNumberedDevices = {"com", "lpt"};
+    static constexpr std::array<std::string_view, 3> kRaisedDigits = {"\xC2\xB9", "\xC2\xB2", "\xC2\xB3"}; // 1, 2, 3
     const auto forbidden = [](char byte) {
         return static_cast<unsigned char>(byte) < 0x20 || std::string_view("<>\"|?*").find(byte) != std::string::npos;
     };
     if (std::any_of(part.begin(), part.end(), forbidden) || part.back() == '.' || part.back() == ' ') return false;
-    const std::string_view stem = std::string_view(part).substr(0, part.find('.'));
-    if (std::find(kDevices.begin(), kDevices.end(), stem) != kDevices.end()) return false;
-    return !(stem.size() == 4 && stem[3] >= '0' && stem[3] <= '9' &&
-             std::find(kNumberedDevices.begin(), kNumberedDevices.end(), stem.substr(0, 3)) != kNumberedDevices.end());
+    std::string_view stem = std::string_view(part).substr(0, part.find('.'));
+    stem = stem.substr(0, stem.find_last_not_of(' ') + 1);
+    const auto isOneOf = [](const auto& names, std::string_view name) {
+        return std::find(names.begin(), names.end(), name) != names.end();
+    };
+    if (isOneOf(kDevices, stem)) return false;
+    const std::string_view number = stem.substr(std::min<std::size_t>(3, stem.size()));
+    const bool isNumber =
+        (number.size() == 1 && number[0] >= '0' && number[0] <= '9') || isOneOf(kRaisedDigits, number);
+    return !(isNumber && isOneOf(kNumberedDevices, stem.substr(0, 3)));
 }
 
 // Names as files: separators made equal, empty parts and single dots dropped, letters folded where case does not count.
@@ -97,9 +104,17 @@ class ArchiveCheck {
         return entry.m_version_made_by >> 8 == kMadeOnUnix && (entry.m_external_attr >> 16 & kTypeBits) == kLink;
     }
 
+    // In a single dot, or where a backslash separates in nothing: neither can be opened as a file.
+    bool endsInNoName(const std::string& name) const {
+        const bool windows = platform_ == PackagePlatform::Windows;
+        const std::size_t separator = name.find_last_of(windows ? "/\\" : "/");
+        const std::string last = name.substr(separator == std::string::npos ? 0 : separator + 1);
+        return last.empty() || last == ".";
+    }
+
     std::string placeFile(const std::string& name) {
         const std::string place = landingPlace(name, platform_);
-        if (place.empty() || (platform_ == PackagePlatform::Windows && name.back() == '\\')) return "it names no file";
+        if (place.empty() || endsInNoName(name)) return "it names no file";
         for (std::size_t start = 0, end = 0; start <= place.size(); start = end + 1) {
             end = std::min(place.find('/', start), place.size());
             const std::string part = place.substr(start, end - start);

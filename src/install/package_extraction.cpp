@@ -86,9 +86,11 @@ bool swapIn(const std::string& stagingDirectory) {
     std::error_code ignored;
     // What makes a directory pass for an editor goes first, so that a half-deleted one is none, should the launcher
     // die here.
-    fs::remove(editorVersionMarkerPath(), ignored);
-    for (const std::string& place : editorExecutablePlaces(target))
-        fs::remove(place, ignored);
+    if (!fs::is_symlink(target, ignored)) { // of a link only the link goes
+        fs::remove(editorVersionMarkerPath(), ignored);
+        for (const std::string& place : editorExecutablePlaces(target))
+            fs::remove(place, ignored);
+    }
     fs::remove_all(target, ignored);
     std::error_code error;
     fs::rename(stagingDirectory, target, error);

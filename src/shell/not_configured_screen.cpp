@@ -31,8 +31,8 @@ void LauncherApp::drawNotConfiguredScreen() {
     uiThemeTextTracked(drawList, uiThemeFont(20.0f), {left, min.y + uiThemePx(kTitleTop)}, uiThemeForeground(),
                        "Launcher not configured", kTitleTracking);
     uiThemeTextWrapped(drawList, uiThemeFont(14.0f), {left, min.y + uiThemePx(kBodyTop)}, uiThemeMutedForeground(),
-                       config->message, wrapWidth, kLineGap);
+                       config->message, wrapWidth, uiThemePx(kLineGap));
     uiThemeTextWrapped(drawList, uiThemeFont(12.0f), {left, max.y - uiThemePx(kFooterAboveBottom)},
                        uiThemeMutedForeground(), "You can close this window once the configuration is in place.",
-                       wrapWidth, kLineGap);
+                       wrapWidth, uiThemePx(kLineGap));
 }

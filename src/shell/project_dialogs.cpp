@@ -66,7 +66,7 @@ void LauncherApp::drawCreateProjectPopup() {
     uiThemeTextWrapped(ImGui::GetWindowDrawList(), uiThemeFont(14.0f), ImGui::GetCursorScreenPos(),
                        uiThemeMutedForeground(),
                        "Choose a name and location. VOLO will create a project folder with a .zantorproj project file.",
-                       uiThemePx(kBodyWidth), kIntroLineGap);
+                       uiThemePx(kBodyWidth), uiThemePx(kIntroLineGap));
     gap(kIntroHeight);
 
     drawFieldLabel("PROJECT NAME");

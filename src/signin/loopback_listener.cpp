@@ -6,6 +6,7 @@
 #include <deque>
 #include <functional>
 #include <future>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -36,8 +37,9 @@ class ConnectionThreads : public httplib::TaskQueue {
         {
             const std::lock_guard<std::mutex> lock(mutex_);
             waiting_.push_back(std::move(connection));
-            if (waiting_.size() > idleCount_ && threads_.size() < kConnectionThreads) {
-                threads_.emplace_back([this] { serve(); });
+            if (waiting_.size() > idleCount_ && threads_.size() < kConnectionThreads && !startThread()) {
+                waiting_.pop_back();
+                return false; // the server closes it
             }
         }
         changed_.notify_one();
@@ -56,6 +58,15 @@ class ConnectionThreads : public httplib::TaskQueue {
     }
 
   private:
+    // Whether somebody will serve what waits: a system that grants no more threads leaves it to those there are.
+    bool startThread() {
+        try {
+            threads_.emplace_back([this] { serve(); });
+        } catch (const std::system_error&) {
+        }
+        return !threads_.empty();
+    }
+
     void serve() {
         std::unique_lock<std::mutex> lock(mutex_);
         for (;;) {

@@ -58,6 +58,17 @@ TEST(PackageDownload, AFullDiskFailsTheTransfer) {
     }
 }
 
+TEST(InstallPipeline, AnEditorThatIsALinkIsReplacedAndWhatItLedToStays) {
+    InstallWorld world;
+    const fs::path built = world.folder.write("build/editor.exe", "built");
+    fs::remove_all(world.editor);
+    fs::create_directory_symlink(built.parent_path(), world.editor);
+    world.release("2.0", kArchive);
+    EXPECT_EQ(world.run().status, EditorInstallStatus::Installed);
+    EXPECT_EQ(readFileBytes(built), "built");
+    EXPECT_FALSE(fs::is_symlink(world.editor));
+}
+
 // An old editor that cannot be deleted, as when a process holds its files: the new files go again, and whatever was
 // left of the old ones does not pass for an editor.
 TEST(InstallPipeline, AFailedSwapLeavesNoStagingAndNoHalfAnEditor) {

@@ -141,6 +141,22 @@ TEST(Release, OffersTheOldReleaseWholeWhenAStepFails) {
     }
 }
 
+TEST(Release, APlainArchiveIsOneVersionOnly) {
+    PublishWorld world;
+    world.request.encrypt = false;
+    ASSERT_EQ(world.publish(), "");
+    world.request.version = "2";
+    const auto before = world.files();
+    EXPECT_NE(world.publish().find("as version 1.4.2"), std::string::npos);
+    world.request.force = true;
+    fs::create_directories(world.folder / "site/manifest.json.tmp/in the way");
+    EXPECT_NE(world.publish(), "");
+    EXPECT_EQ(world.files(), before) << "the statement of what is offered still is gone";
+    fs::remove_all(world.folder / "site/manifest.json.tmp");
+    EXPECT_EQ(world.publish(), "");
+    EXPECT_EQ(world.verdict(world.manifest().sha256, {"first"}), "");
+}
+
 TEST(Release, AgainChangesOnlyTheStatement) {
     for (const bool encrypt : {true, false}) {
         PublishWorld world;
@@ -160,6 +176,13 @@ TEST(Release, AgainChangesOnlyTheStatement) {
         world.folder.write(fs::path("site") / packageName(world), "damaged");
         EXPECT_EQ(world.publish(), "");
         EXPECT_FALSE(world.result.packageKept);
+        if (encrypt) { // nor one that the manifest's key does not open
+            std::string manifest = readFileBytes(world.result.manifestPath);
+            const std::size_t key = manifest.find("\"key\": \"") + 8;
+            world.folder.write("site/manifest.json", manifest.replace(key, 4, "AAAA"));
+            EXPECT_EQ(world.publish(), "");
+            EXPECT_FALSE(world.result.packageKept);
+        }
         EXPECT_EQ(sha256Hex(readFileBytes(world.result.packagePath)), world.manifest().sha256);
 
         // Back to an older release: its bytes are known.

@@ -54,6 +54,7 @@ TEST_F(ArchiveCheck, RefusesWhatTheLauncherRefuses) {
         {beside(std::string(300, 'a') + "/" + std::string(211, 'b')), "512 bytes or more"},
         {beside(std::string(256, 'a')), "more than 255 bytes"},
         {makeZip({kEditor, {"./", ""}, {".", "x"}}), "names no file"},
+        {makeZip({kEditor, {"a/.", "x"}}), "names no file"},
         {makeZip({kEditor, {"a", "x"}, {"a/b", "x"}}), "another entry makes a file"},
         {makeZip({kEditor, {"a/b", "x"}, {"a", "x"}}), "makes it a folder"},
         {makeZip({kEditor, damaged}), "damaged"},
@@ -93,8 +94,9 @@ TEST_F(ArchiveCheck, RefusesWhatWouldUnpackIntoSomethingElse) {
 
 TEST_F(ArchiveCheck, KnowsWhatWindowsCannotHave) {
     for (const std::string name :
-         {"a<b", "a\"b", "a|b", "a?b", "a*b", "a\x1F", "dot.", "blank ", "d./a", "con", "CON.txt", "d/nul", "Com1",
-          "lpt9.log", "EDITOR.EXE", "a/Editor.exe", "editor.exe\\x", "folder\\"}) {
+         {"a<b",         "a\"b",     "a|b",  "a?b",        "a*b",          "a\x1F",         "dot.",
+          "blank ",      "d./a",     "con",  "CON.txt",    "d/nul",        "Com1",          "lpt9.log",
+          "com\xC2\xB2", "con .txt", "a\\.", "EDITOR.EXE", "a/Editor.exe", "editor.exe\\x", "folder\\"}) {
         const std::string archive = makeZip({kEditor, {"A/EDITOR.exe", "x"}, {name, "x"}});
         EXPECT_EQ(check(archive), "") << name;
         EXPECT_NE(check(archive, PackagePlatform::Windows), "") << name;

@@ -4,7 +4,9 @@
 #include "support/trusted_authority.h"
 #include "system/http.h"
 
+#include <atomic>
 #include <chrono>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -98,6 +100,17 @@ TEST_F(Http, SilenceInTheMiddleIsNoAnswer) {
     EXPECT_FALSE(httpsPostForm(at(server, 1), "/a", {}).answered);
     EXPECT_FALSE(httpsDownload(at(server, 1), "/a", goOn, goOn).answered);
     EXPECT_FALSE(httpsGet({"127.0.0.1", 1, 1}, "/").answered) << "nobody listens there";
+}
+
+TEST_F(Http, AStatusLineOfAnyLengthDoesNoHarm) {
+    std::atomic<std::size_t> length = 3000;
+    const TlsServer server(TrustedAuthority::loopback(), [&](TlsConnection& connection) {
+        connection.readRequest();
+        connection.write("HTTP/1.1 200 " + std::string(length, 'x') + "\r\nContent-Length: 0\r\n\r\n");
+    });
+    EXPECT_TRUE(httpsGet(at(server), "/").answered);
+    length = 32000;
+    std::thread([&] { EXPECT_FALSE(httpsGet(at(server), "/").answered); }).join(); // with a worker's stack
 }
 
 TEST_F(Http, DownloadIsGivenUpWhenEitherCallbackSaysSo) {
