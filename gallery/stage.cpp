@@ -63,7 +63,7 @@ Stage::~Stage() {
 }
 
 void Stage::drawOn(const Offscreen& canvas) {
-    frame();
+    frames(2); // the second begins to decode the picture
     if (const auto& picture = app.get()->*privateMembers().picture; picture.valid()) picture.wait();
     frames(kSettleFrames);
     float background[4];
