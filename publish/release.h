@@ -37,8 +37,9 @@ struct ReleaseResult {
 // Checks the archive and writes package, statement and manifest, in this order and each in one step: whoever reads the
 // directory meanwhile sees the old release or the new one, whole. A release that is offered already gets a new
 // statement and nothing else. Without `force` a version that was published with other bytes, or was withdrawn, is
-// refused, and so are a plain archive that is another version's and a directory that is another platform's. On false there are words for the user in `failureText`,
-// what was offered is offered still, and no file of the failed attempt is left.
+// refused, and so are a plain archive that is published as another version and a directory that is another platform's.
+// On false there are words for the user in `failureText`, what was offered is offered still, and no file of the failed
+// attempt is left.
 [[nodiscard]] bool publishRelease(const ReleaseRequest& request, const std::vector<PublisherKey>& keys,
                                   ReleaseResult& result, std::string& failureText);
 
