@@ -216,6 +216,7 @@ void UiHost::serve([[maybe_unused]] std::int64_t dialog) {
     io.ClearEventsQueue();
     io.ClearInputKeys(); // a key may be let go of unheard
     io.ClearInputMouse();
+    Window::notePointer(window.handle); // or a click without a move would hit nothing afterwards
 #ifdef __linux__
     if (window.dialogInFront != dialog && bringToFront(dialog, window.handle)) window.dialogInFront = dialog;
 #endif

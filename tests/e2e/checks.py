@@ -306,8 +306,12 @@ def windows_dialogs(build):
         file.write_text("ZantorProject:\n  Name: Mine too\n  FormatVersion: 1\n")
         window = desktop.window("VOLO Launcher")
         window.see("Ada Sandbox", USER_CARD)
+        button = (ADD_PROJECT[0] - 60, ADD_PROJECT[1] - 12, 120, 24)
+        unlit = window.look(button)
         for keys in (["Escape"], [sandbox.name_of(file), "Return"]):
             before = sandbox.listed()
+            window.point(*NOWHERE)  # what is clicked before the dialog has quite gone is dropped
+            wait_for("the window listening again", lambda: window.look(button) == unlit)
             window.click(ADD_PROJECT)
             dialog = desktop.window("Open")
             if keys[0] == "Escape":
