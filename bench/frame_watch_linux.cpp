@@ -3,12 +3,12 @@
 // frame's thread, and microseconds by the clock. The first line is when the first frame was shown, by the system's
 // monotonic clock, in microseconds.
 
-#include <dlfcn.h>
-#include <time.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <vector>
+
+#include <dlfcn.h>
+#include <time.h>
 
 namespace {
 

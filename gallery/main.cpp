@@ -1,9 +1,5 @@
 // volo-gallery: every screen of the launcher in every state, as PNG files. volo-gallery --help lists its options.
 
-#include "gallery/stage.h"
-
-#include <CLI/CLI.hpp>
-
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
@@ -11,6 +7,10 @@
 #include <string>
 #include <system_error>
 #include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "gallery/stage.h"
 
 namespace fs = std::filesystem;
 

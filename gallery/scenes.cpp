@@ -1,8 +1,8 @@
 // Every screen in every state that a person can meet.
 
-#include "gallery/stage.h"
-
 #include <vector>
+
+#include "gallery/stage.h"
 
 namespace {
 

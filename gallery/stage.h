@@ -3,12 +3,12 @@
 // The launcher on a stage: the real one, in folders of its own below a home that the pictures show, meeting the
 // recording system of the tests.
 
-#include "gallery/offscreen.h"
-#include "support/ui_harness.h"
-
 #include <filesystem>
 #include <string>
 #include <vector>
+
+#include "gallery/offscreen.h"
+#include "support/ui_harness.h"
 
 struct StageSetting {
     std::filesystem::path home;  // emptied for every picture

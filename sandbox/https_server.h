@@ -2,12 +2,12 @@
 
 // A TLS server on 127.0.0.1 for the sandbox's services, on a thread of its own (and the library's workers).
 
-#include "sandbox/certificate_authority.h"
-
 #include <memory>
 #include <thread>
 
 #include <httplib.h>
+
+#include "sandbox/certificate_authority.h"
 
 class LoopbackHttpsServer {
   public:

@@ -9,12 +9,12 @@
 // single-use codes that expire after a minute, refresh tokens it issued, bearer tokens. Faults are switched on while it
 // runs.
 
-#include "sandbox/certificate_authority.h"
-
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "sandbox/certificate_authority.h"
 
 struct IdentityProviderAccount {
     std::string clientId = "sandbox-client";

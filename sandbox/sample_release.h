@@ -2,11 +2,11 @@
 
 // What the sandbox's update server offers: the sample editor, published the way a deployer publishes.
 
-#include "publish/release.h"
-
 #include <filesystem>
 #include <string>
 #include <vector>
+
+#include "publish/release.h"
 
 inline constexpr char kSampleEditorVersion[] = "1.0.0";
 

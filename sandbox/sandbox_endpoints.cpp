@@ -1,9 +1,9 @@
 // The endpoints of the launcher that the sandbox and the tests link: an identity provider on loopback, at the port that
 // the environment names. A shipped launcher does not contain this file.
 
-#include "signin/google_endpoints.h"
-
 #include <cstdlib>
+
+#include "signin/google_endpoints.h"
 
 GoogleEndpoints googleEndpoints() {
     const char* text = std::getenv("VOLO_SANDBOX_IDENTITY_PORT"); // read anew: tests start one provider after another

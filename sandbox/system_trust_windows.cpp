@@ -5,7 +5,6 @@
 #include <iterator>
 
 #include <windows.h>
-
 #include <wincrypt.h>
 
 namespace {

@@ -3,13 +3,13 @@
 // The update server: a directory of static files over TLS on loopback, as any static host would serve them, and the
 // faults of one. Faults may be changed while it runs; they count for requests that come afterwards.
 
-#include "sandbox/certificate_authority.h"
-
 #include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "sandbox/certificate_authority.h"
 
 struct UpdateServerFaults {
     std::map<std::string, int> status; // by the last part of the path: answered with this status and a short body

@@ -1,11 +1,11 @@
 #include "config/launcher_config.h"
 
+#include <filesystem>
+#include <string_view>
+
 #include "system/json.h"
 #include "system/operating_system.h"
 #include "system/whole_file.h"
-
-#include <filesystem>
-#include <string_view>
 
 namespace {
 

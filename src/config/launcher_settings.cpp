@@ -1,14 +1,14 @@
 #include "config/launcher_settings.h"
 
-#include "config/settings_text.h"
-#include "system/operating_system.h"
-#include "system/private_file.h"
-#include "system/whole_file.h"
-
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <string_view>
+
+#include "config/settings_text.h"
+#include "system/operating_system.h"
+#include "system/private_file.h"
+#include "system/whole_file.h"
 
 namespace {
 

@@ -11,11 +11,11 @@
 // Keys have space, % / = @ and backslash written as %XX, values line feed, % and @. The reader decodes both, so a
 // hand-edited file may use plain keys. Lines, keys and values lose tabs, carriage returns and spaces at their ends.
 
-#include "projects/project_entry.h"
-
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "projects/project_entry.h"
 
 class LauncherSettings {
   public:

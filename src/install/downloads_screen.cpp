@@ -1,5 +1,10 @@
 // The Downloads screen: one row for each package transfer of this run, newest first.
 
+#include <array>
+#include <filesystem>
+
+#include <imgui_internal.h>
+
 #include "install/format_bytes.h"
 #include "install/install_widgets_screen.h"
 #include "shell/launcher_app.h"
@@ -9,11 +14,6 @@
 #include "system/path_text.h"
 #include "ui/ui_keyboard.h"
 #include "ui/ui_theme.h"
-
-#include <imgui_internal.h>
-
-#include <array>
-#include <filesystem>
 
 namespace {
 

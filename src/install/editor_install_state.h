@@ -6,15 +6,15 @@
 // Members are called on the frame thread unless they say otherwise. The mutex is held for a few assignments or one
 // copy, never across network, file or hashing work.
 
-#include "install/artifact_authenticity.h"
-#include "install/download_record.h"
-
 #include <atomic>
 #include <cstdint>
 #include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include "install/artifact_authenticity.h"
+#include "install/download_record.h"
 
 // The order is fixed: values 1 to 3 are busy.
 enum class EditorInstallStatus : std::int32_t {

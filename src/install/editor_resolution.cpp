@@ -1,5 +1,4 @@
 #include "install/editor_location.h"
-
 #include "shell/launcher_app.h"
 #include "system/operating_system.h"
 

@@ -1,11 +1,11 @@
 #include "install/install_widgets_screen.h"
 
+#include <imgui_internal.h>
+
 #include "install/format_bytes.h"
 #include "shell/shell_layout.h"
 #include "shell/widgets.h"
 #include "ui/ui_theme.h"
-
-#include <imgui_internal.h>
 
 namespace {
 

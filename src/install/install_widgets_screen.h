@@ -2,11 +2,11 @@
 
 // What the Installs and the Downloads screens draw alike. Frame thread.
 
-#include "ui/ui_theme.h"
+#include <cstdint>
 
 #include <imgui.h>
 
-#include <cstdint>
+#include "ui/ui_theme.h"
 
 inline constexpr ImU32 kInstallHeading = 0xFFF5F5F5;
 inline constexpr ImU32 kInstallCardFill = 0xFF222020;

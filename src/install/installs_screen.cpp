@@ -1,16 +1,16 @@
 // The Installs screen: one card that tells which editor there is, where it is and what the install worker is doing,
 // with the one action that fits.
 
+#include <array>
+
+#include <imgui_internal.h>
+
 #include "install/editor_location.h"
 #include "install/install_widgets_screen.h"
 #include "shell/launcher_app.h"
 #include "shell/shell_layout.h"
 #include "shell/widgets.h"
 #include "ui/ui_theme.h"
-
-#include <imgui_internal.h>
-
-#include <array>
 
 namespace {
 

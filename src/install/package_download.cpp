@@ -1,11 +1,10 @@
-#include "install/update_pipeline.h"
-
 #include <filesystem>
 #include <fstream>
 #include <string_view>
 #include <system_error>
 
 #include "install/file_hash.h"
+#include "install/update_pipeline.h"
 #include "system/http.h"
 
 namespace {

@@ -4,10 +4,10 @@
 // length of the run; whatever comes of it is told through the EditorInstallState, whose mutex it takes for a few
 // assignments at a time. Cancel is heard during the transfer and before each entry of the archive, nowhere else.
 
+#include <string>
+
 #include "install/editor_install_state.h"
 #include "install/update_manifest.h"
-
-#include <string>
 
 class UpdatePipeline {
   public:

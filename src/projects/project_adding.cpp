@@ -1,12 +1,12 @@
 // Adding a project that exists on disk: one file is picked, listed when it is not yet, and opened straight away.
 
+#include <algorithm>
+#include <filesystem>
+
 #include "projects/project_list.h"
 #include "shell/launcher_app.h"
 #include "system/operating_system.h"
 #include "system/path_text.h"
-
-#include <algorithm>
-#include <filesystem>
 
 void LauncherApp::addProjectFromDisk() {
     if (refuseWhileEditorRuns(currentTimeSeconds())) return; // adding implies opening

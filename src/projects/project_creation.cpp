@@ -1,11 +1,11 @@
 // The popup "Create a new project": what it starts with, and what its confirming button does.
 
+#include <filesystem>
+
 #include "projects/project_file.h"
 #include "shell/launcher_app.h"
 #include "system/operating_system.h"
 #include "system/path_text.h"
-
-#include <filesystem>
 
 void LauncherApp::beginNewProject() {
     createProjectRequested = true;

@@ -1,9 +1,9 @@
 #include "projects/project_file.h"
 
-#include "system/path_text.h"
-
 #include <filesystem>
 #include <fstream>
+
+#include "system/path_text.h"
 
 namespace {
 

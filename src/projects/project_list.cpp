@@ -1,9 +1,9 @@
 #include "projects/project_list.h"
 
-#include "projects/project_file.h"
-
 #include <algorithm>
 #include <filesystem>
+
+#include "projects/project_file.h"
 
 namespace {
 

@@ -3,12 +3,12 @@
 // The rules by which the project list is ordered, searched and labelled. Pure functions of what they are given; only
 // isProjectMissing looks at the disk. Frame thread.
 
-#include "projects/project_entry.h"
-
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "projects/project_entry.h"
 
 // The stored order: newest first, entries of the same second keep their order.
 void sortByLastOpened(std::vector<ProjectEntry>& projects);

@@ -1,6 +1,10 @@
 // From a click on a project to a running editor, or to a clear refusal. When there is no editor yet, the project waits
 // for the install.
 
+#include <algorithm>
+#include <filesystem>
+#include <utility>
+
 #include "install/editor_location.h"
 #include "install/update_manifest.h"
 #include "projects/project_file.h"
@@ -8,10 +12,6 @@
 #include "shell/launcher_app.h"
 #include "system/operating_system.h"
 #include "system/path_text.h"
-
-#include <algorithm>
-#include <filesystem>
-#include <utility>
 
 namespace {
 

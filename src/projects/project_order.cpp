@@ -1,11 +1,11 @@
 #include "projects/project_order.h"
 
+#include <algorithm>
+#include <string_view>
+
 #include "install/editor_location.h"
 #include "projects/project_list.h"
 #include "shell/launcher_app.h"
-
-#include <algorithm>
-#include <string_view>
 
 namespace {
 

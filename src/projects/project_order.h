@@ -2,11 +2,11 @@
 
 // The order in which the Projects screen shows the list: worked out anew every frame, never stored. Frame thread.
 
-#include "projects/project_entry.h"
-
 #include <cstdint>
 #include <string>
 #include <vector>
+
+#include "projects/project_entry.h"
 
 class LauncherApp;
 

@@ -3,16 +3,16 @@
 
 #include "projects/projects_screen.h"
 
+#include <array>
+
+#include <imgui_internal.h>
+
 #include "projects/project_list.h"
 #include "projects/project_order.h"
 #include "shell/shell_layout.h"
 #include "shell/widgets.h"
 #include "ui/ui_keyboard.h"
 #include "ui/ui_theme.h"
-
-#include <imgui_internal.h>
-
-#include <array>
 
 namespace {
 

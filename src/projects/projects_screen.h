@@ -3,13 +3,13 @@
 // What the two sources of the Projects screen share: its rectangles, worked out once per frame, and the records that
 // pass between the table and its rows. Frame thread.
 
-#include "shell/launcher_app.h"
-
-#include <imgui.h>
-
 #include <cstdint>
 #include <string>
 #include <vector>
+
+#include <imgui.h>
+
+#include "shell/launcher_app.h"
 
 // Pixels.
 struct LauncherApp::ProjectsLayout {

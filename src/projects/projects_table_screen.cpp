@@ -1,18 +1,17 @@
 // The table of the Projects screen: its header, its rows with star and menu, and what stands there when there are none.
 
-#include "projects/projects_screen.h"
+#include <cmath>
+
+#include <imgui_internal.h>
 
 #include "projects/project_file.h"
 #include "projects/project_list.h"
+#include "projects/projects_screen.h"
 #include "shell/widgets.h"
 #include "system/operating_system.h"
 #include "ui/ui_keyboard.h"
 #include "ui/ui_popups.h"
 #include "ui/ui_theme.h"
-
-#include <imgui_internal.h>
-
-#include <cmath>
 
 namespace {
 

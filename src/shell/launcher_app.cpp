@@ -1,9 +1,9 @@
 #include "shell/launcher_app.h"
 
+#include <imgui_internal.h>
+
 #include "ui/ui_keyboard.h"
 #include "ui/ui_theme.h"
-
-#include <imgui_internal.h>
 
 LauncherApp::LauncherApp()
     : config(std::make_unique<LauncherConfig>(loadLauncherConfig()))

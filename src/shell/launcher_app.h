@@ -3,18 +3,18 @@
 // The one application object: owns the four long-lived subsystems, holds the state that the screens share, and decides
 // every frame what is drawn. Main thread only. Built before any window exists and destroyed after the last one is gone.
 
-#include "config/launcher_config.h"
-#include "config/launcher_settings.h"
-#include "install/editor_install_state.h"
-#include "signin/picture_file.h"
-#include "signin/sign_in_flow.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <future>
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "config/launcher_config.h"
+#include "config/launcher_settings.h"
+#include "install/editor_install_state.h"
+#include "signin/picture_file.h"
+#include "signin/sign_in_flow.h"
 
 struct ImTextureData;
 struct ImVec2;

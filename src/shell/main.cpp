@@ -1,6 +1,13 @@
 // Program entry: the single-instance guard, the application object, the window, the frame loop, and a tear-down in a
 // fixed order. No arguments are read.
 
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
 #include "shell/launcher_app.h"
 #include "signin/loopback_listener.h"
 #include "system/dialog_waiting.h"
@@ -8,13 +15,6 @@
 #include "system/single_instance.h"
 #include "ui/ui_host.h"
 #include "ui/ui_theme.h"
-
-#include <csignal>
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <string>
-#include <vector>
 
 namespace {
 

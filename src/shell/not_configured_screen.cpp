@@ -1,9 +1,9 @@
 // What a launcher without a usable configuration shows: one card that says what is missing. It takes no input.
 
+#include <imgui_internal.h>
+
 #include "shell/launcher_app.h"
 #include "ui/ui_theme.h"
-
-#include <imgui_internal.h>
 
 namespace {
 

@@ -1,16 +1,16 @@
 // The two modal popups. They are drawn at the root window's level, whoever asked for them, so that their identifiers
 // are always the same.
 
+#include <cstdio>
+
+#include <imgui.h>
+
 #include "shell/launcher_app.h"
 #include "shell/widgets.h"
 #include "system/operating_system.h"
 #include "ui/ui_keyboard.h"
 #include "ui/ui_popups.h"
 #include "ui/ui_theme.h"
-
-#include <imgui.h>
-
-#include <cstdio>
 
 namespace {
 

@@ -1,13 +1,13 @@
 // The left-hand column of the signed-in shell: navigation at the top, the user's card at the bottom.
 
+#include <imgui_internal.h>
+
 #include "shell/launcher_app.h"
 #include "shell/shell_layout.h"
 #include "shell/user_initials.h"
 #include "shell/widgets.h"
 #include "ui/ui_keyboard.h"
 #include "ui/ui_theme.h"
-
-#include <imgui_internal.h>
 
 namespace {
 

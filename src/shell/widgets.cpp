@@ -1,12 +1,12 @@
 #include "shell/widgets.h"
 
-#include "ui/ui_keyboard.h"
-#include "ui/ui_theme.h"
+#include <algorithm>
+#include <utility>
 
 #include <imgui_internal.h>
 
-#include <algorithm>
-#include <utility>
+#include "ui/ui_keyboard.h"
+#include "ui/ui_theme.h"
 
 namespace {
 

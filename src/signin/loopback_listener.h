@@ -8,12 +8,12 @@
 // listening socket at once but leaves the joining of its threads to a janitor thread: stop() never waits for a client.
 // A request that such a late thread still answers records nothing.
 
-#include "signin/sign_in_mailbox.h"
-
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "signin/sign_in_mailbox.h"
 
 class LoopbackListener {
   public:

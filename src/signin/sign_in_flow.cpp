@@ -1,13 +1,13 @@
 #include "signin/sign_in_flow.h"
 
+#include <mutex>
+#include <utility>
+
 #include "config/launcher_settings.h"
 #include "signin/google_endpoints.h"
 #include "signin/pkce.h"
 #include "signin/token_requests.h"
 #include "system/operating_system.h"
-
-#include <mutex>
-#include <utility>
 
 namespace {
 

@@ -7,13 +7,13 @@
 // the top of every frame. startSignIn, cancelSignIn, signOut, restoreSession and the destructor join a worker that is
 // inside a network call, and stand still for as long as that call lasts: that is meant. Nothing else here blocks.
 
-#include "signin/loopback_listener.h"
-#include "signin/sign_in_mailbox.h"
-
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <thread>
+
+#include "signin/loopback_listener.h"
+#include "signin/sign_in_mailbox.h"
 
 class LauncherSettings;
 

@@ -1,5 +1,13 @@
 // The sign-in screen: a panel with the welcome text and the one control that fits the state, beside a picture.
 
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+
+#include <imgui_internal.h>
+
 #include "shell/launcher_app.h"
 #include "shell/widgets.h"
 #include "signin/picture_crop.h"
@@ -7,14 +15,6 @@
 #include "system/operating_system.h"
 #include "system/path_text.h"
 #include "ui/ui_theme.h"
-
-#include <imgui_internal.h>
-
-#include <algorithm>
-#include <chrono>
-#include <cmath>
-#include <cstring>
-#include <filesystem>
 
 namespace {
 

@@ -1,11 +1,11 @@
 #include "signin/token_requests.h"
 
+#include <mutex>
+#include <utility>
+
 #include "signin/google_endpoints.h"
 #include "system/http.h"
 #include "system/json.h"
-
-#include <mutex>
-#include <utility>
 
 namespace {
 

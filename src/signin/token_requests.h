@@ -4,11 +4,11 @@
 // access token for the account's name and e-mail address. Blocking HTTPS; sign-in worker only. Nothing here is stored
 // or logged.
 
-#include "signin/sign_in_mailbox.h"
-
 #include <cstdint>
 #include <memory>
 #include <string>
+
+#include "signin/sign_in_mailbox.h"
 
 struct TokenResponse {
     bool ok = false;

@@ -1,8 +1,3 @@
-#include "system/dialog_waiting.h"
-#include "system/operating_system.h"
-#include "system/spawn_linux.h"
-#include "system/system_texts.h"
-
 #include <cerrno>
 #include <filesystem>
 
@@ -10,6 +5,11 @@
 #include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include "system/dialog_waiting.h"
+#include "system/operating_system.h"
+#include "system/spawn_linux.h"
+#include "system/system_texts.h"
 
 namespace {
 

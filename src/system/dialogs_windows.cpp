@@ -1,15 +1,13 @@
-#include "system/operating_system.h"
-
 #include <cwchar>
 #include <string>
 
 #include <windows.h>
-
 #include <commdlg.h>
 #include <objbase.h>
 #include <shlobj.h>
 
 #include "system/dialog_waiting.h"
+#include "system/operating_system.h"
 #include "system/system_texts.h"
 #include "system/wide_text_windows.h"
 

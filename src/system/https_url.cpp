@@ -1,7 +1,7 @@
-#include "system/http.h"
-
 #include <cstdlib>
 #include <string_view>
+
+#include "system/http.h"
 
 bool parseHttpsUrl(const std::string& url, std::string& host, int& port, std::string& path) {
     constexpr std::string_view scheme = "https://";

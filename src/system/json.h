@@ -2,10 +2,10 @@
 
 // JSON from outside: configuration file, token and userinfo answers, update manifest. Any thread.
 
-#include <rapidjson/document.h>
-
 #include <string>
 #include <string_view>
+
+#include <rapidjson/document.h>
 
 // Parses one document whose root is an object. A leading UTF-8 byte order mark is skipped, anything but white space
 // after the root is an error, and nesting of any depth is safe: the parser does not recurse.

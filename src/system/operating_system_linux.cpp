@@ -1,14 +1,14 @@
 #include "system/operating_system.h"
 
-#include "system/private_file.h"
-#include "system/spawn_linux.h"
-
 #include <algorithm>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <string_view>
+
+#include "system/private_file.h"
+#include "system/spawn_linux.h"
 
 namespace {
 

@@ -5,7 +5,6 @@
 #include <filesystem>
 
 #include <windows.h>
-
 #include <shellapi.h>
 
 #include "system/path_text.h"

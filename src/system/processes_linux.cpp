@@ -1,13 +1,13 @@
-#include "system/operating_system.h"
-#include "system/spawn_linux.h"
-#include "system/system_texts.h"
-
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
 #include <fstream>
 #include <string>
 #include <string_view>
+
+#include "system/operating_system.h"
+#include "system/spawn_linux.h"
+#include "system/system_texts.h"
 
 namespace {
 

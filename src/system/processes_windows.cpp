@@ -1,11 +1,9 @@
-#include "system/operating_system.h"
-
 #include <cwchar>
 
 #include <windows.h>
-
 #include <tlhelp32.h>
 
+#include "system/operating_system.h"
 #include "system/system_texts.h"
 #include "system/wide_text_windows.h"
 

@@ -1,13 +1,13 @@
 #include "system/single_instance.h"
 
-#include "system/operating_system.h"
-
 #include <cerrno>
 #include <filesystem>
 
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
+
+#include "system/operating_system.h"
 
 namespace {
 

@@ -5,10 +5,10 @@
 // fonts, which are looked for only then. Main thread only. The renderer must take textures that change
 // (ImGuiBackendFlags_RendererHasTextures).
 
-#include <imgui.h>
-
 #include <span>
 #include <string>
+
+#include <imgui.h>
 
 // `path` is UTF-8; empty or unusable: Dear ImGui's built-in font.
 void fontsInitialize(const std::string& path, float scale);

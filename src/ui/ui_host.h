@@ -7,11 +7,11 @@
 // results of worker threads are collected by frames) and presentFrame shows nothing new. An iconified window presents
 // nothing but goes on building frames at that bounded wait.
 
-#include "ui/ui_integration.h"
-
 #include <cstdint>
 #include <memory>
 #include <string>
+
+#include "ui/ui_integration.h"
 
 struct UiHostDesc {
     const char* title = "";

@@ -1,8 +1,6 @@
 // System fonts by way of fontconfig, mapped rather than read: of a large collection only the pages of the characters
 // that are shown come into memory.
 
-#include "ui/ui_system_fonts.h"
-
 #include <memory>
 
 #include <fcntl.h>
@@ -10,6 +8,8 @@
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include "ui/ui_system_fonts.h"
 
 namespace {
 

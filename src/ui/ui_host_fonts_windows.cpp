@@ -1,8 +1,6 @@
 // System fonts by way of the registry's list of installed fonts. A file is mapped when a character is first looked for
 // in it, and of a large collection only the pages of the characters that are shown come into memory.
 
-#include "ui/ui_system_fonts.h"
-
 #include <algorithm>
 #include <array>
 #include <filesystem>
@@ -11,8 +9,9 @@
 #include <vector>
 
 #include <windows.h>
-
 #include <shlobj.h>
+
+#include "ui/ui_system_fonts.h"
 
 #define STBTT_STATIC
 #define STB_TRUETYPE_IMPLEMENTATION

@@ -3,10 +3,10 @@
 // When a frame is built and when it is shown. No window system in here: the host tells what happened, asks how long to
 // wait, and hands over what a built frame would show.
 
-#include <imgui.h>
-
 #include <cstdint>
 #include <span>
+
+#include <imgui.h>
 
 // A digest of everything that a frame puts on the screen except the pixels of its textures.
 [[nodiscard]] std::uint64_t frameFingerprint(const ImDrawData& frame, std::span<const float, 4> clearColour);

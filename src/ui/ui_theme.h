@@ -6,10 +6,10 @@
 // Colours are in Dear ImGui's packed order (alpha in the top byte, then blue, green, red). Positions, sizes and radii
 // are pixels: whoever computes a rectangle scales it with uiThemePx. Font sizes are nominal; uiThemeFont scales them.
 
-#include <imgui.h>
-
 #include <cstdint>
 #include <string_view>
+
+#include <imgui.h>
 
 struct UiIntegration;
 

@@ -1,12 +1,11 @@
+#include <csignal>
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
 #include "config/launcher_settings.h"
 #include "support/scoped_environment.h"
 #include "support/temporary_folder.h"
-
-#include <gtest/gtest.h>
-
-#include <csignal>
-
-#include <sys/resource.h>
 
 namespace {
 

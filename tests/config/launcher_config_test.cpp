@@ -1,10 +1,11 @@
 #include "config/launcher_config.h"
-#include "support/platform.h"
-#include "support/temporary_folder.h"
+
+#include <optional>
 
 #include <gtest/gtest.h>
 
-#include <optional>
+#include "support/platform.h"
+#include "support/temporary_folder.h"
 
 namespace {
 

@@ -1,12 +1,13 @@
 #include "config/launcher_settings.h"
+
+#include <random>
+
+#include <gtest/gtest.h>
+
 #include "config/settings_text.h"
 #include "support/platform.h"
 #include "support/scoped_environment.h"
 #include "support/temporary_folder.h"
-
-#include <gtest/gtest.h>
-
-#include <random>
 
 namespace {
 

@@ -1,7 +1,6 @@
-#include "install/artifact_authenticity.h"
-
 #include <gtest/gtest.h>
 
+#include "install/artifact_authenticity.h"
 #include "install/install_world.h"
 #include "install/release_statement.h"
 #include "support/recording_system.h"

@@ -1,7 +1,6 @@
-#include "install/package_container.h"
-
 #include <gtest/gtest.h>
 
+#include "install/package_container.h"
 #include "support/package_making.h"
 #include "support/temporary_folder.h"
 

@@ -1,11 +1,10 @@
 // Archives: what is written, what is refused, and where nothing may ever be written.
 
-#include "install/package_extraction.h"
-
 #include <gtest/gtest.h>
 
 #include "install/editor_location.h"
 #include "install/install_world.h"
+#include "install/package_extraction.h"
 #include "support/platform.h"
 #include "support/recording_system.h"
 

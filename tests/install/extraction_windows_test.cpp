@@ -1,11 +1,10 @@
 // Names that mean something else to Windows than to the archive.
 
-#include "install/package_extraction.h"
-
 #include <gtest/gtest.h>
 
 #include "install/editor_location.h"
 #include "install/install_world.h"
+#include "install/package_extraction.h"
 #include "support/recording_system.h"
 
 namespace fs = std::filesystem;

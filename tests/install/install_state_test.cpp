@@ -1,9 +1,8 @@
-#include "install/editor_install_state.h"
-
 #include <chrono>
 
 #include <gtest/gtest.h>
 
+#include "install/editor_install_state.h"
 #include "install/install_world.h"
 #include "install/update_manifest.h"
 #include "support/eventually.h"

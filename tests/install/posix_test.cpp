@@ -3,10 +3,9 @@
 
 #include <csignal>
 
+#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <unistd.h>
-
-#include <gtest/gtest.h>
 
 #include "install/install_world.h"
 #include "install/package_extraction.h"

@@ -1,8 +1,7 @@
-#include "publish/statement_writer.h"
-
 #include <gtest/gtest.h>
 
 #include "publish/inspect.h"
+#include "publish/statement_writer.h"
 #include "publish_world.h"
 
 namespace fs = std::filesystem;

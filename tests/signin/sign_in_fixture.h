@@ -3,8 +3,6 @@
 // A sign-in flow with everything around it real: the settings in a folder of the test's own, a certificate authority in
 // the trust store, and a browser on PATH that writes down what it was asked to open.
 
-#include "signin/sign_in_flow.h"
-
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
@@ -17,6 +15,7 @@
 
 #include "config/launcher_settings.h"
 #include "sandbox/browser.h"
+#include "signin/sign_in_flow.h"
 #include "support/eventually.h"
 #include "support/scoped_environment.h"
 #include "support/trusted_authority.h"

@@ -6,7 +6,6 @@
 #include <sys/resource.h>
 
 #include "sign_in_fixture.h"
-
 #include "signin/loopback_listener.h"
 
 namespace {

@@ -3,12 +3,12 @@
 // A raw TLS server on 127.0.0.1 that does what a script tells it, byte for byte: for answers that no well-behaved HTTP
 // server gives.
 
-#include "sandbox/certificate_authority.h"
-
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "sandbox/certificate_authority.h"
 
 // One accepted connection, TLS already established. Used by its script, on the connection's own thread. When the script
 // returns, the connection is shut down properly (close_notify, then FIN) unless the script ended it in another way.

@@ -1,13 +1,5 @@
 // Directories, dialogs and the desktop's opener, against programs of the test's own on PATH.
 
-#include "support/eventually.h"
-#include "support/scoped_environment.h"
-#include "support/temporary_folder.h"
-#include "system/local_time.h"
-#include "system/operating_system.h"
-
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
@@ -15,8 +7,15 @@
 #include <limits>
 
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include "support/eventually.h"
+#include "support/scoped_environment.h"
+#include "support/temporary_folder.h"
+#include "system/local_time.h"
+#include "system/operating_system.h"
 
 namespace {
 

@@ -1,7 +1,5 @@
 // The client against servers on loopback that behave badly in every way that matters.
 
-#include "support/tls_server.h"
-#include "support/trusted_authority.h"
 #include "system/http.h"
 
 #include <atomic>
@@ -9,6 +7,9 @@
 #include <thread>
 
 #include <gtest/gtest.h>
+
+#include "support/tls_server.h"
+#include "support/trusted_authority.h"
 
 namespace {
 

@@ -1,15 +1,6 @@
 // Editors and guards as real processes. Other tests of the machine may run editors of their own for a moment, so
 // "no editor" is waited for.
 
-#include "support/eventually.h"
-#include "support/scoped_environment.h"
-#include "support/temporary_folder.h"
-#include "system/operating_system.h"
-#include "system/single_instance.h"
-#include "system/spawn_linux.h"
-
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
@@ -18,9 +9,17 @@
 #include <sstream>
 
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include "support/eventually.h"
+#include "support/scoped_environment.h"
+#include "support/temporary_folder.h"
+#include "system/operating_system.h"
+#include "system/single_instance.h"
+#include "system/spawn_linux.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 #include <sstream>
 #include <string>
 
-#include <gtest/gtest.h>
 #include <windows.h>
+#include <gtest/gtest.h>
 
 #include "support/eventually.h"
 #include "support/scoped_environment.h"

@@ -1,6 +1,7 @@
+#include "ui/ui_fonts.h"
+
 #include <gtest/gtest.h>
 
-#include "ui/ui_fonts.h"
 #include "ui/ui_system_fonts.h"
 
 TEST(WindowsFonts, AnInstalledFontHasTheCharacterAndNoneHasAnUnassignedOne) {

@@ -6,9 +6,6 @@
 //
 // An editor, and an instance that holds the guard, stay until the file $VOLO_CHILD_UNTIL exists; at once without one.
 
-#include "system/operating_system.h"
-#include "system/single_instance.h"
-
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -16,6 +13,9 @@
 #include <thread>
 
 #include <unistd.h>
+
+#include "system/operating_system.h"
+#include "system/single_instance.h"
 
 namespace {
 

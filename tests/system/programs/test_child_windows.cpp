@@ -14,7 +14,6 @@
 #include <thread>
 
 #include <windows.h>
-
 #include <shellapi.h>
 
 #include "system/operating_system.h"
