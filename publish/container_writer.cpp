@@ -10,15 +10,19 @@
 #include <vector>
 
 #include <openssl/evp.h>
-#include <openssl/rand.h>
 
-#include "install/base64.h"
-#include "install/file_hash.h"
+#include "crypto/base64.h"
+#include "crypto/random_bytes.h"
+#include "crypto/sha256.h"
 #include "install/package_container.h"
 
 namespace {
 
 constexpr std::size_t kChunkSize = 65536;
+
+const unsigned char* asBytes(const std::string& text) {
+    return reinterpret_cast<const unsigned char*>(text.data());
+}
 
 // The package file, hashed as it is written.
 class PackageOutput {
@@ -73,7 +77,7 @@ class PackageOutput {
     return false;
 }
 
-std::array<unsigned char, container::kHeaderSize> makeHeader(std::uint64_t payloadSize, const unsigned char* nonce) {
+std::array<unsigned char, container::kHeaderSize> makeHeader(std::uint64_t payloadSize, std::string_view nonce) {
     std::array<unsigned char, container::kHeaderSize> header{};
     std::copy(container::kMagic.begin(), container::kMagic.end(), header.begin());
     const std::size_t format = container::kMagic.size();
@@ -82,7 +86,7 @@ std::array<unsigned char, container::kHeaderSize> makeHeader(std::uint64_t paylo
     header[format + 2] = container::kTagSize;
     for (std::size_t i = container::kNonceOffset; i-- > container::kSizeOffset; payloadSize >>= 8)
         header[i] = static_cast<unsigned char>(payloadSize & 0xFF);
-    std::copy(nonce, nonce + container::kNonceSize, header.begin() + container::kNonceOffset);
+    std::copy(nonce.begin(), nonce.end(), header.begin() + container::kNonceOffset);
     return header;
 }
 
@@ -109,18 +113,17 @@ bool sealPackage(const std::string& zipPath, const std::string& outputPath, Writ
     if (error) return fail(zipPath + " cannot be read.");
     if (payloadSize > kMaxSealedBytes) return fail(zipPath + " is too large for one container (64 GiB).");
 
-    std::array<unsigned char, container::kKeySize> key{};
-    std::array<unsigned char, container::kNonceSize> nonce{};
+    const std::string key = randomBytes(container::kKeySize);
+    const std::string nonce = randomBytes(container::kNonceSize);
     std::array<unsigned char, container::kTagSize> tag{};
     const std::unique_ptr<EVP_CIPHER_CTX, decltype(&EVP_CIPHER_CTX_free)> cipher(EVP_CIPHER_CTX_new(),
                                                                                  &EVP_CIPHER_CTX_free);
-    if (!cipher || RAND_bytes(key.data(), static_cast<int>(key.size())) != 1 ||
-        RAND_bytes(nonce.data(), static_cast<int>(nonce.size())) != 1 ||
-        EVP_EncryptInit_ex(cipher.get(), EVP_aes_256_gcm(), nullptr, key.data(), nonce.data()) != 1)
+    if (!cipher || key.empty() || nonce.empty() ||
+        EVP_EncryptInit_ex(cipher.get(), EVP_aes_256_gcm(), nullptr, asBytes(key), asBytes(nonce)) != 1)
         return fail("AES-256-GCM with a fresh key could not be set up.");
 
     PackageOutput output(outputPath);
-    output.write(makeHeader(payloadSize, nonce.data()).data(), container::kHeaderSize);
+    output.write(makeHeader(payloadSize, nonce).data(), container::kHeaderSize);
     std::vector<unsigned char> ciphertext(kChunkSize + container::kTagSize);
     std::uint64_t sealed = 0;
     int produced = 0;
@@ -137,6 +140,6 @@ bool sealPackage(const std::string& zipPath, const std::string& outputPath, Writ
         EVP_CIPHER_CTX_ctrl(cipher.get(), EVP_CTRL_GCM_GET_TAG, container::kTagSize, tag.data()) != 1)
         return fail("The container could not be sealed.");
     output.write(tag.data(), tag.size());
-    written.keyText = base64Encode({reinterpret_cast<const char*>(key.data()), key.size()});
+    written.keyText = base64Encode(key);
     return output.finish(written, failureText);
 }

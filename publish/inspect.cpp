@@ -4,7 +4,7 @@
 #include <fstream>
 #include <system_error>
 
-#include "install/file_hash.h"
+#include "crypto/sha256.h"
 #include "install/package_container.h"
 #include "publish/site.h"
 #include "publish/zip_check.h"

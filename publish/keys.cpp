@@ -6,7 +6,8 @@
 #include <openssl/crypto.h>
 #include <openssl/pem.h>
 
-#include "install/base64.h"
+#include "crypto/base64.h"
+#include "crypto/ed25519.h"
 #include "install/release_statement.h"
 #include "system/private_file.h"
 
@@ -23,7 +24,7 @@ int noPassphrase(char*, int, int, void*) {
 }
 
 std::string publicHalf(const EVP_PKEY* pair) {
-    std::string bytes(statement::kKeySize, '\0');
+    std::string bytes(kEd25519KeySize, '\0');
     std::size_t size = bytes.size();
     const bool got = EVP_PKEY_get_raw_public_key(pair, reinterpret_cast<unsigned char*>(bytes.data()), &size) == 1;
     return got && size == bytes.size() ? bytes : std::string();
@@ -67,7 +68,7 @@ bool PublisherKey::read(const std::string& path, [[maybe_unused]] std::vector<st
 }
 
 std::string PublisherKey::sign(std::string_view text) const {
-    std::string signature(statement::kSignatureSize, '\0');
+    std::string signature(kEd25519SignatureSize, '\0');
     std::size_t size = signature.size();
     const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context(EVP_MD_CTX_new(), &EVP_MD_CTX_free);
     const bool done = context && EVP_DigestSignInit(context.get(), nullptr, nullptr, nullptr, pair_.get()) == 1 &&

@@ -7,7 +7,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "install/base64.h"
+#include "crypto/base64.h"
 #include "publish/inspect.h"
 #include "publish/keys.h"
 #include "publish/release.h"

@@ -7,7 +7,7 @@
 #include <rapidjson/prettywriter.h>
 #include <rapidjson/stringbuffer.h>
 
-#include "install/file_hash.h"
+#include "crypto/sha256.h"
 #include "install/package_container.h"
 #include "publish/container_writer.h"
 #include "publish/statement_writer.h"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "install/base64.h"
+#include "crypto/base64.h"
 #include "publish/site.h"
 
 std::string writeStatement(const PackageIdentity& package, std::string_view status, std::int64_t nowSeconds, int days,

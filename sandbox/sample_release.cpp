@@ -2,7 +2,7 @@
 
 #include <miniz.h>
 
-#include "install/base64.h"
+#include "crypto/base64.h"
 #include "publish/keys.h"
 #include "publish/site.h"
 #include "publish/statement_writer.h"

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <system_error>
 
-#include "install/file_hash.h"
+#include "crypto/sha256.h"
 #include "install/release_statement.h"
 #include "system/http.h"
 #include "system/operating_system.h"

@@ -8,36 +8,11 @@
 
 #include <openssl/evp.h>
 
+#include "crypto/base64.h"
+
 namespace {
 
 constexpr std::size_t kChunkSize = 65536;
-
-int base64Value(char character) {
-    if (character >= 'A' && character <= 'Z') return character - 'A';
-    if (character >= 'a' && character <= 'z') return character - 'a' + 26;
-    if (character >= '0' && character <= '9') return character - '0' + 52;
-    if (character == '+' || character == '-') return 62;
-    if (character == '/' || character == '_') return 63;
-    return -1;
-}
-
-// Keys come from people's clipboards and other people's tools: both alphabets, with or without padding and line ends.
-std::vector<unsigned char> decodeKey(const std::string& text) {
-    std::vector<unsigned char> key;
-    std::uint32_t bits = 0;
-    int bitCount = 0;
-    for (const char character : text) {
-        if (character == '=') break;
-        const int value = base64Value(character);
-        if (value < 0) continue;
-        bits = (bits << 6 | static_cast<std::uint32_t>(value)) & 0xFFFF;
-        bitCount += 6;
-        if (bitCount < 8) continue;
-        bitCount -= 8;
-        key.push_back(static_cast<unsigned char>(bits >> bitCount & 0xFF));
-    }
-    return key;
-}
 
 bool readExactly(std::ifstream& file, unsigned char* bytes, std::size_t count) {
     file.read(reinterpret_cast<char*>(bytes), static_cast<std::streamsize>(count));
@@ -54,7 +29,7 @@ struct ContainerHeader {
 
 // A container whose header has been found good.
 struct OpenContainer {
-    std::vector<unsigned char> key;
+    std::string key;
     std::ifstream file;
     ContainerHeader header;
 };
@@ -79,7 +54,7 @@ const char* readHeader(std::ifstream& file, ContainerHeader& header) {
         return "Unsupported container format version or parameters.";
     for (std::size_t i = container::kSizeOffset; i < container::kNonceOffset; ++i)
         header.payloadSize = header.payloadSize << 8 | header.bytes[i];
-    // Subtracted and not added: the declared size is anybody's number.
+    // Subtract: adding to an untrusted size could overflow.
     if (header.payloadSize != fileSize - (container::kHeaderSize + container::kTagSize))
         return "Container file size does not match declared payload size.";
     file.seekg(static_cast<std::streamoff>(container::kHeaderSize + header.payloadSize));
@@ -96,7 +71,8 @@ const char* decryptPayload(OpenContainer& opened, const PlaintextSink& sink) {
     if (!cipher) return "Failed to allocate cipher context.";
     if (EVP_DecryptInit_ex(cipher.get(), EVP_aes_256_gcm(), nullptr, nullptr, nullptr) != 1 ||
         EVP_CIPHER_CTX_ctrl(cipher.get(), EVP_CTRL_GCM_SET_IVLEN, container::kNonceSize, nullptr) != 1 ||
-        EVP_DecryptInit_ex(cipher.get(), nullptr, nullptr, opened.key.data(), header.nonce()) != 1)
+        EVP_DecryptInit_ex(cipher.get(), nullptr, nullptr, reinterpret_cast<const unsigned char*>(opened.key.data()),
+                           header.nonce()) != 1)
         return "Failed to initialize AES-256-GCM cipher.";
 
     std::vector<unsigned char> ciphertext(kChunkSize);
@@ -132,7 +108,7 @@ const char* openContainer(OpenContainer& opened, const std::string& path) {
 }
 
 const char* openContainer(OpenContainer& opened, const std::string& path, const std::string& keyText) {
-    opened.key = decodeKey(keyText);
+    opened.key = base64DecodeLenient(keyText);
     if (opened.key.size() != container::kKeySize) return "Invalid decryption key length.";
     return openContainer(opened, path);
 }

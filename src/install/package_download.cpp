@@ -3,7 +3,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "install/file_hash.h"
+#include "crypto/sha256.h"
 #include "install/update_pipeline.h"
 #include "system/http.h"
 

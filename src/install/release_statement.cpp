@@ -2,11 +2,9 @@
 
 #include <algorithm>
 #include <charconv>
-#include <memory>
 
-#include <openssl/evp.h>
-
-#include "install/base64.h"
+#include "crypto/base64.h"
+#include "crypto/ed25519.h"
 
 namespace {
 
@@ -37,19 +35,6 @@ bool parseNumber(const std::string& text, std::int64_t& number) {
     return error == std::errc() && stopped == end;
 }
 
-const unsigned char* asBytes(const std::string& text) {
-    return reinterpret_cast<const unsigned char*>(text.data());
-}
-
-bool verifySignature(const std::string& text, const std::string& signature, const std::string& key) {
-    const std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)> publicKey(
-        EVP_PKEY_new_raw_public_key(EVP_PKEY_ED25519, nullptr, asBytes(key), key.size()), &EVP_PKEY_free);
-    const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context(EVP_MD_CTX_new(), &EVP_MD_CTX_free);
-    return publicKey && context &&
-           EVP_DigestVerifyInit(context.get(), nullptr, nullptr, nullptr, publicKey.get()) == 1 &&
-           EVP_DigestVerify(context.get(), asBytes(signature), signature.size(), asBytes(text), text.size()) == 1;
-}
-
 } // namespace
 
 bool parseReleaseStatement(std::string_view text, ReleaseStatement& release) {
@@ -69,7 +54,7 @@ bool parseReleaseStatement(std::string_view text, ReleaseStatement& release) {
             !takeField(rest, statement::kSignatureName, value))
             return false;
         release.signatures.push_back(base64DecodeCanonical(value));
-        if (release.signatures.back().size() != statement::kSignatureSize) return false;
+        if (release.signatures.back().size() != kEd25519SignatureSize) return false;
     }
     return !release.signatures.empty();
 }
@@ -84,7 +69,7 @@ bool parseStatementNumbers(const ReleaseStatement& release, StatementNumbers& nu
 bool isSignedByAny(const ReleaseStatement& release, const std::vector<std::string>& keys) {
     return std::any_of(keys.begin(), keys.end(), [&](const std::string& key) {
         return std::any_of(release.signatures.begin(), release.signatures.end(), [&](const std::string& signature) {
-            return verifySignature(release.signedText, signature, key);
+            return verifyEd25519(release.signedText, signature, key);
         });
     });
 }
@@ -94,7 +79,7 @@ std::vector<std::string> parsePublisherKeys(const std::string& text) {
     for (std::size_t start = 0; (start = text.find_first_not_of(' ', start)) != std::string::npos;) {
         const std::size_t end = std::min(text.find(' ', start), text.size());
         keys.push_back(base64DecodeCanonical(std::string_view(text).substr(start, end - start)));
-        if (keys.back().size() != statement::kKeySize || keys.size() > statement::kMaxSignatures) return {};
+        if (keys.back().size() != kEd25519KeySize || keys.size() > statement::kMaxSignatures) return {};
         start = end;
     }
     return keys;

@@ -37,8 +37,6 @@ inline constexpr std::string_view kFileExtension = ".txt";
 
 inline constexpr std::size_t kMaxBytes = 4096;
 inline constexpr std::size_t kMaxSignatures = 4; // and as many pinned keys
-inline constexpr std::size_t kKeySize = 32;
-inline constexpr std::size_t kSignatureSize = 64;
 inline constexpr std::int64_t kDaySeconds = 86400;
 inline constexpr std::int64_t kMaxLifetimeSeconds = 92 * kDaySeconds;
 inline constexpr std::int64_t kClockToleranceSeconds = kDaySeconds; // at both ends

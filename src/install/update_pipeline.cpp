@@ -4,9 +4,9 @@
 #include <fstream>
 #include <system_error>
 
+#include "crypto/sha256.h"
 #include "install/artifact_authenticity.h"
 #include "install/editor_location.h"
-#include "install/file_hash.h"
 #include "install/package_container.h"
 #include "install/package_extraction.h"
 #include "system/http.h"

@@ -1,13 +1,18 @@
 #include "signin/sign_in_flow.h"
 
+#include <cstdint>
 #include <mutex>
 #include <utility>
+#include <vector>
 
 #include "config/launcher_settings.h"
+#include "crypto/base64.h"
+#include "crypto/random_bytes.h"
+#include "crypto/sha256.h"
 #include "signin/google_endpoints.h"
-#include "signin/pkce.h"
 #include "signin/token_requests.h"
 #include "system/operating_system.h"
+#include "system/percent_encoding.h"
 
 namespace {
 
@@ -59,7 +64,8 @@ void SignInFlow::startSignIn() {
 
     codeVerifier_ = randomUrlToken(kVerifierBytes);
     const std::string oauthState = randomUrlToken(kStateBytes);
-    const std::string challenge = base64UrlEncode(sha256Bytes(codeVerifier_));
+    const std::vector<std::uint8_t> digest = sha256Bytes(codeVerifier_);
+    const std::string challenge = base64UrlEncode({reinterpret_cast<const char*>(digest.data()), digest.size()});
     if (codeVerifier_.empty() || challenge.empty() || oauthState.empty()) {
         state = SignInState::SignedOut;
         errorMessage = "Failed to prepare the sign-in request.";

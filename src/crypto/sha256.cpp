@@ -1,4 +1,4 @@
-#include "install/file_hash.h"
+#include "crypto/sha256.h"
 
 #include <fstream>
 #include <vector>
@@ -20,7 +20,7 @@ std::string Sha256::finish() {
 
 std::string sha256OfFile(const std::string& path) {
     std::ifstream file;
-    file.rdbuf()->pubsetbuf(nullptr, 0); // the reads below are large enough
+    file.rdbuf()->pubsetbuf(nullptr, 0); // no second buffer: the reads below are large
     file.open(path, std::ios::binary);
     if (!file) return {};
     Sha256 digest;
@@ -30,6 +30,12 @@ std::string sha256OfFile(const std::string& path) {
         digest.update(buffer.data(), static_cast<std::size_t>(file.gcount()));
     }
     return file.eof() && !file.bad() ? digest.finish() : std::string();
+}
+
+std::vector<std::uint8_t> sha256Bytes(const std::string& text) {
+    std::vector<std::uint8_t> digest(32);
+    if (EVP_Digest(text.data(), text.size(), digest.data(), nullptr, EVP_sha256(), nullptr) != 1) return {};
+    return digest;
 }
 
 std::string hexEncode(const unsigned char* bytes, std::size_t count) {

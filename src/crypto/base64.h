@@ -1,0 +1,19 @@
+#pragma once
+
+// Base64 in its two alphabets. Any thread.
+
+#include <string>
+#include <string_view>
+
+// The standard alphabet with padding.
+[[nodiscard]] std::string base64Encode(std::string_view bytes);
+
+// The URL-safe alphabet of RFC 4648 without padding.
+[[nodiscard]] std::string base64UrlEncode(std::string_view bytes);
+
+// Decodes the standard alphabet strictly. Empty unless encoding the result gives exactly `text` again.
+[[nodiscard]] std::string base64DecodeCanonical(std::string_view text);
+
+// Decodes text that people and other tools wrote: both alphabets, also mixed. "=" ends the text, every other foreign
+// byte is skipped, and bits that do not fill a byte are dropped.
+[[nodiscard]] std::string base64DecodeLenient(std::string_view text);

@@ -1,0 +1,32 @@
+#pragma once
+
+// SHA-256 of texts, streams and files. Any thread.
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <openssl/evp.h>
+
+// The digest of bytes that arrive in pieces.
+class Sha256 {
+  public:
+    Sha256();
+    void update(const void* bytes, std::size_t count);
+    [[nodiscard]] std::string finish(); // 64 lower-case hexadecimal digits, empty after any failure; call it once
+
+  private:
+    std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context_;
+    bool good_;
+};
+
+// 64 lower-case hexadecimal digits, empty on any failure. Reads the whole file, 256 KiB at a time.
+[[nodiscard]] std::string sha256OfFile(const std::string& path);
+
+// The 32 bytes of the digest, empty when it fails.
+[[nodiscard]] std::vector<std::uint8_t> sha256Bytes(const std::string& text);
+
+// Lower-case, high nibble first.
+[[nodiscard]] std::string hexEncode(const unsigned char* bytes, std::size_t count);
