@@ -2,6 +2,7 @@
 
 // SHA-256 of texts, streams and files. Any thread.
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -22,8 +23,9 @@ class Sha256 {
     bool good_;
 };
 
-// 64 lower-case hexadecimal digits, empty on any failure. Reads the whole file, 256 KiB at a time.
-[[nodiscard]] std::string sha256OfFile(const std::string& path);
+// 64 lower-case hexadecimal digits, empty on any failure. Reads the whole file, 256 KiB at a time. Gives up with an
+// empty text once another thread sets `stop`.
+[[nodiscard]] std::string sha256OfFile(const std::string& path, const std::atomic<bool>* stop = nullptr);
 
 // The 32 bytes of the digest, empty when it fails.
 [[nodiscard]] std::vector<std::uint8_t> sha256Bytes(const std::string& text);

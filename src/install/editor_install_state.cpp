@@ -13,7 +13,8 @@ EditorInstallState::EditorInstallState(const std::string& manifestUrl, const std
     , progress_(initial) {}
 
 EditorInstallState::~EditorInstallState() {
-    cancelRequested_ = true;
+    stop_.closing = true;
+    stop_.cancelRequested = true;
     if (worker_.joinable()) worker_.join();
 }
 
@@ -23,7 +24,7 @@ void EditorInstallState::startUpdate() {
     if (worker_.joinable()) worker_.join();
     // Clear the previous worker's flag, or joinIfFinished would block on the new worker.
     workerFinished_ = false;
-    cancelRequested_ = false;
+    stop_.cancelRequested = false;
     report({UpdateEvent::Started});
     worker_ = std::thread([this] {
         runUpdate();
@@ -32,7 +33,7 @@ void EditorInstallState::startUpdate() {
 }
 
 void EditorInstallState::requestCancel() {
-    cancelRequested_ = true;
+    stop_.cancelRequested = true;
 }
 
 void EditorInstallState::joinIfFinished() {
@@ -86,7 +87,7 @@ void EditorInstallState::runUpdate() {
         recordBytes(progress_, received, total);
     };
     const auto onEvent = [this](const UpdateEvent& event) { report(event); };
-    report(updateEditor({manifestUrl_, downloadsDirectory_, authenticity_, cancelRequested_, onEvent, onProgress}));
+    report(updateEditor({manifestUrl_, downloadsDirectory_, authenticity_, stop_, onEvent, onProgress}));
 }
 
 void EditorInstallState::report(const UpdateEvent& event) {

@@ -55,6 +55,7 @@ std::string sanitizeVersion(const std::string& version) {
 }
 
 std::string packagePathIn(const std::string& downloadsDirectory, const std::string& version) {
-    return (std::filesystem::path(downloadsDirectory) / ("zantor_editor_" + sanitizeVersion(version) + ".zip"))
+    return (std::filesystem::path(downloadsDirectory) /
+            (std::string(kPackageNameStart) + sanitizeVersion(version) + ".zip"))
         .string();
 }

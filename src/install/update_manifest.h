@@ -11,6 +11,7 @@
 // A member of another type counts as absent. Every other member is ignored. Any thread.
 
 #include <string>
+#include <string_view>
 #include <variant>
 
 struct UpdateManifest {
@@ -40,4 +41,5 @@ using ManifestAnswer = std::variant<UpdateManifest, NoAnswer, BadManifest>;
 [[nodiscard]] std::string sanitizeVersion(const std::string& version);
 
 // Where the package of a version is kept.
+inline constexpr std::string_view kPackageNameStart = "zantor_editor_";
 [[nodiscard]] std::string packagePathIn(const std::string& downloadsDirectory, const std::string& version);
