@@ -33,6 +33,7 @@ bool verifyArtifactAuthenticity(const ArtifactAuthenticity& pinned, const std::s
     std::string path;
     HttpsAnswer answer;
     server.readTimeoutSeconds = 30;
+    server.abort = stop.requests;
     // One slash: object stores answer "//" with 404.
     const std::string base = pinned.url.ends_with('/') ? pinned.url.substr(0, pinned.url.size() - 1) : pinned.url;
     const std::string url = base + "/" + package.sha256 + std::string(statement::kFileExtension);

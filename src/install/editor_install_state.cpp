@@ -13,8 +13,7 @@ EditorInstallState::EditorInstallState(const std::string& manifestUrl, const std
     , progress_(initial) {}
 
 EditorInstallState::~EditorInstallState() {
-    stop_.closing = true;
-    stop_.cancelRequested = true;
+    stop_.close();
     if (worker_.joinable()) worker_.join();
 }
 
@@ -24,7 +23,7 @@ void EditorInstallState::startUpdate() {
     if (worker_.joinable()) worker_.join();
     // Clear the previous worker's flag, or joinIfFinished would block on the new worker.
     workerFinished_ = false;
-    stop_.cancelRequested = false;
+    stop_.clearCancel();
     report({UpdateEvent::Started});
     worker_ = std::thread([this] {
         runUpdate();
@@ -33,7 +32,7 @@ void EditorInstallState::startUpdate() {
 }
 
 void EditorInstallState::requestCancel() {
-    stop_.cancelRequested = true;
+    stop_.cancel();
 }
 
 void EditorInstallState::joinIfFinished() {

@@ -21,7 +21,7 @@ class EditorInstallState {
   public:
     EditorInstallState(const std::string& manifestUrl, const std::string& downloadsDirectory,
                        const ArtifactAuthenticity& authenticity = {}, const InstallProgress& initial = {});
-    ~EditorInstallState(); // cancels and joins; waits for the worker's next cancellation point
+    ~EditorInstallState(); // ends the run and joins; waits for decryption, removal, rename and sync
     EditorInstallState(const EditorInstallState&) = delete;
     EditorInstallState& operator=(const EditorInstallState&) = delete;
 

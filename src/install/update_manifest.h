@@ -14,6 +14,8 @@
 #include <string_view>
 #include <variant>
 
+#include "system/http.h"
+
 struct UpdateManifest {
     std::string version;
     std::string url;
@@ -31,8 +33,8 @@ struct BadManifest {
 };
 using ManifestAnswer = std::variant<UpdateManifest, NoAnswer, BadManifest>;
 
-// Asks the server for the manifest. Blocking; a worker thread only.
-[[nodiscard]] ManifestAnswer fetchManifest(const std::string& manifestUrl);
+// Asks the server for the manifest. Blocking; a worker thread only. No answer once `abort` is aborted.
+[[nodiscard]] ManifestAnswer fetchManifest(const std::string& manifestUrl, const HttpAbort& abort);
 
 // False leaves a message for the user in `failureText`.
 [[nodiscard]] bool parseUpdateManifest(const std::string& body, UpdateManifest& manifest, std::string& failureText);

@@ -65,6 +65,7 @@ UpdateEvent::Kind bringPackage(const UpdateRun& run, const UpdateManifest& manif
     std::error_code ignored;
     fs::remove(transfer.packagePath, ignored);
     transfer.server.readTimeoutSeconds = kPackageReadTimeoutSeconds;
+    transfer.server.abort = run.stop.transfer;
     transfer.sha256 = manifest.sha256;
     run.onEvent({UpdateEvent::DownloadStarted, manifest.version, transfer.packagePath});
     const UpdateEvent::Kind ended = downloadPackage(transfer, run.stop, run.onProgress);
@@ -165,7 +166,7 @@ UpdateEvent updateFromManifest(const UpdateRun& run, const UpdateManifest& manif
 UpdateEvent updateEditor(const UpdateRun& run) {
     if (!isManifestUrlConfigured(run.manifestUrl))
         return {isEditorNearLauncher() ? UpdateEvent::Offline : UpdateEvent::NotConfigured};
-    const ManifestAnswer answer = fetchManifest(run.manifestUrl);
+    const ManifestAnswer answer = fetchManifest(run.manifestUrl, run.stop.requests);
     // No answer falls back to the installed editor. A bad answer fails the run.
     if (std::holds_alternative<NoAnswer>(answer))
         return {isEditorNearLauncher() ? UpdateEvent::Offline : UpdateEvent::Unreachable};

@@ -1,6 +1,7 @@
 // The transfer of a package: only a complete and verified file gets the final name.
 
 #include <atomic>
+#include <chrono>
 
 #include <gtest/gtest.h>
 
@@ -141,6 +142,33 @@ TEST(PackageDownload, CancelEndsATransferThatDrips) {
         state.requestCancel();
         EXPECT_EQ(world.finish(), "Failed: Download cancelled. [Failed]");
         world.expectOldEditor({}, false);
+    }
+}
+
+TEST(PackageDownload, CancelAndClosingDoNotWaitForASilentServer) {
+    for (const std::string silent : {"/package", "/manifest", "/statements/" + sha256Hex(kPackage) + ".txt"}) {
+        SCOPED_TRACE(silent);
+        InstallWorld world;
+        world.release("2", kPackage);
+        std::atomic<bool> asked = false;
+        world.serve(silent, [&](TlsConnection& connection) {
+            asked = true;
+            connection.stall();
+        });
+        EditorInstallState& state = world.state({world.url("/statements"), toBase64(SigningKey('a').publicKey())});
+        const auto start = std::chrono::steady_clock::now();
+        if (silent == "/package") {
+            state.startUpdate();
+            ASSERT_TRUE(eventually([&] { return asked.load(); }));
+            state.requestCancel();
+            EXPECT_EQ(world.finish(), "Failed: Download cancelled. [Failed]");
+        }
+        asked = false;
+        state.startUpdate();
+        ASSERT_TRUE(eventually([&] { return asked.load(); }));
+        world.close();
+        // The shortest read time-out is 30 s.
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
     }
 }
 
