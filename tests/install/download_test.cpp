@@ -146,7 +146,8 @@ TEST(PackageDownload, CancelEndsATransferThatDrips) {
 }
 
 TEST(PackageDownload, CancelAndClosingDoNotWaitForASilentServer) {
-    for (const std::string silent : {"/package", "/manifest", "/statements/" + sha256Hex(kPackage) + ".txt"}) {
+    for (const std::string& silent :
+         {std::string("/package"), std::string("/manifest"), "/statements/" + sha256Hex(kPackage) + ".txt"}) {
         SCOPED_TRACE(silent);
         InstallWorld world;
         world.release("2", kPackage);
