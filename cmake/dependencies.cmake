@@ -5,6 +5,7 @@
 # Debian's archive they set FETCHCONTENT_SOURCE_DIR_<NAME>, and nothing is downloaded here.
 
 include(FetchContent)
+include(cmake/split-header.cmake)
 set(FETCHCONTENT_QUIET ON)
 
 find_package(Threads REQUIRED)
@@ -62,11 +63,12 @@ endif()
 # --- cpp-httplib: header only, TLS on, compression off. Its own backlog of 5 lets a browser wait for seconds when others
 # connect at the same moment; its own limit of 32 KiB lets the status line of a hostile server run a worker of Windows out
 # of stack, for a regular expression with a call for each character takes it apart.
-add_library(httplib INTERFACE)
-target_include_directories(httplib SYSTEM INTERFACE ${httplib_SOURCE_DIR})
-target_compile_definitions(httplib INTERFACE CPPHTTPLIB_OPENSSL_SUPPORT CPPHTTPLIB_LISTEN_BACKLOG=128
+volo_split_header(${httplib_SOURCE_DIR}/httplib.h ${CMAKE_BINARY_DIR}/httplib)
+add_library(httplib STATIC ${CMAKE_BINARY_DIR}/httplib/httplib.cpp)
+target_include_directories(httplib SYSTEM PUBLIC ${CMAKE_BINARY_DIR}/httplib)
+target_compile_definitions(httplib PUBLIC CPPHTTPLIB_OPENSSL_SUPPORT CPPHTTPLIB_LISTEN_BACKLOG=128
   CPPHTTPLIB_MAX_LINE_LENGTH=4096)
-target_link_libraries(httplib INTERFACE OpenSSL::SSL OpenSSL::Crypto Threads::Threads)
+target_link_libraries(httplib PUBLIC OpenSSL::SSL OpenSSL::Crypto Threads::Threads)
 
 # --- stb_image, RapidJSON: headers.
 add_library(stb_image INTERFACE)
