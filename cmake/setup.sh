@@ -10,7 +10,7 @@ volo_cache=${VOLO_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/volo-launcher}
 volo_packages=(
   # to build
   build-essential cmake ninja-build pkg-config git ca-certificates dpkg-dev libssl-dev libglfw3-dev libgl-dev
-  libfontconfig-dev libx11-dev rapidjson-dev libstb-dev libcli11-dev fonts-roboto-unhinted
+  libfontconfig-dev libx11-dev libsystemd-dev rapidjson-dev libstb-dev libcli11-dev fonts-roboto-unhinted
   librsvg2-bin imagemagick
   # to test: libraries, independent tools, a screen without a display
   libgtest-dev libgmock-dev openssl python3 python3-cryptography unzip zip p7zip-full libarchive-tools

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "shell/launcher_app.h"
@@ -75,6 +76,8 @@ int run() {
         uiThemeTick(host.deltaSeconds);
         uiThemeApplyStyle();
         app.drawFrame(host.deltaSeconds);
+        if (std::exchange(app.attentionWanted, false)) host.requestAttention();
+        host.setProgress(app.downloadProgress());
         float clearColour[4];
         uiThemeBackgroundFloat(clearColour);
         if (!host.presentFrame(clearColour)) break;
