@@ -53,12 +53,14 @@ void pressKeys(Stage& stage, std::initializer_list<ImGuiKey> keys) {
 void showInstall(Stage& stage, EditorInstallStatus status, const char* message, std::int64_t received = 0,
                  std::int64_t total = 0) {
     stage.startWithProjects().activeTab = LauncherTab::Installs;
-    stage.setInstall(status, message, received, total);
+    stage.setInstall({status, message, received, total, {}});
 }
 
 void showDownloads(Stage& stage, const std::vector<DownloadRecord>& rows) {
     stage.startWithProjects().activeTab = LauncherTab::Downloads;
-    stage.setDownloads(rows);
+    InstallProgress progress;
+    progress.downloads = rows;
+    stage.setInstall(progress);
 }
 
 void manyProjects(Stage& stage) {
@@ -301,7 +303,8 @@ const std::vector<Scene> kScenes = {
     {"installs-none",
      [](Stage& stage) {
          stage.startSignedInAs("Ada Lovelace", "ada.lovelace@example.org").activeTab = LauncherTab::Installs;
-         stage.setInstall(Status::Idle, "Update server not configured. Please locate or install VOLO Editor.");
+         stage.setInstall(
+             {Status::Idle, "Update server not configured. Please locate or install VOLO Editor.", 0, 0, {}});
      }},
     {"installs-checking",
      [](Stage& stage) { showInstall(stage, Status::Checking, "Checking for updates\xE2\x80\xA6"); }},

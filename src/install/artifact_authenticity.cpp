@@ -20,7 +20,7 @@ bool verifyArtifactAuthenticity(const ArtifactAuthenticity& pinned, const std::s
     if (pinned.url.empty() || keys.empty())
         return fail("the publisher key in the launcher configuration is not usable.");
 
-    // From the files themselves: the manifest's word is what is being checked.
+    // Compute everything from the files: the manifest is what the statement checks.
     PackageIdentity package;
     package.version = version;
     std::error_code error;

@@ -24,8 +24,8 @@ bool isSafeEntryName(std::string_view name) {
 
 namespace {
 
-// The reader writes plain 0644 files. Its system byte says whose permissions the upper half of the attributes holds;
-// an archiver that knows no file type leaves the type bits zero.
+// miniz 3.1 writes every file with mode 0644. The upper half of the attributes holds a mode when the entry was made on
+// Unix. Archivers that know no file type leave the type bits zero.
 void applyUnixMode(const std::string& path, const mz_zip_archive_file_stat& entry) {
     constexpr unsigned kMadeOnUnix = 3, kTypeBits = 0170000, kRegular = 0100000;
     const unsigned mode = entry.m_external_attr >> 16;
@@ -45,9 +45,9 @@ bool extractEntry(mz_zip_archive& archive, mz_uint index, const fs::path& stagin
     try {
         destination = stagingDirectory / name;
     } catch (const std::exception&) {
-        return false; // where paths are UTF-16, a name that is no UTF-8 has none
+        return false; // on Windows a name that is not UTF-8 has no path
     }
-    std::error_code ignored; // the extraction fails by itself where its directory is missing
+    std::error_code ignored; // the extraction fails when its directory is missing
     fs::create_directories(destination.parent_path(), ignored);
     const std::string destinationText = destination.string();
     if (!mz_zip_reader_extract_to_file(&archive, index, destinationText.c_str(), 0)) return false;
@@ -55,7 +55,7 @@ bool extractEntry(mz_zip_archive& archive, mz_uint index, const fs::path& stagin
     return true;
 }
 
-// A package made where there are no such permissions still has to start.
+// A package from a system without Unix modes must start too.
 void makeEditorExecutable(const std::string& stagingDirectory) {
     for (const std::string& place : editorExecutablePlaces(stagingDirectory)) {
         std::error_code ignored;
@@ -84,9 +84,9 @@ ExtractionOutcome extractArchive(const std::string& archivePath, const std::stri
 bool swapIn(const std::string& stagingDirectory) {
     const std::string target = managedEditorDirectory();
     std::error_code ignored;
-    // What makes a directory pass for an editor goes first, so that a half-deleted one is none, should the launcher
-    // die here.
-    if (!fs::is_symlink(target, ignored)) { // of a link only the link goes
+    // Delete the marker and the executables first: a crash then never leaves a half-deleted folder that looks
+    // installed. Of a symbolic link only the link is deleted, not the directory that it leads to.
+    if (!fs::is_symlink(target, ignored)) {
         fs::remove(editorVersionMarkerPath(), ignored);
         for (const std::string& place : editorExecutablePlaces(target))
             fs::remove(place, ignored);
