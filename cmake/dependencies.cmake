@@ -16,6 +16,8 @@ if(NOT WIN32)
   find_package(OpenGL REQUIRED COMPONENTS OpenGL)
   find_package(Fontconfig REQUIRED)
   find_package(X11 REQUIRED)
+  find_package(PkgConfig REQUIRED)
+  pkg_check_modules(LIBSYSTEMD REQUIRED IMPORTED_TARGET libsystemd) # its D-Bus client
 else()
   # A static OpenSSL needs ws2_32. cpp-httplib reads the certificate store through crypt32.
   set_property(TARGET OpenSSL::Crypto APPEND PROPERTY INTERFACE_LINK_LIBRARIES ws2_32 crypt32)
@@ -42,7 +44,7 @@ set(VOLO_IMGUI_SOURCES
 add_library(imgui_headers INTERFACE)
 target_include_directories(imgui_headers SYSTEM INTERFACE ${imgui_SOURCE_DIR} ${imgui_SOURCE_DIR}/backends)
 target_compile_definitions(imgui_headers INTERFACE IMGUI_DISABLE_OBSOLETE_FUNCTIONS IMGUI_DISABLE_DEMO_WINDOWS
-  IMGUI_DEFINE_MATH_OPERATORS)
+  IMGUI_DEFINE_MATH_OPERATORS IMGUI_USE_WCHAR32)
 
 add_library(imgui STATIC ${VOLO_IMGUI_SOURCES})
 target_link_libraries(imgui PUBLIC imgui_headers)
@@ -55,7 +57,7 @@ add_library(imgui_backends STATIC
   ${imgui_SOURCE_DIR}/backends/imgui_impl_glfw.cpp ${imgui_SOURCE_DIR}/backends/imgui_impl_opengl3.cpp)
 target_link_libraries(imgui_backends PUBLIC imgui_headers glfw)
 if(NOT WIN32)
-  target_link_libraries(imgui_backends PUBLIC OpenGL::GL Fontconfig::Fontconfig X11::X11 ${CMAKE_DL_LIBS})
+  target_link_libraries(imgui_backends PUBLIC OpenGL::GL Fontconfig::Fontconfig X11::X11 PkgConfig::LIBSYSTEMD ${CMAKE_DL_LIBS})
 else()
   target_link_libraries(imgui_backends PUBLIC opengl32 gdi32 dwmapi)
 endif()

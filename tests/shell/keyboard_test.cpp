@@ -116,11 +116,14 @@ TEST_F(Keyboard, CreatesAProjectInThePopup) {
     EXPECT_EQ(app->settings->projects().size(), 2u);
 
     ASSERT_TRUE(activate(kRoot, {"+ New project"}));
-    type("Hernia");
+    const std::string name = "Hernia \xF0\x9F\x98\x80\xF0\x9F\xAB\x80"; // two characters beyond U+FFFF
+    type(name);
     key(ImGuiKey_Enter);
     frames(2);
     EXPECT_FALSE(popupOpen(kCreatePopup)) << app->createProjectError;
-    EXPECT_EQ(app->settings->projects().size(), 3u);
+    ASSERT_EQ(app->settings->projects().size(), 3u);
+    EXPECT_EQ(app->settings->projects()[0].name, name);
+    EXPECT_TRUE(std::filesystem::is_directory(folder / "documents/VOLO Projects" / name));
 }
 
 TEST_F(Keyboard, ClosesTheErrorPopup) {

@@ -56,6 +56,10 @@ TEST(Routing, EverySignInChecksForUpdatesOnce) {
     ui.frame();
     EXPECT_TRUE(app.updateCheckStarted);
     ASSERT_TRUE(eventually([&] { return app.install->status() == EditorInstallStatus::Failed; }));
+    EXPECT_FALSE(app.attentionWanted);
+    app.pendingOpenProjectPath = "/a/project that waits.zantorproj";
+    ui.frame();
+    EXPECT_TRUE(app.attentionWanted) << "the install that a project waited for has ended";
 
     ASSERT_TRUE(ui.click(kRoot, {"Installs"}));
     ASSERT_TRUE(ui.click(kRoot, {"Sign out"}));
@@ -111,6 +115,34 @@ TEST(Layout, DoublesAtScaleTwo) {
         for (const float off : {offMin.x, offMin.y, offMax.x, offMax.y})
             EXPECT_NEAR(off, 0.0f, 1.01f) << i;
         EXPECT_TRUE(ImRect(0, 0, 900, 560).Contains(normal[i])) << i << " is outside the smallest window";
+    }
+}
+
+TEST(List, ItsScrollBarTakesNoWidthAndMovesTheRows) {
+    UiHarness ui;
+    LauncherApp& app = ui.startSignedIn();
+    app.settings->setProjects(std::vector<ProjectEntry>(100, ui.makeProject("a", 1)));
+    ui.frames(3);
+    const ImRect row = *ui.rect(kProjectList, {0, "##project_row"});
+    EXPECT_FLOAT_EQ(row.Max.x, 1180.0f - 16.0f);
+    ui.moveTo({1180.0f - 8.0f, row.GetCenter().y});
+    ui.press(ImGuiMouseButton_Left);
+    ui.moveTo({1180.0f - 8.0f, 730.0f});
+    ui.release(ImGuiMouseButton_Left);
+    ui.frame();
+    EXPECT_FALSE(ui.rect(kProjectList, {0, "##project_row"}));
+    EXPECT_TRUE(ui.rect(kProjectList, {99, "##project_row"}));
+}
+
+TEST(List, ACutTextHasATooltip) {
+    UiHarness ui;
+    LauncherApp& app = ui.startSignedIn();
+    app.settings->setProjects({ui.makeProject("a", 2), ui.makeProject(std::string(200, 'b'), 1)});
+    ui.frames(2);
+    for (const int index : {0, 1}) {
+        ui.moveTo(ui.rect(kProjectList, {index, "##project_row"})->Min + ImVec2(80.0f, 26.0f));
+        ui.frames(60);
+        EXPECT_EQ(ui.popupOpen("##Tooltip_00"), index == 1);
     }
 }
 
