@@ -1,5 +1,5 @@
-// Program entry: the single-instance guard, the application object, the window, the frame loop, and a tear-down in a
-// fixed order. No arguments are read.
+// Program entry: the single-instance guard, the application object, the window, the frame loop, and a tear-down in
+// fixed order. Arguments are ignored.
 
 #include <csignal>
 #include <cstdio>
@@ -18,7 +18,7 @@
 
 namespace {
 
-// The first candidate that is a regular file, as UTF-8; empty when none is.
+// The first candidate that is a regular file, as UTF-8, or an empty text.
 std::string findFont(const std::vector<std::filesystem::path>& candidates) {
     for (const std::filesystem::path& candidate : candidates) {
         std::error_code ignored;
@@ -39,7 +39,7 @@ int run() {
         return 0;
     }
 
-    LauncherApp app; // outlives the window: its workers are joined last
+    LauncherApp app; // destroyed after the window; joins the workers
 
     UiHostDesc desc;
     desc.title = "VOLO Launcher";
@@ -48,12 +48,12 @@ int run() {
     desc.minWidth = 900;
     desc.minHeight = 560;
 
-    const std::filesystem::path besideLauncher = launcherDirectory();
+    const std::filesystem::path launcherFolder = launcherDirectory();
     const std::filesystem::path engineFont = "engine/ui/misc/fonts/Roboto-Medium.ttf";
     std::error_code ignored;
     const std::vector<std::filesystem::path> fontCandidates = {
-        besideLauncher / "Roboto-Medium.ttf",
-        besideLauncher / engineFont,
+        launcherFolder / "Roboto-Medium.ttf",
+        launcherFolder / engineFont,
         std::filesystem::current_path(ignored) / engineFont,
     };
     const std::string fontPath = findFont(fontCandidates);
@@ -69,7 +69,7 @@ int run() {
     }
 
     uiThemeInitialize(host.integration);
-    whileDialogIsOpen() = [&host](std::int64_t dialog) { host.serve(dialog); };
+    whileDialogIsOpen() = [&host](std::int64_t dialog) { host.repaintBehindDialog(dialog); };
     while (host.beginFrame()) {
         uiThemeSetScale(host.dpiScale());
         uiThemeTick(host.deltaSeconds);
@@ -82,7 +82,7 @@ int run() {
 
     whileDialogIsOpen() = nullptr;
     host.shutdown();
-    guard.release(); // a new instance need not wait for the workers of this one
+    guard.release(); // before the workers are joined, so that a new instance can start at once
     return 0;
 }
 

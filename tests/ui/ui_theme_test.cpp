@@ -14,7 +14,7 @@
 #include "ui/ui_integration.h"
 #include "ui/ui_palette.h"
 #include "ui/ui_popups.h"
-#include "ui/ui_system_fonts.h"
+#include "ui/ui_host_fonts.h"
 
 namespace {
 
