@@ -1,5 +1,4 @@
-# `cpack` in the build folder makes one zip of one folder that needs nothing else: the launcher and what stands beside it.
-# On other platforms a package is the packager's own affair.
+# `cpack` in the build folder makes a zip of the launcher's folder. Linux has no package yet.
 if(NOT WIN32)
   return()
 endif()
@@ -7,7 +6,7 @@ endif()
 install(TARGETS volo-launcher RUNTIME DESTINATION .)
 install(FILES ${VOLO_FONT} assets/background.png assets/launcher_config.example.json LICENSE THIRD_PARTY.md DESTINATION .)
 
-# The licences of what is linked in.
+# The licences of the linked libraries.
 foreach(library ${VOLO_WINDOWS_LIBRARIES})
   install(DIRECTORY ${library}/licences DESTINATION . OPTIONAL)
 endforeach()
