@@ -1,4 +1,4 @@
-// Every screen in every state that a person can meet.
+// Every screen in every state that a user can see.
 
 #include <vector>
 
@@ -42,7 +42,7 @@ void openCreatePopup(Stage& stage) {
     stage.frames(3);
 }
 
-// Keys from the keyboard alone; the ring follows.
+// Presses keys one after the other. They show the focus ring.
 void pressKeys(Stage& stage, std::initializer_list<ImGuiKey> keys) {
     stage.frames(2);
     for (const ImGuiKey key : keys)
@@ -165,7 +165,7 @@ const std::vector<Scene> kScenes = {
      [](Stage& stage) {
          stage.startWithProjects();
          hover(stage, kRoot, {"Editor version"});
-         stage.clickAt(ImGui::GetIO().MousePos); // the keyboard goes on from there
+         stage.clickAt(ImGui::GetIO().MousePos); // Tab starts from the clicked item
          pressKeys(stage, {ImGuiKey_Tab, ImGuiKey_DownArrow});
      }},
     {"projects-sorted",
@@ -185,9 +185,7 @@ const std::vector<Scene> kScenes = {
      [](Stage& stage) {
          stage.startWithProjects();
          typeInto(stage, kRoot, {"##ProjectSearch"}, "arthroscopy");
-         ImGui::GetIO().AddKeyEvent(ImGuiMod_Ctrl, true);
-         stage.key(ImGuiKey_A);
-         ImGui::GetIO().AddKeyEvent(ImGuiMod_Ctrl, false);
+         stage.key(ImGuiKey_A, ImGuiMod_Ctrl);
      }},
     {"projects-no-match",
      [](Stage& stage) {

@@ -6,7 +6,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr int kSettleFrames = 30; // half a second: whatever was set in motion has come to rest
+constexpr int kSettleFrames = 30; // half a second, after which every animation has ended
 
 // The states of a run that it only passes through are set from outside, and the picture is waited for; an explicit
 // instantiation may name what is private.
@@ -47,8 +47,7 @@ Stage::Stage(const StageSetting& stageSetting)
     std::error_code thereIsNone;
     fs::copy_file(setting.props / "background.png", launcherFolder / "background.png", thereIsNone);
 
-    ImGui::GetIO().ConfigFlags |= ImGuiConfigFlags_NavEnableKeyboard; // as the host sets it
-    uiThemeShutdown();                                                // the harness started it without a font
+    uiThemeShutdown(); // the harness has initialised it without a font
     integration.fontPath = (setting.props / "Roboto-Medium.ttf").string();
     uiThemeInitialize(&integration);
     resize(setting.width, setting.height, setting.scale);
