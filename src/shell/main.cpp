@@ -1,7 +1,6 @@
 // Program entry: the single-instance guard, the application object, the window, the frame loop, and a tear-down in
 // fixed order. Arguments are ignored.
 
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -10,8 +9,9 @@
 
 #include "shell/launcher_app.h"
 #include "signin/loopback_listener.h"
-#include "system/dialog_waiting.h"
+#include "system/dialog_hook.h"
 #include "system/operating_system.h"
+#include "system/platform.h"
 #include "system/single_instance.h"
 #include "ui/ui_host.h"
 #include "ui/ui_theme.h"
@@ -30,9 +30,7 @@ std::string findFont(const std::vector<std::filesystem::path>& candidates) {
 }
 
 int run() {
-#ifdef SIGPIPE
-    std::signal(SIGPIPE, SIG_IGN); // a TLS connection that breaks while it is written to must not end the process
-#endif
+    ignoreBrokenPipes(); // a write to a TLS connection that broke must not end the process
     SingleInstanceGuard guard;
     if (guard.anotherInstanceRuns()) {
         std::fputs("[Launcher] VOLO Launcher is already running.\n", stderr);
@@ -69,7 +67,7 @@ int run() {
     }
 
     uiThemeInitialize(host.integration);
-    whileDialogIsOpen() = [&host](std::int64_t dialog) { host.repaintBehindDialog(dialog); };
+    setDialogHook([&host](std::int64_t dialog) { host.repaintBehindDialog(dialog); });
     while (host.beginFrame()) {
         uiThemeSetScale(host.dpiScale());
         uiThemeTick(host.deltaSeconds);
@@ -80,7 +78,7 @@ int run() {
         if (!host.presentFrame(clearColour)) break;
     }
 
-    whileDialogIsOpen() = nullptr;
+    setDialogHook(nullptr);
     host.shutdown();
     guard.release(); // before the workers are joined, so that a new instance can start at once
     return 0;

@@ -1,11 +1,11 @@
 #pragma once
 
-// Signs the user in with a Google account through the system's browser: authorization code with PKCE (RFC 7636), the
-// redirect taken by a loopback listener (RFC 8252), tokens and user information fetched on a worker thread.
+// Signs the user in with a Google account through the system's browser: authorization code with PKCE (RFC 7636), a
+// redirect to a loopback listener (RFC 8252), and a worker thread that fetches tokens and user information.
 //
-// All members are called on the frame thread. Results of other threads arrive in a mailbox that pollSignIn empties at
-// the top of every frame. startSignIn, cancelSignIn, signOut, restoreSession and the destructor join a worker that is
-// inside a network call, and stand still for as long as that call lasts: that is meant. Nothing else here blocks.
+// Frame thread only. Results of other threads arrive in a mailbox that pollSignIn empties at the top of every frame.
+// startSignIn, cancelSignIn, signOut, restoreSession and the destructor join the worker and so block for as long as its
+// network calls last. Nothing else here blocks. Failures appear in `state` and `errorMessage`.
 
 #include <cstdint>
 #include <memory>
@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "signin/loopback_listener.h"
+#include "signin/sign_in_attempt.h"
 #include "signin/sign_in_mailbox.h"
 
 class LauncherSettings;
@@ -31,9 +32,8 @@ class SignInFlow {
     void cancelSignIn();
     void pollSignIn();
     void restoreSession(); // with the stored refresh token
-    void signOut();        // locally; Google is not told
+    void signOut();        // on this machine only; the tokens are not revoked
 
-    // Frame thread only.
     SignInState state = SignInState::SignedOut;
     std::string userName;
     std::string userEmail;
@@ -45,12 +45,12 @@ class SignInFlow {
     void startWorker(const std::string& code, const std::string& refreshToken, bool isRefresh,
                      const std::string& redirectUri);
     void joinWorker();
-    void disownWorker();
+    void abandonAttempt();
 
     const std::string clientId_;
     const std::string clientSecret_;
     LauncherSettings* const settings_;
-    std::string codeVerifier_; // of the current attempt
+    SignInAttempt attempt_; // the current one
     std::shared_ptr<SignInMailbox> mailbox_;
     LoopbackListener listener_;
     std::thread workerThread_; // joinable until the next operation joins it

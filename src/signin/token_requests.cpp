@@ -1,6 +1,5 @@
 #include "signin/token_requests.h"
 
-#include <mutex>
 #include <utility>
 
 #include "signin/google_endpoints.h"
@@ -22,7 +21,7 @@ TokenResponse failedResponse(const std::string& message) {
     return response;
 }
 
-// What a code exchange and a refresh have in common; they differ in the words for a refusal.
+// Reads the answer to a code exchange or a refresh. `refusal` is the text for a status other than 200.
 TokenResponse readTokenAnswer(const HttpsAnswer& answer, const std::string& refusal) {
     if (!answer.answered) return failedResponse("Could not reach Google's token endpoint. Check your connection.");
     if (answer.status != kHttpOk) return failedResponse(refusal);
@@ -38,7 +37,7 @@ TokenResponse readTokenAnswer(const HttpsAnswer& answer, const std::string& refu
     return response;
 }
 
-// Fills in the account's name and address; the text for the user when that fails, otherwise empty.
+// Fills in the account's name and e-mail address. Returns the text for the user on failure, otherwise empty.
 std::string requestUserInfo(const std::string& accessToken, SignInResult& result) {
     const GoogleEndpoints google = googleEndpoints();
     const HttpsAnswer answer = httpsGet({google.userInfoHost, google.userInfoPort}, "/v1/userinfo",
@@ -76,15 +75,15 @@ TokenResponse refreshAccessToken(const std::string& clientId, const std::string&
                                                     {"grant_type", "refresh_token"},
                                                     {"refresh_token", refreshToken}});
     TokenResponse response = readTokenAnswer(answer, "The stored session is no longer valid.");
-    response.refreshToken.clear(); // the stored one stays, even when a new one is offered
+    response.refreshToken.clear(); // the stored one stays, even when Google sends a new one
     return response;
 }
 
 void runSignInWorker(const SignInWork& work) {
-    const TokenResponse tokens =
-        work.isRefresh
-            ? refreshAccessToken(work.clientId, work.clientSecret, work.refreshToken)
-            : exchangeCodeForTokens(work.clientId, work.clientSecret, work.code, work.redirectUri, work.codeVerifier);
+    const TokenResponse tokens = work.isRefresh
+                                     ? refreshAccessToken(work.clientId, work.clientSecret, work.refreshToken)
+                                     : exchangeCodeForTokens(work.clientId, work.clientSecret, work.code,
+                                                             work.attempt.redirectUri, work.attempt.codeVerifier);
     SignInResult result;
     result.hasResult = true;
     result.fromRestore = work.isRefresh;
@@ -92,6 +91,5 @@ void runSignInWorker(const SignInWork& work) {
     result.errorMessage = tokens.ok ? requestUserInfo(tokens.accessToken, result) : tokens.errorMessage;
     result.success = result.errorMessage.empty();
 
-    const std::lock_guard<std::mutex> lock(work.mailbox->mutex);
-    if (work.mailbox->generation == work.generation) work.mailbox->result = std::move(result);
+    work.mailbox->reportResult(work.attempt.generation, std::move(result));
 }

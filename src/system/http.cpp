@@ -1,13 +1,19 @@
 #include "system/http.h"
 
+#include <algorithm>
+#include <utility>
+
 #include <httplib.h>
+#include <openssl/ssl.h>
 #include <openssl/x509v3.h>
+
+#include "system/percent_encoding.h"
 
 namespace {
 
 constexpr int kConnectionTimeoutSeconds = 15;
 
-// Later library versions hide OpenSSL's context behind a handle and deprecate the plain accessor.
+// cpp-httplib 0.53.1 hides OpenSSL's context behind tls_context() and deprecates ssl_context().
 template<class Client>
 SSL_CTX* tlsContext(const Client& client) {
     if constexpr (requires { client.tls_context(); }) {
@@ -17,8 +23,8 @@ SSL_CTX* tlsContext(const Client& client) {
     }
 }
 
-// The library's own host check falls back to the certificate's common name in some versions. OpenSSL's looks at the
-// alternative names alone, and a mismatch fails the verification whatever the library does afterwards.
+// cpp-httplib 0.18.7 accepts a certificate by its common name when no alternative name matches. So OpenSSL checks the
+// host too, against the alternative names only.
 bool requireHostInCertificate(SSL_CTX* context, const std::string& host) {
     X509_VERIFY_PARAM* rules = SSL_CTX_get0_param(context);
     X509_VERIFY_PARAM_set_hostflags(rules, X509_CHECK_FLAG_NEVER_CHECK_SUBJECT);
@@ -26,14 +32,25 @@ bool requireHostInCertificate(SSL_CTX* context, const std::string& host) {
            X509_VERIFY_PARAM_set1_host(rules, host.data(), host.size()) == 1;
 }
 
-// A request whose body goes to a receiver lacks the library's usual agent in some versions; every request carries it.
+// cpp-httplib 0.18.7 sends no User-Agent on a request whose body goes to a receiver. Every request carries it.
 httplib::Headers withAgent(const HttpFields& headers) {
     httplib::Headers all(headers.begin(), headers.end());
     all.emplace("User-Agent", std::string("cpp-httplib/") + CPPHTTPLIB_VERSION);
     return all;
 }
 
-// One client for one request, set up the one way that all requests go out.
+// Encoded here because the library's versions encode Params differently: cpp-httplib 0.53.1 writes a space as "+".
+std::string formBody(HttpFields fields) {
+    std::sort(fields.begin(), fields.end());
+    std::string body;
+    for (const auto& [key, value] : fields) {
+        if (!body.empty()) body += '&';
+        body += percentEncode(key) + '=' + percentEncode(value);
+    }
+    return body;
+}
+
+// One client for one request. Every request of the launcher is set up here.
 class Request {
   public:
     explicit Request(const HttpsServer& server)
@@ -77,7 +94,7 @@ HttpsAnswer httpsGet(const HttpsServer& server, const std::string& path, const H
     };
     HttpsAnswer answer = Request(server).answerTo(
         [&](httplib::SSLClient& client) { return client.Get(path, withAgent(headers), onHeaders, onBody); });
-    if (body.size() > bodyLimit) { // given up by us: the library knows no answer then
+    if (body.size() > bodyLimit) { // our receiver ended the request, which the library reports as no answer
         answer.answered = true;
         answer.status = status;
     }
@@ -86,8 +103,10 @@ HttpsAnswer httpsGet(const HttpsServer& server, const std::string& path, const H
 }
 
 HttpsAnswer httpsPostForm(const HttpsServer& server, const std::string& path, const HttpFields& fields) {
-    return Request(server).answerTo(
-        [&](httplib::SSLClient& client) { return client.Post(path, httplib::Params(fields.begin(), fields.end())); });
+    const std::string form = formBody(fields);
+    return Request(server).answerTo([&](httplib::SSLClient& client) {
+        return client.Post(path, withAgent({}), form, "application/x-www-form-urlencoded");
+    });
 }
 
 HttpsAnswer httpsDownload(const HttpsServer& server, const std::string& path,

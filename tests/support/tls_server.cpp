@@ -13,7 +13,11 @@
 #include <openssl/ssl.h>
 
 using httplib::detail::close_socket;
-using httplib::detail::shutdown_socket;
+
+static void shutdown_socket(socket_t socket) {
+    constexpr int bothDirections = 2; // SHUT_RDWR on Linux, SD_BOTH on Windows
+    ::shutdown(socket, bothDirections);
+}
 
 struct TlsConnection::State {
     TlsServer::Shared& shared;
