@@ -4,6 +4,7 @@
 # `test` set FETCHCONTENT_SOURCE_DIR_<NAME> to sources on disk; then nothing is downloaded.
 
 include(FetchContent)
+include(cmake/split-header.cmake)
 set(FETCHCONTENT_QUIET ON)
 
 find_package(Threads REQUIRED)
@@ -63,11 +64,12 @@ endif()
 # CPPHTTPLIB_LISTEN_BACKLOG: with the default of 5, a browser waits for seconds when other programs connect at the same
 # moment. CPPHTTPLIB_MAX_LINE_LENGTH: the library parses status lines with std::regex, which recurses for every
 # character; at the default of 32 KiB a hostile server overflows the stack of a thread on Windows.
-add_library(httplib INTERFACE)
-target_include_directories(httplib SYSTEM INTERFACE ${httplib_SOURCE_DIR})
-target_compile_definitions(httplib INTERFACE CPPHTTPLIB_OPENSSL_SUPPORT CPPHTTPLIB_LISTEN_BACKLOG=128
+volo_split_header(${httplib_SOURCE_DIR}/httplib.h ${CMAKE_BINARY_DIR}/httplib)
+add_library(httplib STATIC ${CMAKE_BINARY_DIR}/httplib/httplib.cpp)
+target_include_directories(httplib SYSTEM PUBLIC ${CMAKE_BINARY_DIR}/httplib)
+target_compile_definitions(httplib PUBLIC CPPHTTPLIB_OPENSSL_SUPPORT CPPHTTPLIB_LISTEN_BACKLOG=128
   CPPHTTPLIB_MAX_LINE_LENGTH=4096)
-target_link_libraries(httplib INTERFACE OpenSSL::SSL OpenSSL::Crypto Threads::Threads)
+target_link_libraries(httplib PUBLIC OpenSSL::SSL OpenSSL::Crypto Threads::Threads)
 
 # --- stb_image, RapidJSON: headers.
 add_library(stb_image INTERFACE)
