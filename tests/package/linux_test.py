@@ -81,7 +81,7 @@ def main():
         root = pathlib.Path(folder, "root")
         run("dpkg-deb", "-x", packages[".deb"], root)
         depends = run("dpkg-deb", "-f", packages[".deb"], "Depends")
-        for library in ("libssl3", "libglfw3", "libc6", "xdg-utils", "libdecor-0-plugin-1-gtk"):
+        for library in ("libssl3", "libglfw3", "libc6", "xdg-utils", "libdecor-0-plugin-1-gtk", "libgl1"):
             check(f"{library} is a dependency: {depends}", library in depends)
         check("root owns every file", " root/root " in run("dpkg-deb", "-c", packages[".deb"]).splitlines()[-1])
         check("the configuration belongs to the administrator",
