@@ -1,4 +1,4 @@
-// Every screen in every state that a person can meet.
+// Every screen in every state that a user can see.
 
 #include <vector>
 
@@ -42,7 +42,7 @@ void openCreatePopup(Stage& stage) {
     stage.frames(3);
 }
 
-// Keys from the keyboard alone; the ring follows.
+// Presses keys one after the other. They show the focus ring.
 void pressKeys(Stage& stage, std::initializer_list<ImGuiKey> keys) {
     stage.frames(2);
     for (const ImGuiKey key : keys)
@@ -52,12 +52,14 @@ void pressKeys(Stage& stage, std::initializer_list<ImGuiKey> keys) {
 void showInstall(Stage& stage, EditorInstallStatus status, const char* message, std::int64_t received = 0,
                  std::int64_t total = 0) {
     stage.startWithProjects().activeTab = LauncherTab::Installs;
-    stage.setInstall(status, message, received, total);
+    stage.setInstall({status, message, received, total, {}});
 }
 
 void showDownloads(Stage& stage, const std::vector<DownloadRecord>& rows) {
     stage.startWithProjects().activeTab = LauncherTab::Downloads;
-    stage.setDownloads(rows);
+    InstallProgress progress;
+    progress.downloads = rows;
+    stage.setInstall(progress);
 }
 
 void manyProjects(Stage& stage) {
@@ -165,7 +167,7 @@ const std::vector<Scene> kScenes = {
      [](Stage& stage) {
          stage.startWithProjects();
          hover(stage, kRoot, {"Editor version"});
-         stage.clickAt(ImGui::GetIO().MousePos); // the keyboard goes on from there
+         stage.clickAt(ImGui::GetIO().MousePos); // Tab starts from the clicked item
          pressKeys(stage, {ImGuiKey_Tab, ImGuiKey_DownArrow});
      }},
     {"projects-sorted",
@@ -185,9 +187,7 @@ const std::vector<Scene> kScenes = {
      [](Stage& stage) {
          stage.startWithProjects();
          typeInto(stage, kRoot, {"##ProjectSearch"}, "arthroscopy");
-         ImGui::GetIO().AddKeyEvent(ImGuiMod_Ctrl, true);
-         stage.key(ImGuiKey_A);
-         ImGui::GetIO().AddKeyEvent(ImGuiMod_Ctrl, false);
+         stage.key(ImGuiKey_A, ImGuiMod_Ctrl);
      }},
     {"projects-no-match",
      [](Stage& stage) {
@@ -268,7 +268,8 @@ const std::vector<Scene> kScenes = {
     {"installs-none",
      [](Stage& stage) {
          stage.startSignedInAs("Ada Lovelace", "ada.lovelace@example.org").activeTab = LauncherTab::Installs;
-         stage.setInstall(Status::Idle, "Update server not configured. Please locate or install VOLO Editor.");
+         stage.setInstall(
+             {Status::Idle, "Update server not configured. Please locate or install VOLO Editor.", 0, 0, {}});
      }},
     {"installs-checking",
      [](Stage& stage) { showInstall(stage, Status::Checking, "Checking for updates\xE2\x80\xA6"); }},

@@ -5,17 +5,12 @@
 
 #include "system/json.h"
 #include "system/operating_system.h"
+#include "system/platform.h"
 #include "system/whole_file.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-#ifdef _WIN32
-constexpr std::string_view kPlatform = "windows";
-#else
-constexpr std::string_view kPlatform = "linux";
-#endif
 
 constexpr char kConfigFile[] = "launcher_config.json";
 constexpr char kExampleFile[] = "launcher_config.example.json";
@@ -66,7 +61,8 @@ LauncherConfig loadLauncherConfigFrom(const std::string& launcherDirectory) {
     config.editorUpdateManifestUrl = withPlatformQuery(jsonStringMember(document, "editor_update_manifest_url"));
     std::string downloads = jsonStringMember(document, "downloads_directory");
     if (downloads.empty()) downloads = "downloads";
-    config.downloadsDirectory = (directory / downloads).lexically_normal().string(); // an absolute one stands alone
+    config.downloadsDirectory =
+        (directory / downloads).lexically_normal().string(); // an absolute path replaces the directory
     readAuthenticity(document, config);
 
     if (!isPlaceholderCredential(config.googleClientId) && !isPlaceholderCredential(config.googleClientSecret)) {
@@ -85,15 +81,15 @@ bool isPlaceholderCredential(const std::string& value) {
     return value.empty() || value.starts_with("YOUR_");
 }
 
-// By bytes alone: a longer name that ends in the key, or one outside the query, is taken as well.
+// Matches bytes, not parameters: a longer name that ends in "platform=" matches too, and so does one outside the query.
 std::string withPlatformQuery(const std::string& url) {
     constexpr std::string_view key = "platform=";
     std::string result = url;
     const std::size_t found = result.find(key);
     if (found == std::string::npos) {
         result += result.find('?') == std::string::npos ? '?' : '&';
-        return result.append(key).append(kPlatform);
+        return result.append(key).append(platformName());
     }
     const std::size_t value = found + key.size();
-    return result.replace(value, result.find('&', value) - value, kPlatform);
+    return result.replace(value, result.find('&', value) - value, platformName());
 }

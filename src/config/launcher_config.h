@@ -1,15 +1,15 @@
 #pragma once
 
-// launcher_config.json: the read-only file that a deployment places beside the executable. Read once, on the main
-// thread, before any window exists; immutable afterwards, workers hold copies of what they need.
+// launcher_config.json: the read-only file that a deployment places beside the executable. The main thread reads it
+// once, before any window exists. The result never changes; workers get copies of what they need.
 //
-// One JSON object whose members are all texts:
-//   google_client_id, google_client_secret   OAuth credentials; empty or beginning with "YOUR_" counts as not filled in
+// The file is one JSON object with string members:
+//   google_client_id, google_client_secret   OAuth credentials; a placeholder is empty or begins with "YOUR_"
 //   editor_update_manifest_url               gets a `platform` query value
 //   downloads_directory                      resolved against the launcher's directory; "downloads" when empty
 //   artifact_authenticity_url                where release statements are published; optional
 //   artifact_authenticity_keys               1 to 4 Ed25519 public keys in base64, separated by spaces; optional
-// A build that pins the last two (VOLO_AUTHENTICITY_URL, VOLO_AUTHENTICITY_KEYS) takes its own for them.
+// A build that defines VOLO_AUTHENTICITY_URL or VOLO_AUTHENTICITY_KEYS uses that value instead of the file's.
 
 #include <string>
 
@@ -25,15 +25,14 @@ struct LauncherConfig {
     std::string artifactAuthenticityKeys;
 };
 
-// Reads launcher_config.json beside the executable, or launcher_config.example.json when there is none. A missing or
-// bad file is a state of the program and not an error: `configured` is false and `message` tells the user why.
-LauncherConfig loadLauncherConfig();
+// Reads launcher_config.json beside the executable, or launcher_config.example.json when there is none. After a missing
+// or bad file `configured` is false and `message` holds the text for the user.
+[[nodiscard]] LauncherConfig loadLauncherConfig();
 
-// The same for a directory that is already known; an empty one is the launcher's own that could not be found.
-LauncherConfig loadLauncherConfigFrom(const std::string& launcherDirectory);
+// The same for a given directory; empty means that the launcher's directory could not be found.
+[[nodiscard]] LauncherConfig loadLauncherConfigFrom(const std::string& launcherDirectory);
 
-// Whether a credential is still to be filled in.
-bool isPlaceholderCredential(const std::string& value);
+[[nodiscard]] bool isPlaceholderCredential(const std::string& value);
 
-// Sets the `platform` query value to the platform that this launcher serves.
-std::string withPlatformQuery(const std::string& url);
+// Sets the `platform` query value to this platform's name.
+[[nodiscard]] std::string withPlatformQuery(const std::string& url);

@@ -24,7 +24,7 @@ constexpr std::string_view kLastAddedLocation = "projects/lastAddedLocation";
 constexpr std::string_view kProjectsPrefix = "Projects\\";
 constexpr std::string_view kProjectsSize = "Projects\\size";
 
-// The number of project entries. Neither comments nor sections mean anything here: every line with the key counts.
+// The number of project entries. Comments and sections have no meaning here: every line with the key counts.
 int readProjectCount(std::string_view text) {
     int count = 0;
     std::string key;
@@ -120,7 +120,7 @@ bool LauncherSettings::load() {
     return true;
 }
 
-// Only here do comments and sections count.
+// Comments and sections have a meaning here only.
 void LauncherSettings::readGeneral(std::string_view text) {
     bool inGeneral = false;
     std::string key;

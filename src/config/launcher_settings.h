@@ -1,15 +1,16 @@
 #pragma once
 
-// Launcher.conf: the per-user state of the launcher, and the only thing besides project files that survives a restart.
-// Main thread only. None of the setters saves: the caller does, when it has finished its changes.
+// Launcher.conf: the session, the project list and the folders of the user. Main thread only. The setters do not save:
+// the caller saves when it has finished its changes.
 //
 // The file is text with one section, [General]:
 //   auth%2FrefreshToken=...                  always written; likewise install%2Fpath, projects%2FdefaultLocation,
 //   auth%2FuserName=, auth%2FuserEmail=      only when not empty         projects%2FlastAddedLocation
 //   Projects%5Csize=N                        then for each project, counted from 1:
 //   Projects%5C1%5Cname= path= lastOpened= favorite=   and targetPlatform=, editorVersion= when not empty
-// Keys have space, % / = @ and backslash written as %XX, values line feed, % and @. The reader decodes both, so a
-// hand-edited file may use plain keys. Lines, keys and values lose tabs, carriage returns and spaces at their ends.
+// In keys the bytes space, % / = @ and backslash are written as %XX; in values line feed, % and @. The reader decodes
+// both, so a hand-edited file may use plain keys. Tabs, carriage returns and spaces at the ends of lines, keys and
+// values are dropped.
 
 #include <string>
 #include <string_view>
@@ -19,14 +20,14 @@
 
 class LauncherSettings {
   public:
-    // Settles where the file is, and reads nothing. Without a user data directory there is no file: loading and saving
-    // both do nothing then, and the state lasts for the run.
+    // Finds the place of the file and reads nothing. Without a user data directory there is no file: load and save do
+    // nothing, and the state lasts for the run.
     LauncherSettings();
 
-    // False when there was no file to read. A damaged file never fails: what cannot be understood keeps its default.
-    bool load();
+    // False when no file could be read. A damaged file does not fail: unreadable values keep their defaults.
+    [[nodiscard]] bool load();
 
-    // Replaces the file as a whole, or leaves it as it was; only its owner may read it. False when it was not replaced.
+    // Replaces the whole file, or leaves it as it was. Only its owner may read it. False when it was not replaced.
     bool save() const;
 
     std::string refreshToken() const { return refreshToken_; }
@@ -37,15 +38,15 @@ class LauncherSettings {
     void setUserEmail(const std::string& email) { userEmail_ = email; }
     void clearSession();
 
-    // Where the user keeps an editor; the launcher's own directory when nothing is set.
+    // The folder that holds the editor; the launcher's directory when none is set.
     std::string installPath() const;
     void setInstallPath(const std::string& path) { installPath_ = path; }
 
-    // Newest first. A change copies the list and hands the copy to setProjects.
+    // Newest first after load. To change the list, copy it and pass the copy to setProjects.
     const std::vector<ProjectEntry>& projects() const { return projects_; }
     void setProjects(const std::vector<ProjectEntry>& projects);
 
-    // The first entry with exactly this path; nothing when there is none.
+    // Both change the first entry with exactly this path, if there is one.
     void toggleFavorite(const std::string& path);
     void setFavorite(const std::string& path, bool favorite);
 

@@ -11,9 +11,9 @@
 // The URL-safe alphabet of RFC 4648 without padding.
 [[nodiscard]] std::string base64UrlEncode(std::string_view bytes);
 
-// Decodes the standard alphabet strictly. Empty unless encoding the result gives exactly `text` again.
+// Decodes the standard alphabet strictly. Empty unless encoding the result gives exactly `text`.
 [[nodiscard]] std::string base64DecodeCanonical(std::string_view text);
 
-// Decodes text that people and other tools wrote: both alphabets, also mixed. "=" ends the text, every other foreign
-// byte is skipped, and bits that do not fill a byte are dropped.
+// Decodes either alphabet, also mixed. "=" ends the text. Other bytes are skipped, and bits that do not fill a byte are
+// dropped.
 [[nodiscard]] std::string base64DecodeLenient(std::string_view text);

@@ -1,6 +1,6 @@
 #pragma once
 
-// Ed25519 signatures (RFC 8032) as they are verified. Any thread.
+// Verifies Ed25519 signatures (RFC 8032). Any thread.
 
 #include <cstddef>
 #include <string>
@@ -8,5 +8,5 @@
 inline constexpr std::size_t kEd25519KeySize = 32;
 inline constexpr std::size_t kEd25519SignatureSize = 64;
 
-// True when `signature` is a signature of `text` by the holder of `publicKey`.
+// True when `publicKey` verifies `signature` over `text`. Both are raw bytes.
 [[nodiscard]] bool verifyEd25519(const std::string& text, const std::string& signature, const std::string& publicKey);

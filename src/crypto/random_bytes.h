@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <string>
 
-// Empty when the system has no randomness to give.
+// Empty when OpenSSL has no randomness.
 [[nodiscard]] std::string randomBytes(std::size_t count);
 
-// `byteCount` random bytes as URL-safe base64; empty likewise.
+// `byteCount` random bytes as URL-safe Base64. Empty when OpenSSL has no randomness.
 [[nodiscard]] std::string randomUrlToken(std::size_t byteCount);

@@ -1,5 +1,5 @@
-// The Projects screen: title line with search box and buttons, notice band, table header, rows or an empty state. The
-// rows themselves are in projects_table_screen.cpp.
+// The Projects screen: its layout, the title line with search box and buttons, and the notice. The table is in
+// projects_table_screen.cpp.
 
 #include "projects/projects_screen.h"
 
@@ -12,24 +12,23 @@
 #include "shell/shell_layout.h"
 #include "shell/widgets.h"
 #include "ui/ui_keyboard.h"
+#include "ui/ui_palette.h"
 #include "ui/ui_theme.h"
 
 namespace {
 
 constexpr char kSearchField[] = "##ProjectSearch";
 
-constexpr ImU32 kContentFill = 0xFF1A1A1A;
-constexpr ImU32 kTitle = 0xFFF5F5F5;
 constexpr ImU32 kSearchFill = 0xFF141414;
-constexpr ImU32 kSearchIcon = 0xFF828282;
+constexpr ImU32 kSearchIcon = palette::kGrey51;
 constexpr ImU32 kSearchBorder = 0xFF303030;
 constexpr ImU32 kSearchBorderHovered = 0xFF464141;
 constexpr ImU32 kSearchBorderActive = 0xFF5F5A5A;
-constexpr ImU32 kClearGlyph = 0xFF8C8C8C;
-constexpr ImU32 kClearGlyphHovered = 0xFFDCDCDC;
+constexpr ImU32 kClearGlyph = palette::kGrey55;
+constexpr ImU32 kClearGlyphHovered = palette::kGrey86;
 constexpr ImU32 kNoticeFill = 0xFF0F2D3C;
 constexpr ImU32 kNoticeOutline = 0xFF2882B4;
-constexpr ImU32 kNoticeText = 0xFF24BFFB;
+constexpr ImU32 kNoticeText = kAmber;
 
 constexpr float kControlHeight = 32.0f;
 constexpr float kControlGap = 8.0f;
@@ -37,22 +36,12 @@ constexpr float kNewButtonWidth = 126.0f;
 constexpr float kAddButtonWidth = 148.0f;
 constexpr float kSearchWidth = 210.0f;
 constexpr float kSearchTextLeft = 30.0f;
-constexpr float kRounding = 6.0f;
-constexpr float kTitleDrop = 2.0f;
 constexpr float kBelowTitleLine = 16.0f;
 constexpr float kNoticeHeight = 32.0f;
 constexpr float kNoticePitch = 40.0f;
 constexpr float kHeaderHeight = 30.0f;
 constexpr float kListGap = 4.0f;
 constexpr float kListBottomGap = 12.0f;
-
-ImVec2 px(float x, float y) {
-    return {uiThemePx(x), uiThemePx(y)};
-}
-
-bool contains(ImVec2 min, ImVec2 max, ImVec2 point) {
-    return point.x >= min.x && point.x < max.x && point.y >= min.y && point.y < max.y;
-}
 
 void drawSearchIcon(ImDrawList* drawList, ImVec2 middleLeft) {
     const float length = uiThemePx(5.5f);
@@ -70,10 +59,11 @@ void drawClearGlyph(ImDrawList* drawList, ImVec2 middleRight, bool hovered) {
     drawList->AddLine(centre + ImVec2(-arm, arm), centre + ImVec2(arm, -arm), colour, 1.2f);
 }
 
-void drawNotice(ImDrawList* drawList, ImVec2 min, ImVec2 max, const std::string& text) {
-    drawList->AddRectFilled(min, max, kNoticeFill, uiThemePx(kRounding));
-    drawList->AddRect(min, max, kNoticeOutline, uiThemePx(kRounding), 0, 1.0f);
-    uiThemeText(drawList, uiThemeFont(12.0f), min + px(12.0f, 8.0f), kNoticeText, text);
+void drawNotice(ImVec2 min, ImVec2 max, const std::string& text) {
+    ImDrawList* drawList = ImGui::GetWindowDrawList();
+    drawList->AddRectFilled(min, max, kNoticeFill, uiThemePx(palette::kRounding));
+    drawList->AddRect(min, max, kNoticeOutline, uiThemePx(palette::kRounding), 0, 1.0f);
+    uiThemeText(drawList, uiThemeFont(12.0f), min + uiThemePx({12.0f, 8.0f}), kNoticeText, text);
 }
 
 } // namespace
@@ -84,19 +74,15 @@ void LauncherApp::drawProjectsScreen() {
     ProjectsLayout at;
     at.contentMin = {window.x + uiThemePx(kSidebarWidth), window.y};
     at.contentMax = window + ImGui::GetWindowSize();
-    at.title = {at.contentMin.x + uiThemePx(kContentInset), top + uiThemePx(kTitleDrop)};
-    at.newButtonSize = px(kNewButtonWidth, kControlHeight);
+    at.newButtonSize = uiThemePx({kNewButtonWidth, kControlHeight});
     at.newButton = {at.contentMax.x - uiThemePx(kContentInset) - at.newButtonSize.x, top};
-    at.addButtonSize = px(kAddButtonWidth, kControlHeight);
+    at.addButtonSize = uiThemePx({kAddButtonWidth, kControlHeight});
     at.addButton = {at.newButton.x - uiThemePx(kControlGap) - at.addButtonSize.x, top};
     at.searchMin = {at.addButton.x - uiThemePx(kControlGap) - uiThemePx(kSearchWidth), top};
-    at.searchMax = at.searchMin + px(kSearchWidth, kControlHeight);
+    at.searchMax = at.searchMin + uiThemePx({kSearchWidth, kControlHeight});
     at.noticeTop = top + uiThemePx(kControlHeight) + uiThemePx(kBelowTitleLine);
 
-    ImDrawList* drawList = ImGui::GetWindowDrawList();
-    drawList->AddRectFilled(at.contentMin, at.contentMax, kContentFill, uiThemeWindowRounding(),
-                            ImDrawFlags_RoundCornersBottomRight);
-    uiThemeText(drawList, uiThemeFont(22.0f), at.title, kTitle, kProjectsTitle);
+    drawContentArea(kProjectsTitle);
     drawSearchBox(at);
     if (drawSecondaryButton("Add project from disk", at.addButton, at.addButtonSize, 13.0f)) addProjectFromDisk();
     if (drawPrimaryButton(kNewProjectLabel, at.newButton, at.newButtonSize, 13.5f)) beginNewProject();
@@ -104,7 +90,7 @@ void LauncherApp::drawProjectsScreen() {
     float headerTop = at.noticeTop;
     if (!noticeText.empty()) {
         const float inset = uiThemePx(kContentInset);
-        drawNotice(drawList, {at.contentMin.x + inset, headerTop},
+        drawNotice({at.contentMin.x + inset, headerTop},
                    {at.contentMax.x - inset, headerTop + uiThemePx(kNoticeHeight)}, noticeText);
         headerTop += uiThemePx(kNoticePitch);
     }
@@ -112,8 +98,8 @@ void LauncherApp::drawProjectsScreen() {
 
     ProjectRows rows;
     rows.editorLabel = defaultEditorLabel(*this);
-    rows.indices =
-        displayedProjects(*this, rows.editorLabel); // after the search box: a text cleared now lists everything
+    // After the search box, so that a text that was cleared in this frame already lists every project.
+    rows.indices = displayedProjects(*this, rows.editorLabel);
     const float listTop = headerTop + uiThemePx(kHeaderHeight) + uiThemePx(kListGap);
     const float listHeight = at.contentMax.y - listTop - uiThemePx(kListBottomGap);
     if (rows.indices.empty()) {
@@ -128,12 +114,12 @@ void LauncherApp::drawSearchBox(const ProjectsLayout& at) {
     const ImVec2 min = at.searchMin, max = at.searchMax, mouse = ImGui::GetIO().MousePos;
     const float middle = (min.y + max.y) * 0.5f;
     const bool wanted = ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_F);
-    const bool clickable = ImGui::IsWindowHovered(); // not through a popup or a modal
+    const bool clickable = ImGui::IsWindowHovered(); // false behind a popup
     const bool clicked = clickable && ImGui::IsMouseClicked(ImGuiMouseButton_Left);
-    drawList->AddRectFilled(min, max, kSearchFill, uiThemePx(kRounding));
+    drawList->AddRectFilled(min, max, kSearchFill, uiThemePx(palette::kRounding));
 
     const ImGuiID id = ImGui::GetID(kSearchField);
-    // The field holds a copy of the text while it is edited, and would write it back over a text that was emptied here.
+    // While the field is edited, InputText keeps a copy of the text and would write it back. Reload that copy.
     const auto clearSearch = [&] {
         searchText[0] = '\0';
         if (ImGuiInputTextState* editing = ImGui::GetInputTextState(id)) editing->ReloadUserBufAndMoveToEnd();
@@ -141,13 +127,13 @@ void LauncherApp::drawSearchBox(const ProjectsLayout& at) {
 
     const bool hadText = searchText[0] != '\0';
     const bool clearHovered =
-        hadText && clickable && contains({max.x - uiThemePx(26.0f), min.y}, {max.x - uiThemePx(4.0f), max.y}, mouse);
-    const bool boxHovered = clearHovered || (clickable && contains(min, max, mouse));
+        hadText && clickable && ImRect(max.x - uiThemePx(26.0f), min.y, max.x - uiThemePx(4.0f), max.y).Contains(mouse);
+    const bool boxHovered = clearHovered || (clickable && ImRect(min, max).Contains(mouse));
     if (clearHovered && clicked) {
         clearSearch();
     } else if (wanted || (boxHovered && clicked)) {
-        // Not SetKeyboardFocusHere: the press lands on the window itself, beside the field, and its request does not
-        // outlive such a frame.
+        // Not SetKeyboardFocusHere: Dear ImGui 1.92 drops its request in a frame in which the mouse is pressed on the
+        // window beside the field.
         ImGui::ActivateItemByID(id);
         ImGui::GetCurrentContext()->NavNextActivateFlags = ImGuiActivateFlags_PreferInput;
     }
@@ -155,7 +141,7 @@ void LauncherApp::drawSearchBox(const ProjectsLayout& at) {
     drawSearchIcon(drawList, {min.x, middle});
 
     ImFont* font = uiThemeFont(13.0f);
-    // Escape makes the field restore its text and let go of the keyboard before anybody can ask whether it has it.
+    // On Escape InputText restores its text and becomes inactive before IsItemActive can be asked. Ask before it.
     const bool hadKeyboard = ImGui::GetActiveID() == id;
     ImGui::PushFont(font, uiThemeFontSize(font));
     ImGui::SetCursorScreenPos({min.x + uiThemePx(kSearchTextLeft), min.y});
@@ -174,10 +160,10 @@ void LauncherApp::drawSearchBox(const ProjectsLayout& at) {
     if ((active || hadKeyboard) && ImGui::IsKeyPressed(ImGuiKey_Escape)) clearSearch();
 
     if (hadText) drawClearGlyph(drawList, {max.x, middle}, clearHovered);
-    if (!active && uiThemeFocusShows(id)) uiThemeFocusRing(drawList, min, max, uiThemePx(kRounding));
+    if (!active && uiThemeFocusShows(id)) uiThemeFocusRing(drawList, min, max, uiThemePx(palette::kRounding));
     drawList->AddRect(min, max,
                       active       ? kSearchBorderActive
                       : boxHovered ? kSearchBorderHovered
                                    : kSearchBorder,
-                      uiThemePx(kRounding), 0, 1.0f);
+                      uiThemePx(palette::kRounding), 0, 1.0f);
 }

@@ -8,7 +8,7 @@
 LauncherApp::LauncherApp()
     : config(std::make_unique<LauncherConfig>(loadLauncherConfig()))
     , settings(std::make_unique<LauncherSettings>()) {
-    (void)settings->load(); // a first run has nothing to load
+    (void)settings->load(); // fails on a first run, which has no settings yet
     if (!config->configured) return;
 
     signIn = std::make_unique<SignInFlow>(config->googleClientId, config->googleClientSecret, settings.get());
@@ -18,11 +18,11 @@ LauncherApp::LauncherApp()
     restoreStoredSession();
 }
 
-// The subsystems go with their pointers, in the reverse order of their declaration: the installer first, which cancels
-// and joins its worker, then the sign-in, then what both borrow.
+// The members are destroyed in the reverse order of their declaration: `install` first, which cancels and joins its
+// worker, then `signIn`, then the settings that both borrow.
 LauncherApp::~LauncherApp() {
     if (backgroundTexture == nullptr) return;
-    // The host has gone first and has taken the context with it, unless a test keeps one.
+    // The host has already destroyed the context, except in tests.
     if (ImGui::GetCurrentContext() != nullptr) ImGui::UnregisterUserTexture(backgroundTexture);
     backgroundTexture->DestroyPixels();
     IM_DELETE(backgroundTexture);
@@ -61,7 +61,7 @@ void LauncherApp::drawFrame(float /*deltaSeconds*/) {
     ImDrawList* drawList = ImGui::GetWindowDrawList();
     const ImVec2 min = ImGui::GetWindowPos();
     const ImVec2 max = min + ImGui::GetWindowSize();
-    // The shell's panels round their own bottom right corner.
+    // The content area of the shell rounds the bottom right corner itself.
     drawList->AddRectFilled(min, max, uiThemeBackground(), uiThemeWindowRounding(),
                             signedInShell ? ImDrawFlags_RoundCornersBottomLeft : ImDrawFlags_RoundCornersBottom);
 
@@ -83,7 +83,7 @@ void LauncherApp::drawSignedInShell() {
         updateCheckStarted = true;
         if (install) install->startUpdate();
     }
-    drawSidebar(); // first: a click shows the new tab in the same frame
+    drawSidebar(); // before the screen, so that a click shows the new tab in the same frame
     switch (activeTab) {
     case LauncherTab::Projects:
         drawProjectsScreen();

@@ -1,7 +1,7 @@
 #pragma once
 
-// The one application object: owns the four long-lived subsystems, holds the state that the screens share, and decides
-// every frame what is drawn. Main thread only. Built before any window exists and destroyed after the last one is gone.
+// The one application object. It owns the four long-lived subsystems, holds the state that the screens share, and
+// chooses every frame which screen is drawn. Main thread only. It is built before the window and destroyed after it.
 
 #include <cstddef>
 #include <cstdint>
@@ -22,7 +22,7 @@ struct ImVec2;
 enum class LauncherTab : std::int32_t { Projects = 0, Installs = 1, Downloads = 2 };
 enum class ProjectSortColumn : std::int32_t { LastOpened = 0, Name = 1, Platform = 2, EditorVersion = 3 };
 
-// Copies a text into one of the fixed buffers that text fields edit, cut to fit.
+// Copies a text into the fixed buffer of a text field and cuts it to fit.
 template<std::size_t size>
 void copyToBuffer(const std::string& text, char (&buffer)[size]) {
     buffer[text.copy(buffer, size - 1)] = '\0';
@@ -30,14 +30,14 @@ void copyToBuffer(const std::string& text, char (&buffer)[size]) {
 
 class LauncherApp {
   public:
-    LauncherApp(); // reads configuration and settings; may begin to restore a stored session
+    LauncherApp(); // reads configuration and settings; may start to restore a stored session
     ~LauncherApp();
     LauncherApp(const LauncherApp&) = delete;
     LauncherApp& operator=(const LauncherApp&) = delete;
 
     void drawFrame(float deltaSeconds);
 
-    // Projects: what the buttons and rows do. An index counts in the stored list.
+    // The actions of the Projects screen. An index is a position in the stored list.
     void beginNewProject();
     void createProject();
     void addProjectFromDisk();
@@ -45,15 +45,15 @@ class LauncherApp {
     [[nodiscard]] bool openProjectPath(const std::string& path, std::string& errorText);
     void servicePendingOpen();
 
-    // The subsystems. `signIn` and `install` exist only with a usable configuration.
+    // The subsystems. Without a usable configuration `signIn` and `install` are null.
     std::unique_ptr<LauncherConfig> config;
     std::unique_ptr<LauncherSettings> settings;
     std::unique_ptr<SignInFlow> signIn;
     std::unique_ptr<EditorInstallState> install;
 
     LauncherTab activeTab = LauncherTab::Projects;
-    bool updateCheckStarted = false;    // in this signed-in stretch; the sidebar's Sign out clears it
-    bool sessionRestoreStarted = false; // never cleared: one attempt per run
+    bool updateCheckStarted = false;    // once per sign-in; "Sign out" clears it
+    bool sessionRestoreStarted = false; // never cleared: at most one attempt per run
 
     // The Projects screen.
     char searchText[128] = {};
@@ -61,7 +61,7 @@ class LauncherApp {
     ProjectSortColumn sortColumn = ProjectSortColumn::LastOpened;
     bool sortAscending = true;
 
-    // The popups. A request is a one-frame flag that the dialog step of the frame consumes.
+    // The popups. A request flag is set anywhere in a frame; drawProjectDialogs opens the popup and clears the flag.
     bool createProjectRequested = false;
     char newProjectName[160] = {};
     char newProjectLocation[1024] = {};
@@ -69,8 +69,8 @@ class LauncherApp {
     bool openErrorRequested = false;
     std::string openErrorMessage;
 
-    std::string pendingOpenProjectPath; // opened when the running install ends; empty: none waits
-    std::string noticeText;             // the band of the Projects screen
+    std::string pendingOpenProjectPath; // opened when the running install ends; empty: none
+    std::string noticeText;             // the notice on the Projects screen; empty: none
     std::int64_t lastEditorLaunchTime = 0;
 
   private:
@@ -87,7 +87,7 @@ class LauncherApp {
     void drawCreateProjectPopup();
     void drawOpenErrorPopup();
 
-    // The Projects screen's pieces; the records are its source's own.
+    // The parts of the Projects screen. projects_screen.h defines the records.
     struct ProjectsLayout;
     struct TableHeader;
     struct ProjectRows;
@@ -110,5 +110,5 @@ class LauncherApp {
 
     ImTextureData* backgroundTexture = nullptr; // the sign-in screen's picture
     bool backgroundLoadTried = false;
-    std::future<DecodedPicture> decodingBackground; // invalid: not begun, or taken
+    std::future<DecodedPicture> decodingBackground; // invalid before decoding starts and after the result was taken
 };

@@ -1,7 +1,6 @@
-// Program entry: the single-instance guard, the application object, the window, the frame loop, and a tear-down in a
-// fixed order. No arguments are read.
+// Program entry: the single-instance guard, the application object, the window, the frame loop, and a tear-down in
+// fixed order. Arguments are ignored.
 
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -10,15 +9,17 @@
 
 #include "shell/launcher_app.h"
 #include "signin/loopback_listener.h"
-#include "system/dialog_waiting.h"
+#include "system/dialog_hook.h"
+#include "system/http.h"
 #include "system/operating_system.h"
+#include "system/platform.h"
 #include "system/single_instance.h"
 #include "ui/ui_host.h"
 #include "ui/ui_theme.h"
 
 namespace {
 
-// The first candidate that is a regular file, as UTF-8; empty when none is.
+// The first candidate that is a regular file, as UTF-8, or an empty text.
 std::string findFont(const std::vector<std::filesystem::path>& candidates) {
     for (const std::filesystem::path& candidate : candidates) {
         std::error_code ignored;
@@ -30,16 +31,14 @@ std::string findFont(const std::vector<std::filesystem::path>& candidates) {
 }
 
 int run() {
-#ifdef SIGPIPE
-    std::signal(SIGPIPE, SIG_IGN); // a TLS connection that breaks while it is written to must not end the process
-#endif
+    ignoreBrokenPipes(); // a write to a TLS connection that broke must not end the process
     SingleInstanceGuard guard;
     if (guard.anotherInstanceRuns()) {
         std::fputs("[Launcher] VOLO Launcher is already running.\n", stderr);
         return 0;
     }
 
-    LauncherApp app; // outlives the window: its workers are joined last
+    LauncherApp app; // destroyed after the window; joins the workers
 
     UiHostDesc desc;
     desc.title = "VOLO Launcher";
@@ -48,12 +47,12 @@ int run() {
     desc.minWidth = 900;
     desc.minHeight = 560;
 
-    const std::filesystem::path besideLauncher = launcherDirectory();
+    const std::filesystem::path launcherFolder = launcherDirectory();
     const std::filesystem::path engineFont = "engine/ui/misc/fonts/Roboto-Medium.ttf";
     std::error_code ignored;
     const std::vector<std::filesystem::path> fontCandidates = {
-        besideLauncher / "Roboto-Medium.ttf",
-        besideLauncher / engineFont,
+        launcherFolder / "Roboto-Medium.ttf",
+        launcherFolder / engineFont,
         std::filesystem::current_path(ignored) / engineFont,
     };
     const std::string fontPath = findFont(fontCandidates);
@@ -69,7 +68,7 @@ int run() {
     }
 
     uiThemeInitialize(host.integration);
-    whileDialogIsOpen() = [&host](std::int64_t dialog) { host.serve(dialog); };
+    setDialogHook([&host](std::int64_t dialog) { host.repaintBehindDialog(dialog); });
     while (host.beginFrame()) {
         uiThemeSetScale(host.dpiScale());
         uiThemeTick(host.deltaSeconds);
@@ -80,9 +79,9 @@ int run() {
         if (!host.presentFrame(clearColour)) break;
     }
 
-    whileDialogIsOpen() = nullptr;
+    setDialogHook(nullptr);
     host.shutdown();
-    guard.release(); // a new instance need not wait for the workers of this one
+    guard.release(); // before the workers are joined, so that a new instance can start at once
     return 0;
 }
 
@@ -90,6 +89,6 @@ int run() {
 
 int main() {
     const int status = run();
-    if (LoopbackListener::hasLeftThreads()) std::_Exit(status);
+    if (LoopbackListener::hasLeftThreads() || unfinishedRequests() > 0) std::_Exit(status);
     return status;
 }

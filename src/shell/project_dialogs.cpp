@@ -1,5 +1,5 @@
-// The two modal popups. They are drawn at the root window's level, whoever asked for them, so that their identifiers
-// are always the same.
+// The two modal popups. They are drawn at the root window's level, so that their identifiers do not depend on the
+// caller.
 
 #include <cstdio>
 
@@ -35,8 +35,7 @@ bool beginModal(const char* name, bool& requested) {
         requested = false;
     }
     const ImGuiViewport* viewport = ImGui::GetMainViewport();
-    ImGui::SetNextWindowPos({viewport->Pos.x + viewport->Size.x * 0.5f, viewport->Pos.y + viewport->Size.y * 0.5f},
-                            ImGuiCond_Appearing, {0.5f, 0.5f});
+    ImGui::SetNextWindowPos(viewport->GetCenter(), ImGuiCond_Appearing, {0.5f, 0.5f});
     return uiThemeBeginModal(name);
 }
 
@@ -88,7 +87,8 @@ void LauncherApp::drawCreateProjectPopup() {
     bool onButton = uiThemeFocusRingOfItem();
 
     gap(6.0f);
-    ImGui::PushTextWrapPos(ImGui::GetCursorPosX() + uiThemePx(kBodyWidth)); // a long path must not widen the popup
+    ImGui::PushTextWrapPos(ImGui::GetCursorPosX() +
+                           uiThemePx(kBodyWidth)); // otherwise a long path would widen the popup
     ImGui::TextDisabled("%s/%s", newProjectLocation, newProjectName);
     if (!createProjectError.empty()) {
         ImGui::TextColored(ImGui::ColorConvertU32ToFloat4(uiThemeDestructive()), "%s", createProjectError.c_str());
@@ -101,7 +101,7 @@ void LauncherApp::drawCreateProjectPopup() {
     ImGui::SameLine();
     bool confirmed = uiThemeDefaultButton("Create project", uiThemePx(kCreateWidth));
     onButton |= uiThemeFocusRingOfItem();
-    confirmed |= !onButton && uiThemeConfirmKeyPressed(); // on a button the key presses that
+    confirmed |= !onButton && uiThemeConfirmKeyPressed(); // on a focused button, Enter presses that button
     if (confirmed && !closes) {
         createProject();
         closes = createProjectError.empty();

@@ -1,7 +1,7 @@
 #pragma once
 
-// Where Google's services are. The launcher links google_endpoints.cpp, which holds the real hosts; the sandbox and the
-// tests link a definition of their own. Nothing at run time can redirect a launcher.
+// The addresses of Google's services. The launcher links google_endpoints.cpp, which holds the real hosts; the sandbox
+// and the tests link another definition. Nothing at run time can redirect a launcher. Any thread.
 
 #include <string>
 
@@ -13,4 +13,4 @@ struct GoogleEndpoints {
     int userInfoPort = 443;
 };
 
-GoogleEndpoints googleEndpoints();
+[[nodiscard]] GoogleEndpoints googleEndpoints();

@@ -2,25 +2,25 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
-#include <deque>
-#include <functional>
+#include <cstdint>
 #include <future>
-#include <system_error>
+#include <string>
 #include <thread>
 #include <utility>
 
 #include <httplib.h>
+
+#include "signin/connection_threads.h"
+#include "system/sockets.h"
 
 namespace {
 
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-constexpr std::size_t kConnectionThreads = 256;
-constexpr std::size_t kLongestBody = 4096; // a redirect has none
-constexpr auto kAcceptLoopPatience = milliseconds(20);
-constexpr auto kJanitorPatience = milliseconds(2000);
+constexpr std::size_t kBodyLimitBytes = 4096; // a redirect has no body
+constexpr auto kAcceptLoopWait = milliseconds(20);
+constexpr auto kJanitorWait = milliseconds(2000);
 
 std::atomic<bool> threadsLeft = false;
 
@@ -30,101 +30,30 @@ constexpr char kRedirectPage[] =
     "style=\"text-align:center\"><h2>Sign-in complete</h2><p>You can close this tab and return to VOLO Launcher.</p>"
     "</div></body></html>";
 
-// A thread for every connection that is open, up to the limit: a connection that says nothing holds up nobody.
-class ConnectionThreads : public httplib::TaskQueue {
-  public:
-    bool enqueue(std::function<void()> connection) override {
-        {
-            const std::lock_guard<std::mutex> lock(mutex_);
-            waiting_.push_back(std::move(connection));
-            if (waiting_.size() > idleCount_ && threads_.size() < kConnectionThreads && !startThread()) {
-                waiting_.pop_back();
-                return false; // the server closes it
-            }
-        }
-        changed_.notify_one();
-        return true;
-    }
-
-    // Connections that still wait are served too, since each owns a socket: the server closes them unanswered.
-    void shutdown() override {
-        {
-            const std::lock_guard<std::mutex> lock(mutex_);
-            shuttingDown_ = true;
-        }
-        changed_.notify_all();
-        for (std::thread& thread : threads_)
-            thread.join();
-    }
-
-  private:
-    // Whether somebody will serve what waits: a system that grants no more threads leaves it to those there are.
-    bool startThread() {
-        try {
-            threads_.emplace_back([this] { serve(); });
-        } catch (const std::system_error&) {
-        }
-        return !threads_.empty();
-    }
-
-    void serve() {
-        std::unique_lock<std::mutex> lock(mutex_);
-        for (;;) {
-            ++idleCount_;
-            changed_.wait(lock, [this] { return shuttingDown_ || !waiting_.empty(); });
-            --idleCount_;
-            if (waiting_.empty()) return;
-            const std::function<void()> connection = std::move(waiting_.front());
-            waiting_.pop_front();
-            lock.unlock();
-            connection();
-            lock.lock();
-        }
-    }
-
-    std::mutex mutex_; // guards everything below; `threads_` grows on the accept thread only
-    std::condition_variable changed_;
-    std::deque<std::function<void()>> waiting_;
-    std::size_t idleCount_ = 0;
-    bool shuttingDown_ = false;
-    std::vector<std::thread> threads_;
-};
-
-// Connections come from anyone on the machine, so none may keep a thread for long by saying nothing.
+// Any program on the machine may connect, so a silent connection must not keep its thread for long.
 void configure(httplib::Server& server) {
     server.new_task_queue = [] { return new ConnectionThreads; };
     server.set_keep_alive_max_count(1);
     server.set_keep_alive_timeout(1);
     server.set_read_timeout(1, 0);
     server.set_write_timeout(1, 0);
-    server.set_payload_max_length(kLongestBody);
+    server.set_payload_max_length(kBodyLimitBytes);
     // The library's own options would let a second program bind the same port and take the code.
-    server.set_socket_options([]([[maybe_unused]] socket_t socket) {
-#ifdef _WIN32
-        const int yes = 1;
-        setsockopt(socket, SOL_SOCKET, SO_EXCLUSIVEADDRUSE, reinterpret_cast<const char*>(&yes), sizeof yes);
-#endif
-    });
+    server.set_socket_options([](socket_t socket) { keepPortExclusive(static_cast<std::intptr_t>(socket)); });
 }
 
-void failAttempt(SignInMailbox& mailbox, const std::string& message) {
-    mailbox.result = {};
-    mailbox.result.hasResult = true;
-    mailbox.result.errorMessage = message;
-}
-
-// `error` comes first and is believed whatever `state` says.
-void recordRedirect(SignInMailbox& mailbox, const httplib::Request& request, const std::string& oauthState) {
-    const std::string error = request.get_param_value("error"); // of several values the first
+// A non-empty `error` counts first, whatever `state` says. Of a repeated parameter the first value counts.
+void reportRedirect(SignInMailbox& mailbox, const SignInAttempt& attempt, const httplib::Request& request) {
+    const std::string error = request.get_param_value("error");
     const std::string code = request.get_param_value("code");
     if (!error.empty()) {
-        failAttempt(mailbox, "Google sign-in was not completed (" + error + ").");
-    } else if (request.get_param_value("state") != oauthState) {
-        failAttempt(mailbox, "The sign-in response did not match this launcher session.");
+        mailbox.reportFailure(attempt.generation, "Google sign-in was not completed (" + error + ").");
+    } else if (request.get_param_value("state") != attempt.oauthState) {
+        mailbox.reportFailure(attempt.generation, "The sign-in response did not match this launcher session.");
     } else if (code.empty()) {
-        failAttempt(mailbox, "Google did not return a sign-in code.");
+        mailbox.reportFailure(attempt.generation, "Google did not return a sign-in code.");
     } else {
-        mailbox.pendingCode = code;
+        mailbox.reportCode(attempt.generation, code);
     }
 }
 
@@ -135,9 +64,10 @@ struct LoopbackListener::Running {
     std::thread acceptThread;
     std::atomic<bool> acceptEnded = false; // a failed accept ends the library's loop for good
 
-    // The library ignores a stop before its accept loop runs, so that is waited for.
-    bool stopWithin(milliseconds patience) {
-        const auto deadline = steady_clock::now() + patience;
+    // httplib::Server::stop() does nothing before the accept loop runs, and the join would then hang. So wait for the
+    // loop first. False when it did not start within the limit.
+    bool stopWithin(milliseconds limit) {
+        const auto deadline = steady_clock::now() + limit;
         while (!server.is_running() && !acceptEnded) {
             if (steady_clock::now() >= deadline) return false;
             std::this_thread::sleep_for(milliseconds(1));
@@ -157,7 +87,7 @@ LoopbackListener::LoopbackListener() = default;
 
 LoopbackListener::~LoopbackListener() {
     stop();
-    const auto deadline = steady_clock::now() + kJanitorPatience;
+    const auto deadline = steady_clock::now() + kJanitorWait;
     for (const std::unique_ptr<Retired>& retired : retired_) {
         if (retired->ended.wait_until(deadline) == std::future_status::ready) {
             retired->janitor.join();
@@ -172,7 +102,7 @@ bool LoopbackListener::hasLeftThreads() {
     return threadsLeft;
 }
 
-bool LoopbackListener::start(const std::shared_ptr<SignInMailbox>& mailbox, const std::string& oauthState) {
+bool LoopbackListener::start(const std::shared_ptr<SignInMailbox>& mailbox, const SignInAttempt& attempt) {
     stop();
     auto running = std::make_unique<Running>();
     configure(running->server);
@@ -182,18 +112,12 @@ bool LoopbackListener::start(const std::shared_ptr<SignInMailbox>& mailbox, cons
         return false;
     }
 
-    const std::uint32_t number = ++lastNumber_;
-    running->server.Get("/",
-                        [mailbox, oauthState, number](const httplib::Request& request, httplib::Response& response) {
-                            const std::lock_guard<std::mutex> lock(mailbox->mutex);
-                            if (mailbox->listening == number) recordRedirect(*mailbox, request, oauthState);
-                            response.set_content(kRedirectPage, "text/html");
-                        });
+    running->server.Get("/", [mailbox, attempt](const httplib::Request& request, httplib::Response& response) {
+        reportRedirect(*mailbox, attempt, request);
+        response.set_content(kRedirectPage, "text/html");
+    });
     mailbox_ = mailbox;
-    {
-        const std::lock_guard<std::mutex> lock(mailbox_->mutex);
-        mailbox_->listening = number;
-    }
+    mailbox_->openFor(attempt.generation);
     running_ = std::move(running);
     running_->acceptThread = std::thread([running = running_.get()] {
         running->server.listen_after_bind();
@@ -205,10 +129,7 @@ bool LoopbackListener::start(const std::shared_ptr<SignInMailbox>& mailbox, cons
 void LoopbackListener::stop() {
     port_ = 0;
     if (running_ == nullptr) return;
-    {
-        const std::lock_guard<std::mutex> lock(mailbox_->mutex);
-        mailbox_->listening = 0;
-    }
+    mailbox_->openFor(0);
     mailbox_.reset();
 
     std::erase_if(retired_, [](const std::unique_ptr<Retired>& retired) {
@@ -216,13 +137,13 @@ void LoopbackListener::stop() {
         if (ended) retired->janitor.join();
         return ended;
     });
-    const bool stopped = running_->stopWithin(kAcceptLoopPatience);
+    const bool stopped = running_->stopWithin(kAcceptLoopWait);
     std::promise<void> ended;
     auto retired = std::make_unique<Retired>();
     retired->ended = ended.get_future();
     retired->janitor = std::thread([running = std::move(running_), ended = std::move(ended), stopped]() mutable {
         for (bool done = stopped; !done;)
-            done = running->stopWithin(kJanitorPatience);
+            done = running->stopWithin(kJanitorWait);
         running->acceptThread.join();
         running.reset();
         ended.set_value();

@@ -1,11 +1,11 @@
 #pragma once
 
-// Which part of a picture fills a panel without distortion. Aspects are width over height.
+// Computes the part of a picture that fills a panel without distortion. Any thread.
 
 struct PictureCrop {
     float left = 0.0f, top = 0.0f, right = 1.0f, bottom = 1.0f; // texture coordinates
 };
 
-// A picture that is too tall loses the same at top and bottom; one that is too wide keeps its right part, up to 0.82 of
-// its width. A panel or a picture without an area keeps everything.
-PictureCrop cropPicture(float panelWidth, float panelHeight, float pictureWidth, float pictureHeight);
+// A picture that is too tall is cut equally at top and bottom. One that is too wide keeps the part that ends at 0.82 of
+// its width, or its right end when more than 0.82 is visible. Without an area of panel or picture nothing is cut.
+[[nodiscard]] PictureCrop cropPicture(float panelWidth, float panelHeight, float pictureWidth, float pictureHeight);

@@ -8,7 +8,7 @@
 struct DecodedPicture {
     int width = 0;
     int height = 0;
-    std::unique_ptr<unsigned char, void (*)(void*)> pixels{nullptr, nullptr}; // null: there is no usable picture
+    std::unique_ptr<unsigned char, void (*)(void*)> pixels{nullptr, nullptr}; // null: no usable picture
 };
 
-DecodedPicture decodePictureFile(const std::string& path);
+[[nodiscard]] DecodedPicture decodePictureFile(const std::string& path);

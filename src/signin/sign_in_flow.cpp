@@ -1,7 +1,7 @@
 #include "signin/sign_in_flow.h"
 
 #include <cstdint>
-#include <mutex>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -23,12 +23,11 @@ std::string redirectUriFor(int port) {
     return "http://127.0.0.1:" + std::to_string(port);
 }
 
-std::string authorizationUrl(const std::string& clientId, const std::string& redirectUri, const std::string& challenge,
-                             const std::string& oauthState) {
+std::string authorizationUrl(const std::string& clientId, const std::string& challenge, const SignInAttempt& attempt) {
     return googleEndpoints().authorizationUrl + "?client_id=" + percentEncode(clientId) +
-           "&redirect_uri=" + percentEncode(redirectUri) + "&response_type=code" +
+           "&redirect_uri=" + percentEncode(attempt.redirectUri) + "&response_type=code" +
            "&scope=" + percentEncode("openid email profile") + "&code_challenge=" + percentEncode(challenge) +
-           "&code_challenge_method=S256" + "&state=" + percentEncode(oauthState) + "&access_type=offline";
+           "&code_challenge_method=S256" + "&state=" + percentEncode(attempt.oauthState) + "&access_type=offline";
 }
 
 } // namespace
@@ -43,69 +42,57 @@ SignInFlow::SignInFlow(const std::string& clientId, const std::string& clientSec
 
 SignInFlow::~SignInFlow() {
     stopListener();
-    disownWorker();
-    joinWorker();
+    abandonAttempt();
+    endWorker();
 }
 
 // --- browser sign-in -----------------------------------------------------------------------------------------------
 
 void SignInFlow::startSignIn() {
     stopListener();
-    joinWorker();
-    {
-        const std::lock_guard<std::mutex> lock(mailbox_->mutex);
-        ++mailbox_->generation;
-        mailbox_->result = {};
-        mailbox_->pendingCode.clear();
-    }
+    endWorker();
+    attempt_ = {};
+    attempt_.generation = mailbox_->startAttempt();
     errorMessage.clear();
     failedOnRestore = false;
     state = SignInState::SigningIn;
 
-    codeVerifier_ = randomUrlToken(kVerifierBytes);
-    const std::string oauthState = randomUrlToken(kStateBytes);
-    const std::vector<std::uint8_t> digest = sha256Bytes(codeVerifier_);
+    attempt_.codeVerifier = randomUrlToken(kVerifierBytes);
+    attempt_.oauthState = randomUrlToken(kStateBytes);
+    const std::vector<std::uint8_t> digest = sha256Bytes(attempt_.codeVerifier);
     const std::string challenge = base64UrlEncode({reinterpret_cast<const char*>(digest.data()), digest.size()});
-    if (codeVerifier_.empty() || challenge.empty() || oauthState.empty()) {
+    if (attempt_.codeVerifier.empty() || challenge.empty() || attempt_.oauthState.empty()) {
         state = SignInState::SignedOut;
         errorMessage = "Failed to prepare the sign-in request.";
         return;
     }
-    if (!listener_.start(mailbox_, oauthState)) {
+    if (!listener_.start(mailbox_, attempt_)) {
         state = SignInState::SignedOut;
         errorMessage = "Could not open the local sign-in listener.";
         return;
     }
-    openUrlInBrowser(authorizationUrl(clientId_, redirectUriFor(listener_.port()), challenge, oauthState));
+    attempt_.redirectUri = redirectUriFor(listener_.port());
+    openUrlInBrowser(authorizationUrl(clientId_, challenge, attempt_));
 }
 
 void SignInFlow::cancelSignIn() {
     stopListener();
-    disownWorker();
-    joinWorker();
+    abandonAttempt();
+    endWorker();
     state = SignInState::SignedOut;
     errorMessage.clear();
 }
 
 void SignInFlow::pollSignIn() {
-    std::string code;
-    SignInResult result;
-    {
-        const std::lock_guard<std::mutex> lock(mailbox_->mutex);
-        if (!mailbox_->pendingCode.empty()) {
-            code = std::exchange(mailbox_->pendingCode, {});
-            mailbox_->listening = 0; // one code is enough: a second one must not wait for the next frame
-        }
-        if (mailbox_->result.hasResult) result = std::exchange(mailbox_->result, {});
-    }
+    const auto [code, result] = mailbox_->take();
     if (!code.empty()) {
-        const std::string redirectUri = redirectUriFor(listener_.port()); // before stopping, which forgets the port
+        const std::string redirectUri = attempt_.redirectUri;
         stopListener();
         startWorker(code, {}, false, redirectUri);
     }
     if (!result.hasResult) return;
 
-    // A failure leaves the listener alone: a redirect that is right may still follow one that was wrong.
+    // After a failed redirect the listener goes on: a valid redirect may still follow.
     if (!result.success) {
         errorMessage = result.errorMessage;
         state = SignInState::SignedOut;
@@ -123,8 +110,10 @@ void SignInFlow::pollSignIn() {
     state = SignInState::SignedIn;
 }
 
+// A code that arrived before cancelSignIn is still exchanged, with the port of a listener that is gone: 0.
 void SignInFlow::stopListener() {
     listener_.stop();
+    attempt_.redirectUri = redirectUriFor(listener_.port());
 }
 
 // --- the stored session --------------------------------------------------------------------------------------------
@@ -138,18 +127,15 @@ void SignInFlow::restoreSession() {
     errorMessage.clear();
     failedOnRestore = false;
     state = SignInState::RestoringSession;
-    joinWorker();
-    {
-        const std::lock_guard<std::mutex> lock(mailbox_->mutex);
-        mailbox_->result = {};
-    }
+    endWorker();
+    mailbox_->discardResult();
     startWorker({}, refreshToken, true, {});
 }
 
 void SignInFlow::signOut() {
     stopListener();
-    disownWorker();
-    joinWorker();
+    abandonAttempt();
+    endWorker();
     settings_->clearSession();
     settings_->save();
     userName.clear();
@@ -163,7 +149,7 @@ void SignInFlow::signOut() {
 
 void SignInFlow::startWorker(const std::string& code, const std::string& refreshToken, bool isRefresh,
                              const std::string& redirectUri) {
-    joinWorker(); // a redirect can overtake a restore that has not ended
+    joinWorker(); // a redirect can arrive while a restore still runs
     SignInWork work;
     work.mailbox = mailbox_;
     work.clientId = clientId_;
@@ -171,12 +157,10 @@ void SignInFlow::startWorker(const std::string& code, const std::string& refresh
     work.code = code;
     work.refreshToken = refreshToken;
     work.isRefresh = isRefresh;
-    work.redirectUri = redirectUri;
-    work.codeVerifier = codeVerifier_;
-    {
-        const std::lock_guard<std::mutex> lock(mailbox_->mutex);
-        work.generation = mailbox_->generation;
-    }
+    work.attempt = attempt_;
+    work.attempt.redirectUri = redirectUri;
+    workerAbort_ = HttpAbort();
+    work.abort = workerAbort_;
     workerThread_ = std::thread(runSignInWorker, std::move(work));
 }
 
@@ -184,7 +168,12 @@ void SignInFlow::joinWorker() {
     if (workerThread_.joinable()) workerThread_.join();
 }
 
-void SignInFlow::disownWorker() {
-    const std::lock_guard<std::mutex> lock(mailbox_->mutex);
-    ++mailbox_->generation;
+void SignInFlow::endWorker() {
+    workerAbort_.abort();
+    joinWorker();
+}
+
+// The worker finds its generation outdated and its result is dropped.
+void SignInFlow::abandonAttempt() {
+    attempt_.generation = mailbox_->abandonAttempt();
 }

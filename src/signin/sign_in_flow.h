@@ -1,11 +1,11 @@
 #pragma once
 
-// Signs the user in with a Google account through the system's browser: authorization code with PKCE (RFC 7636), the
-// redirect taken by a loopback listener (RFC 8252), tokens and user information fetched on a worker thread.
+// Signs the user in with a Google account through the system's browser: authorization code with PKCE (RFC 7636), a
+// redirect to a loopback listener (RFC 8252), and a worker thread that fetches tokens and user information.
 //
-// All members are called on the frame thread. Results of other threads arrive in a mailbox that pollSignIn empties at
-// the top of every frame. startSignIn, cancelSignIn, signOut, restoreSession and the destructor join a worker that is
-// inside a network call, and stand still for as long as that call lasts: that is meant. Nothing else here blocks.
+// Frame thread only. Results of other threads arrive in a mailbox that pollSignIn empties at the top of every frame.
+// startSignIn, cancelSignIn, signOut, restoreSession and the destructor abort the worker's requests and join it.
+// Failures appear in `state` and `errorMessage`.
 
 #include <cstdint>
 #include <memory>
@@ -13,7 +13,9 @@
 #include <thread>
 
 #include "signin/loopback_listener.h"
+#include "signin/sign_in_attempt.h"
 #include "signin/sign_in_mailbox.h"
+#include "system/http.h"
 
 class LauncherSettings;
 
@@ -31,9 +33,8 @@ class SignInFlow {
     void cancelSignIn();
     void pollSignIn();
     void restoreSession(); // with the stored refresh token
-    void signOut();        // locally; Google is not told
+    void signOut();        // on this machine only; the tokens are not revoked
 
-    // Frame thread only.
     SignInState state = SignInState::SignedOut;
     std::string userName;
     std::string userEmail;
@@ -45,13 +46,15 @@ class SignInFlow {
     void startWorker(const std::string& code, const std::string& refreshToken, bool isRefresh,
                      const std::string& redirectUri);
     void joinWorker();
-    void disownWorker();
+    void endWorker();
+    void abandonAttempt();
 
     const std::string clientId_;
     const std::string clientSecret_;
     LauncherSettings* const settings_;
-    std::string codeVerifier_; // of the current attempt
+    SignInAttempt attempt_; // the current one
     std::shared_ptr<SignInMailbox> mailbox_;
     LoopbackListener listener_;
+    HttpAbort workerAbort_;    // of the current worker
     std::thread workerThread_; // joinable until the next operation joins it
 };

@@ -1,7 +1,11 @@
 #pragma once
 
-// What other threads hand to the frame thread during a sign-in. Shared, so that a listener thread or a worker that
-// outlives its attempt still has somewhere to look, finds itself disowned, and leaves no trace.
+// Carries what other threads find out during a sign-in to the frame thread. It does its own locking and holds its mutex
+// for a few assignments only, never across I/O. It is shared: a thread that outlives its attempt still has a valid
+// mailbox to report to, and the mailbox drops the report.
+//
+// Each attempt has a number, its generation. The frame thread moves on to the next generation when it abandons an
+// attempt. A report that carries an older generation leaves no trace.
 
 #include <cstdint>
 #include <mutex>
@@ -17,10 +21,40 @@ struct SignInResult {
     std::string errorMessage; // when `success` is false
 };
 
-struct SignInMailbox {
-    std::mutex mutex;             // guards everything below; never held across I/O
-    SignInResult result;          // published, not yet taken by a frame
-    std::string pendingCode;      // authorization code that the listener accepted, not yet taken by a frame
-    std::uint32_t generation = 0; // a worker publishes only while this is what it was started with
-    std::uint32_t listening = 0;  // a listener records only while this is its own number; 0: none listens
+class SignInMailbox {
+  public:
+    struct Arrivals {
+        std::string code; // authorization code; empty: none
+        SignInResult result;
+    };
+
+    // --- frame thread ---
+
+    // Both move on to the next generation and return it. startAttempt also discards what has arrived.
+    [[nodiscard]] std::uint32_t startAttempt();
+    [[nodiscard]] std::uint32_t abandonAttempt();
+
+    void discardResult();
+
+    // Lets the listener of this generation report. No listener may report after 0, or after a code was taken.
+    void openFor(std::uint32_t generation);
+
+    // Returns what has arrived and empties both slots.
+    [[nodiscard]] Arrivals take();
+
+    // --- any thread ---
+
+    // From a listener. The code of a later redirect replaces an earlier one; a failure leaves the code in place.
+    void reportCode(std::uint32_t generation, const std::string& code);
+    void reportFailure(std::uint32_t generation, const std::string& message);
+
+    // From a worker.
+    void reportResult(std::uint32_t generation, SignInResult result);
+
+  private:
+    std::mutex mutex_; // guards everything below
+    SignInResult result_;
+    std::string pendingCode_;
+    std::uint32_t generation_ = 0;
+    std::uint32_t openGeneration_ = 0; // of the listener that may report; 0: none
 };

@@ -1,14 +1,15 @@
 #pragma once
 
-// What the launcher says to Google once the browser is done: code for tokens, stored refresh token for an access token,
-// access token for the account's name and e-mail address. Blocking HTTPS; sign-in worker only. Nothing here is stored
-// or logged.
+// The requests to Google after the browser has returned: authorization code for tokens, stored refresh token for an
+// access token, access token for the account's name and e-mail address. Blocking HTTPS; sign-in worker only. Nothing
+// here is stored or logged.
 
-#include <cstdint>
 #include <memory>
 #include <string>
 
+#include "signin/sign_in_attempt.h"
 #include "signin/sign_in_mailbox.h"
+#include "system/http.h"
 
 struct TokenResponse {
     bool ok = false;
@@ -17,26 +18,25 @@ struct TokenResponse {
     std::string errorMessage; // when not `ok`
 };
 
-TokenResponse exchangeCodeForTokens(const std::string& clientId, const std::string& clientSecret,
-                                    const std::string& code, const std::string& redirectUri,
-                                    const std::string& codeVerifier);
+[[nodiscard]] TokenResponse exchangeCodeForTokens(const std::string& clientId, const std::string& clientSecret,
+                                                  const std::string& code, const std::string& redirectUri,
+                                                  const std::string& codeVerifier, const HttpAbort& abort = {});
 
-TokenResponse refreshAccessToken(const std::string& clientId, const std::string& clientSecret,
-                                 const std::string& refreshToken);
+[[nodiscard]] TokenResponse refreshAccessToken(const std::string& clientId, const std::string& clientSecret,
+                                               const std::string& refreshToken, const HttpAbort& abort = {});
 
-// One attempt, by value: a code of a browser sign-in, or a stored refresh token.
+// The worker's own copy of what it needs.
 struct SignInWork {
     std::shared_ptr<SignInMailbox> mailbox;
     std::string clientId;
     std::string clientSecret;
-    std::string code;
-    std::string refreshToken;
-    bool isRefresh = false;
-    std::uint32_t generation = 0; // the mailbox's, when the worker was started
-    std::string redirectUri;
-    std::string codeVerifier;
+    std::string code;         // empty when restoring
+    std::string refreshToken; // empty for a browser sign-in
+    bool isRefresh = false;   // restore the stored session
+    HttpAbort abort;          // ends the worker's requests
+    SignInAttempt attempt;
 };
 
-// The worker's thread function: at most two requests, then one result in the mailbox, dropped when the attempt has been
-// disowned in the meantime.
+// The worker's thread function: at most two requests, then one result for the mailbox, which drops it when the attempt
+// was abandoned in the meantime.
 void runSignInWorker(const SignInWork& work);

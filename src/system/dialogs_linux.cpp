@@ -1,12 +1,15 @@
 #include <cerrno>
 #include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "system/dialog_waiting.h"
+#include "system/dialog_hook.h"
 #include "system/operating_system.h"
 #include "system/spawn_linux.h"
 #include "system/system_texts.h"
@@ -15,16 +18,16 @@ namespace {
 
 enum class DialogOutcome { NoProgram, Answered };
 
-constexpr int kServePauseMs = 30;
+constexpr int kHookPeriodMs = 30;
 
-// Reads until the dialog has ended. The window behind it is looked after meanwhile.
+// Reads the dialog's output until it closes it, and calls the hook meanwhile.
 std::string readToEnd(int descriptor, pid_t dialog) {
     std::string text;
     char buffer[4096];
     for (;;) {
         pollfd output{descriptor, POLLIN, 0};
-        if (whileDialogIsOpen() && ::poll(&output, 1, kServePauseMs) <= 0) {
-            whileDialogIsOpen()(dialog);
+        if (currentDialogHook && ::poll(&output, 1, kHookPeriodMs) <= 0) {
+            currentDialogHook(dialog);
             continue;
         }
         const ssize_t count = ::read(descriptor, buffer, sizeof buffer);
@@ -34,7 +37,7 @@ std::string readToEnd(int descriptor, pid_t dialog) {
     }
 }
 
-// Runs a dialog program and waits for it. It prints the choice and a line feed and ends with 0, or ends otherwise.
+// Runs a dialog program and waits for it. On a choice the program prints it with a line feed and exits with 0.
 DialogOutcome runDialog(const std::vector<std::string>& arguments, std::string& choice) {
     int output[2];
     if (::pipe2(output, O_CLOEXEC) != 0) return DialogOutcome::NoProgram;
@@ -48,11 +51,11 @@ DialogOutcome runDialog(const std::vector<std::string>& arguments, std::string& 
     while (::waitpid(dialog.process, &status, 0) < 0 && errno == EINTR) {
     }
     if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) choice.clear();
-    if (choice.ends_with('\n')) choice.pop_back(); // one: the name itself may end in more
+    if (choice.ends_with('\n')) choice.pop_back(); // only one: the name itself may end in line feeds
     return DialogOutcome::Answered;
 }
 
-// GNOME's dialog program if there is one, else KDE's.
+// Asks with GNOME's dialog program, or with KDE's when there is none.
 std::string askUser(const std::vector<std::string>& zenity, const std::vector<std::string>& kdialog) {
     std::string choice;
     if (runDialog(zenity, choice) == DialogOutcome::Answered) return choice;
@@ -64,7 +67,7 @@ std::string orCurrent(const std::string& path) {
     return path.empty() ? "." : path;
 }
 
-// zenity starts inside a folder only when its name ends in a slash.
+// zenity --filename opens a folder only when the name ends in a slash; otherwise it selects the folder in its parent.
 std::vector<std::string> startingAt(const std::string& path, std::vector<std::string> zenity) {
     std::error_code unknown;
     const bool folder = std::filesystem::is_directory(path, unknown) && !path.ends_with('/');

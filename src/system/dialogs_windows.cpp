@@ -1,4 +1,6 @@
+#include <cstddef>
 #include <cwchar>
+#include <iterator>
 #include <string>
 
 #include <windows.h>
@@ -6,22 +8,23 @@
 #include <objbase.h>
 #include <shlobj.h>
 
-#include "system/dialog_waiting.h"
+#include "system/dialog_hook.h"
 #include "system/operating_system.h"
 #include "system/system_texts.h"
 #include "system/wide_text_windows.h"
 
 namespace {
 
-// The dialog's own message loop hands the window what is done to it meanwhile, as if that had been meant.
-void dropInput() {
-    if (whileDialogIsOpen()) whileDialogIsOpen()(0);
+// The message loop of the dialog also delivers clicks on our window, although the dialog covers it. The hook drops
+// them.
+void callHook() {
+    if (currentDialogHook) currentDialogHook(0);
 }
 
 } // namespace
 
 std::string browseForFolder(const std::string& title, const std::string& /*startPath*/) {
-    const bool oleStarted = SUCCEEDED(OleInitialize(nullptr)); // the newer style of the dialog needs it
+    const bool oleStarted = SUCCEEDED(OleInitialize(nullptr)); // BIF_NEWDIALOGSTYLE needs it
     const std::wstring wideTitle = widenBytes(title);
     BROWSEINFOW request{};
     request.lpszTitle = wideTitle.c_str();
@@ -33,7 +36,7 @@ std::string browseForFolder(const std::string& title, const std::string& /*start
         CoTaskMemFree(chosen);
     }
     if (oleStarted) OleUninitialize();
-    dropInput();
+    callHook();
     return folder;
 }
 
@@ -41,7 +44,7 @@ std::string pickProjectFile(const std::string& /*title*/, const std::string& ini
     wchar_t path[4096] = L"";
     std::wcsncpy(path, widenBytes(initialPath).c_str(), std::size(path) - 1);
 
-    // Pairs of texts, each ended by a zero, and one more zero.
+    // OPENFILENAMEW expects pairs of texts, each with a final zero, and one more zero at the end.
     std::wstring filter = widenBytes(kProjectFilterText);
     filter += L'\0' + widenBytes(kProjectFilterPattern) + L'\0';
 
@@ -52,6 +55,6 @@ std::string pickProjectFile(const std::string& /*title*/, const std::string& ini
     request.nMaxFile = static_cast<DWORD>(std::size(path));
     request.Flags = OFN_NOCHANGEDIR | OFN_PATHMUSTEXIST | OFN_FILEMUSTEXIST;
     const bool picked = GetOpenFileNameW(&request) != FALSE;
-    dropInput();
+    callHook();
     return picked ? narrowUnits(path) : std::string();
 }

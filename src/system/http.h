@@ -1,12 +1,13 @@
 #pragma once
 
-// All outbound traffic: HTTPS only, certificates and host names verified against the system's trust store, no redirects
-// followed, one connection per request, no compression. Blocking; called on worker threads only. Every call makes a
-// client of its own, so nothing is shared between threads.
+// HTTPS requests: certificates and host names are verified against the system's trust store, redirects are not
+// followed, nothing is compressed, and each request has a connection of its own. Blocking; worker threads only. Every
+// call makes its own client, so nothing is shared between threads.
 
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -16,14 +17,38 @@
 // outputs are then meaningless.
 [[nodiscard]] bool parseHttpsUrl(const std::string& url, std::string& host, int& port, std::string& path);
 
+// Ends requests from another thread. Copies share one state: keep one, and pass the other with the request. Any thread.
+class HttpAbort {
+  public:
+    HttpAbort();
+
+    // The requests that use this state, now and later, end with no answer; a running one within 100 ms, whether it
+    // looks up a name, connects, shakes hands, waits or reads. There is no way back: use a new object for new requests.
+    void abort();
+
+    [[nodiscard]] bool isAborted() const;
+
+    struct State;
+
+  private:
+    friend class HttpExchange;
+    std::shared_ptr<State> state_;
+};
+
+// The number of requests whose thread still runs: an aborted request can leave a thread behind that waits for a name
+// server. main must leave by std::_Exit when there are some, because they still use static objects.
+[[nodiscard]] int unfinishedRequests();
+
 struct HttpsServer {
     std::string host;
     int port = 443;
     int readTimeoutSeconds = 0; // 0: the library's default of 300 seconds
+    HttpAbort abort = {};
 };
 
-// The three outcomes of a request: no answer (no connection, TLS or certificate failure, time-out, cut body), an answer
-// with some status, an answer with status 200 and its body. Callers test the status for exactly 200.
+// httpsGet and httpsPostForm end as a whole, headers included, after twice the read time-out. httpsDownload has no such
+// limit. A request has three outcomes: no answer (no connection, TLS or certificate failure, time-out, truncated body),
+// an answer with another status, and an answer with status 200 and its body. Callers test the status for exactly 200.
 struct HttpsAnswer {
     bool answered = false;
     int status = 0;
@@ -32,20 +57,20 @@ struct HttpsAnswer {
 
 using HttpFields = std::vector<std::pair<std::string, std::string>>;
 
-// `bodyLimit` bounds what is kept in memory. A longer body is refused while it arrives: the answer then has `answered`
-// and its status, and `body` holds more than `bodyLimit` bytes but not all.
+// The most bytes of a body that are kept in memory. A longer body ends the request early: the answer then has
+// `answered` and its status, and `body` holds more than `bodyLimit` bytes but not the whole body.
 inline constexpr std::size_t kDefaultBodyLimit = 4u << 20;
 
-HttpsAnswer httpsGet(const HttpsServer& server, const std::string& path, const HttpFields& headers = {},
-                     std::size_t bodyLimit = kDefaultBodyLimit);
+[[nodiscard]] HttpsAnswer httpsGet(const HttpsServer& server, const std::string& path, const HttpFields& headers = {},
+                                   std::size_t bodyLimit = kDefaultBodyLimit);
 
-// The fields go out sorted by key, as application/x-www-form-urlencoded.
-HttpsAnswer httpsPostForm(const HttpsServer& server, const std::string& path, const HttpFields& fields);
+// Posts the fields as application/x-www-form-urlencoded, sorted by key and percent-encoded.
+[[nodiscard]] HttpsAnswer httpsPostForm(const HttpsServer& server, const std::string& path, const HttpFields& fields);
 
-// Streams the body of a GET to `receive` as it arrives, in pieces of the library's choosing; `body` stays empty. Bodies
-// of answers other than 200 arrive too: only the status afterwards tells. Either callback returns false to give up,
-// which reads as no answer. `progress` gets the bytes so far and the announced total; a body of unannounced length may
-// come without a single call of it.
-HttpsAnswer httpsDownload(const HttpsServer& server, const std::string& path,
-                          const std::function<bool(const char* data, std::size_t size)>& receive,
-                          const std::function<bool(std::int64_t received, std::int64_t total)>& progress);
+// Streams the body of a GET to `receive` in pieces of the library's choosing; the answer's `body` stays empty. Bodies
+// of answers other than 200 arrive too: only the status afterwards tells. A callback that returns false ends the
+// request, and the result is no answer. `progress` gets the bytes so far and the announced total; it may never be
+// called when no length was announced.
+[[nodiscard]] HttpsAnswer httpsDownload(const HttpsServer& server, const std::string& path,
+                                        const std::function<bool(const char* data, std::size_t size)>& receive,
+                                        const std::function<bool(std::int64_t received, std::int64_t total)>& progress);

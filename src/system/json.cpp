@@ -4,7 +4,7 @@
 #include <rapidjson/memorystream.h>
 
 bool parseJsonObject(std::string_view text, rapidjson::Document& document) {
-    // The encoded stream skips a byte order mark. To the parser a zero byte is the end of the text, wherever it stands.
+    // EncodedInputStream skips a byte order mark. The parser stops at a zero byte, so the position is compared as well.
     rapidjson::MemoryStream bytes(text.data(), text.size());
     rapidjson::EncodedInputStream<rapidjson::UTF8<>, rapidjson::MemoryStream> stream(bytes);
     document.ParseStream<rapidjson::kParseIterativeFlag, rapidjson::UTF8<>>(stream);

@@ -4,15 +4,12 @@
 #include <ctime>
 #include <filesystem>
 
+#include "system/platform.h"
+
 std::string formatLocalTime(std::int64_t seconds) {
     if (seconds <= 0) return {};
-    const std::time_t time = static_cast<std::time_t>(seconds);
     std::tm local{};
-#ifdef _WIN32
-    if (localtime_s(&local, &time) != 0) return {};
-#else
-    if (localtime_r(&time, &local) == nullptr) return {};
-#endif
+    if (!toLocalTime(static_cast<std::time_t>(seconds), local)) return {};
     char text[32];
     return {text, std::strftime(text, sizeof text, "%Y-%m-%d %H:%M", &local)};
 }

@@ -1,12 +1,12 @@
 #pragma once
 
-// Times as text, "2026-11-21 09:30", in the computer's time zone. Any thread.
+// Formats times as "2026-11-21 09:30" in the computer's time zone. Any thread.
 
 #include <cstdint>
 #include <string>
 
 // Seconds since the Unix epoch; 0 and negative values give the empty text.
-std::string formatLocalTime(std::int64_t seconds);
+[[nodiscard]] std::string formatLocalTime(std::int64_t seconds);
 
-// The last write time of a file; empty when it cannot be had.
-std::string fileModifiedTimeText(const std::string& path);
+// The last write time of a file; empty when it cannot be read.
+[[nodiscard]] std::string fileModifiedTimeText(const std::string& path);

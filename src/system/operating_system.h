@@ -1,11 +1,10 @@
 #pragma once
 
-// What the launcher asks of the operating system, beyond what the standard library's file functions cover.
+// Operating-system services beyond the file functions of the standard library. One set of sources per platform, chosen
+// when a program is linked; the tests of the screens link a recording one instead.
 //
-// One source per platform (operating_system_linux.cpp, ...), chosen when a program is linked; the tests of the screens
-// link a recording one instead. All functions are free of state and may be called on any thread, except the two
-// dialogs, which belong to the frame thread and block it until the user answers. None throws. Texts are UTF-8; an empty
-// text is the answer "there is none".
+// Any thread, except the two dialogs: they belong to the frame thread and block it until the user answers. No function
+// keeps state or throws. Texts are UTF-8. An empty text means "none".
 
 #include <cstdint>
 #include <string>
@@ -13,48 +12,47 @@
 // --- directories ---------------------------------------------------------------------------------------------------
 
 // The directory that holds the running executable; empty when the system cannot tell.
-std::string launcherDirectory();
+[[nodiscard]] std::string launcherDirectory();
 
-// The launcher's own directory for per-user data, created when missing (a failure to create it is ignored, the text
-// comes back all the same). Empty when the environment names no place for it.
-std::string userDataDirectory();
+// The launcher's directory for per-user data, created when missing. A failure to create it is ignored and the text
+// still returned. Empty when the environment names no place for it.
+[[nodiscard]] std::string userDataDirectory();
 
-// The user's Documents directory. Nothing is created and nothing is tested.
-std::string userDocumentsDirectory();
+// The user's Documents directory. It is neither created nor tested.
+[[nodiscard]] std::string userDocumentsDirectory();
 
 // --- environment and time ------------------------------------------------------------------------------------------
 
 // The value of an environment variable; empty when it is not set.
-std::string getEnvironmentString(const char* name);
+[[nodiscard]] std::string getEnvironmentString(const char* name);
 
 // Seconds since the Unix epoch.
-std::int64_t currentTimeSeconds();
+[[nodiscard]] std::int64_t currentTimeSeconds();
 
 // --- dialogs (frame thread only, modal) ----------------------------------------------------------------------------
 
 // The folder that the user chose; empty on cancel.
-std::string browseForFolder(const std::string& title, const std::string& startPath);
+[[nodiscard]] std::string browseForFolder(const std::string& title, const std::string& startPath);
 
 // The .zantorproj file that the user chose; empty on cancel.
-std::string pickProjectFile(const std::string& title, const std::string& initialPath);
+[[nodiscard]] std::string pickProjectFile(const std::string& title, const std::string& initialPath);
 
 // --- processes -----------------------------------------------------------------------------------------------------
 
-// Whether any process of the machine, whoever's it is, runs an image named "editor.exe" in any case. A failure to list
-// processes counts as no.
-bool isEditorRunning();
+// True when any process on the machine, of any user, has the image name "editor.exe" in upper or lower case. False when
+// the processes cannot be listed.
+[[nodiscard]] bool isEditorRunning();
 
-// Starts the editor as a process of its own that outlives the launcher, and forgets it. `argument` is one argument,
-// left out when empty; an empty `workingDirectory` means the launcher's own. False leaves words for the user in
-// `errorText`.
+// Starts the editor as a process that outlives the launcher. `argument` is one argument, left out when empty. An empty
+// `workingDirectory` means the launcher's. On false `errorText` holds the text for the user.
 [[nodiscard]] bool launchEditorProcess(const std::string& executable, const std::string& argument,
                                        const std::string& workingDirectory, std::string& errorText);
 
 // --- the desktop ---------------------------------------------------------------------------------------------------
 
-// Opens a target with the program that the desktop associates with it. The outcome is not known.
+// Opens a target with the program that the desktop associates with it. Reports no failure.
 void shellOpen(const std::string& target, const std::string& parameters);
 
-// Both do nothing for an empty text. openInFileManager takes a directory, and creates it first when it is missing.
+// Both do nothing for an empty text. openInFileManager takes a directory and creates it when it is missing.
 void openUrlInBrowser(const std::string& url);
 void openInFileManager(const std::string& path);

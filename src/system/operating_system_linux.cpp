@@ -14,7 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A base directory that is not absolute is to be ignored, say the rules for these variables.
+// The XDG base directory rules say that a relative path is ignored.
 fs::path configHome() {
     const fs::path configured = getEnvironmentString("XDG_CONFIG_HOME");
     if (configured.is_absolute()) return configured;
@@ -22,8 +22,8 @@ fs::path configHome() {
     return home.empty() ? fs::path() : home / ".config";
 }
 
-// The value of one line of user-dirs.dirs, which is a shell assignment of a narrow form:
-// XDG_DOCUMENTS_DIR="$HOME/Papers" or XDG_DOCUMENTS_DIR="/mnt/papers". Empty for any other line.
+// The value of one line of user-dirs.dirs, which is XDG_DOCUMENTS_DIR="$HOME/Papers" or
+// XDG_DOCUMENTS_DIR="/mnt/papers". Empty for any other line.
 std::string documentsLineValue(std::string_view line) {
     constexpr std::string_view blanks = " \t";
     const auto skip = [&](std::string_view expected) {
@@ -87,7 +87,7 @@ std::int64_t currentTimeSeconds() {
     return std::time(nullptr);
 }
 
-// The desktop's opener takes one thing to open and no parameters for it.
+// xdg-open takes a target and no parameters.
 void shellOpen(const std::string& target, const std::string& /*parameters*/) {
     (void)spawnDetached({"xdg-open", target}, "");
 }

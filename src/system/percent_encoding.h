@@ -4,5 +4,5 @@
 
 #include <string>
 
-// Everything but the unreserved characters becomes %XX, byte by byte.
+// Every byte that is no unreserved character becomes %XX.
 [[nodiscard]] std::string percentEncode(const std::string& text);

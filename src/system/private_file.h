@@ -1,14 +1,14 @@
 #pragma once
 
-// Files that only their owner may read: what holds a token. One source per platform. Any thread.
+// Files that only their owner may read, for what holds a token. Any thread.
 
 #include <string>
 
-// Creates a folder and its missing parents, each of them for the owner alone where the platform has such modes. What
-// exists already keeps its mode. A failure shows when something is to be written there.
+// Creates a folder and its missing parents. On Linux each new folder gets mode 0700; existing folders keep their mode.
+// Failures are ignored: the write that follows reports them.
 void createPrivateFolders(const std::string& path);
 
-// Writes a whole file as text, for the owner alone from the first byte on, also where a wider file of that name exists,
-// and waits until the bytes are safe to be renamed over another file. False when any of it failed; what was written
-// stays then.
+// Writes a whole file in text mode and waits until the bytes are on disk, so that it can be renamed over another file.
+// On Linux the file has mode 0600 before the first byte is written, even when it existed with a wider mode. On failure
+// a part of the file may stay behind.
 [[nodiscard]] bool writePrivateFile(const std::string& path, const std::string& text);

@@ -5,14 +5,14 @@
 
 #include <io.h>
 
-// Who may read is inherited from the folder: the user's own profile.
+// Files inherit their access rules from the user's profile folder.
 
 void createPrivateFolders(const std::string& path) {
     std::error_code ignored;
     std::filesystem::create_directories(path, ignored);
 }
 
-// In text mode: a line feed arrives as carriage return and line feed.
+// "t": text mode writes a line feed as carriage return and line feed.
 bool writePrivateFile(const std::string& path, const std::string& text) {
     std::FILE* file = _wfopen(std::filesystem::path(path).c_str(), L"wt");
     if (file == nullptr) return false;

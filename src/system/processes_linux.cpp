@@ -19,7 +19,7 @@ bool namesEditor(std::string_view program) {
                       [](char left, char right) { return std::tolower(static_cast<unsigned char>(left)) == right; });
 }
 
-// Up to the first zero byte, or all; empty when the process has ended meanwhile.
+// The text up to the first zero byte; empty when the process has ended.
 std::string firstText(const fs::path& processFile) {
     std::ifstream file(processFile, std::ios::binary);
     std::string text;
@@ -27,8 +27,8 @@ std::string firstText(const fs::path& processFile) {
     return text;
 }
 
-// `stat` reads "4711 (name) S ...". The name may hold anything, parentheses too, and a program may have renamed itself,
-// so the name that it was started by is asked as well. What runs under Wine has a Windows path there.
+// `stat` reads "4711 (name) S ...", and the name may hold parentheses. A program can rename itself, so the name that it
+// was started by counts too. A program under Wine has a Windows path there. A zombie does not count.
 bool isLivingEditor(const fs::path& process) {
     const std::string stat = firstText(process / "stat");
     const std::size_t open = stat.find('(');
@@ -63,7 +63,7 @@ bool launchEditorProcess(const std::string& executable, const std::string& argum
     std::vector<std::string> arguments = {executable};
     if (!argument.empty()) arguments.push_back(argument);
 
-    // A relative name is meant from here, not from the directory that the editor starts in.
+    // A relative name is relative to the launcher's working directory, not to the editor's.
     std::error_code ignored;
     const int error = spawnDetached(arguments, workingDirectory, fs::absolute(executable, ignored).string());
     if (error == 0) return true;

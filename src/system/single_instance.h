@@ -1,7 +1,9 @@
 #pragma once
 
-// The guard that keeps the launcher to one instance per logon session. The operating system releases it when the
-// process dies, however it dies. Main thread only; one source per platform.
+// Keeps the launcher to one running instance: per user on Linux, per logon session on Windows. The operating system
+// releases the guard when the process dies. Main thread only.
+
+#include <memory>
 
 class SingleInstanceGuard {
   public:
@@ -10,18 +12,16 @@ class SingleInstanceGuard {
     SingleInstanceGuard(const SingleInstanceGuard&) = delete;
     SingleInstanceGuard& operator=(const SingleInstanceGuard&) = delete;
 
-    // True when another instance held the guard at construction. False also when no guard could be made at all: that
+    // True when another instance held the guard at construction. False when the guard could not be made at all: that
     // never stops the launcher.
     [[nodiscard]] bool anotherInstanceRuns() const { return anotherInstanceRuns_; }
 
-    // Lets the next instance start. Called before the workers are joined, so a new instance need not wait for them.
+    // Lets the next instance start. Called before the workers are joined, so that it need not wait for them.
     void release();
 
   private:
+    struct Lock; // the platform's handle; its destructor releases the guard
+
     bool anotherInstanceRuns_ = false;
-#ifdef _WIN32
-    void* mutex_ = nullptr;
-#else
-    int lockFile_ = -1;
-#endif
+    std::unique_ptr<Lock> lock_; // null: not held
 };

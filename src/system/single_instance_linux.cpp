@@ -2,6 +2,8 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <memory>
+#include <string>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -11,7 +13,7 @@
 
 namespace {
 
-// The runtime directory lives and dies with the logon session, which is what the guard is for.
+// One file per user: the sessions of a user share the runtime directory, as they share the settings.
 int openLockFile() {
     for (const std::string& folder : {getEnvironmentString("XDG_RUNTIME_DIR"), userDataDirectory()}) {
         if (folder.empty()) continue;
@@ -24,22 +26,33 @@ int openLockFile() {
 
 } // namespace
 
-SingleInstanceGuard::SingleInstanceGuard()
-    : lockFile_(openLockFile()) {
-    if (lockFile_ < 0 || ::flock(lockFile_, LOCK_EX | LOCK_NB) == 0) return;
+// Closing the descriptor does not remove the file: if it did, two instances could lock two files of the same name.
+struct SingleInstanceGuard::Lock {
+    explicit Lock(int descriptor)
+        : file(descriptor) {}
+    ~Lock() {
+        ::flock(file, LOCK_UN); // explicitly: a child between fork and exec still shares the lock
+        ::close(file);
+    }
+    Lock(const Lock&) = delete;
+    Lock& operator=(const Lock&) = delete;
+
+    const int file;
+};
+
+SingleInstanceGuard::SingleInstanceGuard() {
+    const int file = openLockFile();
+    if (file < 0) return;
+    if (::flock(file, LOCK_EX | LOCK_NB) == 0) {
+        lock_ = std::make_unique<Lock>(file);
+        return;
+    }
     anotherInstanceRuns_ = errno == EWOULDBLOCK;
-    ::close(lockFile_);
-    lockFile_ = -1;
+    ::close(file);
 }
 
-SingleInstanceGuard::~SingleInstanceGuard() {
-    release();
-}
+SingleInstanceGuard::~SingleInstanceGuard() = default;
 
-// The file stays: removing it would let two instances lock two files of one name.
 void SingleInstanceGuard::release() {
-    if (lockFile_ < 0) return;
-    ::flock(lockFile_, LOCK_UN); // explicitly, since a child between fork and exec still shares the lock
-    ::close(lockFile_);
-    lockFile_ = -1;
+    lock_.reset();
 }

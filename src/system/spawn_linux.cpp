@@ -3,7 +3,11 @@
 #include <cerrno>
 #include <csignal>
 #include <future>
+#include <string>
+#include <system_error>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -29,7 +33,7 @@ SpawnResult spawn(const std::vector<std::string>& arguments, const SpawnOptions&
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     if (options.outputDescriptor >= 0) {
-        // Before the others: the descriptor may be one of their numbers.
+        // First, because the descriptor may have the number 0 or 2.
         posix_spawn_file_actions_adddup2(&actions, options.outputDescriptor, STDOUT_FILENO);
     } else {
         posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
@@ -67,8 +71,8 @@ SpawnResult spawnProgram(const std::vector<std::string>& arguments, int outputDe
     return spawn(arguments, options);
 }
 
-// Somebody has to wait for a child, and nobody else may know of this one: the thread that starts it stays with it.
-// Ignoring SIGCHLD instead would change what every other wait in the process sees.
+// A thread waits for the child, so that it does not stay a zombie. Ignoring SIGCHLD instead would break every other
+// wait in the process.
 int spawnDetached(const std::vector<std::string>& arguments, const std::string& workingDirectory,
                   const std::string& executable) {
     std::promise<int> promise;

@@ -1,8 +1,7 @@
 #pragma once
 
-// Starting other programs, for the Linux sources of this folder. A started program gets its arguments as they are
-// (never through a shell), the launcher's environment, default signals, and no descriptor of the launcher beyond the
-// three standard ones. Programs without a slash in their name are looked up in PATH. Any thread.
+// Starts other programs, without a shell. A started program gets the launcher's environment, default signals, and only
+// the three standard descriptors. Programs without a slash in their name are looked up in PATH. Any thread.
 
 #include <string>
 #include <vector>
@@ -11,14 +10,14 @@
 
 struct SpawnResult {
     pid_t process = -1;
-    int error = 0; // errno of what went wrong, in the launcher or in the child before it became the program
+    int error = 0; // errno of a failed start
 };
 
-// The caller waits for the process. Its output goes to `outputDescriptor`; input and messages are /dev/null.
+// The caller must wait for the process. Its output goes to `outputDescriptor`; input and errors are /dev/null.
 [[nodiscard]] SpawnResult spawnProgram(const std::vector<std::string>& arguments, int outputDescriptor);
 
-// In a session of its own with nothing but /dev/null, in `workingDirectory` unless that is empty. Outlives the
-// launcher, and is reaped when it ends while the launcher still runs. `arguments[0]` is what the program is told its
-// name is; `executable` overrides the file to start. Returns 0 or an errno.
+// Starts a program in a new session, connected to /dev/null. It outlives the launcher; a thread reaps it when it ends
+// first. An empty `workingDirectory` means the launcher's. `executable`, when not empty, is the file to start instead
+// of `arguments[0]`. Returns 0 or an errno.
 [[nodiscard]] int spawnDetached(const std::vector<std::string>& arguments, const std::string& workingDirectory,
                                 const std::string& executable = {});

@@ -1,6 +1,6 @@
 #pragma once
 
-// What the user reads of the operating system's side, the same on every platform.
+// Texts for the user that are the same on every platform.
 
 #include <string>
 
@@ -8,6 +8,6 @@ inline constexpr char kProjectFilterText[] = "VOLO Project (*.zantorproj)";
 inline constexpr char kProjectFilterPattern[] = "*.zantorproj";
 inline constexpr char kNoExecutableText[] = "No executable was provided.";
 
-inline std::string startFailureText(long long errorNumber) {
+[[nodiscard]] inline std::string startFailureText(long long errorNumber) {
     return "Starting the editor process failed (error " + std::to_string(errorNumber) + ").";
 }

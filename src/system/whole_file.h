@@ -1,7 +1,8 @@
 #pragma once
 
+// Reads a small file into memory. Any thread.
+
 #include <string>
 
-// Reads a small file into memory, bytes as they stand. False when it cannot be opened or read; a directory in its place
-// is such a case, which the library's stream iterators would answer with an exception. Any thread.
+// Binary mode. False when the path cannot be opened or read, or is a directory.
 [[nodiscard]] bool readWholeFile(const std::string& path, std::string& bytes);

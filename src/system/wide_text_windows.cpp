@@ -23,7 +23,7 @@ std::string narrowUnits(const wchar_t* units) {
     return text;
 }
 
-// Backslashes count only before a quote, the closing one among them: there each of them needs another.
+// Only backslashes before a quote are doubled; the closing quote counts.
 std::wstring quoteCommandLineArgument(const std::string& text) {
     std::wstring quoted = L"\"";
     std::size_t backslashes = 0;

@@ -1,14 +1,13 @@
 #pragma once
 
-// Text on its way to and from the wide interfaces of Windows, crude on purpose: what is ASCII survives, and a path that
-// holds anything else does not name its file. Any thread.
+// Converts text to and from the wide interfaces of Windows. Deliberately simple: only ASCII survives, so a path that
+// holds other characters does not name its file. Any thread.
 
 #include <string>
 
-// Each byte becomes one unit by sign extension, and each unit keeps its low byte.
-std::wstring widenBytes(const std::string& text);
-std::string narrowUnits(const wchar_t* units);
+// widenBytes makes one unit of each byte by sign extension. narrowUnits keeps the low byte of each unit.
+[[nodiscard]] std::wstring widenBytes(const std::string& text);
+[[nodiscard]] std::string narrowUnits(const wchar_t* units);
 
-// One argument of a command line, in quotes, so that the C runtime of the program that is started gives it back as it
-// was: with its blanks, quotes and backslashes.
-std::wstring quoteCommandLineArgument(const std::string& text);
+// Quotes one argument of a command line so that the C runtime of the started program gets it unchanged.
+[[nodiscard]] std::wstring quoteCommandLineArgument(const std::string& text);

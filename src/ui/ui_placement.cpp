@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr int kFarthest = 100'000; // beyond any desktop; keeps the arithmetic inside an int
+constexpr int kFarthest = 100'000; // beyond any desktop; sums of two stay inside an int
 constexpr std::size_t kMaxFileBytes = 128;
 
 std::int64_t overlap(int a, int aLength, int b, int bLength) {
@@ -76,8 +76,7 @@ WindowPlacement fitPlacement(const WindowPlacement& wanted, std::span<const Scre
         return overlap(wanted.x, wanted.width, area.x, area.width) *
                overlap(wanted.y, wanted.height, area.y, area.height);
     };
-    const ScreenArea& area =
-        *std::ranges::max_element(areas, {}, shown); // the first of equals, so the first when none shows any
+    const ScreenArea& area = *std::ranges::max_element(areas, {}, shown); // max_element returns the first of equals
     WindowPlacement fitted = wanted;
     fitted.width = std::clamp(wanted.width, std::min(minimum.width, area.width), area.width);
     fitted.height = std::clamp(wanted.height, std::min(minimum.height, area.height), area.height);

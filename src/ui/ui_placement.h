@@ -1,7 +1,8 @@
 #pragma once
 
-// Where the window stood when it was closed: a file of the host's own, one line of text "1 x y width height maximized".
-// The size is in units at scale 1, so that it survives a change of scale; the position is in the screen's coordinates.
+// The window's placement between runs. The file is one line of text: "1 x y width height maximized", where 1 is the
+// version. The size is in units at scale 1, so that it survives a change of scale. The position is in screen
+// coordinates.
 
 #include <filesystem>
 #include <optional>
@@ -19,23 +20,23 @@ struct WindowPlacement {
     bool operator==(const WindowPlacement&) const = default;
 };
 
-struct ScreenArea { // what a monitor leaves to windows
+struct ScreenArea { // of a monitor, without task bars
     int x = 0;
     int y = 0;
     int width = 0;
     int height = 0;
 };
 
-[[nodiscard]] std::optional<WindowPlacement> parsePlacement(std::string_view text); // nothing unless all of it is sound
+[[nodiscard]] std::optional<WindowPlacement> parsePlacement(std::string_view text); // nothing if any part is invalid
 [[nodiscard]] std::string formatPlacement(const WindowPlacement& placement);
 
-// Nothing for a missing, foreign or damaged file.
+// Nothing if the file is missing or invalid.
 [[nodiscard]] std::optional<WindowPlacement> readPlacement(const std::filesystem::path& file);
-// The old file stays as it was when this fails.
+// False leaves the old file unchanged.
 [[nodiscard]] bool writePlacement(const std::filesystem::path& file, const WindowPlacement& placement);
 
-// The placement, in the screen's coordinates, moved and cut until all of it lies on the area that shows most of it; in
-// the middle of the first area when none shows any. `minimum` gives way to an area that is smaller. Without areas
-// nothing is known and nothing changes.
+// Moves and shrinks a placement until it lies inside the area that shows most of it, or in the middle of the first area
+// if none shows any of it. All values are in screen coordinates. The result is at least as large as `minimum`, unless
+// the area is smaller. Without areas the placement is returned unchanged.
 [[nodiscard]] WindowPlacement fitPlacement(const WindowPlacement& wanted, std::span<const ScreenArea> areas,
                                            const ScreenArea& minimum);

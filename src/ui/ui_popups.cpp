@@ -11,22 +11,17 @@
 namespace {
 
 constexpr ImVec2 kMenuPadding = {16.0f, 13.0f};
-constexpr ImVec2 kMenuSpacing = {16.0f, 14.0f}; // a highlighted entry reaches half of it to each side
+constexpr ImVec2 kMenuSpacing = {16.0f, 14.0f}; // the highlight of an entry covers half of it on each side
 constexpr ImVec2 kModalPadding = {20.0f, 18.0f};
 constexpr ImVec2 kModalTitlePadding = {20.0f, 12.0f};
 constexpr ImVec2 kModalSpacing = {8.0f, 8.0f};
 
 struct Opening {
     ImGuiID window = 0;
-    double since = 0.0; // when it was shown first
+    double since = 0.0; // the time of its first visible frame
 };
 Opening opening; // of the popup that was opened last
 
-ImVec2 px(ImVec2 units) {
-    return {uiThemePx(units.x), uiThemePx(units.y)};
-}
-
-// Everything that a window has drawn, its frame included, in a part of its opacity.
 void fadeIn(const ImGuiWindow& window) {
     if (window.Appearing || window.Hidden) opening = {window.ID, ImGui::GetTime()};
     if (window.ID != opening.window) return;
@@ -39,22 +34,22 @@ void fadeIn(const ImGuiWindow& window) {
 } // namespace
 
 bool uiThemeBeginMenu(const char* name) {
-    ImGui::PushStyleVar(ImGuiStyleVar_WindowPadding, px(kMenuPadding));
+    ImGui::PushStyleVar(ImGuiStyleVar_WindowPadding, uiThemePx(kMenuPadding));
     const bool open = ImGui::BeginPopup(name);
     ImGui::PopStyleVar();
-    if (open) ImGui::PushStyleVar(ImGuiStyleVar_ItemSpacing, px(kMenuSpacing));
+    if (open) ImGui::PushStyleVar(ImGuiStyleVar_ItemSpacing, uiThemePx(kMenuSpacing));
     return open;
 }
 
 bool uiThemeBeginModal(const char* name) {
     ImFont* title = uiThemeFont(palette::kTitleSize);
     ImGui::PushFont(title, uiThemeFontSize(title));
-    ImGui::PushStyleVar(ImGuiStyleVar_WindowPadding, px(kModalPadding));
-    ImGui::PushStyleVar(ImGuiStyleVar_FramePadding, px(kModalTitlePadding));
+    ImGui::PushStyleVar(ImGuiStyleVar_WindowPadding, uiThemePx(kModalPadding));
+    ImGui::PushStyleVar(ImGuiStyleVar_FramePadding, uiThemePx(kModalTitlePadding));
     const bool open = ImGui::BeginPopupModal(name, nullptr, ImGuiWindowFlags_AlwaysAutoResize);
     ImGui::PopStyleVar(2);
     ImGui::PopFont();
-    if (open) ImGui::PushStyleVar(ImGuiStyleVar_ItemSpacing, px(kModalSpacing));
+    if (open) ImGui::PushStyleVar(ImGuiStyleVar_ItemSpacing, uiThemePx(kModalSpacing));
     return open;
 }
 
@@ -64,8 +59,8 @@ void uiThemeEndPopup() {
     ImGui::EndPopup();
 }
 
-// The widget's own highlight has sharp corners, and is drawn before it is known whether there is one: so the entry goes
-// on a layer above it.
+// MenuItem's own highlight (Dear ImGui 1.92) has sharp corners. It is made invisible, and a rounded one is drawn on a
+// channel below the entry, because the entry must be drawn before it is known to be hovered.
 bool uiThemeMenuItem(const char* label, bool enabled) {
     ImDrawList* drawList = ImGui::GetWindowDrawList();
     drawList->ChannelsSplit(2);

@@ -2,14 +2,14 @@
 
 // Popups in the theme's look. Main thread only, inside a frame.
 
-// In the place of ImGui::BeginPopup and ImGui::BeginPopupModal: the theme's own spacing holds in them, whatever the
-// screen has pushed, and one that has just been opened comes up in a short fade. True: end it with uiThemeEndPopup.
+// Use these instead of ImGui::BeginPopup and ImGui::BeginPopupModal. They set the theme's spacing, whatever the screen
+// has pushed, and fade the popup in. If they return true, end the popup with uiThemeEndPopup.
 [[nodiscard]] bool uiThemeBeginMenu(const char* name);
-[[nodiscard]] bool uiThemeBeginModal(const char* name); // as large as what it holds; the name is its title
+[[nodiscard]] bool uiThemeBeginModal(const char* name); // sized to its content; the name is its title
 void uiThemeEndPopup();
 
-// In a menu. True on the frame of a choice.
+// An entry of a menu. True on the frame in which it is chosen.
 [[nodiscard]] bool uiThemeMenuItem(const char* label, bool enabled = true);
 
-// A button of a popup, the one that its Enter key presses. True on the frame of a click.
+// The button of a modal popup that Enter presses, in the primary colours. True on the frame of a click.
 [[nodiscard]] bool uiThemeDefaultButton(const char* label, float width);

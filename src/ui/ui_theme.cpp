@@ -22,7 +22,7 @@ struct Theme {
 };
 Theme theme;
 
-// Every colour that Dear ImGui's own widgets know, so that none of its defaults ever shows.
+// Every colour of Dear ImGui's own widgets, so that none of its defaults ever shows.
 constexpr std::pair<ImGuiCol, ImU32> kStyleColours[] = {
     {ImGuiCol_Text, palette::kForeground},
     {ImGuiCol_TextDisabled, palette::kMuted},
@@ -80,8 +80,12 @@ constexpr std::pair<ImGuiCol, ImU32> kStyleColours[] = {
     {ImGuiCol_PlotHistogram, palette::kPrimary},
     {ImGuiCol_PlotHistogramHovered, palette::kPrimaryLight},
     {ImGuiCol_DragDropTarget, palette::kPrimaryLight},
-    {ImGuiCol_NavCursor, palette::kNone}, // uiThemeFocusRing stands in for it
+    {ImGuiCol_NavCursor, palette::kNone}, // uiThemeFocusRing is drawn instead
     {ImGuiCol_NavWindowingHighlight, palette::kPrimaryLight},
+#ifdef IMGUI_HAS_DOCK
+    {ImGuiCol_DockingPreview, palette::kSelection},
+    {ImGuiCol_DockingEmptyBg, palette::kBackground},
+#endif
 };
 static_assert(std::size(kStyleColours) == ImGuiCol_COUNT);
 
@@ -111,8 +115,8 @@ ImGuiStyle styleAtScaleOne() {
     return style;
 }
 
-// The font of stock widgets takes its size when a frame begins. A scale that changes within the frame replaces what
-// the frame began with, so that nothing of it is drawn in the old size.
+// Dear ImGui fixes the font of stock widgets when a frame begins. If the scale changes after that, the font in use is
+// replaced, so that no widget of this frame has the old size.
 void applyDefaultFont() {
     ImGuiContext& context = *ImGui::GetCurrentContext();
     const float size = uiThemePx(palette::kTextSize);
@@ -125,7 +129,7 @@ void applyDefaultFont() {
     ImGui::SetCurrentFont(font, size, 0.0f);
 }
 
-// Calls line(begin, end) for every line that a text takes when it is wrapped at words.
+// Calls line(begin, end) for every line of a text that is wrapped at words.
 template<typename Line>
 void forEachLine(ImFont* font, std::string_view text, float wrapWidth, const Line& line) {
     const char* at = text.data();
@@ -138,7 +142,7 @@ void forEachLine(ImFont* font, std::string_view text, float wrapWidth, const Lin
             line(at, lineEnd);
             at = lineEnd;
             while (at < paragraphEnd && ImCharIsBlankA(*at))
-                ++at; // a wrap swallows the blanks it falls on
+                ++at; // blanks at a wrap are not drawn
         } while (at < paragraphEnd);
         if (at < end) ++at;
     }
@@ -168,7 +172,7 @@ void uiThemeSetScale(float scale) {
     fontsSetScale(scale);
 }
 
-// The first difference is the time that the start took, which is not time that anybody watched the window.
+// The first tick is not counted: it is the time that the start took, when nothing was on screen.
 void uiThemeTick(float deltaSeconds) {
     if (theme.ticked) theme.seconds += std::max(0.0f, deltaSeconds);
     theme.ticked = true;
@@ -222,6 +226,9 @@ float uiThemePx(float units) {
     const float pixels = units * theme.scale;
     return units == std::trunc(units) ? std::round(pixels) : pixels;
 }
+ImVec2 uiThemePx(ImVec2 units) {
+    return {uiThemePx(units.x), uiThemePx(units.y)};
+}
 ImVec2 uiThemeWholePixels(ImVec2 point) {
     return {std::round(point.x), std::round(point.y)};
 }
@@ -250,7 +257,7 @@ void uiThemeRoundedPanel(ImDrawList* drawList, ImVec2 min, ImVec2 max, ImU32 col
         drawList->AddRectFilled(min, max, colour, radius);
         return;
     }
-    // AddRectFilled keeps a pixel of straight edge; a pill or a dot is to be round all the way.
+    // AddRectFilled (Dear ImGui 1.92) keeps a pixel of straight edge in a fully rounded shape.
     const ImVec2 first{min.x + limit, min.y + limit};
     const ImVec2 last{max.x - limit, max.y - limit};
     if (std::abs(size.x - size.y) < 0.5f) {
@@ -272,7 +279,7 @@ void uiThemeText(ImDrawList* drawList, ImFont* font, ImVec2 position, ImU32 colo
     drawList->AddText(font, font->LegacySize, position, colour, text.data(), text.data() + text.size());
 }
 
-// Glyph by glyph, because AddText starts at whole pixels and would make spaces of a quarter pixel uneven.
+// Glyph by glyph: AddText starts at whole pixels, which would make gaps of a quarter pixel uneven.
 void uiThemeTextTracked(ImDrawList* drawList, ImFont* font, ImVec2 position, ImU32 colour, std::string_view text,
                         float tracking) {
     const ImVec2 start{std::floor(position.x), std::floor(position.y)};
@@ -348,6 +355,6 @@ void uiThemeReveal(ImDrawList* drawList, ImVec2 min, ImVec2 max) {
     if (left <= 0.0f) return;
     const auto alpha = static_cast<ImU32>(255.0f * left * left);
     drawList->AddRectFilled(min, max, (palette::kBackground & ~IM_COL32_A_MASK) | alpha << IM_COL32_A_SHIFT);
-    for (const ImGuiWindow* child : ImGui::GetCurrentWindow()->DC.ChildWindows) // they are shown above that
+    for (const ImGuiWindow* child : ImGui::GetCurrentWindow()->DC.ChildWindows) // shown above the rectangle
         uiThemeFade(child->DrawList, 1.0f - left * left);
 }

@@ -29,7 +29,7 @@ INCLUDE = re.compile(r'^\s*#\s*include\s*(?:"([^"]+)"|<([^>]+)>)', re.MULTILINE)
 
 
 def is_screen(path):
-    return path.name.endswith(("_screen.cpp", "_screen.h"))
+    return path.name.endswith(("_screen.cpp", "_screen.h", "_widgets.cpp", "_widgets.h"))
 
 
 def may_use_operating_system(path, inside, platforms):

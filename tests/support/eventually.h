@@ -1,7 +1,6 @@
 #pragma once
 
-// Waits for something that another thread or process brings about. The deadline is for a test that fails: one that
-// passes goes on as soon as the condition holds.
+// Waits until a condition holds that another thread or process brings about. False after the deadline.
 
 #include <chrono>
 #include <thread>

@@ -1,6 +1,6 @@
 #pragma once
 
-// What the platforms do differently, for expectations that are otherwise the same.
+// Differences between the platforms, for expectations that are otherwise the same.
 
 #include <string>
 
@@ -12,7 +12,7 @@ inline constexpr bool kOnWindows = false;
 inline constexpr char kPlatformName[] = "linux";
 #endif
 
-// What a text becomes on disk when it is written in text mode.
+// The bytes of a text that was written in text mode.
 inline std::string asTextFile(const std::string& text) {
     if (!kOnWindows) return text;
     std::string lines;

@@ -1,7 +1,6 @@
 #pragma once
 
-// Sets or removes an environment variable, and puts back what was there. Only while no other thread of the test reads
-// the environment.
+// Sets or removes an environment variable and restores it. Use it only while no other thread reads the environment.
 
 #include <cstdlib>
 #include <optional>

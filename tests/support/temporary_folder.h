@@ -1,6 +1,6 @@
 #pragma once
 
-// A folder of a test's own, removed with all that is in it when the test ends.
+// A folder of the test, removed with its contents at the end of the test.
 
 #include <atomic>
 #include <filesystem>
@@ -31,7 +31,7 @@ class TemporaryFolder {
     std::string string() const { return path_.string(); }
     std::filesystem::path operator/(const std::filesystem::path& name) const { return (path_ / name).make_preferred(); }
 
-    // Writes bytes as they stand; folders on the way are made. Returns the full path.
+    // Writes bytes in binary mode and creates missing folders. Returns the full path.
     std::filesystem::path write(const std::filesystem::path& name, const std::string& bytes) const {
         const std::filesystem::path file = *this / name;
         std::filesystem::create_directories(file.parent_path());

@@ -1,10 +1,11 @@
-// What the tests start as another process. POSIX.
+// A program that the tests start as another process. POSIX.
 //
-//   volo_test_child [argument]            an editor: tells about itself in the file $VOLO_CHILD_REPORT
-//   volo_test_child --guard               an instance: prints W when it holds the guard, else L and ends
+//   volo_test_child [argument]            an editor: writes about itself to the file $VOLO_CHILD_REPORT
+//   volo_test_child --guard               an instance: prints W when it holds the guard, else prints L and ends
 //   volo_test_child --launcher <program>  an instance that starts the program as the editor, and ends
 //
-// An editor, and an instance that holds the guard, stay until the file $VOLO_CHILD_UNTIL exists; at once without one.
+// An editor and an instance with the guard run until the file $VOLO_CHILD_UNTIL exists. Without that variable they end
+// at once.
 
 #include <chrono>
 #include <filesystem>
@@ -21,14 +22,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-void stayUntilTold() {
+void waitForTheEnd() {
     const std::string until = getEnvironmentString("VOLO_CHILD_UNTIL");
     for (int i = 0; i < 12000 && !until.empty() && !fs::exists(until); ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5)); // a minute at most, should the test have died
+        std::this_thread::sleep_for(std::chrono::milliseconds(5)); // a minute at most, in case the test died
     }
 }
 
-// Lines "key=value"; the argument comes last, since it may hold anything.
+// Lines "key=value".
 void report(const std::string& path, int argc, char** argv) {
     std::ofstream out(path + ".part", std::ios::binary);
     out << "directory=" << fs::current_path().string() << "\nprocess=" << ::getpid() << "\nsession=" << ::getsid(0);
@@ -61,7 +62,7 @@ int main(int argc, char** argv) {
         if (::write(STDOUT_FILENO, &answer, 1) != 1) return 2;
         if (guard.anotherInstanceRuns()) return 0;
         if (role == "--guard") {
-            stayUntilTold();
+            waitForTheEnd();
             return 0;
         }
         std::string errorText;
@@ -69,6 +70,6 @@ int main(int argc, char** argv) {
     }
     const std::string path = getEnvironmentString("VOLO_CHILD_REPORT");
     if (!path.empty()) report(path, argc, argv);
-    stayUntilTold();
+    waitForTheEnd();
     return 0;
 }

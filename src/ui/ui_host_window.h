@@ -1,0 +1,68 @@
+#pragma once
+
+// The parts of UiHost that hold resources: the GLFW window, the Dear ImGui context and its backends, and the window's
+// saved placement. Main thread only. Included by the sources of UiHost alone.
+
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <string>
+
+#include <imgui.h>
+
+#include "ui/ui_host.h"
+#include "ui/ui_pacing.h"
+#include "ui/ui_placement.h"
+
+struct GLFWwindow;
+
+// A copy of the frame on screen. Dear ImGui reuses a frame's draw lists as soon as the next frame begins.
+struct LastImage {
+    void keep(const ImDrawData& shown, std::span<const float, 4> clearColour);
+    void forget();
+
+    ImDrawData frame;
+    std::array<float, 4> clear{};
+};
+
+struct UiHost::Window {
+    UiIntegration integration;
+    UiHostDesc desc;
+    std::filesystem::path placementFile; // empty: the placement is neither read nor written
+    std::optional<WindowPlacement> placement;
+
+    bool glfwStarted = false;
+    GLFWwindow* handle = nullptr;
+    ImGuiContext* context = nullptr;
+    bool platformReady = false;
+    bool rendererReady = false;
+    const char* shaderVersion = nullptr;
+
+    FramePacer pacer;
+    LastImage lastImage;
+    bool behindDialog = false;      // repaintBehindDialog is polling for events
+    std::int64_t dialogInFront = 0; // the dialog process whose windows were made transient last
+    float scale = 0.0f;             // screen coordinates per unit, in this frame
+
+    ~Window();
+    [[nodiscard]] bool open(std::string& errorText);
+    void repaintDamage();
+    void draw(ImDrawData& frame, std::span<const float, 4> clear) const;
+    void followScale();
+    void rememberPlacement();
+    static void notePointer(GLFWwindow* source);
+
+  private:
+    static Window& of(GLFWwindow* source);
+    static void noteEvent(GLFWwindow* source);
+    static void noteDamage(GLFWwindow* source);
+    [[nodiscard]] bool createWindow(std::string& errorText);
+    [[nodiscard]] bool createContext(std::string& errorText);
+    void setIcon();
+    void watchEvents();
+    void show();
+    void place();
+    [[nodiscard]] float contentScale() const;
+};
