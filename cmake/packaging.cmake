@@ -120,9 +120,8 @@ else()
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
   # GLFW loads libGL (X11) or libEGL (Wayland) at run time. Without libdecor's plugin a window under Wayland has no title
   # bar.
-  set(CPACK_DEBIAN_PACKAGE_DEPENDS
-    "ca-certificates, xdg-utils, zenity | kdialog | xdg-desktop-portal, libgl1, libegl1,
-libdecor-0-plugin-1-gtk | libdecor-0-plugin-1-cairo")
+  string(CONCAT CPACK_DEBIAN_PACKAGE_DEPENDS "ca-certificates, xdg-utils, zenity | kdialog | xdg-desktop-portal, "
+    "libgl1, libegl1, libdecor-0-plugin-1-gtk | libdecor-0-plugin-1-cairo")
   set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
   set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "It signs in, lists projects, opens them in the editor, and installs the editor.")
   set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${linux}/conffiles)
