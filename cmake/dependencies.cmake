@@ -17,6 +17,8 @@ if(NOT WIN32)
   find_package(OpenGL REQUIRED COMPONENTS OpenGL)
   find_package(Fontconfig REQUIRED)
   find_package(X11 REQUIRED)
+  find_package(PkgConfig REQUIRED)
+  pkg_search_module(sdbus REQUIRED IMPORTED_TARGET libsystemd libelogind basu) # D-Bus, for the file dialog
 else()
   # What a static OpenSSL leaves open, and the certificate store for cpp-httplib.
   set_property(TARGET OpenSSL::Crypto APPEND PROPERTY INTERFACE_LINK_LIBRARIES ws2_32 crypt32)
@@ -61,13 +63,13 @@ else()
 endif()
 
 # --- cpp-httplib: header only, TLS on, compression off. Its own backlog of 5 lets a browser wait for seconds when others
-# connect at the same moment; its own limit of 32 KiB lets the status line of a hostile server run a worker of Windows out
-# of stack, for a regular expression with a call for each character takes it apart.
+# connect at the same moment. The line limit lets a browser send 16 KiB of cookies to the loopback listener. A client matches
+# a status line of that length with a recursive std::regex, so requests have a large stack (src/system/http_exchange.cpp).
 volo_split_header(${httplib_SOURCE_DIR}/httplib.h ${CMAKE_BINARY_DIR}/httplib)
 add_library(httplib STATIC ${CMAKE_BINARY_DIR}/httplib/httplib.cpp)
 target_include_directories(httplib SYSTEM PUBLIC ${CMAKE_BINARY_DIR}/httplib)
 target_compile_definitions(httplib PUBLIC CPPHTTPLIB_OPENSSL_SUPPORT CPPHTTPLIB_LISTEN_BACKLOG=128
-  CPPHTTPLIB_MAX_LINE_LENGTH=4096)
+  CPPHTTPLIB_MAX_LINE_LENGTH=20480 CPPHTTPLIB_HEADER_MAX_LENGTH=20480)
 target_link_libraries(httplib PUBLIC OpenSSL::SSL OpenSSL::Crypto Threads::Threads)
 
 # --- stb_image, RapidJSON: headers.
