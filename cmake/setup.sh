@@ -31,6 +31,10 @@ volo_test_packages=(
 # The cross-compiler, Wine, and sources that are built for Windows.
 volo_windows_packages=(g++-mingw-w64-x86-64-posix wine wine64 googletest)
 volo_clang_packages=(clang clang-tidy)
+# Tools that check packages, and the one that makes the Windows installer.
+volo_package_packages=(desktop-file-utils appstream nsis)
+# For ./release only, because nginx's package also starts a server: the tools of docs/deploying.md.
+volo_deploying_packages=(nginx-light rsync rclone curl)
 
 volo_say() { printf '[set-up] %s\n' "$*"; }
 

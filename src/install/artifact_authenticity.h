@@ -5,6 +5,8 @@
 
 #include <string>
 
+#include "install/run_stop.h"
+
 // The publisher that a deployment pins. Both empty: no publisher is pinned, and the check passes without a request.
 struct ArtifactAuthenticity {
     std::string url;  // https; the statement of a package is at <url>/<SHA-256 of the package>.txt
@@ -16,4 +18,4 @@ struct ArtifactAuthenticity {
 // False leaves a message for the user in `failureText`.
 [[nodiscard]] bool verifyArtifactAuthenticity(const ArtifactAuthenticity& pinned, const std::string& version,
                                               const std::string& packagePath, const std::string& decryptedPath,
-                                              std::string& failureText);
+                                              const RunStop& stop, std::string& failureText);

@@ -13,7 +13,7 @@ EditorInstallState::EditorInstallState(const std::string& manifestUrl, const std
     , progress_(initial) {}
 
 EditorInstallState::~EditorInstallState() {
-    cancelRequested_ = true;
+    stop_.close();
     if (worker_.joinable()) worker_.join();
 }
 
@@ -23,7 +23,7 @@ void EditorInstallState::startUpdate() {
     if (worker_.joinable()) worker_.join();
     // Clear the previous worker's flag, or joinIfFinished would block on the new worker.
     workerFinished_ = false;
-    cancelRequested_ = false;
+    stop_.clearCancel();
     report({UpdateEvent::Started});
     worker_ = std::thread([this] {
         runUpdate();
@@ -32,7 +32,7 @@ void EditorInstallState::startUpdate() {
 }
 
 void EditorInstallState::requestCancel() {
-    cancelRequested_ = true;
+    stop_.cancel();
 }
 
 void EditorInstallState::joinIfFinished() {
@@ -86,7 +86,7 @@ void EditorInstallState::runUpdate() {
         recordBytes(progress_, received, total);
     };
     const auto onEvent = [this](const UpdateEvent& event) { report(event); };
-    report(updateEditor({manifestUrl_, downloadsDirectory_, authenticity_, cancelRequested_, onEvent, onProgress}));
+    report(updateEditor({manifestUrl_, downloadsDirectory_, authenticity_, stop_, onEvent, onProgress}));
 }
 
 void EditorInstallState::report(const UpdateEvent& event) {

@@ -15,12 +15,13 @@
 #include "install/artifact_authenticity.h"
 #include "install/download_record.h"
 #include "install/install_progress.h"
+#include "install/run_stop.h"
 
 class EditorInstallState {
   public:
     EditorInstallState(const std::string& manifestUrl, const std::string& downloadsDirectory,
                        const ArtifactAuthenticity& authenticity = {}, const InstallProgress& initial = {});
-    ~EditorInstallState(); // cancels and joins; waits for the worker's next cancellation point
+    ~EditorInstallState(); // ends the run and joins; waits for decryption, removal, rename and sync
     EditorInstallState(const EditorInstallState&) = delete;
     EditorInstallState& operator=(const EditorInstallState&) = delete;
 
@@ -48,8 +49,8 @@ class EditorInstallState {
     mutable std::mutex mutex_; // guards progress_
     InstallProgress progress_;
 
-    std::atomic<bool> cancelRequested_ = false; // written by the frame thread, read by the worker
-    std::atomic<bool> workerFinished_ = false;  // set by the worker's last act
-    std::thread worker_;                        // frame thread only
-    std::string shownMessage_;                  // frame thread only: what statusMessage returned last
+    RunStop stop_;
+    std::atomic<bool> workerFinished_ = false; // set by the worker's last act
+    std::thread worker_;                       // frame thread only
+    std::string shownMessage_;                 // frame thread only: what statusMessage returned last
 };

@@ -67,6 +67,8 @@ void recordEvent(InstallProgress& progress, const UpdateEvent& event) {
         return failUpdate(progress, event.detail);
     case UpdateEvent::PackageUrlInvalid:
         return failUpdate(progress, "The package URL in the update manifest must be a valid https:// URL.");
+    case UpdateEvent::WaitCancelled:
+        return failUpdate(progress, "Install cancelled.");
     case UpdateEvent::DownloadsNotWritable:
         return failUpdate(progress, "Could not write to the downloads directory.");
     case UpdateEvent::DownloadCancelled:

@@ -43,6 +43,7 @@ struct UpdateEvent {
         Unreachable,    // the server did not answer, and there is no editor
         ManifestFailed, // detail: the cause, as the user reads it
         PackageUrlInvalid,
+        WaitCancelled, // while another launcher installs
         DownloadsNotWritable,
         DownloadCancelled,
         DownloadFailed,

@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "crypto/sha256.h"
+#include "system/disk.h"
 
 namespace {
 
@@ -42,16 +43,16 @@ class PartFile {
     std::string gathered_;
 };
 
-UpdateEvent::Kind receiveIntoPart(const PackageTransfer& transfer, const std::string& partPath,
-                                  const std::atomic<bool>& cancelRequested, const TransferProgress& onProgress) {
+UpdateEvent::Kind receiveIntoPart(const PackageTransfer& transfer, const std::string& partPath, const RunStop& stop,
+                                  const TransferProgress& onProgress) {
     PartFile part(partPath);
     if (!part.isOpen()) return UpdateEvent::DownloadsNotWritable;
     const auto receive = [&](const char* data, std::size_t size) {
-        return !cancelRequested && part.write({data, size});
+        return !stop.cancelRequested && part.write({data, size});
     };
     const auto progress = [&](std::int64_t received, std::int64_t total) {
         onProgress(received, total);
-        return !cancelRequested;
+        return !stop.cancelRequested;
     };
     const HttpsAnswer answer = httpsDownload(transfer.server, transfer.urlPath, receive, progress);
     // The result of the close does not count: the flush has given everything to the system.
@@ -59,19 +60,22 @@ UpdateEvent::Kind receiveIntoPart(const PackageTransfer& transfer, const std::st
     const bool written = part.good();
     part.close();
 
-    if (cancelRequested) return UpdateEvent::DownloadCancelled;
+    if (stop.cancelRequested) return UpdateEvent::DownloadCancelled;
     // The part file also receives the body of an answer with another status.
     if (!answer.answered || answer.status != 200 || !written) return UpdateEvent::DownloadFailed;
-    if (!transfer.sha256.empty() && sha256OfFile(partPath) != transfer.sha256) return UpdateEvent::ChecksumDiffers;
+    if (!transfer.sha256.empty() && sha256OfFile(partPath, &stop.closing) != transfer.sha256)
+        return UpdateEvent::ChecksumDiffers;
+    // Sync before the rename: after a loss of power the final name could otherwise hold an empty file.
+    if (!syncFile(partPath)) return UpdateEvent::DownloadFailed;
     return UpdateEvent::Downloaded;
 }
 
 } // namespace
 
-UpdateEvent::Kind downloadPackage(const PackageTransfer& transfer, const std::atomic<bool>& cancelRequested,
+UpdateEvent::Kind downloadPackage(const PackageTransfer& transfer, const RunStop& stop,
                                   const TransferProgress& onProgress) {
     const std::string partPath = transfer.packagePath + ".part";
-    const UpdateEvent::Kind received = receiveIntoPart(transfer, partPath, cancelRequested, onProgress);
+    const UpdateEvent::Kind received = receiveIntoPart(transfer, partPath, stop, onProgress);
     std::error_code error;
     if (received == UpdateEvent::Downloaded) {
         std::filesystem::rename(partPath, transfer.packagePath, error);

@@ -2,15 +2,15 @@
 
 // Brings one package file to its final path. Blocking; install worker only.
 //
-// Everything arrives in <packagePath>.part. Only a complete and verified file is renamed to packagePath. A part file
-// survives no failure but that of the rename.
+// Everything arrives in <packagePath>.part. Only a complete and verified file that is on the disk is renamed to
+// packagePath. A part file survives no failure but that of the rename.
 
-#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <string>
 
 #include "install/install_progress.h"
+#include "install/run_stop.h"
 #include "system/http.h"
 
 struct PackageTransfer {
@@ -24,6 +24,5 @@ struct PackageTransfer {
 using TransferProgress = std::function<void(std::int64_t received, std::int64_t total)>;
 
 // Downloaded, or the way in which the transfer failed. A cancel ends it at the next piece of data.
-[[nodiscard]] UpdateEvent::Kind downloadPackage(const PackageTransfer& transfer,
-                                                const std::atomic<bool>& cancelRequested,
+[[nodiscard]] UpdateEvent::Kind downloadPackage(const PackageTransfer& transfer, const RunStop& stop,
                                                 const TransferProgress& onProgress);

@@ -3,9 +3,10 @@
 // Extracts the verified zip archive into a staging directory, and replaces the installed editor with that directory.
 // Blocking; install worker only.
 
-#include <atomic>
 #include <string>
 #include <string_view>
+
+#include "install/run_stop.h"
 
 // False for a name that could leave the staging directory: an absolute name, a name with a colon (drive, stream), or a
 // name with a part "..". Both slashes separate parts on every platform. Names are UTF-8.
@@ -14,14 +15,16 @@
 enum class ExtractionOutcome {
     Done,
     Unreadable, // no zip archive; nothing was written
-    Failed,     // cancelled, an unsafe name, or a damaged entry; earlier entries stay in the staging directory
+    Failed,     // cancelled, an unsafe name, a damaged entry, or files in the staging directory; entries stay there
 };
 
 // Skips entries whose name is empty or ends in "/": directories exist only for the files in them. A file keeps the mode
-// that it had on Unix, and the editor's executables always become executable.
+// that it had on Unix, without write permission for others, and the editor's executables always become executable.
+// Everything is on the disk when it is done. A cancel takes effect before the next entry, closing also inside an entry.
 [[nodiscard]] ExtractionOutcome extractArchive(const std::string& archivePath, const std::string& stagingDirectory,
-                                               const std::atomic<bool>& cancelRequested);
+                                               const RunStop& stop);
 
-// Deletes the managed editor directory and renames the staging directory to it. Keeps no copy of the old editor.
+// Deletes the managed editor directory and renames the staging directory to it. Keeps no copy of the old editor. Tries
+// again for up to 10 s while another program holds a file (Windows); closing ends that.
 // False when the rename fails: then the staging directory is deleted, and the old editor wholly or in part.
-[[nodiscard]] bool swapIn(const std::string& stagingDirectory);
+[[nodiscard]] bool swapIn(const std::string& stagingDirectory, const RunStop& stop);

@@ -2,19 +2,19 @@
 
 #include <filesystem>
 
-#include "system/http.h"
 #include "system/json.h"
 
 bool isManifestUrlConfigured(const std::string& url) {
     return !url.empty() && url.find("YOUR_") == std::string::npos;
 }
 
-ManifestAnswer fetchManifest(const std::string& manifestUrl) {
+ManifestAnswer fetchManifest(const std::string& manifestUrl, const HttpAbort& abort) {
     HttpsServer server;
     std::string path;
     if (!parseHttpsUrl(manifestUrl, server.host, server.port, path))
         return BadManifest{"The update manifest URL must be a valid https:// URL."};
     server.readTimeoutSeconds = 30;
+    server.abort = abort;
     const HttpsAnswer answer = httpsGet(server, path);
     if (!answer.answered) return NoAnswer{};
     if (answer.status != 200)
@@ -55,6 +55,7 @@ std::string sanitizeVersion(const std::string& version) {
 }
 
 std::string packagePathIn(const std::string& downloadsDirectory, const std::string& version) {
-    return (std::filesystem::path(downloadsDirectory) / ("zantor_editor_" + sanitizeVersion(version) + ".zip"))
+    return (std::filesystem::path(downloadsDirectory) /
+            (std::string(kPackageNameStart) + sanitizeVersion(version) + ".zip"))
         .string();
 }

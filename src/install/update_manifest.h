@@ -11,7 +11,10 @@
 // A member of another type counts as absent. Every other member is ignored. Any thread.
 
 #include <string>
+#include <string_view>
 #include <variant>
+
+#include "system/http.h"
 
 struct UpdateManifest {
     std::string version;
@@ -30,8 +33,8 @@ struct BadManifest {
 };
 using ManifestAnswer = std::variant<UpdateManifest, NoAnswer, BadManifest>;
 
-// Asks the server for the manifest. Blocking; a worker thread only.
-[[nodiscard]] ManifestAnswer fetchManifest(const std::string& manifestUrl);
+// Asks the server for the manifest. Blocking; a worker thread only. No answer once `abort` is aborted.
+[[nodiscard]] ManifestAnswer fetchManifest(const std::string& manifestUrl, const HttpAbort& abort);
 
 // False leaves a message for the user in `failureText`.
 [[nodiscard]] bool parseUpdateManifest(const std::string& body, UpdateManifest& manifest, std::string& failureText);
@@ -40,4 +43,5 @@ using ManifestAnswer = std::variant<UpdateManifest, NoAnswer, BadManifest>;
 [[nodiscard]] std::string sanitizeVersion(const std::string& version);
 
 // Where the package of a version is kept.
+inline constexpr std::string_view kPackageNameStart = "zantor_editor_";
 [[nodiscard]] std::string packagePathIn(const std::string& downloadsDirectory, const std::string& version);

@@ -1,8 +1,11 @@
 #include "install/update_pipeline.h"
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <string_view>
 #include <system_error>
+#include <thread>
 #include <variant>
 
 #include "crypto/sha256.h"
@@ -10,6 +13,7 @@
 #include "install/package_container.h"
 #include "install/package_extraction.h"
 #include "install/update_manifest.h"
+#include "system/disk.h"
 #include "system/http.h"
 
 namespace fs = std::filesystem;
@@ -26,31 +30,73 @@ bool isUpToDate(const UpdateManifest& manifest) {
     return isEditorNearLauncher() && installedEditorVersion() == manifest.version;
 }
 
-// Without a checksum in the manifest any file will do.
-bool isUsablePackage(const std::string& path, const std::string& sha256) {
-    std::error_code error;
-    return fs::exists(path, error) && (sha256.empty() || sha256OfFile(path) == sha256);
+// "editor-staging" and the like: next to the target and therefore on the same volume, so that the rename works.
+std::string besideEditor(const char* name) {
+    return (fs::path(managedEditorDirectory()).parent_path() / name).string();
 }
 
-// The staging directory is next to the target and therefore on the same volume, so that the rename works.
-std::string makeEmptyStagingDirectory() {
-    const fs::path staging = fs::path(managedEditorDirectory()).parent_path() / "editor-staging";
-    std::error_code ignored;
-    fs::remove_all(staging, ignored);
-    fs::create_directories(staging, ignored);
-    return staging.string();
+// --- locks ---------------------------------------------------------------------------------------------------------
+
+enum class Waiting { No, Yes, Cancelled };
+
+// Waits while another launcher holds the lock. Without a lock file the run goes on.
+Waiting takeLock(FileLock& lock, const std::string& path, const RunStop& stop) {
+    Waiting waiting = Waiting::No;
+    while (lock.tryToTake(path) == FileLock::Result::Held) {
+        if (stop.cancelRequested) return Waiting::Cancelled;
+        waiting = Waiting::Yes;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return waiting;
 }
+
+// --- package -------------------------------------------------------------------------------------------------------
+
+// Without a checksum in the manifest any file will do.
+bool isUsablePackage(const std::string& path, const std::string& sha256, const RunStop& stop) {
+    std::error_code error;
+    return fs::exists(path, error) && (sha256.empty() || sha256OfFile(path, &stop.closing) == sha256);
+}
+
+// Uses the package on disk or downloads it. Returns Downloaded, or the event that ends the run.
+UpdateEvent::Kind bringPackage(const UpdateRun& run, const UpdateManifest& manifest, PackageTransfer& transfer) {
+    if (isUsablePackage(transfer.packagePath, manifest.sha256, run.stop)) return UpdateEvent::Downloaded;
+    if (run.stop.closing) return UpdateEvent::WaitCancelled; // the checksum is unknown: keep the package
+    std::error_code ignored;
+    fs::remove(transfer.packagePath, ignored);
+    transfer.server.readTimeoutSeconds = kPackageReadTimeoutSeconds;
+    transfer.server.abort = run.stop.transfer;
+    transfer.sha256 = manifest.sha256;
+    run.onEvent({UpdateEvent::DownloadStarted, manifest.version, transfer.packagePath});
+    const UpdateEvent::Kind ended = downloadPackage(transfer, run.stop, run.onProgress);
+    if (ended == UpdateEvent::Downloaded) run.onEvent({ended, manifest.version});
+    return ended;
+}
+
+// Removes what killed runs left in the downloads directory: part files and decrypted packages. Packages stay.
+void removeLeftovers(const std::string& downloadsDirectory, const std::string& packagePath) {
+    std::error_code error;
+    for (fs::directory_iterator at(downloadsDirectory, error), end; !error && at != end; at.increment(error)) {
+        const std::string name = at->path().filename().string();
+        const bool isOurs = name.starts_with(kPackageNameStart) && at->path() != fs::path(packagePath);
+        std::error_code ignored;
+        if (isOurs && (name.ends_with(".zip.part") || name.ends_with(".zip.decrypted.zip")))
+            fs::remove(at->path(), ignored);
+    }
+}
+
+// --- install -------------------------------------------------------------------------------------------------------
 
 // Verifies the package and extracts it. `decryptedPath` is the archive from a container, empty for a plain package.
 UpdateEvent verifyAndExtract(const UpdateRun& run, const UpdateManifest& manifest, const std::string& packagePath,
                              const std::string& decryptedPath, const std::string& staging) {
     if (!decryptedPath.empty() && !manifest.plaintextSha256.empty() &&
-        sha256OfFile(decryptedPath) != manifest.plaintextSha256)
+        sha256OfFile(decryptedPath, &run.stop.closing) != manifest.plaintextSha256)
         return {UpdateEvent::PlaintextDiffers};
     std::string cause;
-    if (!verifyArtifactAuthenticity(run.authenticity, manifest.version, packagePath, decryptedPath, cause))
+    if (!verifyArtifactAuthenticity(run.authenticity, manifest.version, packagePath, decryptedPath, run.stop, cause))
         return {UpdateEvent::NotAuthentic, manifest.version, cause};
-    switch (extractArchive(decryptedPath.empty() ? packagePath : decryptedPath, staging, run.cancelRequested)) {
+    switch (extractArchive(decryptedPath.empty() ? packagePath : decryptedPath, staging, run.stop)) {
     case ExtractionOutcome::Unreadable:
         return {UpdateEvent::NotAnArchive};
     case ExtractionOutcome::Failed:
@@ -61,8 +107,16 @@ UpdateEvent verifyAndExtract(const UpdateRun& run, const UpdateManifest& manifes
     return {UpdateEvent::Installed, manifest.version};
 }
 
+void writeMarker(const std::string& version) {
+    std::ofstream(editorVersionMarkerPath()) << version << '\n';
+    (void)syncFile(editorVersionMarkerPath()); // a marker that cannot be written fails no run
+}
+
 UpdateEvent installPackage(const UpdateRun& run, const UpdateManifest& manifest, const std::string& packagePath) {
-    const std::string staging = makeEmptyStagingDirectory();
+    const std::string staging = besideEditor("editor-staging");
+    std::error_code ignored; // the extraction notices a staging directory that is not empty
+    fs::remove_all(staging, ignored);
+    fs::create_directories(staging, ignored);
     std::string decryptedPath;
     if (isEncryptedPackage(packagePath)) {
         decryptedPath = packagePath + ".decrypted.zip";
@@ -72,16 +126,38 @@ UpdateEvent installPackage(const UpdateRun& run, const UpdateManifest& manifest,
             return {UpdateEvent::DecryptionFailed, manifest.version, cause};
     }
     UpdateEvent end = verifyAndExtract(run, manifest, packagePath, decryptedPath, staging);
-    std::error_code ignored;
     if (!decryptedPath.empty()) fs::remove(decryptedPath, ignored);
     if (end.kind == UpdateEvent::ExtractionFailed) {
         fs::remove_all(staging, ignored);
         // A failure in the entry during which the user cancelled is a cancel.
-        if (run.cancelRequested) return {UpdateEvent::InstallCancelled, manifest.version};
+        if (run.stop.cancelRequested) return {UpdateEvent::InstallCancelled, manifest.version};
     }
     if (end.kind != UpdateEvent::Installed) return end;
-    if (!swapIn(staging)) return {UpdateEvent::SwapFailed};
-    std::ofstream(editorVersionMarkerPath()) << manifest.version << '\n';
+    if (!swapIn(staging, run.stop)) return {UpdateEvent::SwapFailed};
+    writeMarker(manifest.version);
+    return end;
+}
+
+// Everything after the manifest: from here on the run changes the disk.
+UpdateEvent updateFromManifest(const UpdateRun& run, const UpdateManifest& manifest, PackageTransfer& transfer) {
+    const fs::path downloads(run.downloadsDirectory);
+    std::error_code ignored; // the download reports a directory that is missing
+    fs::create_directories(downloads, ignored);
+    FileLock downloadsLock;
+    FileLock stagingLock;
+    const Waiting first = takeLock(downloadsLock, (downloads / "zantor_editor.lock").string(), run.stop);
+    if (first == Waiting::Cancelled) return {UpdateEvent::WaitCancelled};
+    const Waiting second = takeLock(stagingLock, besideEditor("editor-staging.lock"), run.stop);
+    if (second == Waiting::Cancelled) return {UpdateEvent::WaitCancelled};
+    const bool waited = first == Waiting::Yes || second == Waiting::Yes;
+    if (waited && isUpToDate(manifest)) return {UpdateEvent::UpToDate, manifest.version};
+
+    transfer.packagePath = packagePathIn(run.downloadsDirectory, manifest.version);
+    const UpdateEvent::Kind brought = bringPackage(run, manifest, transfer);
+    if (brought != UpdateEvent::Downloaded) return {brought, manifest.version};
+    run.onEvent({UpdateEvent::InstallStarted, manifest.version});
+    UpdateEvent end = installPackage(run, manifest, transfer.packagePath);
+    if (end.kind == UpdateEvent::Installed) removeLeftovers(run.downloadsDirectory, transfer.packagePath);
     return end;
 }
 
@@ -90,7 +166,7 @@ UpdateEvent installPackage(const UpdateRun& run, const UpdateManifest& manifest,
 UpdateEvent updateEditor(const UpdateRun& run) {
     if (!isManifestUrlConfigured(run.manifestUrl))
         return {isEditorNearLauncher() ? UpdateEvent::Offline : UpdateEvent::NotConfigured};
-    const ManifestAnswer answer = fetchManifest(run.manifestUrl);
+    const ManifestAnswer answer = fetchManifest(run.manifestUrl, run.stop.requests);
     // No answer falls back to the installed editor. A bad answer fails the run.
     if (std::holds_alternative<NoAnswer>(answer))
         return {isEditorNearLauncher() ? UpdateEvent::Offline : UpdateEvent::Unreachable};
@@ -101,19 +177,5 @@ UpdateEvent updateEditor(const UpdateRun& run) {
     if (!parseHttpsUrl(manifest.url, transfer.server.host, transfer.server.port, transfer.urlPath))
         return {UpdateEvent::PackageUrlInvalid};
     if (isUpToDate(manifest)) return {UpdateEvent::UpToDate, manifest.version};
-
-    std::error_code ignored; // the download reports a directory that is missing
-    fs::create_directories(run.downloadsDirectory, ignored);
-    transfer.packagePath = packagePathIn(run.downloadsDirectory, manifest.version);
-    if (!isUsablePackage(transfer.packagePath, manifest.sha256)) {
-        fs::remove(transfer.packagePath, ignored);
-        transfer.server.readTimeoutSeconds = kPackageReadTimeoutSeconds;
-        transfer.sha256 = manifest.sha256;
-        run.onEvent({UpdateEvent::DownloadStarted, manifest.version, transfer.packagePath});
-        const UpdateEvent::Kind ended = downloadPackage(transfer, run.cancelRequested, run.onProgress);
-        if (ended != UpdateEvent::Downloaded) return {ended, manifest.version};
-        run.onEvent({UpdateEvent::Downloaded, manifest.version});
-    }
-    run.onEvent({UpdateEvent::InstallStarted, manifest.version});
-    return installPackage(run, manifest, transfer.packagePath);
+    return updateFromManifest(run, manifest, transfer);
 }

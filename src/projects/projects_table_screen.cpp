@@ -64,6 +64,24 @@ HitArea hitArea(const char* identifier, const ImRect& rectangle) {
     return hitArea(ImGui::GetID(identifier), rectangle.Min, rectangle.Max);
 }
 
+// The row without its star and dots. While the pointer is on one of those, the row takes no mouse click, so that a
+// click on the star opens nothing.
+HitArea rowArea(ImGuiID id, const ImRect& rectangle, bool takesMouse) {
+    HitArea row;
+    row.focused = uiThemeFocusShows(id);
+    if (takesMouse || row.focused) {
+        row.clicked = ImGui::ButtonBehavior(rectangle, id, &row.hovered, &row.held);
+    } else if (ImGui::GetActiveID() == id && !ImGui::IsMouseDown(ImGuiMouseButton_Left)) {
+        ImGui::ClearActiveID(); // pressed on the row and released on a control
+    }
+    if (!takesMouse) {
+        row.hovered = ImGui::IsWindowHovered(ImGuiHoveredFlags_AllowWhenBlockedByActiveItem) &&
+                      rectangle.Contains(ImGui::GetIO().MousePos);
+    }
+    ImGui::KeepAliveID(id);
+    return row;
+}
+
 void ringAround(ImDrawList* drawList, ImVec2 centre, float reach) {
     const ImVec2 corner = uiThemePx({reach, reach});
     uiThemeFocusRing(drawList, centre - corner, centre + corner, corner.x, -2.0f);
@@ -146,6 +164,8 @@ void LauncherApp::drawProjectTable(const ProjectsLayout& at, const ProjectRows& 
                      {at.contentMax.x - at.contentMin.x - uiThemePx(2.0f * kTableInset), height});
     ImGuiListClipper clipper;
     clipper.Begin(static_cast<int>(rows.indices.size()), uiThemePx(kRowHeight));
+    const auto toFocus = std::find(rows.indices.begin(), rows.indices.end(), rows.focusIndex);
+    if (toFocus != rows.indices.end()) clipper.IncludeItemByIndex(static_cast<int>(toFocus - rows.indices.begin()));
     while (clipper.Step()) {
         for (int position = clipper.DisplayStart; position < clipper.DisplayEnd; ++position) {
             drawProjectRow(rows, static_cast<std::size_t>(position), request);
@@ -153,13 +173,24 @@ void LauncherApp::drawProjectTable(const ProjectsLayout& at, const ProjectRows& 
     }
     uiThemeEndList();
 
+    handleRowKeys(rows, request);
     if (request.openIndex >= 0) openProjectRow(request.openIndex);
-    if (request.removeIndex >= 0) {
-        std::vector<ProjectEntry> projects = settings->projects();
-        if (static_cast<std::size_t>(request.removeIndex) >= projects.size()) return;
-        projects.erase(projects.begin() + request.removeIndex);
-        settings->setProjects(projects);
-        (void)settings->save();
+    if (request.removeIndex >= 0) removeProject(request.removeIndex);
+}
+
+void LauncherApp::handleRowKeys(const ProjectRows& rows, RowRequest& request) {
+    const auto pathOf = [&](std::int32_t index) { return settings->projects()[static_cast<std::size_t>(index)].path; };
+    if (rows.openFirst && !isProjectMissing(pathOf(rows.indices.front()))) request.openIndex = rows.indices.front();
+    if (request.focusedIndex < 0) return;
+    if (ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_C)) ImGui::SetClipboardText(pathOf(request.focusedIndex).c_str());
+    if (!ImGui::Shortcut(ImGuiKey_Delete)) return;
+    request.removeIndex = request.focusedIndex;
+    // The ring moves to the row below, or to the one above the last row.
+    auto row = std::find(rows.indices.begin(), rows.indices.end(), request.focusedIndex);
+    if (row + 1 != rows.indices.end()) {
+        projectToFocus = pathOf(row[1]);
+    } else if (row != rows.indices.begin()) {
+        projectToFocus = pathOf(row[-1]);
     }
 }
 
@@ -176,7 +207,12 @@ void LauncherApp::drawProjectRow(const ProjectRows& rows, std::size_t position, 
     ImGui::PushID(index); // so that sorting does not change a row's identifiers
     const ImGuiID rowId = ImGui::GetID("##project_row");
     ImGui::ItemSize(size);
-    if (!ImGui::ItemAdd(ImRect(min, max), rowId)) {
+    const bool visible = ImGui::ItemAdd(ImRect(min, max), rowId);
+    if (index == rows.focusIndex) {
+        ImGui::FocusItem(); // also scrolls to the row
+        ImGui::SetNavCursorVisible(true);
+    }
+    if (!visible) {
         ImGui::PopID();
         return;
     }
@@ -192,15 +228,7 @@ void LauncherApp::drawProjectRow(const ProjectRows& rows, std::size_t position, 
     const HitArea star = hitArea("##star_toggle", starRect);
     const HitArea dots = hitArea("##dots_menu", dotsRect);
     ImGui::PopItemFlag();
-    HitArea row; // has no click while the pointer is on a control, so that a click on the star opens nothing
-    row.focused = uiThemeFocusShows(rowId);
-    if ((!onControls && !star.held && !dots.held) || row.focused) {
-        row.clicked = ImGui::ButtonBehavior(ImRect(min, max), rowId, &row.hovered, &row.held);
-    } else {
-        row.hovered =
-            ImGui::IsWindowHovered(ImGuiHoveredFlags_AllowWhenBlockedByActiveItem) && ImRect(min, max).Contains(mouse);
-    }
-    ImGui::KeepAliveID(rowId);
+    const HitArea row = rowArea(rowId, ImRect(min, max), !onControls && !star.held && !dots.held);
 
     ImDrawList* drawList = ImGui::GetWindowDrawList();
     if (row.hovered || star.hovered || dots.hovered || row.held) {
@@ -225,14 +253,17 @@ void LauncherApp::drawProjectRow(const ProjectRows& rows, std::size_t position, 
                                   dots.hovered ? kDotsHovered : kDots);
     }
 
-    if (row.focused) uiThemeFocusRing(drawList, min, max, uiThemePx(palette::kRounding), -2.0f);
-    if (star.focused) ringAround(drawList, starCentre, kStarHit);
-    if (dots.focused) ringAround(drawList, dotsCentre, kDotsHit);
-
-    const bool menuKey = (row.focused || star.focused || dots.focused) && uiThemeMenuKeyPressed();
-    if (menuKey || dots.clicked || (row.hovered && ImGui::IsMouseClicked(ImGuiMouseButton_Right))) {
+    const bool focused = row.focused || star.focused || dots.focused;
+    if (focused) request.focusedIndex = index;
+    if ((focused && uiThemeMenuKeyPressed()) || dots.clicked ||
+        (row.hovered && ImGui::IsMouseClicked(ImGuiMouseButton_Right))) {
         ImGui::OpenPopup(kContextMenu);
     }
+    if (row.focused || ImGui::IsPopupOpen(kContextMenu)) {
+        uiThemeFocusRing(drawList, min, max, uiThemePx(palette::kRounding), -2.0f);
+    }
+    if (star.focused) ringAround(drawList, starCentre, kStarHit);
+    if (dots.focused) ringAround(drawList, dotsCentre, kDotsHit);
     if (row.clicked && exists) request.openIndex = index;
     drawProjectMenu(index, exists, request);
     ImGui::PopID();

@@ -99,6 +99,7 @@ void LauncherApp::drawSignedInShell() {
         updateCheckStarted = true;
         if (install) install->startUpdate();
     }
+    handleShellKeys();
     drawSidebar(); // before the screen, so that a click shows the new tab in the same frame
     switch (activeTab) {
     case LauncherTab::Projects:
@@ -111,4 +112,15 @@ void LauncherApp::drawSignedInShell() {
         drawDownloadsScreen();
         break;
     }
+}
+
+// ImGui::Shortcut leaves a key to a text field that uses it, and to an open popup.
+void LauncherApp::handleShellKeys() {
+    if (ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_N)) {
+        activeTab = LauncherTab::Projects; // where the new project appears
+        beginNewProject();
+    }
+    if (ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_1)) activeTab = LauncherTab::Projects;
+    if (ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_2)) activeTab = LauncherTab::Installs;
+    if (activeTab == LauncherTab::Projects && ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_Z)) restoreRemovedProject();
 }

@@ -11,6 +11,7 @@
 #include "shell/launcher_app.h"
 #include "signin/loopback_listener.h"
 #include "system/dialog_hook.h"
+#include "system/http.h"
 #include "system/operating_system.h"
 #include "system/platform.h"
 #include "system/single_instance.h"
@@ -91,6 +92,6 @@ int run() {
 
 int main() {
     const int status = run();
-    if (LoopbackListener::hasLeftThreads()) std::_Exit(status);
+    if (LoopbackListener::hasLeftThreads() || unfinishedRequests() > 0) std::_Exit(status);
     return status;
 }

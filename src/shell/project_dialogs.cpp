@@ -51,11 +51,13 @@ void drawFieldLabel(const char* label) {
 } // namespace
 
 void LauncherApp::drawProjectDialogs() {
-    if (beginModal(kCreatePopup, createProjectRequested)) {
+    const bool creating = beginModal(kCreatePopup, createProjectRequested);
+    if (creating) {
         drawCreateProjectPopup();
         uiThemeEndPopup();
     }
-    if (beginModal(kOpenErrorPopup, openErrorRequested)) {
+    // An error waits until the other popup is closed. Opening it now would close that one and lose what is typed there.
+    if (!creating && beginModal(kOpenErrorPopup, openErrorRequested)) {
         drawOpenErrorPopup();
         uiThemeEndPopup();
     }
@@ -71,13 +73,15 @@ void LauncherApp::drawCreateProjectPopup() {
     drawFieldLabel("PROJECT NAME");
     ImGui::SetNextItemWidth(uiThemePx(kBodyWidth));
     if (ImGui::IsWindowAppearing()) ImGui::SetKeyboardFocusHere();
-    ImGui::InputTextWithHint("##NewProjectName", "My VOLO project", newProjectName, sizeof newProjectName);
+    drawTextField("##NewProjectName", "My VOLO project", newProjectName, sizeof newProjectName);
+    ImGuiID fieldToReturnTo = ImGui::GetItemID();
     uiThemeFocusRingOfItem();
 
     gap(8.0f);
     drawFieldLabel("LOCATION");
     ImGui::SetNextItemWidth(uiThemePx(kLocationWidth));
-    ImGui::InputText("##NewProjectLocation", newProjectLocation, sizeof newProjectLocation);
+    drawTextField("##NewProjectLocation", "", newProjectLocation, sizeof newProjectLocation);
+    if (ImGui::IsItemDeactivated()) fieldToReturnTo = ImGui::GetItemID();
     uiThemeFocusRingOfItem();
     ImGui::SameLine(0.0f, uiThemePx(kBodyWidth - kLocationWidth - kBrowseWidth));
     if (ImGui::Button("Browse", {uiThemePx(kBrowseWidth), 0.0f})) {
@@ -95,12 +99,14 @@ void LauncherApp::drawCreateProjectPopup() {
     bool closes = ImGui::Button(kCancelLabel, {uiThemePx(kButtonWidth), 0.0f}) || uiThemeCancelKeyPressed();
     onButton |= uiThemeFocusRingOfItem();
     ImGui::SameLine();
-    bool confirmed = uiThemeDefaultButton("Create project", uiThemePx(kCreateWidth));
+    const bool confirmed = uiThemeDefaultButton("Create project", uiThemePx(kCreateWidth));
     onButton |= uiThemeFocusRingOfItem();
-    confirmed |= !onButton && uiThemeConfirmKeyPressed(); // on a focused button, Enter presses that button
-    if (confirmed && !closes) {
+    const bool entered = !onButton && uiThemeConfirmKeyPressed(); // on a focused button, Enter presses that button
+    if ((confirmed || entered) && !closes) {
         createProject();
         closes = createProjectError.empty();
+        // Enter has ended the editing of a field. After a refusal the user goes on editing it.
+        if (entered && !closes) activateTextField(fieldToReturnTo, true);
     }
     if (closes) ImGui::CloseCurrentPopup();
 }
@@ -110,5 +116,6 @@ void LauncherApp::drawOpenErrorPopup() {
     gap(12.0f);
     const bool confirmed = uiThemeDefaultButton("OK", uiThemePx(kButtonWidth));
     uiThemeFocusRingOfItem();
+    if (ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_C)) ImGui::SetClipboardText(openErrorMessage.c_str());
     if (confirmed || uiThemeConfirmKeyPressed() || uiThemeCancelKeyPressed()) ImGui::CloseCurrentPopup();
 }

@@ -11,7 +11,7 @@
 #include <httplib.h>
 
 #include "signin/connection_threads.h"
-#include "system/platform.h"
+#include "system/sockets.h"
 
 namespace {
 

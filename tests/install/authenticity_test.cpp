@@ -124,6 +124,7 @@ TEST(ArtifactAuthenticity, AFailedCheckStopsTheInstallWithTheOldEditorInPlace) {
         std::string answer = "the right one";
     } cases[] = {
         {"good", "", key + " " + toBase64(kOther.publicKey()), "/statements"},
+        {"address with a slash at its end", "", key, "/statements/"},
         {"nothing pinned", "", "", ""},
         {"keys without address", badKey, key, ""},
         {"address without keys", badKey, "", "/statements"},

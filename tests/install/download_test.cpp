@@ -1,5 +1,8 @@
 // The transfer of a package: only a complete and verified file gets the final name.
 
+#include <atomic>
+#include <chrono>
+
 #include <gtest/gtest.h>
 
 #include "install/install_world.h"
@@ -119,21 +122,66 @@ TEST(PackageDownload, AnUnusableDownloadsDirectoryLeavesTheRowDownloading) {
 }
 
 TEST(PackageDownload, CancelEndsATransferThatDrips) {
-    InstallWorld world;
-    world.installOldEditor();
-    world.release("2", kPackage);
-    world.serve("/package", [](TlsConnection& connection) {
-        connection.write(ok("Content-Length: 1000000\r\n", ""));
-        while (connection.write("x") && connection.pause(50)) {
+    for (const std::int64_t announced : {1000000, 0}) {
+        InstallWorld world;
+        world.installOldEditor();
+        world.release("2", kPackage);
+        std::atomic<int> written = 0;
+        world.serve("/package", [&](TlsConnection& connection) {
+            connection.write(ok(announced ? "Content-Length: 1000000\r\n" : "", ""));
+            while (connection.write("x") && connection.pause(50))
+                ++written;
+        });
+        EditorInstallState& state = world.state();
+        state.startUpdate();
+        ASSERT_TRUE(eventually([&] { return written >= 3 && (!announced || state.downloadedBytes() > 0); }));
+        EXPECT_EQ(state.statusMessage(), "Downloading editor 2…");
+        EXPECT_EQ(state.totalBytes(), announced);
+        state.removeDownload(0);
+        EXPECT_EQ(state.downloadsSnapshot().size(), 1u) << "a row that is downloading stays";
+        state.requestCancel();
+        EXPECT_EQ(world.finish(), "Failed: Download cancelled. [Failed]");
+        world.expectOldEditor({}, false);
+    }
+}
+
+TEST(PackageDownload, CancelAndClosingDoNotWaitForASilentServer) {
+    for (const std::string& silent :
+         {std::string("/package"), std::string("/manifest"), "/statements/" + sha256Hex(kPackage) + ".txt"}) {
+        SCOPED_TRACE(silent);
+        InstallWorld world;
+        world.release("2", kPackage);
+        std::atomic<bool> asked = false;
+        world.serve(silent, [&](TlsConnection& connection) {
+            asked = true;
+            connection.stall();
+        });
+        EditorInstallState& state = world.state({world.url("/statements"), toBase64(SigningKey('a').publicKey())});
+        const auto start = std::chrono::steady_clock::now();
+        if (silent == "/package") {
+            state.startUpdate();
+            ASSERT_TRUE(eventually([&] { return asked.load(); }));
+            state.requestCancel();
+            EXPECT_EQ(world.finish(), "Failed: Download cancelled. [Failed]");
         }
-    });
+        asked = false;
+        state.startUpdate();
+        ASSERT_TRUE(eventually([&] { return asked.load(); }));
+        world.close();
+        // The shortest read time-out is 30 s.
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+    }
+}
+
+// A hash that is given up must not look like a wrong checksum, which deletes the package.
+TEST(PackageDownload, ClosingDuringTheHashKeepsThePackage) {
+    InstallWorld world;
+    world.release("2", kPackage);
+    const fs::path package = world.folder.write("downloads/zantor_editor_2.zip", "");
+    fs::resize_file(package, std::uintmax_t{1} << 30);
     world.state().startUpdate();
-    ASSERT_TRUE(eventually([&] { return world.state().downloadedBytes() >= 3; }));
-    EXPECT_EQ(world.state().statusMessage(), "Downloading editor 2…");
-    EXPECT_EQ(world.state().totalBytes(), 1000000);
-    world.state().removeDownload(0);
-    EXPECT_EQ(world.state().downloadsSnapshot().size(), 1u) << "a row that is downloading stays";
-    world.state().requestCancel();
-    EXPECT_EQ(world.finish(), "Failed: Download cancelled. [Failed]");
-    world.expectOldEditor({}, false);
+    ASSERT_TRUE(eventually([&] { return world.requestCount() == 1; }));
+    world.close();
+    EXPECT_TRUE(fs::exists(package));
+    EXPECT_EQ(world.requestCount(), 1u);
 }

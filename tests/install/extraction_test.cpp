@@ -16,9 +16,9 @@ namespace {
 
 // Extracts into <folder>/deep/in/staging.
 ExtractionOutcome extract(const std::string& archive, const TemporaryFolder& folder) {
-    const std::atomic<bool> cancel = false;
+    fs::remove_all(folder / "deep/in/staging");
     fs::create_directories(folder / "deep/in/staging");
-    return extractArchive(folder.write("archive", archive).string(), (folder / "deep/in/staging").string(), cancel);
+    return extractArchive(folder.write("archive", archive).string(), (folder / "deep/in/staging").string(), {});
 }
 
 // Extracts an archive of three entries, of which the second has this name, and expects the second to be refused or to
@@ -45,6 +45,7 @@ TEST(PackageExtraction, RefusesEveryNameThatCouldLeaveTheDirectory) {
                              "a/../x", "a\\..\\x", "a/..",     "a\\..",         "./../x", "a/..\\x", "C:\\x",
                              "C:x",    "c:/x",     "x:stream", "a/b:c",         ":",      "a//../x", "..\\"})
         expectEntry(name, false, {});
+    expectEntry(std::string("a\0b", 3), false, {});
     for (const char* directory : {"/", "/a/", "a/../"}) {
         EXPECT_FALSE(isSafeEntryName(directory)) << directory;
         expectEntry(directory, true, {}); // skipped
@@ -63,6 +64,12 @@ TEST(PackageExtraction, KeepsOddNamesThatStayInside) {
     expectEntry("empty directory/", true, {});
     expectEntry("", true, {});
     if (kOnWindows) return;
+    std::string longest; // for the buffer of the zip library
+    while (longest.size() < 511 - 100)
+        longest += std::string(99, 'n') + '/';
+    longest += std::string(511 - longest.size(), 'n');
+    EXPECT_EQ(extract(makeZip({{longest, "x"}}), TemporaryFolder()), ExtractionOutcome::Done);
+    EXPECT_EQ(extract(makeZip({{longest + "n", "x"}}), TemporaryFolder()), ExtractionOutcome::Failed);
     expectEntry("a\\b", true, {{"a\\b", "2"}});
     expectEntry("a\\", true, {{"a\\", "2"}}); // a file, not a directory
 }
@@ -82,9 +89,20 @@ TEST(PackageExtraction, ReadsEveryKindOfEntryAndNoDamagedOne) {
         entry.claimedCrc = 1;
         EXPECT_EQ(extract(makeZip({entry}), folder), ExtractionOutcome::Failed);
     }
+    ZipEntry empty{"text", ""};
+    empty.claimedCrc = 1;
+    EXPECT_EQ(extract(makeZip({empty}), TemporaryFolder()), ExtractionOutcome::Failed) << "data is missing";
     // The checksum takes several bytes per step: every remainder.
     for (std::size_t size = 0; size < 40; ++size)
         EXPECT_EQ(extract(makeZip({{"text", text.substr(0, size)}}), TemporaryFolder()), ExtractionOutcome::Done);
+}
+
+TEST(PackageExtraction, MixesNoForeignFileIntoTheEditor) {
+    const TemporaryFolder folder;
+    folder.write("staging/foreign", "could not be removed");
+    const std::string archive = folder.write("archive", makeZip({{"editor.exe", "new"}})).string();
+    EXPECT_EQ(extractArchive(archive, (folder / "staging").string(), {}), ExtractionOutcome::Failed);
+    EXPECT_EQ(treeOf(folder / "staging").size(), 1u);
 }
 
 TEST(PackageExtraction, ReplacesAnEditorWithNamesOfEveryScriptAndLength) {
@@ -100,7 +118,7 @@ TEST(PackageExtraction, ReplacesAnEditorWithNamesOfEveryScriptAndLength) {
         entries.push_back({name, data});
     for (int round = 0; round < 2; ++round) {
         ASSERT_EQ(extract(makeZip(entries), folder), ExtractionOutcome::Done);
-        ASSERT_TRUE(swapIn((folder / "deep/in/staging").string()));
+        ASSERT_TRUE(swapIn((folder / "deep/in/staging").string(), {}));
         EXPECT_EQ(treeOf(managedEditorDirectory()), files);
     }
 }

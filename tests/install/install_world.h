@@ -17,7 +17,8 @@
 #include "support/tls_server.h"
 #include "support/trusted_authority.h"
 
-// The content of a directory: relative paths with "/", and for each the bytes of the file or "<directory>".
+// The content of a directory without lock files: relative paths with "/", and for each the bytes of the file or
+// "<directory>".
 using Tree = std::map<std::string, std::string>;
 Tree treeOf(const std::filesystem::path& directory);
 
@@ -51,6 +52,7 @@ class InstallWorld {
 
     std::string manifestUrl; // change it before the first run
     EditorInstallState& state(const ArtifactAuthenticity& authenticity = {});
+    void close() { state_.reset(); } // as the launcher does when its window closes
     // Both return what the user sees at the end: "Failed: Install cancelled. [Failed Installed]", newest row first.
     std::string run();
     std::string finish(); // of a started run

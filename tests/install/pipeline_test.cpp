@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include "install/install_world.h"
+#include "support/eventually.h"
+#include "system/disk.h"
 
 namespace fs = std::filesystem;
 
@@ -62,7 +64,10 @@ TEST(InstallPipeline, EveryFailureLeavesTheOldEditorAndARunnableLauncher) {
 TEST(InstallPipeline, AlternatingVersionsLeaveNoResidue) {
     InstallWorld world;
     world.folder.write(world.staging / "left/over", "of a run that was killed");
-    world.folder.write("downloads/zantor_editor_2.0.zip.part", "of a run that was killed");
+    for (const char* name :
+         {"zantor_editor_2.0.zip.part", "zantor_editor_3.zip.part", "zantor_editor_3.zip.decrypted.zip"})
+        world.folder.write(world.downloads / name, "of a run that was killed");
+    world.folder.write("downloads/another.part", "not ours");
     const std::string plaintextSha256 = R"("plaintext_sha256":")" + sha256Hex(kArchive) + "\",";
     for (int round = 0; round < 4; ++round) {
         const bool sealed = round % 2 == 1;
@@ -72,8 +77,8 @@ TEST(InstallPipeline, AlternatingVersionsLeaveNoResidue) {
         EXPECT_EQ(world.run(), "Installed: Installed — version " + version +
                                    (round == 0 ? " [Installed]" : " [Installed Installed]"));
         EXPECT_EQ(treeOf(world.editor), withMarker(sealed ? kNewEditor : Tree{}, version));
-        EXPECT_EQ(std::distance(fs::directory_iterator(world.launcher), {}), 1) << "only the editor";
-        EXPECT_EQ(treeOf(world.downloads).size(), round == 0 ? 1u : 2u) << "one package per version";
+        EXPECT_FALSE(fs::exists(world.staging));
+        EXPECT_EQ(treeOf(world.downloads).size(), round == 0 ? 2u : 3u) << "one package per version, the foreign file";
     }
 }
 
@@ -95,4 +100,47 @@ TEST(InstallPipeline, CancelBeforeAnEntryFailsEveryRowOfTheVersion) {
     world.state().requestCancel();
     EXPECT_EQ(world.finish(), "Failed: Install cancelled. [Failed Failed Installed]");
     world.expectOldEditor({{"zantor_editor_1.9.zip", kArchive}, {"zantor_editor_2.0.zip", makeZip(entries)}}, false);
+}
+
+TEST(InstallPipeline, ClosingInterruptsAnEntryAndKeepsTheOldEditor) {
+    const std::string package = makeZip({{"editor.exe", std::string(100'000'000, 'n')}});
+    InstallWorld world;
+    world.installOldEditor();
+    world.release("2.0", package);
+    world.state().startUpdate();
+    while (world.state().status() <= EditorInstallStatus::Installing && !fs::exists(world.staging / "editor.exe"))
+        std::this_thread::yield();
+    world.close();
+    world.expectOldEditor({{"zantor_editor_2.0.zip", package}}, false);
+}
+
+// Another launcher that installs at the same time is a lock that somebody else holds.
+TEST(InstallLocks, ARunWaitsForAnotherLauncherAndThenLooksAgain) {
+    for (const std::string name :
+         {"downloads/zantor_editor.lock", "some/wo anders/Läuncher 日本/editor-staging.lock"}) {
+        SCOPED_TRACE(name);
+        InstallWorld world;
+        world.release("1.0", kArchive);
+        const std::string path = world.folder.write(name, "").string();
+        auto lock = std::make_unique<FileLock>();
+        ASSERT_EQ(lock->tryToTake(path), FileLock::Result::Taken);
+        world.state().startUpdate();
+        ASSERT_TRUE(eventually([&] { return world.requestCount() == 1; }));
+        EXPECT_EQ(world.state().statusMessage(), "Checking for updates…");
+        world.state().requestCancel();
+        EXPECT_EQ(world.finish(), "Failed: Install cancelled. []");
+
+        world.state().startUpdate();
+        ASSERT_TRUE(eventually([&] { return world.requestCount() == 2; }));
+        world.installOldEditor(); // by the other launcher: version 1.0
+        lock.reset();
+        EXPECT_EQ(world.finish(), "Installed: Installed — version 1.0 []");
+        world.expectOldEditor({}, false);
+
+        world.release("2.0", kArchive);
+        fs::remove(path);
+        fs::create_directory(path); // no lock file can be made
+        EXPECT_EQ(world.run(), "Installed: Installed — version 2.0 [Installed]");
+        world.close();
+    }
 }

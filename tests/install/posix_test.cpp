@@ -2,9 +2,11 @@
 #ifndef _WIN32
 
 #include <csignal>
+#include <functional>
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include "install/install_world.h"
@@ -18,15 +20,11 @@ TEST(PackageExtraction, KeepsUnixModesAndMakesEveryEditorExecutable) {
     ZipEntry foreign = unixEntry("foreign", "x", 0100755);
     foreign.madeBy = 20; // not Unix: the attributes are no mode
     const std::pair<ZipEntry, unsigned> cases[] = {
-        {unixEntry("tool", "x", 0100755), 0755},
-        {unixEntry("secret", "x", 0100400), 0600},
-        {unixEntry("setuid", "x", 0104755), 0755},
-        {unixEntry("typeless", "x", 0640), 0640},
-        {unixEntry("link", "x", 0120777), 0644},
-        {unixEntry("open", "x", 0100666), 0666},
-        {foreign, 0644},
-        {unixEntry("editor.exe", "x", 0100600), 0711},
-        {unixEntry("editor/editor.exe", "", 0), 0755},
+        {unixEntry("tool", "x", 0100755), 0755},           {unixEntry("secret", "x", 0100400), 0600},
+        {unixEntry("setuid", "x", 0104755), 0755},         {unixEntry("typeless", "x", 0640), 0640},
+        {unixEntry("link", "x", 0120777), 0644},           {unixEntry("open", "x", 0100666), 0644},
+        {unixEntry("wide", "x", 0100777), 0755},           {foreign, 0644},
+        {unixEntry("editor.exe", "x", 0100600), 0711},     {unixEntry("editor/editor.exe", "", 0), 0755},
         {unixEntry("lib/editor.exe", "x", 0100644), 0644},
     };
     std::vector<ZipEntry> entries;
@@ -34,7 +32,7 @@ TEST(PackageExtraction, KeepsUnixModesAndMakesEveryEditorExecutable) {
         entries.push_back(entry);
     const TemporaryFolder folder;
     fs::create_directories(folder / "staging");
-    ASSERT_EQ(extractArchive(folder.write("archive", makeZip(entries)).string(), (folder / "staging").string(), false),
+    ASSERT_EQ(extractArchive(folder.write("archive", makeZip(entries)).string(), (folder / "staging").string(), {}),
               ExtractionOutcome::Done);
     for (const auto& [entry, mode] : cases)
         EXPECT_EQ(static_cast<unsigned>(fs::status(folder / "staging" / entry.name).permissions()), mode) << entry.name;
@@ -54,6 +52,46 @@ TEST(PackageDownload, AFullDiskFailsTheTransfer) {
         EXPECT_EQ(outcome, "Failed: The editor package download failed. [Failed]") << limit;
         EXPECT_EQ(treeOf(world.downloads), Tree{}) << limit;
     }
+}
+
+// --- syncs ---------------------------------------------------------------------------------------------------------
+
+static std::function<void(const std::string& path)> onSync;
+
+static int recordSync(int file, long call) {
+    if (onSync) onSync(fs::read_symlink("/proc/self/fd/" + std::to_string(file)).string());
+    return static_cast<int>(syscall(call, file));
+}
+// They take the place of the C library's functions in this program.
+extern "C" int fsync(int file) {
+    return recordSync(file, SYS_fsync);
+}
+extern "C" int syncfs(int file) noexcept {
+    return recordSync(file, SYS_syncfs);
+}
+
+TEST(InstallPipeline, EverythingIsOnTheDiskBeforeWhatReplacesOrRecordsIt) {
+    InstallWorld world;
+    world.installOldEditor();
+    world.release("2.0", kArchive);
+    const fs::path package = world.downloads / "zantor_editor_2.0.zip";
+    const fs::path marker = world.editor / ".zantor_editor_version";
+    std::vector<std::string> synced;
+    onSync = [&](const std::string& path) {
+        synced.push_back(path);
+        if (path == package.string() + ".part") {
+            EXPECT_FALSE(fs::exists(package));
+        }
+        if (path == world.staging) {
+            EXPECT_EQ(readFileBytes(world.editor / "editor.exe"), "old");
+        }
+        if (path == marker) {
+            EXPECT_EQ(readFileBytes(marker), "2.0\n");
+        }
+    };
+    EXPECT_EQ(world.run(), "Installed: Installed — version 2.0 [Installed]");
+    onSync = nullptr;
+    EXPECT_EQ(synced, (std::vector<std::string>{package.string() + ".part", world.staging, marker}));
 }
 
 TEST(InstallPipeline, ReplacesAnEditorThatIsALinkAndKeepsItsTarget) {
