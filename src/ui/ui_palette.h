@@ -29,6 +29,7 @@ inline constexpr ImU32 kGrabHeld = 0xFFA3A0A0;
 
 // Text.
 inline constexpr ImU32 kForeground = 0xFFF5F5F5;
+inline constexpr ImU32 kCaret = 0xFFF4F5F5; // of nothing else: text_field.cpp finds the caret by it
 inline constexpr ImU32 kMuted = 0xFFA8A4A3;
 inline constexpr ImU32 kDestructive = 0xFF7878F5;
 

@@ -29,7 +29,7 @@ constexpr std::pair<ImGuiCol, ImU32> kStyleColours[] = {
     {ImGuiCol_TextDisabled, palette::kMuted},
     {ImGuiCol_TextLink, palette::kPrimaryLight},
     {ImGuiCol_TextSelectedBg, palette::kSelection},
-    {ImGuiCol_InputTextCursor, palette::kForeground},
+    {ImGuiCol_InputTextCursor, palette::kCaret},
     {ImGuiCol_WindowBg, palette::kCard},
     {ImGuiCol_ChildBg, palette::kNone},
     {ImGuiCol_PopupBg, palette::kPopup},

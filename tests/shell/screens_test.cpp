@@ -1,5 +1,6 @@
 // Which screen is shown, how the screens scale, and the Downloads screen with real downloads.
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <fstream>
@@ -11,11 +12,13 @@
 
 #include "install/format_bytes.h"
 #include "shell/user_initials.h"
+#include "shell/widgets.h"
 #include "signin/picture_crop.h"
 #include "support/eventually.h"
 #include "support/tls_server.h"
 #include "support/trusted_authority.h"
 #include "support/ui_harness.h"
+#include "ui/ui_theme.h"
 
 namespace {
 
@@ -144,6 +147,24 @@ TEST(List, ACutTextHasATooltip) {
         ui.frames(60);
         EXPECT_EQ(ui.popupOpen("##Tooltip_00"), index == 1);
     }
+}
+
+TEST(Shell, AProgressBarShowsADotForASmallPart) {
+    UiFrames frames;
+    const auto filledWidth = [&](float fraction) {
+        float left = 100.0f, right = 0.0f;
+        frames.build([&](ImDrawList& list) {
+            drawProgressBar(&list, {0.0f, 0.0f}, {100.0f, 8.0f}, fraction);
+            for (const ImDrawVert& corner : list.VtxBuffer) {
+                if (corner.col != uiThemeForeground()) continue;
+                left = std::min(left, corner.pos.x);
+                right = std::max(right, corner.pos.x);
+            }
+        });
+        return std::max(0.0f, right - left);
+    };
+    for (const auto& [fraction, width] : {std::pair{0.0005f, 0.0f}, {0.002f, 8.0f}, {0.5f, 50.0f}, {1.5f, 100.0f}})
+        EXPECT_NEAR(filledWidth(fraction), width, 1.01f) << fraction;
 }
 
 TEST(Texts, Initials) {
