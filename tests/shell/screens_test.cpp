@@ -63,6 +63,9 @@ TEST(Routing, EverySignInChecksForUpdatesOnce) {
     app.pendingOpenProjectPath = "/a/project that waits.zantorproj";
     ui.frame();
     EXPECT_TRUE(app.attentionWanted) << "the install that a project waited for has ended";
+    ui.frames(3);
+    ui.key(ImGuiKey_Escape); // closes the popup that tells so
+    ui.frames(3);
 
     ASSERT_TRUE(ui.click(kRoot, {"Installs"}));
     ASSERT_TRUE(ui.click(kRoot, {"Sign out"}));

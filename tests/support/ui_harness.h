@@ -72,5 +72,4 @@ class UiHarness {
     std::function<void()> present = UiFrames::takeTextures; // called with every built frame
     std::unique_ptr<LauncherApp> app;
 
-  private:
 };
