@@ -6,7 +6,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr int kSettleFrames = 30; // half a second: whatever was set in motion has come to rest
+constexpr int kSettleFrames = 30; // half a second, after which every animation has ended
 
 // A picture is taken when the launcher's own has been decoded. An explicit instantiation may name a private member.
 using PendingPicture = std::future<DecodedPicture> LauncherApp::*;
@@ -37,8 +37,7 @@ Stage::Stage(const StageSetting& stageSetting)
     std::error_code thereIsNone;
     fs::copy_file(setting.props / "background.png", launcherFolder / "background.png", thereIsNone);
 
-    ImGui::GetIO().ConfigFlags |= ImGuiConfigFlags_NavEnableKeyboard; // as the host sets it
-    uiThemeShutdown();                                                // the harness started it without a font
+    uiThemeShutdown(); // the harness has initialised it without a font
     integration.fontPath = (setting.props / "Roboto-Medium.ttf").string();
     uiThemeInitialize(&integration);
     resize(setting.width, setting.height, setting.scale);
