@@ -1,8 +1,7 @@
-# The one list of third-party code. Nothing of it is in this repository.
+# The one list of third-party code. None of it is in this repository.
 #
-# Libraries with a CMake package of their own are found; the source libraries are declared with FetchContent by
-# upstream commit, so a machine with internet needs nothing else. Where `run` and `test` have taken the sources from
-# Debian's archive they set FETCHCONTENT_SOURCE_DIR_<NAME>, and nothing is downloaded here.
+# find_package finds the installed libraries. FetchContent fetches the source libraries by upstream commit. `run` and
+# `test` set FETCHCONTENT_SOURCE_DIR_<NAME> to sources on disk; then nothing is downloaded.
 
 include(FetchContent)
 include(cmake/split-header.cmake)
@@ -18,25 +17,29 @@ if(NOT WIN32)
   find_package(Fontconfig REQUIRED)
   find_package(X11 REQUIRED)
   find_package(PkgConfig REQUIRED)
-  pkg_search_module(sdbus REQUIRED IMPORTED_TARGET libsystemd libelogind basu) # D-Bus, for the file dialog
+  pkg_check_modules(LIBSYSTEMD REQUIRED IMPORTED_TARGET libsystemd) # its D-Bus client
 else()
-  # What a static OpenSSL leaves open, and the certificate store for cpp-httplib.
+  # A static OpenSSL needs ws2_32. cpp-httplib reads the certificate store through crypt32.
   set_property(TARGET OpenSSL::Crypto APPEND PROPERTY INTERFACE_LINK_LIBRARIES ws2_32 crypt32)
 endif()
 
-# Declares a source library and gives its folder in <name>_SOURCE_DIR, without running a build of its own.
+# volo_source_library(<name> <repository> <commit>): sets <name>_SOURCE_DIR to the library's folder. SOURCE_SUBDIR names a
+# folder that does not exist, so that the library's own CMakeLists.txt is not run.
 function(volo_source_library name repository commit)
   FetchContent_Declare(${name} GIT_REPOSITORY ${repository} GIT_TAG ${commit} SOURCE_SUBDIR no-build-here)
   FetchContent_MakeAvailable(${name})
   set(${name}_SOURCE_DIR ${${name}_SOURCE_DIR} PARENT_SCOPE)
+  if(NOT MSVC)
+    add_compile_options(-ffile-prefix-map=${${name}_SOURCE_DIR}/=${name}/)
+  endif()
 endfunction()
 
 volo_source_library(imgui https://github.com/ocornut/imgui.git 1f7f1f54af38b0350d8c0008b096a9af6de299c7)
 volo_source_library(httplib https://github.com/yhirose/cpp-httplib.git b8fe69e4e892ec394ca8de27ab2fe219008690b6)
 volo_source_library(miniz https://github.com/richgel999/miniz.git d10b03cc73475af673df40f06e5cefd1d5f940d9)
 
-# --- Dear ImGui: headers for everybody, and two builds of the library: the one that ships, and one with the
-# test-engine hooks, for programs that look items up by identifier. Only the library's own code differs.
+# --- Dear ImGui: the headers, and two builds of the library. imgui ships. imgui_hooked has the test-engine hooks, with
+# which the tests and the gallery find items by identifier. Our own code is the same with both.
 set(VOLO_IMGUI_SOURCES
   ${imgui_SOURCE_DIR}/imgui.cpp ${imgui_SOURCE_DIR}/imgui_draw.cpp ${imgui_SOURCE_DIR}/imgui_tables.cpp
   ${imgui_SOURCE_DIR}/imgui_widgets.cpp)
@@ -44,7 +47,7 @@ set(VOLO_IMGUI_SOURCES
 add_library(imgui_headers INTERFACE)
 target_include_directories(imgui_headers SYSTEM INTERFACE ${imgui_SOURCE_DIR} ${imgui_SOURCE_DIR}/backends)
 target_compile_definitions(imgui_headers INTERFACE IMGUI_DISABLE_OBSOLETE_FUNCTIONS IMGUI_DISABLE_DEMO_WINDOWS
-  IMGUI_DEFINE_MATH_OPERATORS)
+  IMGUI_DEFINE_MATH_OPERATORS IMGUI_USE_WCHAR32)
 
 add_library(imgui STATIC ${VOLO_IMGUI_SOURCES})
 target_link_libraries(imgui PUBLIC imgui_headers)
@@ -57,14 +60,16 @@ add_library(imgui_backends STATIC
   ${imgui_SOURCE_DIR}/backends/imgui_impl_glfw.cpp ${imgui_SOURCE_DIR}/backends/imgui_impl_opengl3.cpp)
 target_link_libraries(imgui_backends PUBLIC imgui_headers glfw)
 if(NOT WIN32)
-  target_link_libraries(imgui_backends PUBLIC OpenGL::GL Fontconfig::Fontconfig X11::X11 ${CMAKE_DL_LIBS})
+  target_link_libraries(imgui_backends PUBLIC OpenGL::GL Fontconfig::Fontconfig X11::X11 PkgConfig::LIBSYSTEMD ${CMAKE_DL_LIBS})
 else()
   target_link_libraries(imgui_backends PUBLIC opengl32 gdi32 dwmapi)
 endif()
 
-# --- cpp-httplib: header only, TLS on, compression off. Its own backlog of 5 lets a browser wait for seconds when others
-# connect at the same moment. The line limit lets a browser send 16 KiB of cookies to the loopback listener. A client matches
-# a status line of that length with a recursive std::regex, so requests have a large stack (src/system/http_exchange.cpp).
+# --- cpp-httplib: header only, TLS on, compression off.
+# CPPHTTPLIB_LISTEN_BACKLOG: with the default of 5, a browser waits for seconds when other programs connect at the same
+# moment. CPPHTTPLIB_MAX_LINE_LENGTH, CPPHTTPLIB_HEADER_MAX_LENGTH: a browser may send 16 KiB of cookies to the loopback
+# listener. The library parses status lines with std::regex, which recurses for every character, so requests run on a
+# large stack (src/system/http_exchange.cpp).
 volo_split_header(${httplib_SOURCE_DIR}/httplib.h ${CMAKE_BINARY_DIR}/httplib)
 add_library(httplib STATIC ${CMAKE_BINARY_DIR}/httplib/httplib.cpp)
 target_include_directories(httplib SYSTEM PUBLIC ${CMAKE_BINARY_DIR}/httplib)
@@ -79,14 +84,14 @@ add_library(rapidjson_headers INTERFACE)
 target_include_directories(rapidjson_headers SYSTEM INTERFACE ${RAPIDJSON_INCLUDE_DIR})
 target_compile_definitions(rapidjson_headers INTERFACE RAPIDJSON_HAS_STDSTRING=1)
 
-# --- CLI11: headers, for the programs that take arguments.
+# --- CLI11: headers, for the programs that have command lines.
 find_path(CLI11_INCLUDE_DIR CLI/CLI.hpp REQUIRED)
 add_library(cli11_headers INTERFACE)
 target_include_directories(cli11_headers SYSTEM INTERFACE ${CLI11_INCLUDE_DIR})
 
-# --- miniz: one source in the amalgamated form, several in the upstream repository, which lacks only the header that
-# its own build would generate. CRC-32 comes from outside (install/crc32.cpp): miniz's own is almost half of the time
-# that an extraction takes.
+# --- miniz: one source in the amalgamated form, several in the upstream repository. The latter also needs
+# miniz_export.h, which its own build would generate. install/crc32.cpp replaces miniz's CRC-32, which takes almost half
+# of the time of an extraction.
 file(GLOB VOLO_MINIZ_SOURCES ${miniz_SOURCE_DIR}/miniz*.c)
 add_library(miniz STATIC ${VOLO_MINIZ_SOURCES} ${CMAKE_SOURCE_DIR}/src/install/crc32.cpp)
 target_compile_definitions(miniz PRIVATE USE_EXTERNAL_MZCRC)

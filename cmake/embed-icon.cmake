@@ -1,4 +1,4 @@
-# Script: writes the source that holds square pictures of four bytes per pixel. RAWS are their files, OUTPUT the source.
+# Script: writes a C++ source that contains square RGBA pictures. RAWS: their files, *<size>.rgba. OUTPUT: the source.
 
 set(arrays "")
 set(rows "")

@@ -1,16 +1,16 @@
-# Pictures of assets/icon.svg at the usual sizes, and what is made of them:
+# Renders assets/icon.svg:
 #
 #   ${VOLO_ASSETS}/icon-<size>.png   for desktops and packages
 #   ${VOLO_ICON}                     an ICO for the resources of Windows programs
-#   volo_embed_icon(<target>)        the icon of the window, inside the program (ui/ui_icon.h)
+#   volo_embed_icon(<target>)        compiles the window's icon into the program (ui/ui_icon.h)
 #
-# Without the two tools there is no icon: the desktop then shows its own.
+# This needs rsvg-convert and ImageMagick. Without them the programs are built without an icon.
 
 set(VOLO_ASSETS ${CMAKE_BINARY_DIR}/assets)
 set(VOLO_ICON "")
 find_program(VOLO_RSVG_CONVERT rsvg-convert)
 if(CMAKE_HOST_WIN32)
-  find_program(VOLO_IMAGEMAGICK magick) # what is called convert there is another program
+  find_program(VOLO_IMAGEMAGICK magick) # convert.exe is a file system tool of Windows
 else()
   find_program(VOLO_IMAGEMAGICK NAMES magick convert)
 endif()
@@ -33,7 +33,7 @@ if(VOLO_RSVG_CONVERT AND VOLO_IMAGEMAGICK)
     COMMAND ${VOLO_IMAGEMAGICK} ${small_pictures} ${VOLO_ICON})
   add_custom_target(volo_icon ALL DEPENDS ${pictures} ${VOLO_ICON})
 else()
-  message(STATUS "No icon: rsvg-convert and ImageMagick make it")
+  message(STATUS "No icon: rsvg-convert or ImageMagick is missing")
 endif()
 
 function(volo_embed_icon target)

@@ -1,10 +1,10 @@
-// Included ahead of every C++ source that MinGW-w64 compiles.
+// The build includes this header before every C++ source that MinGW-w64 compiles.
 //
-// Text is UTF-8 everywhere, and the programs' manifest makes that the narrow encoding of Windows. The standard library
-// of this compiler writes paths as UTF-8 but reads them by the C library's locale, and that C library (msvcrt) knows no
-// UTF-8 locale: a path that holds an umlaut would come back as another. Here the way in is made the same as the way
-// out, by way of the function that the library itself uses for char8_t. Bytes that are no UTF-8 (the dialogs' crude
-// narrowing leaves such) become units one by one: the path then names no file, and nothing is thrown.
+// All text is UTF-8, and the programs' manifest makes UTF-8 the narrow encoding of Windows. std::filesystem::path of
+// libstdc++ 12 converts to narrow text as UTF-8, but from narrow text by the C library's locale, and msvcrt has no
+// UTF-8 locale: a path with an umlaut changes on a round trip. This specialisation converts from narrow text with the
+// function that libstdc++ uses for char8_t. Bytes that are not UTF-8 (the dialogs can return some) are widened one by
+// one: the path then names no file, and nothing is thrown.
 #include <filesystem>
 #include <string>
 #include <string_view>

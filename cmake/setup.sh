@@ -1,27 +1,40 @@
-# Shared by ./run and ./test (sourced): brings a machine to where the project builds, and configures a preset.
+# Shared by ./run and ./test, which source it: installs what a machine lacks, then configures and builds a preset.
 #
-# On Debian missing packages are installed with apt-get, and the source libraries that Debian 12 lacks are taken from
-# newer suites of the same archive (cmake/fetch-sources). Elsewhere the packages are left to the user, and CMake fetches
-# the source libraries from their upstream repositories.
+# On Debian, apt-get installs the missing packages, and cmake/fetch-sources takes the source libraries that Debian 12
+# lacks from newer suites of the same archive. On other systems the user installs the packages, and CMake fetches the
+# source libraries from their upstream repositories.
+#
+# VOLO_CACHE     folder of downloads and of libraries built for Windows. Default: ~/.cache/volo-launcher
+# VOLO_SOURCES   folder with imgui, httplib and miniz, to be used instead of the libraries above. Such builds have a
+#                build folder of their own: build/<preset>-<name of the folder>
 
 volo_root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 volo_cache=${VOLO_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/volo-launcher}
+if [ -n "${VOLO_SOURCES:-}" ]; then
+  VOLO_SOURCES=$(cd "$VOLO_SOURCES" && pwd)
+  export VOLO_BUILD_SUFFIX=-${VOLO_SOURCES##*/} # CMakePresets.json appends it to the name of the build folder
+fi
 
-volo_packages=(
-  # to build
+volo_build_packages=(
   build-essential cmake ninja-build pkg-config git ca-certificates dpkg-dev libssl-dev libglfw3-dev libgl-dev
-  libfontconfig-dev libx11-dev rapidjson-dev libstb-dev libcli11-dev fonts-roboto-unhinted
+  libfontconfig-dev libx11-dev libsystemd-dev rapidjson-dev libstb-dev libcli11-dev fonts-roboto-unhinted
   librsvg2-bin imagemagick
-  # to test: libraries, independent tools, a screen without a display
-  libgtest-dev libgmock-dev openssl python3 python3-cryptography unzip zip p7zip-full libarchive-tools
-  fonts-droid-fallback
-  xvfb xauth xdotool tesseract-ocr tesseract-ocr-eng x11-utils libgl1-mesa-dri procps iproute2 strace
-  # to use: dialogs, the opener of the desktop
-  zenity xdg-utils
 )
-
-# for `./test windows` alone: the compiler, a Windows to run it in, and what has to be compiled for it
+# What a started launcher uses: dialogs, the opener of the desktop, the OpenGL driver.
+volo_desktop_packages=(zenity xdg-utils libgl1-mesa-dri)
+# A virtual screen, and what reads and drives it.
+volo_screen_packages=(xvfb xauth xdotool tesseract-ocr tesseract-ocr-eng x11-utils procps python3 fonts-droid-fallback)
+# Test libraries and the independent tools that tests compare with.
+volo_test_packages=(
+  libgtest-dev libgmock-dev openssl python3-cryptography unzip zip p7zip-full libarchive-tools iproute2 strace
+)
+# The cross-compiler, Wine, and sources that are built for Windows.
 volo_windows_packages=(g++-mingw-w64-x86-64-posix wine wine64 googletest)
+volo_clang_packages=(clang clang-tidy)
+# Tools that check packages, and the one that makes the Windows installer.
+volo_package_packages=(desktop-file-utils appstream nsis)
+# For ./release only, because nginx's package also starts a server: the tools of docs/deploying.md.
+volo_deploying_packages=(nginx-light rsync rclone curl)
 
 volo_say() { printf '[set-up] %s\n' "$*"; }
 
@@ -30,7 +43,7 @@ volo_on_debian() { [ "$(. /etc/os-release 2>/dev/null && echo "${ID:-}")" = debi
 # volo_install_packages PACKAGE...
 volo_install_packages() {
   if ! volo_on_debian; then
-    volo_say "this is not Debian: see README.md for what has to be installed"
+    volo_say "this is not Debian: README.md lists what has to be installed"
     return 0
   fi
   local missing=() package root=()
@@ -51,26 +64,44 @@ volo_install_packages() {
   fi
 }
 
-# volo_build PRESET: configures and builds everything of a preset.
-volo_build() {
-  local preset=$1 options=()
+# volo_build_folder PRESET: prints the preset's build folder.
+volo_build_folder() { echo "$volo_root/build/$1${VOLO_BUILD_SUFFIX:-}"; }
+
+# volo_configure PRESET [CMAKE_OPTION...]
+volo_configure() {
+  local preset=$1 options=("${@:2}") sources=${VOLO_SOURCES:-}
   mkdir -p "$volo_cache"
-  if volo_on_debian; then
+  if volo_on_debian && { [ -z "$sources" ] || [ "$preset" = windows ]; }; then
     "$volo_root/cmake/fetch-sources" "$volo_cache" "$preset"
-    options=(-DFETCHCONTENT_SOURCE_DIR_IMGUI="$volo_cache/sources/imgui"
-             -DFETCHCONTENT_SOURCE_DIR_HTTPLIB="$volo_cache/sources/cpp-httplib"
-             -DFETCHCONTENT_SOURCE_DIR_MINIZ="$volo_cache/sources/miniz")
-    if [ "$preset" = windows ]; then
-      local libraries
-      libraries=$("$volo_root/cmake/build-windows-libraries" "$volo_cache") || return 1
-      options+=(-DVOLO_WINDOWS_LIBRARIES="$libraries")
-    fi
+    sources=${sources:-$volo_cache/sources}
+  fi
+  if [ -n "$sources" ]; then
+    options+=(-DFETCHCONTENT_SOURCE_DIR_IMGUI="$sources/imgui" -DFETCHCONTENT_SOURCE_DIR_HTTPLIB="$sources/httplib"
+              -DFETCHCONTENT_SOURCE_DIR_MINIZ="$sources/miniz")
+  fi
+  if volo_on_debian && [ "$preset" = windows ]; then
+    local libraries
+    libraries=$("$volo_root/cmake/build-windows-libraries" "$volo_cache") || return 1
+    options+=(-DVOLO_WINDOWS_LIBRARIES="$libraries")
   fi
   if command -v ccache >/dev/null; then
     options+=(-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
   fi
-  volo_say "building the preset $preset"
   (cd "$volo_root" && cmake --preset "$preset" "${options[@]}" > "$volo_cache/configure-$preset.log" 2>&1) ||
     { cat "$volo_cache/configure-$preset.log" >&2; return 1; }
-  (cd "$volo_root" && cmake --build --preset "$preset")
+}
+
+# volo_build PRESET [TARGET...]: configures the preset and builds the targets, or everything.
+# With targets, a new build folder is configured without the tests: they need more packages.
+volo_build() {
+  local preset=$1 options=(-DVOLO_BUILD_TESTS=ON) targets=()
+  shift
+  if [ $# -gt 0 ]; then
+    targets=(--target "$@")
+    options=()
+    [ -e "$(volo_build_folder "$preset")/CMakeCache.txt" ] || options=(-DVOLO_BUILD_TESTS=OFF)
+  fi
+  volo_say "building the preset $preset"
+  volo_configure "$preset" "${options[@]}" || return 1
+  (cd "$volo_root" && cmake --build --preset "$preset" "${targets[@]}")
 }

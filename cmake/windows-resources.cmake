@@ -1,7 +1,7 @@
-# volo_program_resources(<target> <description>): what Windows reads out of a program before it runs it: the manifest,
-# the version, the icon. Does nothing on other platforms.
+# volo_program_resources(<target> <description>): adds the Windows resources to a program: manifest, version and icon.
+# Does nothing on other platforms.
 #
-# Every program gets the manifest, the tests too: without it Windows would take narrow paths for another encoding.
+# Every program needs the manifest, the tests too: it makes UTF-8 the encoding of narrow paths.
 function(volo_program_resources target VOLO_DESCRIPTION)
   if(NOT WIN32)
     return()
@@ -12,7 +12,7 @@ function(volo_program_resources target VOLO_DESCRIPTION)
   endif()
   set(VOLO_ICON_LINE "")
   if(VOLO_ICON)
-    set(VOLO_ICON_LINE "GLFW_ICON ICON \"${VOLO_ICON}\"") # the window looks for it under this name
+    set(VOLO_ICON_LINE "GLFW_ICON ICON \"${VOLO_ICON}\"") # GLFW loads the window's icon by this name
   endif()
   set(resources ${CMAKE_BINARY_DIR}/resources/${target}.rc)
   configure_file(${CMAKE_SOURCE_DIR}/assets/windows/program.rc.in ${resources} @ONLY)

@@ -1,4 +1,4 @@
-// volo-gallery: every screen of the launcher in every state, as PNG files. volo-gallery --help lists its options.
+// volo-gallery draws every screen of the launcher in every state to PNG files. volo-gallery --help lists the options.
 
 #include <cmath>
 #include <cstdio>
@@ -35,12 +35,12 @@ std::string pictureName(const Scene& scene, const StageSetting& setting) {
     return scene.name + std::string(size);
 }
 
-// How many pictures were drawn; nothing when one could not be.
+// The number of pictures drawn, or nothing if one could not be drawn.
 std::optional<int> drawAll(Offscreen& canvas, const StageSetting& setting, const Options& options) {
     const int width = static_cast<int>(std::lround(setting.width * setting.scale));
     const int height = static_cast<int>(std::lround(setting.height * setting.scale));
     if (!canvas.resize(width, height)) {
-        std::fprintf(stderr, "no picture can be as large as %dx%d\n", width, height);
+        std::fprintf(stderr, "cannot draw a picture of %dx%d pixels\n", width, height);
         return std::nullopt;
     }
     int pictures = 0;
@@ -64,13 +64,12 @@ std::optional<int> drawAll(Offscreen& canvas, const StageSetting& setting, const
 int main(int count, char** arguments) {
     Options options;
     CLI::App commandLine("Draws every screen of the launcher in every state.");
-    commandLine.add_option("--out", options.out, "Where the pictures go")->required();
+    commandLine.add_option("--out", options.out, "Folder for the pictures")->required();
     commandLine
-        .add_option("--home", options.home,
-                    "What the pictures show as the user's folder: a new one, removed at the end")
+        .add_option("--home", options.home, "The user's folder in the pictures; created, and removed at the end")
         ->check(CLI::NonexistentPath);
     commandLine.add_option("--only", options.only, "Only pictures with this in their name");
-    commandLine.add_option("--scale", options.scales, "Scales to draw at, 1 and 2 unless told");
+    commandLine.add_option("--scale", options.scales, "Scales to draw at (default: 1 and 2)");
     CLI11_PARSE(commandLine, count, arguments);
 
     std::error_code ignored;
@@ -78,7 +77,7 @@ int main(int count, char** arguments) {
     Offscreen canvas;
     std::string errorText;
     if (!canvas.open(errorText)) {
-        std::fprintf(stderr, "no picture can be drawn: %s\n", errorText.c_str());
+        std::fprintf(stderr, "cannot draw pictures: %s\n", errorText.c_str());
         return 1;
     }
     const fs::path programs = fs::canonical("/proc/self/exe", ignored).parent_path();

@@ -49,7 +49,7 @@ bool Offscreen::resize(int widthPx, int heightPx) {
 
 void Offscreen::attach() {
     ImGui_ImplOpenGL3_Init("#version 330 core");
-    ImGui_ImplOpenGL3_NewFrame(); // makes what it draws with
+    ImGui_ImplOpenGL3_NewFrame(); // creates the shaders and buffers
 }
 
 void Offscreen::detach() {

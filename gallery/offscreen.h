@@ -1,7 +1,7 @@
 #pragma once
 
-// A picture that nobody sees while it is drawn: what the launcher's frames look like, by the same renderer that shows
-// them in its window. One at a time, main thread only; needs a display, on which nothing appears.
+// Draws frames of the launcher into a picture, with the renderer that draws its window. Needs a display, but shows
+// nothing on it. One object at a time. Main thread only.
 
 #include <filesystem>
 #include <string>
@@ -20,17 +20,17 @@ class Offscreen {
     [[nodiscard]] bool open(std::string& errorText);
     [[nodiscard]] bool resize(int widthPx, int heightPx);
 
-    // For the current Dear ImGui context: its textures live from one to the other.
+    // Attach and detach the renderer to and from the current Dear ImGui context. Its textures exist in between.
     static void attach();
     static void detach();
-    static void takeTextures(); // of a frame that is not drawn
+    static void takeTextures(); // uploads the textures of a frame that is not drawn
 
     void draw(ImDrawData& frame, const float* clearColour) const;
     [[nodiscard]] bool save(const std::filesystem::path& file) const; // as PNG
 
   private:
     GLFWwindow* window_ = nullptr;
-    unsigned framebuffer_ = 0; // of its own: the pixels of a window that is not shown are nobody's
+    unsigned framebuffer_ = 0; // OpenGL does not keep the pixels of a hidden window
     unsigned pixels_ = 0;
     int width_ = 0;
     int height_ = 0;

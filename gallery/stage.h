@@ -1,6 +1,6 @@
 #pragma once
 
-// The launcher on a stage: the real one, in folders of its own below a home that the pictures show, meeting the
+// Prepares the real launcher for a picture. It runs in new folders below a home folder that the pictures show, on the
 // recording system of the tests.
 
 #include <filesystem>
@@ -12,8 +12,9 @@
 
 struct StageSetting {
     std::filesystem::path home;  // emptied for every picture
-    std::filesystem::path props; // where the font and the picture of the sign-in screen lie
-    float width, height, scale;  // units, and pixels for one of them
+    std::filesystem::path props; // the folder of the font and of the sign-in screen's picture
+    float width, height;         // units
+    float scale;                 // pixels per unit
 };
 
 class Stage : public UiHarness {
@@ -24,14 +25,12 @@ class Stage : public UiHarness {
 
     LauncherApp& startConfigured();
     LauncherApp& startSignedInAs(const std::string& name, const std::string& email);
-    LauncherApp& startWithProjects(); // six of them, signed in, an editor installed
+    LauncherApp& startWithProjects(); // signed in, with six projects and an installed editor
 
     void writeConfiguration(const std::string& text, const char* name = "launcher_config.json") const;
     void installManagedEditor(const std::string& version) const;
     [[nodiscard]] ProjectEntry project(const std::string& name, std::int64_t age = 0, bool onDisk = true) const;
-    void setInstall(EditorInstallStatus status, const std::string& message, std::int64_t received = 0,
-                    std::int64_t total = 0) const;
-    void setDownloads(const std::vector<DownloadRecord>& rows) const;
+    void setInstall(const InstallProgress& progress) const;
     [[nodiscard]] std::string packageOnDisk(const std::string& version, std::size_t bytes) const;
 
     const StageSetting& setting;
@@ -39,7 +38,7 @@ class Stage : public UiHarness {
     const std::filesystem::path projectsFolder = setting.home / "Documents/VOLO Projects";
 };
 
-// A picture: its name, and what leads to what it shows. The motion that this starts has ended when it is taken.
+// A picture. `play` brings the launcher into the state that it shows. It is taken once all animations have ended.
 struct Scene {
     const char* name;
     void (*play)(Stage&);

@@ -1,7 +1,8 @@
-// The sandbox's xdg-open. A web address is visited as the user would with a browser, pressing Allow on the consent
-// page; anything else is only noted. What happens goes to the file that VOLO_SANDBOX_BROWSER_LOG names, a line each.
+// The sandbox's xdg-open. It opens a web address, presses Allow on the consent page and follows the redirect; anything
+// else it only logs. The log is the file named by VOLO_SANDBOX_BROWSER_LOG, one line per event.
 
 #include <chrono>
+#include <cstddef>
 #include <cstdlib>
 #include <fstream>
 #include <string>
@@ -11,14 +12,14 @@
 
 namespace {
 
-constexpr auto kReadingTime = std::chrono::seconds(1); // a person reads the page before pressing
+constexpr auto kReadingTime = std::chrono::seconds(1); // so that the launcher is seen waiting
 
 std::string environmentText(const char* name) {
     const char* value = std::getenv(name);
     return value != nullptr ? value : "";
 }
 
-// Without tags, scripts and line ends.
+// The text of the page's body, without tags and line ends.
 std::string visibleText(const std::string& html) {
     const std::size_t body = html.find("<body");
     std::string text;

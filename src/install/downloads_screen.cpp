@@ -1,4 +1,4 @@
-// The Downloads screen: one row for each package transfer of this run, newest first.
+// The Downloads screen: one row for each package download of this run, newest first.
 
 #include <array>
 #include <filesystem>
@@ -6,20 +6,21 @@
 #include <imgui_internal.h>
 
 #include "install/format_bytes.h"
-#include "install/install_widgets_screen.h"
+#include "install/install_widgets.h"
 #include "shell/launcher_app.h"
 #include "shell/shell_layout.h"
 #include "shell/widgets.h"
 #include "system/operating_system.h"
 #include "system/path_text.h"
-#include "ui/ui_keyboard.h"
+#include "ui/ui_list.h"
+#include "ui/ui_palette.h"
 #include "ui/ui_theme.h"
 
 namespace {
 
-constexpr ImU32 kEmptyText = 0xFF8C8C8C;
+constexpr ImU32 kEmptyText = palette::kGrey55;
 constexpr ImU32 kRowTitle = 0xFFEBEBEB;
-constexpr ImU32 kFileText = 0xFF969696;
+constexpr ImU32 kFileText = palette::kGrey59;
 
 constexpr float kRowHeight = 64.0f;
 constexpr float kRowGap = 6.0f;
@@ -29,7 +30,7 @@ constexpr float kButtonHeight = 32.0f;
 constexpr float kButtonTop = 16.0f;
 constexpr float kRetryLeft = 230.0f; // from the row's right edge
 constexpr float kShowLeft = 150.0f;
-constexpr float kTextGap = 8.0f; // a long path ends short of the buttons
+constexpr float kTextGap = 8.0f; // between a long path and the buttons
 
 constexpr std::array<InstallBadge, 5> kBadges = {{
     kBadgeDownloading,
@@ -38,10 +39,6 @@ constexpr std::array<InstallBadge, 5> kBadges = {{
     kBadgeInstalled,
     kBadgeFailed,
 }};
-
-ImVec2 px(float x, float y) {
-    return {uiThemePx(x), uiThemePx(y)};
-}
 
 std::string fileText(const std::string& path) {
     std::error_code error;
@@ -52,9 +49,9 @@ std::string fileText(const std::string& path) {
 } // namespace
 
 void LauncherApp::drawDownloadsScreen() {
-    const ImVec2 content = drawInstallBackdrop("Downloads");
+    const ImVec2 content = drawContentArea("Downloads");
     const ImVec2 windowMax = ImGui::GetWindowPos() + ImGui::GetWindowSize();
-    const ImVec2 buttonSize = px(190.0f, kButtonHeight);
+    const ImVec2 buttonSize = uiThemePx({190.0f, kButtonHeight});
     if (drawSecondaryButton(
             "Open downloads folder",
             {windowMax.x - uiThemePx(kContentInset) - buttonSize.x, ImGui::GetWindowPos().y + uiThemePx(kContentTop)},
@@ -62,29 +59,24 @@ void LauncherApp::drawDownloadsScreen() {
         openInFileManager(config->downloadsDirectory);
     }
 
-    const ImVec2 list = content + px(kContentInset, kContentTop + kInstallHeaderHeight);
+    const ImVec2 list = content + uiThemePx({kContentInset, kContentTop + kTitleLineHeight});
     const std::size_t count = install ? install->downloadsSnapshot().size() : 0;
     if (count == 0) {
-        uiThemeText(ImGui::GetWindowDrawList(), uiThemeFont(12.0f), list + px(0.0f, 8.0f), kEmptyText,
+        uiThemeText(ImGui::GetWindowDrawList(), uiThemeFont(12.0f), list + uiThemePx({0.0f, 8.0f}), kEmptyText,
                     "No package downloads in this session. Downloaded packages stay on disk and are reused when the "
                     "same version is requested again.");
         return;
     }
-    ImGui::SetCursorScreenPos(list);
-    uiThemeJoinNavigation();
-    ImGui::BeginChild(
-        "##DownloadList",
-        {windowMax.x - content.x - uiThemePx(2.0f * kContentInset), windowMax.y - list.y - uiThemePx(kContentTop)},
-        ImGuiChildFlags_None, ImGuiWindowFlags_NoBackground);
-    ImGui::PushStyleVar(ImGuiStyleVar_ItemSpacing, ImVec2(ImGui::GetStyle().ItemSpacing.x, 0.0f));
+    uiThemeBeginList(
+        "##DownloadList", list,
+        {windowMax.x - content.x - uiThemePx(2.0f * kContentInset), windowMax.y - list.y - uiThemePx(kContentTop)});
     for (std::size_t index = 0; index < count; ++index)
         drawDownloadRow(static_cast<int>(index));
-    ImGui::PopStyleVar();
-    ImGui::EndChild();
+    uiThemeEndList();
 }
 
 void LauncherApp::drawDownloadRow(int index) {
-    // A fresh copy for each row: a row above may have deleted one just now.
+    // Every row takes a fresh copy, because "Delete" of a row above may just have removed a record.
     const std::vector<DownloadRecord> downloads =
         install ? install->downloadsSnapshot() : std::vector<DownloadRecord>();
     if (index < 0 || static_cast<std::size_t>(index) >= downloads.size()) return;
@@ -98,23 +90,27 @@ void LauncherApp::drawDownloadRow(int index) {
     drawInstallCard(min, max);
 
     ImDrawList* drawList = ImGui::GetWindowDrawList();
-    uiThemeText(drawList, uiThemeFont(14.0f), min + px(kRowInset, 12.0f), kRowTitle, "VOLO Editor " + record.version);
+    uiThemeText(drawList, uiThemeFont(14.0f), min + uiThemePx({kRowInset, 12.0f}), kRowTitle,
+                "VOLO Editor " + record.version);
     const std::size_t status = static_cast<std::size_t>(record.status);
     const InstallBadge& badge = kBadges[status < kBadges.size() ? status : 0];
-    uiThemeBadge("dl_badge", drawList, min + px(kRowInset, 36.0f), badge.text, badge.look);
+    uiThemeBadge("dl_badge", drawList, min + uiThemePx({kRowInset, 36.0f}), badge.text, badge.look);
 
     const ImVec2 right(max.x, min.y);
     const auto button = [&](const char* label, float leftOffset, float buttonWidth) {
-        return drawSecondaryButton(label, right + px(-leftOffset, kButtonTop), px(buttonWidth, kButtonHeight), 13.0f);
+        return drawSecondaryButton(label, right + uiThemePx({-leftOffset, kButtonTop}),
+                                   uiThemePx({buttonWidth, kButtonHeight}), 13.0f);
     };
     if (status == 0 || status >= kBadges.size()) {
-        drawTransferProgress(min + px(kBodyLeft, 24.0f), right + px(-130.0f, 32.0f), min + px(kBodyLeft, 38.0f),
-                             record.downloadedBytes, record.totalBytes);
+        drawTransferProgress(min + uiThemePx({kBodyLeft, 24.0f}), right + uiThemePx({-130.0f, 32.0f}),
+                             min + uiThemePx({kBodyLeft, 38.0f}), record.downloadedBytes, record.totalBytes);
         if (button(kCancelLabel, 110.0f, 94.0f)) install->requestCancel();
     } else {
         const bool failed = record.status == DownloadStatus::Failed;
-        drawList->PushClipRect(min, right + px(-(failed ? kRetryLeft : kShowLeft) - kTextGap, kRowHeight), true);
-        uiThemeText(drawList, uiThemeFont(12.0f), min + px(kBodyLeft, 26.0f), kFileText, fileText(record.filePath));
+        drawList->PushClipRect(min, right + uiThemePx({-(failed ? kRetryLeft : kShowLeft) - kTextGap, kRowHeight}),
+                               true);
+        uiThemeText(drawList, uiThemeFont(12.0f), min + uiThemePx({kBodyLeft, 26.0f}), kFileText,
+                    fileText(record.filePath));
         drawList->PopClipRect();
         if (failed && button(kRetryLabel, kRetryLeft, 70.0f)) install->startUpdate();
         if (button("Show", kShowLeft, 65.0f)) {

@@ -1,9 +1,28 @@
 #include "install/update_manifest.h"
 
+#include <filesystem>
+
 #include "system/json.h"
 
 bool isManifestUrlConfigured(const std::string& url) {
     return !url.empty() && url.find("YOUR_") == std::string::npos;
+}
+
+ManifestAnswer fetchManifest(const std::string& manifestUrl, const HttpAbort& abort) {
+    HttpsServer server;
+    std::string path;
+    if (!parseHttpsUrl(manifestUrl, server.host, server.port, path))
+        return BadManifest{"The update manifest URL must be a valid https:// URL."};
+    server.readTimeoutSeconds = 30;
+    server.abort = abort;
+    const HttpsAnswer answer = httpsGet(server, path);
+    if (!answer.answered) return NoAnswer{};
+    if (answer.status != 200)
+        return BadManifest{"The update server returned HTTP " + std::to_string(answer.status) + " for the manifest."};
+    UpdateManifest manifest;
+    std::string failureText;
+    if (!parseUpdateManifest(answer.body, manifest, failureText)) return BadManifest{failureText};
+    return manifest;
 }
 
 bool parseUpdateManifest(const std::string& body, UpdateManifest& manifest, std::string& failureText) {
@@ -33,4 +52,10 @@ std::string sanitizeVersion(const std::string& version) {
         if (!kept) byte = '_';
     }
     return text;
+}
+
+std::string packagePathIn(const std::string& downloadsDirectory, const std::string& version) {
+    return (std::filesystem::path(downloadsDirectory) /
+            (std::string(kPackageNameStart) + sanitizeVersion(version) + ".zip"))
+        .string();
 }

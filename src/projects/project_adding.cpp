@@ -1,4 +1,4 @@
-// Adding a project that exists on disk: one file is picked, listed when it is not yet, and opened straight away.
+// Adds a project that exists on disk: the user picks its file, the launcher lists it unless it is listed, and opens it.
 
 #include <algorithm>
 #include <filesystem>
@@ -9,7 +9,7 @@
 #include "system/path_text.h"
 
 void LauncherApp::addProjectFromDisk() {
-    if (refuseWhileEditorRuns(currentTimeSeconds())) return; // adding implies opening
+    if (refuseWhileEditorRuns(currentTimeSeconds())) return; // adding also opens
 
     std::string startFolder = settings->lastAddedLocation();
     if (startFolder.empty()) startFolder = userDocumentsDirectory();
@@ -26,7 +26,7 @@ void LauncherApp::addProjectFromDisk() {
         sortByLastOpened(projects);
         settings->setProjects(projects);
         (void)settings->save();
-        std::string unreported; // a listed project that cannot be opened says nothing here
+        std::string unreported; // a failed open of a listed project shows no message here
         (void)openProjectPath(path, unreported);
         return;
     }
@@ -39,7 +39,7 @@ void LauncherApp::addProjectFromDisk() {
     projects.insert(projects.begin(), entry);
     settings->setProjects(projects);
     settings->setLastAddedLocation(pathText(file.parent_path()));
-    (void)settings->save(); // before the open: a project that cannot be opened stays listed
+    (void)settings->save(); // before the open, so that a project that fails to open stays listed
     noticeText.clear();
     std::string errorText;
     if (!openProjectPath(path, errorText)) showOpenError(errorText);

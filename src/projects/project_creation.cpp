@@ -1,4 +1,4 @@
-// The popup "Create a new project": what it starts with, and what its confirming button does.
+// The logic of the popup "Create a new project": its initial values and the creation itself.
 
 #include <filesystem>
 
@@ -13,7 +13,7 @@ void LauncherApp::beginNewProject() {
     std::string location = settings->defaultLocation();
     if (location.empty()) location = pathText(std::filesystem::path(userDocumentsDirectory()) / "VOLO Projects");
     copyToBuffer(location, newProjectLocation);
-    createProjectError.clear(); // here and nowhere else: a message outlives a later try that succeeds
+    createProjectError.clear(); // cleared only here: the message stays even after a later try succeeds
 }
 
 void LauncherApp::createProject() {
@@ -44,7 +44,8 @@ void LauncherApp::createProject() {
     settings->setProjects(projects);
     settings->setLastAddedLocation(location);
     if (settings->defaultLocation().empty()) settings->setDefaultLocation(location);
-    (void)settings->save(); // a failed save is silent: the list on screen stays as the user sees it
+    (void)settings->save(); // a failed save shows no message; the list on screen keeps the project
     createProjectRequested = false;
+    projectToFocus = entry.path;
     noticeText.clear();
 }

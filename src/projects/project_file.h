@@ -1,7 +1,7 @@
 #pragma once
 
-// A project on disk: a folder with one small text file in it, named after the project, extension .zantorproj. The
-// launcher writes the file once and never reads it; it is the editor's. Any thread.
+// A project on disk is a folder that holds one small text file, <name>.zantorproj. The launcher writes the file once;
+// only the editor reads it. Any thread.
 //
 //   ZantorProject:
 //     Name: <the project's name, raw UTF-8>
@@ -9,10 +9,9 @@
 
 #include <string>
 
-// The folder of a project from its stored path: the parent of a .zantorproj file (the case of the extension counts),
-// and any other path itself.
-std::string projectDirectory(const std::string& projectPath);
+// The folder of a project: the parent of a path that ends in ".zantorproj" (case-sensitive), else the path itself.
+[[nodiscard]] std::string projectDirectory(const std::string& projectPath);
 
-// Creates <location>/<name>/<name>.zantorproj and gives its path. An existing empty folder is taken over. On failure
-// the path is empty, `error` holds words for the user, and what was created so far stays.
+// Creates <location>/<name>/<name>.zantorproj and returns its path. Uses an existing folder if it is empty. On failure
+// returns an empty path and sets `error` to a message for the user; files and folders created so far stay.
 [[nodiscard]] std::string createProjectOnDisk(const std::string& location, const std::string& name, std::string& error);

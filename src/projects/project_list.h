@@ -1,7 +1,7 @@
 #pragma once
 
-// The rules by which the project list is ordered, searched and labelled. Pure functions of what they are given; only
-// isProjectMissing looks at the disk. Frame thread.
+// Rules for ordering, searching and labelling the project list. Pure functions, except that isProjectMissing reads the
+// file system. Any thread.
 
 #include <cstdint>
 #include <string>
@@ -10,23 +10,24 @@
 
 #include "projects/project_entry.h"
 
-// The stored order: newest first, entries of the same second keep their order.
+// Sorts into the stored order: newest first. Entries of the same second keep their order.
 void sortByLastOpened(std::vector<ProjectEntry>& projects);
 
-// The words of a search text in lower case; spaces and tabs separate. A blank text has none.
-std::vector<std::string> searchTerms(std::string_view text);
+// Splits a search text at spaces and tabs, and converts A to Z to lower case.
+[[nodiscard]] std::vector<std::string> searchTerms(std::string_view text);
 
-// The indices of the entries in which every term occurs, in the name or in the path, in list order.
-std::vector<std::int32_t> filterProjects(const std::vector<ProjectEntry>& projects,
-                                         const std::vector<std::string>& terms);
+// The indices, in list order, of the entries whose name or path contains every term. Terms must be in lower case.
+[[nodiscard]] std::vector<std::int32_t> filterProjects(const std::vector<ProjectEntry>& projects,
+                                                       const std::vector<std::string>& terms);
 
-// Byte by byte, A to Z folded; a text comes before its own continuation.
-bool lessIgnoringCase(std::string_view a, std::string_view b);
+// Compares byte by byte, with A to Z as lower case. A prefix comes before the longer text.
+[[nodiscard]] bool lessIgnoringCase(std::string_view a, std::string_view b);
 
-// The text with A to Z in lower case and every other byte as it stands.
+// Appends the text to `out` with A to Z in lower case. All other bytes stay unchanged.
 void appendFolded(std::string_view text, std::string& out);
 
-std::string projectPlatformLabel(const ProjectEntry& entry);
+// The text of the Platform column.
+[[nodiscard]] std::string projectPlatformLabel(const ProjectEntry& entry);
 
-// Whether the project's folder is gone. A folder without its project file is not missing.
-bool isProjectMissing(const std::string& path);
+// True when the project's folder does not exist or cannot be queried. A folder without its project file is not missing.
+[[nodiscard]] bool isProjectMissing(const std::string& path);

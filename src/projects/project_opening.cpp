@@ -1,5 +1,4 @@
-// From a click on a project to a running editor, or to a clear refusal. When there is no editor yet, the project waits
-// for the install.
+// Opens a project in the editor. Without an installed editor the project waits for the install.
 
 #include <algorithm>
 #include <filesystem>
@@ -15,7 +14,7 @@
 
 namespace {
 
-// The time in which an editor that was just started may not show in the process list yet.
+// An editor that has just started may be missing from the process list for this long.
 constexpr std::int64_t kLaunchGraceSeconds = 2;
 
 constexpr const char* kEditorAlreadyOpen = "VOLO Editor is already open.";
@@ -33,7 +32,7 @@ bool LauncherApp::refuseWhileEditorRuns(std::int64_t now) {
 }
 
 void LauncherApp::showOpenError(const std::string& message) {
-    if (message.empty()) return; // nothing to report: an install is awaited, and the notice says so
+    if (message.empty()) return; // the project waits for an install; the notice band shows it
     openErrorMessage = message;
     openErrorRequested = true;
 }
@@ -60,7 +59,7 @@ bool LauncherApp::openProjectPath(const std::string& path, std::string& errorTex
         errorText = "The project no longer exists:\n" + path;
         return false;
     }
-    lastEditorLaunchTime = currentTimeSeconds(); // before the attempt: a failed start counts too
+    lastEditorLaunchTime = currentTimeSeconds(); // before the attempt, so that a failed start counts
     return launchEditorProcess(executable, path, pathText(std::filesystem::path(executable).parent_path()), errorText);
 }
 
@@ -99,7 +98,7 @@ void LauncherApp::servicePendingOpen() {
 
     const std::string path = std::exchange(pendingOpenProjectPath, {});
     std::string errorText;
-    if (!openProjectPath(path, errorText)) { // with no editor to be found this waits again
+    if (!openProjectPath(path, errorText)) { // without an editor the project waits again
         showOpenError(errorText);
         return;
     }

@@ -23,8 +23,7 @@ std::string columnText(const ProjectEntry& entry, const LauncherApp& app) {
     return {};
 }
 
-// What one row is compared by. `text` is the column's text in lower case, so a plain comparison of its bytes is the
-// comparison that ignores case.
+// The sort key of one row. `text` is the column's text in lower case, so comparing bytes ignores case.
 struct SortKey {
     std::string_view text;
     std::int64_t lastOpened;
@@ -53,7 +52,7 @@ std::vector<SortKey> makeSortKeys(const LauncherApp& app, const std::vector<std:
     std::size_t bytes = 0;
     for (const std::int32_t index : indices)
         bytes += text(projects[static_cast<std::size_t>(index)]).size();
-    foldedTexts.reserve(bytes); // the keys point into it, so it must not move while it grows
+    foldedTexts.reserve(bytes); // the keys point into it, so it must not reallocate
 
     std::vector<SortKey> keys;
     keys.reserve(indices.size());
@@ -83,7 +82,7 @@ bool ProjectSortOrder::operator()(const ProjectEntry& a, const ProjectEntry& b) 
         const bool before = lessIgnoringCase(textA, textB), after = lessIgnoringCase(textB, textA);
         if (before != after) return app.sortAscending ? before : after;
     }
-    return a.lastOpened > b.lastOpened; // whatever the direction of the column
+    return a.lastOpened > b.lastOpened; // newest first in both directions of the column
 }
 
 std::vector<std::int32_t> displayedProjects(const LauncherApp& app, const std::string& editorLabel) {

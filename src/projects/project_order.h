@@ -1,6 +1,6 @@
 #pragma once
 
-// The order in which the Projects screen shows the list: worked out anew every frame, never stored. Frame thread.
+// The order in which the Projects screen shows the list. Computed in every frame and never stored. Main thread.
 
 #include <cstdint>
 #include <string>
@@ -10,18 +10,19 @@
 
 class LauncherApp;
 
-// The Editor column. Entries without a version of their own all show defaultEditorLabel, the version that the launcher
-// manages now; that one reads the version marker, so whoever labels many entries asks once.
-std::string projectEditorLabel(const ProjectEntry& entry, const LauncherApp& app);
-std::string defaultEditorLabel(const LauncherApp& app);
+// The text of the Editor column: the entry's own version, else defaultEditorLabel.
+[[nodiscard]] std::string projectEditorLabel(const ProjectEntry& entry, const LauncherApp& app);
 
-// Whether one entry is shown before another, by the sort controls as they are now. This is the rule; displayedProjects
-// gives the same order without asking it for every pair.
+// The label of the editor that the launcher manages now. Reads the version marker from disk: call it once per frame.
+[[nodiscard]] std::string defaultEditorLabel(const LauncherApp& app);
+
+// True when `a` is shown before `b` under the current sort controls. displayedProjects sorts by the same rule, but
+// prepares the texts once instead of in every comparison.
 struct ProjectSortOrder {
     const LauncherApp& app;
     bool operator()(const ProjectEntry& a, const ProjectEntry& b) const;
 };
 
-// The indices of the rows to show, in order: filtered by the search text and stable-sorted by ProjectSortOrder.
-// `editorLabel` is what defaultEditorLabel gives.
-std::vector<std::int32_t> displayedProjects(const LauncherApp& app, const std::string& editorLabel);
+// The list indices of the rows to show, in display order: filtered by the search text, then stable-sorted.
+// `editorLabel` is the result of defaultEditorLabel.
+[[nodiscard]] std::vector<std::int32_t> displayedProjects(const LauncherApp& app, const std::string& editorLabel);

@@ -1,9 +1,11 @@
-// The Projects screen: title line with search box and buttons, notice band, table header, rows or an empty state. The
-// rows themselves are in projects_table_screen.cpp.
+// The Projects screen: its layout, the title line with search box and buttons, and the notice. The table is in
+// projects_table_screen.cpp.
 
 #include "projects/projects_screen.h"
 
+#include <algorithm>
 #include <array>
+#include <utility>
 
 #include <imgui_internal.h>
 
@@ -12,24 +14,23 @@
 #include "shell/shell_layout.h"
 #include "shell/widgets.h"
 #include "ui/ui_keyboard.h"
+#include "ui/ui_palette.h"
 #include "ui/ui_theme.h"
 
 namespace {
 
 constexpr char kSearchField[] = "##ProjectSearch";
 
-constexpr ImU32 kContentFill = 0xFF1A1A1A;
-constexpr ImU32 kTitle = 0xFFF5F5F5;
 constexpr ImU32 kSearchFill = 0xFF141414;
-constexpr ImU32 kSearchIcon = 0xFF828282;
+constexpr ImU32 kSearchIcon = palette::kGrey51;
 constexpr ImU32 kSearchBorder = 0xFF303030;
 constexpr ImU32 kSearchBorderHovered = 0xFF464141;
 constexpr ImU32 kSearchBorderActive = 0xFF5F5A5A;
-constexpr ImU32 kClearGlyph = 0xFF8C8C8C;
-constexpr ImU32 kClearGlyphHovered = 0xFFDCDCDC;
+constexpr ImU32 kClearGlyph = palette::kGrey55;
+constexpr ImU32 kClearGlyphHovered = palette::kGrey86;
 constexpr ImU32 kNoticeFill = 0xFF0F2D3C;
 constexpr ImU32 kNoticeOutline = 0xFF2882B4;
-constexpr ImU32 kNoticeText = 0xFF24BFFB;
+constexpr ImU32 kNoticeText = kAmber;
 
 constexpr float kControlHeight = 32.0f;
 constexpr float kControlGap = 8.0f;
@@ -37,22 +38,12 @@ constexpr float kNewButtonWidth = 126.0f;
 constexpr float kAddButtonWidth = 148.0f;
 constexpr float kSearchWidth = 210.0f;
 constexpr float kSearchTextLeft = 30.0f;
-constexpr float kRounding = 6.0f;
-constexpr float kTitleDrop = 2.0f;
 constexpr float kBelowTitleLine = 16.0f;
 constexpr float kNoticeHeight = 32.0f;
 constexpr float kNoticePitch = 40.0f;
 constexpr float kHeaderHeight = 30.0f;
 constexpr float kListGap = 4.0f;
 constexpr float kListBottomGap = 12.0f;
-
-ImVec2 px(float x, float y) {
-    return {uiThemePx(x), uiThemePx(y)};
-}
-
-bool contains(ImVec2 min, ImVec2 max, ImVec2 point) {
-    return point.x >= min.x && point.x < max.x && point.y >= min.y && point.y < max.y;
-}
 
 void drawSearchIcon(ImDrawList* drawList, ImVec2 middleLeft) {
     const float length = uiThemePx(5.5f);
@@ -70,10 +61,11 @@ void drawClearGlyph(ImDrawList* drawList, ImVec2 middleRight, bool hovered) {
     drawList->AddLine(centre + ImVec2(-arm, arm), centre + ImVec2(arm, -arm), colour, 1.2f);
 }
 
-void drawNotice(ImDrawList* drawList, ImVec2 min, ImVec2 max, const std::string& text) {
-    drawList->AddRectFilled(min, max, kNoticeFill, uiThemePx(kRounding));
-    drawList->AddRect(min, max, kNoticeOutline, uiThemePx(kRounding), 0, 1.0f);
-    uiThemeText(drawList, uiThemeFont(12.0f), min + px(12.0f, 8.0f), kNoticeText, text);
+void drawNotice(ImVec2 min, ImVec2 max, const std::string& text) {
+    ImDrawList* drawList = ImGui::GetWindowDrawList();
+    drawList->AddRectFilled(min, max, kNoticeFill, uiThemePx(palette::kRounding));
+    drawList->AddRect(min, max, kNoticeOutline, uiThemePx(palette::kRounding), 0, 1.0f);
+    uiThemeText(drawList, uiThemeFont(12.0f), min + uiThemePx({12.0f, 8.0f}), kNoticeText, text);
 }
 
 } // namespace
@@ -84,27 +76,23 @@ void LauncherApp::drawProjectsScreen() {
     ProjectsLayout at;
     at.contentMin = {window.x + uiThemePx(kSidebarWidth), window.y};
     at.contentMax = window + ImGui::GetWindowSize();
-    at.title = {at.contentMin.x + uiThemePx(kContentInset), top + uiThemePx(kTitleDrop)};
-    at.newButtonSize = px(kNewButtonWidth, kControlHeight);
+    at.newButtonSize = uiThemePx({kNewButtonWidth, kControlHeight});
     at.newButton = {at.contentMax.x - uiThemePx(kContentInset) - at.newButtonSize.x, top};
-    at.addButtonSize = px(kAddButtonWidth, kControlHeight);
+    at.addButtonSize = uiThemePx({kAddButtonWidth, kControlHeight});
     at.addButton = {at.newButton.x - uiThemePx(kControlGap) - at.addButtonSize.x, top};
     at.searchMin = {at.addButton.x - uiThemePx(kControlGap) - uiThemePx(kSearchWidth), top};
-    at.searchMax = at.searchMin + px(kSearchWidth, kControlHeight);
+    at.searchMax = at.searchMin + uiThemePx({kSearchWidth, kControlHeight});
     at.noticeTop = top + uiThemePx(kControlHeight) + uiThemePx(kBelowTitleLine);
 
-    ImDrawList* drawList = ImGui::GetWindowDrawList();
-    drawList->AddRectFilled(at.contentMin, at.contentMax, kContentFill, uiThemeWindowRounding(),
-                            ImDrawFlags_RoundCornersBottomRight);
-    uiThemeText(drawList, uiThemeFont(22.0f), at.title, kTitle, kProjectsTitle);
-    drawSearchBox(at);
+    drawContentArea(kProjectsTitle);
+    const SearchKey searchKey = drawSearchBox(at);
     if (drawSecondaryButton("Add project from disk", at.addButton, at.addButtonSize, 13.0f)) addProjectFromDisk();
     if (drawPrimaryButton(kNewProjectLabel, at.newButton, at.newButtonSize, 13.5f)) beginNewProject();
 
     float headerTop = at.noticeTop;
     if (!noticeText.empty()) {
         const float inset = uiThemePx(kContentInset);
-        drawNotice(drawList, {at.contentMin.x + inset, headerTop},
+        drawNotice({at.contentMin.x + inset, headerTop},
                    {at.contentMax.x - inset, headerTop + uiThemePx(kNoticeHeight)}, noticeText);
         headerTop += uiThemePx(kNoticePitch);
     }
@@ -112,8 +100,13 @@ void LauncherApp::drawProjectsScreen() {
 
     ProjectRows rows;
     rows.editorLabel = defaultEditorLabel(*this);
-    rows.indices =
-        displayedProjects(*this, rows.editorLabel); // after the search box: a text cleared now lists everything
+    // After the search box, so that a text that was cleared in this frame already lists every project.
+    rows.indices = displayedProjects(*this, rows.editorLabel);
+    rows.openFirst = searchKey == SearchKey::Enter && !searchTerms(searchText).empty();
+    if (searchKey == SearchKey::Down && !rows.indices.empty()) {
+        projectToFocus = settings->projects()[static_cast<std::size_t>(rows.indices.front())].path;
+    }
+    rows.focusIndex = takeProjectToFocus();
     const float listTop = headerTop + uiThemePx(kHeaderHeight) + uiThemePx(kListGap);
     const float listHeight = at.contentMax.y - listTop - uiThemePx(kListBottomGap);
     if (rows.indices.empty()) {
@@ -123,17 +116,48 @@ void LauncherApp::drawProjectsScreen() {
     }
 }
 
-void LauncherApp::drawSearchBox(const ProjectsLayout& at) {
+// The index of the project whose row gets the focus now; -1: none. A popup keeps the focus until it closes.
+std::int32_t LauncherApp::takeProjectToFocus() {
+    if (projectToFocus.empty() || ImGui::IsPopupOpen("", ImGuiPopupFlags_AnyPopup)) return -1;
+    const std::string path = std::exchange(projectToFocus, {});
+    const std::vector<ProjectEntry>& projects = settings->projects();
+    const auto entry = std::find_if(projects.begin(), projects.end(),
+                                    [&](const ProjectEntry& candidate) { return candidate.path == path; });
+    return entry != projects.end() ? static_cast<std::int32_t>(entry - projects.begin()) : -1;
+}
+
+// Typing while no control is in use starts a search. True to activate the search field. The first characters are put
+// into the text here, because Dear ImGui 1.92 drops them until a field activated by ActivateItemByID is active.
+bool LauncherApp::startSearchByTyping() {
+    const ImGuiIO& io = ImGui::GetIO();
+    const bool listens = ImGui::GetActiveID() == 0 &&
+                         ImGui::IsWindowFocused(ImGuiFocusedFlags_ChildWindows | ImGuiFocusedFlags_NoPopupHierarchy);
+    // Space presses the focused control. Ctrl and Alt together are AltGr.
+    if (!listens || io.InputQueueCharacters.empty() || io.InputQueueCharacters[0] == ' ' || io.KeyCtrl != io.KeyAlt) {
+        return false;
+    }
+    std::string typed = searchStartedByTyping ? searchText : "";
+    for (const ImWchar character : io.InputQueueCharacters) {
+        char utf8[5];
+        ImTextCharToUtf8(utf8, character);
+        typed += utf8;
+    }
+    copyToBuffer(typed, searchText);
+    searchStartedByTyping = true;
+    return true;
+}
+
+LauncherApp::SearchKey LauncherApp::drawSearchBox(const ProjectsLayout& at) {
     ImDrawList* drawList = ImGui::GetWindowDrawList();
     const ImVec2 min = at.searchMin, max = at.searchMax, mouse = ImGui::GetIO().MousePos;
     const float middle = (min.y + max.y) * 0.5f;
-    const bool wanted = ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_F);
-    const bool clickable = ImGui::IsWindowHovered(); // not through a popup or a modal
+    const bool wanted = startSearchByTyping() || ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_F);
+    const bool clickable = ImGui::IsWindowHovered(); // false behind a popup
     const bool clicked = clickable && ImGui::IsMouseClicked(ImGuiMouseButton_Left);
-    drawList->AddRectFilled(min, max, kSearchFill, uiThemePx(kRounding));
+    drawList->AddRectFilled(min, max, kSearchFill, uiThemePx(palette::kRounding));
 
     const ImGuiID id = ImGui::GetID(kSearchField);
-    // The field holds a copy of the text while it is edited, and would write it back over a text that was emptied here.
+    // While the field is edited, InputText keeps a copy of the text and would write it back. Reload that copy.
     const auto clearSearch = [&] {
         searchText[0] = '\0';
         if (ImGuiInputTextState* editing = ImGui::GetInputTextState(id)) editing->ReloadUserBufAndMoveToEnd();
@@ -141,21 +165,18 @@ void LauncherApp::drawSearchBox(const ProjectsLayout& at) {
 
     const bool hadText = searchText[0] != '\0';
     const bool clearHovered =
-        hadText && clickable && contains({max.x - uiThemePx(26.0f), min.y}, {max.x - uiThemePx(4.0f), max.y}, mouse);
-    const bool boxHovered = clearHovered || (clickable && contains(min, max, mouse));
+        hadText && clickable && ImRect(max.x - uiThemePx(26.0f), min.y, max.x - uiThemePx(4.0f), max.y).Contains(mouse);
+    const bool boxHovered = clearHovered || (clickable && ImRect(min, max).Contains(mouse));
     if (clearHovered && clicked) {
         clearSearch();
     } else if (wanted || (boxHovered && clicked)) {
-        // Not SetKeyboardFocusHere: the press lands on the window itself, beside the field, and its request does not
-        // outlive such a frame.
-        ImGui::ActivateItemByID(id);
-        ImGui::GetCurrentContext()->NavNextActivateFlags = ImGuiActivateFlags_PreferInput;
+        activateTextField(id);
     }
 
     drawSearchIcon(drawList, {min.x, middle});
 
     ImFont* font = uiThemeFont(13.0f);
-    // Escape makes the field restore its text and let go of the keyboard before anybody can ask whether it has it.
+    // On Escape InputText restores its text and becomes inactive before IsItemActive can be asked. Ask before it.
     const bool hadKeyboard = ImGui::GetActiveID() == id;
     ImGui::PushFont(font, uiThemeFontSize(font));
     ImGui::SetCursorScreenPos({min.x + uiThemePx(kSearchTextLeft), min.y});
@@ -166,18 +187,26 @@ void LauncherApp::drawSearchBox(const ProjectsLayout& at) {
                                                      ImGuiCol_Border};
     for (const ImGuiCol colour : hiddenFrame)
         ImGui::PushStyleColor(colour, 0u);
-    ImGui::InputTextWithHint(kSearchField, "Search", searchText, sizeof searchText);
+    drawTextField(kSearchField, "Search", searchText, sizeof searchText);
     const bool active = ImGui::IsItemActive();
+    if (active && std::exchange(searchStartedByTyping, false)) {
+        ImGui::GetInputTextState(id)->ClearSelection(); // the next character does not replace the first ones
+    }
     ImGui::PopStyleColor(static_cast<int>(hiddenFrame.size()));
     ImGui::PopStyleVar();
     ImGui::PopFont();
     if ((active || hadKeyboard) && ImGui::IsKeyPressed(ImGuiKey_Escape)) clearSearch();
 
     if (hadText) drawClearGlyph(drawList, {max.x, middle}, clearHovered);
-    if (!active && uiThemeFocusShows(id)) uiThemeFocusRing(drawList, min, max, uiThemePx(kRounding));
+    if (uiThemeFocusShows(id)) uiThemeFocusRing(drawList, min, max, uiThemePx(palette::kRounding));
     drawList->AddRect(min, max,
                       active       ? kSearchBorderActive
                       : boxHovered ? kSearchBorderHovered
                                    : kSearchBorder,
-                      uiThemePx(kRounding), 0, 1.0f);
+                      uiThemePx(palette::kRounding), 0, 1.0f);
+    if (!hadKeyboard) return SearchKey::None;
+    if (ImGui::IsKeyPressed(ImGuiKey_Enter, false) || ImGui::IsKeyPressed(ImGuiKey_KeypadEnter, false)) {
+        return SearchKey::Enter;
+    }
+    return ImGui::IsKeyPressed(ImGuiKey_DownArrow, false) ? SearchKey::Down : SearchKey::None;
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-// What the two sources of the Projects screen share: its rectangles, worked out once per frame, and the records that
-// pass between the table and its rows. Frame thread.
+// What the two sources of the Projects screen share: the layout of a frame and the records that the table and its rows
+// exchange. Main thread only.
 
 #include <cstdint>
 #include <string>
@@ -14,11 +14,10 @@
 // Pixels.
 struct LauncherApp::ProjectsLayout {
     ImVec2 contentMin, contentMax; // right of the sidebar
-    ImVec2 title;
     ImVec2 searchMin, searchMax;
     ImVec2 addButton, addButtonSize;
     ImVec2 newButton, newButtonSize;
-    float noticeTop; // of the notice band, or of the table header when there is no notice
+    float noticeTop; // top of the notice, or of the table header without a notice
 };
 
 struct LauncherApp::TableHeader {
@@ -29,18 +28,22 @@ struct LauncherApp::TableHeader {
 // The rows of one frame, in the order in which they are shown.
 struct LauncherApp::ProjectRows {
     std::vector<std::int32_t> indices; // into the stored list
-    std::string editorLabel;           // of every entry without a version of its own
+    std::string editorLabel;           // for entries without a version of their own
+    bool openFirst = false;            // the user pressed Enter in the search field
+    std::int32_t focusIndex = -1;      // the row that gets the keyboard focus in this frame; -1: none
 };
 
-// What a row asks for that would change the list while its rows are being drawn. Done after the last row.
+// What the rows of a frame report. Requests that change the list are carried out after the last row, so that indices
+// stay valid. -1: none.
 struct LauncherApp::RowRequest {
     std::int32_t openIndex = -1;
     std::int32_t removeIndex = -1;
+    std::int32_t focusedIndex = -1; // the row whose background, star or dots have the keyboard focus
 };
 
 inline constexpr char kNewProjectLabel[] = "+ New project";
 
-// Where the columns stand, as parts of the table's inner width.
+// The columns, as shares of the table's inner width or in units from its left edge.
 inline constexpr float kPlatformColumn = 0.58f;
 inline constexpr float kEditorColumn = 0.76f;
 inline constexpr float kStarColumn = 22.0f;
@@ -48,4 +51,4 @@ inline constexpr float kNameColumn = 54.0f;
 inline constexpr float kTableInset = 16.0f;
 inline constexpr float kStarHit = 12.0f;
 inline constexpr float kStarRadius = 6.5f;
-inline constexpr ImU32 kStarOn = 0xFF24BFFB;
+inline constexpr ImU32 kAmber = 0xFF24BFFB; // favorites and notices

@@ -1,6 +1,8 @@
-// The table of the Projects screen: its header, its rows with star and menu, and what stands there when there are none.
+// The table of the Projects screen: its header, its rows with star and menu, and the empty state without rows.
 
+#include <algorithm>
 #include <cmath>
+#include <string>
 
 #include <imgui_internal.h>
 
@@ -10,6 +12,8 @@
 #include "shell/widgets.h"
 #include "system/operating_system.h"
 #include "ui/ui_keyboard.h"
+#include "ui/ui_list.h"
+#include "ui/ui_palette.h"
 #include "ui/ui_popups.h"
 #include "ui/ui_theme.h"
 
@@ -17,32 +21,31 @@ namespace {
 
 constexpr char kContextMenu[] = "##project_context_menu";
 
-constexpr ImU32 kHeaderStar = 0xFF828282;
-constexpr ImU32 kHeaderStarHovered = 0xFFDCDCDC;
+constexpr ImU32 kHeaderStar = palette::kGrey51;
+constexpr ImU32 kHeaderStarHovered = palette::kGrey86;
 constexpr ImU32 kHeaderRule = 0xFF282828;
-constexpr ImU32 kSortedLabel = 0xFFF5F5F5;
+constexpr ImU32 kSortedLabel = palette::kForeground;
 constexpr ImU32 kHoveredLabel = 0xFFD2D2D2;
-constexpr ImU32 kLabel = 0xFFA0A0A0;
+constexpr ImU32 kLabel = palette::kGrey63;
 
 constexpr ImU32 kRowHovered = 0xFF262424;
 constexpr ImU32 kRowRule = 0xFF222222;
 constexpr ImU32 kStarOff = 0xFF646464;
-constexpr ImU32 kStarOffHovered = 0xFFC8C8C8;
-constexpr ImU32 kName = 0xFFF0F0F0;
+constexpr ImU32 kStarOffHovered = palette::kGrey78;
+constexpr ImU32 kName = palette::kGrey94;
 constexpr ImU32 kMissingName = 0xFF4444EF;
-constexpr ImU32 kPath = 0xFF8C8C8C;
+constexpr ImU32 kPath = palette::kGrey55;
 constexpr ImU32 kMissingPath = 0xFF7878EF;
-constexpr ImU32 kCell = 0xFFB4B4B4;
-constexpr ImU32 kDots = 0xFF8C8C8C;
-constexpr ImU32 kDotsHovered = 0xFFFFFFFF;
+constexpr ImU32 kCell = palette::kGrey71;
+constexpr ImU32 kDots = palette::kGrey55;
+constexpr ImU32 kDotsHovered = IM_COL32_WHITE;
 
-constexpr ImU32 kEmptyIcon = 0xFF8C8C8C;
+constexpr ImU32 kEmptyIcon = palette::kGrey55;
 constexpr ImU32 kEmptyTitle = 0xFFE6E6E6;
-constexpr ImU32 kEmptyBody = 0xFF969696;
-constexpr ImU32 kImportIcon = 0xFFC8C8C8;
+constexpr ImU32 kEmptyBody = palette::kGrey59;
+constexpr ImU32 kImportIcon = palette::kGrey78;
 
 constexpr float kRowHeight = 52.0f;
-constexpr float kRounding = 6.0f;
 constexpr float kDotsFromRight = 28.0f;
 constexpr float kDotsHit = 14.0f;
 constexpr float kDotPitch = 6.0f;
@@ -53,21 +56,34 @@ constexpr float kNameClipGap = 16.0f;
 constexpr float kRowRuleInset = 8.0f;
 constexpr float kHeaderRuleInset = 20.0f;
 
-ImVec2 px(float x, float y) {
-    return {uiThemePx(x), uiThemePx(y)};
+ImRect squareAround(ImVec2 centre, float reach) {
+    return {centre.x - reach, centre.y - reach, centre.x + reach, centre.y + reach};
 }
 
-bool contains(ImVec2 centre, float reach, ImVec2 point) {
-    return point.x >= centre.x - reach && point.x < centre.x + reach && point.y >= centre.y - reach &&
-           point.y < centre.y + reach;
+HitArea hitArea(const char* identifier, const ImRect& rectangle) {
+    return hitArea(ImGui::GetID(identifier), rectangle.Min, rectangle.Max);
 }
 
-HitArea hitAround(const char* identifier, ImVec2 centre, float reach) {
-    return hitArea(ImGui::GetID(identifier), centre - ImVec2(reach, reach), centre + ImVec2(reach, reach));
+// The row without its star and dots. While the pointer is on one of those, the row takes no mouse click, so that a
+// click on the star opens nothing.
+HitArea rowArea(ImGuiID id, const ImRect& rectangle, bool takesMouse) {
+    HitArea row;
+    row.focused = uiThemeFocusShows(id);
+    if (takesMouse || row.focused) {
+        row.clicked = ImGui::ButtonBehavior(rectangle, id, &row.hovered, &row.held);
+    } else if (ImGui::GetActiveID() == id && !ImGui::IsMouseDown(ImGuiMouseButton_Left)) {
+        ImGui::ClearActiveID(); // pressed on the row and released on a control
+    }
+    if (!takesMouse) {
+        row.hovered = ImGui::IsWindowHovered(ImGuiHoveredFlags_AllowWhenBlockedByActiveItem) &&
+                      rectangle.Contains(ImGui::GetIO().MousePos);
+    }
+    ImGui::KeepAliveID(id);
+    return row;
 }
 
 void ringAround(ImDrawList* drawList, ImVec2 centre, float reach) {
-    const ImVec2 corner = px(reach, reach);
+    const ImVec2 corner = uiThemePx({reach, reach});
     uiThemeFocusRing(drawList, centre - corner, centre + corner, corner.x, -2.0f);
 }
 
@@ -76,7 +92,7 @@ void drawCentred(ImDrawList* drawList, float fontSize, float centreX, float top,
     uiThemeText(drawList, font, {std::floor(centreX - uiThemeTextSize(font, text).x * 0.5f), top}, colour, text);
 }
 
-// An outlined cube, seen from a corner.
+// An outlined cube seen from a corner.
 void drawCube(ImDrawList* drawList, ImVec2 centre) {
     const float reach = uiThemePx(30.0f);
     constexpr float across = 0.8660254f;
@@ -97,11 +113,11 @@ void LauncherApp::drawTableHeader(const ProjectsLayout& at, float top, float hei
     const float middle = top + height * 0.5f;
 
     const ImVec2 star(left + uiThemePx(kStarColumn), middle);
-    const HitArea area = hitAround("##header_star_sort", star, uiThemePx(kStarHit));
+    const HitArea area = hitArea("##header_star_sort", squareAround(star, uiThemePx(kStarHit)));
     if (area.clicked) sortStarredFirst = !sortStarredFirst;
     if (area.added) {
         drawStarIcon(drawList, star, uiThemePx(kStarRadius),
-                     sortStarredFirst ? kStarOn
+                     sortStarredFirst ? kAmber
                      : area.hovered   ? kHeaderStarHovered
                                       : kHeaderStar,
                      sortStarredFirst);
@@ -132,7 +148,8 @@ void LauncherApp::drawSortHeader(const TableHeader& header, const char* label, f
     const bool sorted = sortColumn == column;
     const ImU32 colour = sorted ? kSortedLabel : area.hovered ? kHoveredLabel : kLabel;
     uiThemeText(drawList, header.font, {x, header.textTop}, colour, label);
-    if (area.focused) uiThemeFocusRing(drawList, min - px(6.0f, 0.0f), max, uiThemePx(kRounding), -3.0f);
+    if (area.focused)
+        uiThemeFocusRing(drawList, min - uiThemePx({6.0f, 0.0f}), max, uiThemePx(palette::kRounding), -3.0f);
     if (!sorted) return;
     const float left = x + textWidth + uiThemePx(4.0f), reach = uiThemePx(3.0f);
     const float middle = header.top + header.height * 0.5f;
@@ -143,35 +160,43 @@ void LauncherApp::drawSortHeader(const TableHeader& header, const char* label, f
 
 void LauncherApp::drawProjectTable(const ProjectsLayout& at, const ProjectRows& rows, float top, float height) {
     RowRequest request;
-    ImGui::SetCursorScreenPos({at.contentMin.x + uiThemePx(kTableInset), top});
-    uiThemeJoinNavigation();
-    ImGui::BeginChild("##ProjectsTableList",
-                      {at.contentMax.x - at.contentMin.x - uiThemePx(2.0f * kTableInset), height}, ImGuiChildFlags_None,
-                      ImGuiWindowFlags_NoBackground);
-    ImGui::PushStyleVar(ImGuiStyleVar_ItemSpacing, ImVec2(ImGui::GetStyle().ItemSpacing.x, 0.0f)); // rows touch
+    uiThemeBeginList("##ProjectsTableList", {at.contentMin.x + uiThemePx(kTableInset), top},
+                     {at.contentMax.x - at.contentMin.x - uiThemePx(2.0f * kTableInset), height});
     ImGuiListClipper clipper;
     clipper.Begin(static_cast<int>(rows.indices.size()), uiThemePx(kRowHeight));
+    const auto toFocus = std::find(rows.indices.begin(), rows.indices.end(), rows.focusIndex);
+    if (toFocus != rows.indices.end()) clipper.IncludeItemByIndex(static_cast<int>(toFocus - rows.indices.begin()));
     while (clipper.Step()) {
         for (int position = clipper.DisplayStart; position < clipper.DisplayEnd; ++position) {
             drawProjectRow(rows, static_cast<std::size_t>(position), request);
         }
     }
-    ImGui::PopStyleVar();
-    ImGui::EndChild();
+    uiThemeEndList();
 
+    handleRowKeys(rows, request);
     if (request.openIndex >= 0) openProjectRow(request.openIndex);
-    if (request.removeIndex >= 0) {
-        std::vector<ProjectEntry> projects = settings->projects();
-        if (static_cast<std::size_t>(request.removeIndex) >= projects.size()) return;
-        projects.erase(projects.begin() + request.removeIndex);
-        settings->setProjects(projects);
-        (void)settings->save();
+    if (request.removeIndex >= 0) removeProject(request.removeIndex);
+}
+
+void LauncherApp::handleRowKeys(const ProjectRows& rows, RowRequest& request) {
+    const auto pathOf = [&](std::int32_t index) { return settings->projects()[static_cast<std::size_t>(index)].path; };
+    if (rows.openFirst && !isProjectMissing(pathOf(rows.indices.front()))) request.openIndex = rows.indices.front();
+    if (request.focusedIndex < 0) return;
+    if (ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_C)) ImGui::SetClipboardText(pathOf(request.focusedIndex).c_str());
+    if (!ImGui::Shortcut(ImGuiKey_Delete)) return;
+    request.removeIndex = request.focusedIndex;
+    // The ring moves to the row below, or to the one above the last row.
+    auto row = std::find(rows.indices.begin(), rows.indices.end(), request.focusedIndex);
+    if (row + 1 != rows.indices.end()) {
+        projectToFocus = pathOf(row[1]);
+    } else if (row != rows.indices.begin()) {
+        projectToFocus = pathOf(row[-1]);
     }
 }
 
 void LauncherApp::drawProjectRow(const ProjectRows& rows, std::size_t position, RowRequest& request) {
     const std::int32_t index = rows.indices[position];
-    // Changes to the list wait for the last row, so the index holds and this reference does too; only the star flips a
+    // The index and this reference stay valid: the list changes only after the last row, except that the star flips a
     // field in place.
     const ProjectEntry& entry = settings->projects()[static_cast<std::size_t>(index)];
     const ImVec2 min = ImGui::GetCursorScreenPos();
@@ -179,10 +204,15 @@ void LauncherApp::drawProjectRow(const ProjectRows& rows, std::size_t position, 
     const ImVec2 size(width, uiThemePx(kRowHeight));
     const ImVec2 max = min + size;
 
-    ImGui::PushID(index); // a row keeps its identifiers when sorting moves it
+    ImGui::PushID(index); // so that sorting does not change a row's identifiers
     const ImGuiID rowId = ImGui::GetID("##project_row");
     ImGui::ItemSize(size);
-    if (!ImGui::ItemAdd(ImRect(min, max), rowId)) {
+    const bool visible = ImGui::ItemAdd(ImRect(min, max), rowId);
+    if (index == rows.focusIndex) {
+        ImGui::FocusItem(); // also scrolls to the row
+        ImGui::SetNavCursorVisible(true);
+    }
+    if (!visible) {
         ImGui::PopID();
         return;
     }
@@ -191,25 +221,18 @@ void LauncherApp::drawProjectRow(const ProjectRows& rows, std::size_t position, 
     const ImVec2 mouse = ImGui::GetIO().MousePos;
     const ImVec2 starCentre(min.x + uiThemePx(kStarColumn), middle);
     const ImVec2 dotsCentre(max.x - uiThemePx(kDotsFromRight), middle);
-    const bool onControls =
-        contains(starCentre, uiThemePx(kStarHit), mouse) || contains(dotsCentre, uiThemePx(kDotsHit), mouse);
-    ImGui::PushItemFlag(ImGuiItemFlags_NoTabStop, true); // Tab goes from row to row, the arrows go inside one
-    const HitArea star = hitAround("##star_toggle", starCentre, uiThemePx(kStarHit));
-    const HitArea dots = hitAround("##dots_menu", dotsCentre, uiThemePx(kDotsHit));
+    const ImRect starRect = squareAround(starCentre, uiThemePx(kStarHit));
+    const ImRect dotsRect = squareAround(dotsCentre, uiThemePx(kDotsHit));
+    const bool onControls = starRect.Contains(mouse) || dotsRect.Contains(mouse);
+    ImGui::PushItemFlag(ImGuiItemFlags_NoTabStop, true); // Tab moves between rows, the arrow keys inside a row
+    const HitArea star = hitArea("##star_toggle", starRect);
+    const HitArea dots = hitArea("##dots_menu", dotsRect);
     ImGui::PopItemFlag();
-    HitArea row; // a click on the star must not open the project
-    row.focused = uiThemeFocusShows(rowId);
-    if ((!onControls && !star.held && !dots.held) || row.focused) {
-        row.clicked = ImGui::ButtonBehavior(ImRect(min, max), rowId, &row.hovered, &row.held);
-    } else {
-        row.hovered =
-            ImGui::IsWindowHovered(ImGuiHoveredFlags_AllowWhenBlockedByActiveItem) && ImRect(min, max).Contains(mouse);
-    }
-    ImGui::KeepAliveID(rowId);
+    const HitArea row = rowArea(rowId, ImRect(min, max), !onControls && !star.held && !dots.held);
 
     ImDrawList* drawList = ImGui::GetWindowDrawList();
     if (row.hovered || star.hovered || dots.hovered || row.held) {
-        drawList->AddRectFilled(min, max, kRowHovered, uiThemePx(kRounding));
+        drawList->AddRectFilled(min, max, kRowHovered, uiThemePx(palette::kRounding));
     }
     const float inset = uiThemePx(kRowRuleInset);
     drawList->AddLine({min.x + inset, max.y}, {max.x - inset, max.y}, kRowRule, 1.0f);
@@ -219,7 +242,7 @@ void LauncherApp::drawProjectRow(const ProjectRows& rows, std::size_t position, 
         (void)settings->save();
     }
     drawStarIcon(drawList, starCentre, uiThemePx(kStarRadius),
-                 entry.favorite ? kStarOn
+                 entry.favorite ? kAmber
                  : star.hovered ? kStarOffHovered
                                 : kStarOff,
                  entry.favorite);
@@ -230,14 +253,17 @@ void LauncherApp::drawProjectRow(const ProjectRows& rows, std::size_t position, 
                                   dots.hovered ? kDotsHovered : kDots);
     }
 
-    if (row.focused) uiThemeFocusRing(drawList, min, max, uiThemePx(kRounding), -2.0f);
-    if (star.focused) ringAround(drawList, starCentre, kStarHit);
-    if (dots.focused) ringAround(drawList, dotsCentre, kDotsHit);
-
-    const bool menuKey = (row.focused || star.focused || dots.focused) && uiThemeMenuKeyPressed();
-    if (menuKey || dots.clicked || (row.hovered && ImGui::IsMouseClicked(ImGuiMouseButton_Right))) {
+    const bool focused = row.focused || star.focused || dots.focused;
+    if (focused) request.focusedIndex = index;
+    if ((focused && uiThemeMenuKeyPressed()) || dots.clicked ||
+        (row.hovered && ImGui::IsMouseClicked(ImGuiMouseButton_Right))) {
         ImGui::OpenPopup(kContextMenu);
     }
+    if (row.focused || ImGui::IsPopupOpen(kContextMenu)) {
+        uiThemeFocusRing(drawList, min, max, uiThemePx(palette::kRounding), -2.0f);
+    }
+    if (star.focused) ringAround(drawList, starCentre, kStarHit);
+    if (dots.focused) ringAround(drawList, dotsCentre, kDotsHit);
     if (row.clicked && exists) request.openIndex = index;
     drawProjectMenu(index, exists, request);
     ImGui::PopID();
@@ -248,13 +274,17 @@ void LauncherApp::drawRowTexts(const ProjectRows& rows, const ProjectEntry& entr
     ImDrawList* drawList = ImGui::GetWindowDrawList();
     const float width = max.x - min.x;
     const float platformX = min.x + kPlatformColumn * width, textX = min.x + uiThemePx(kNameColumn);
-    // Long names and paths end short of the next column.
-    drawList->PushClipRect({textX, min.y}, {platformX - uiThemePx(kNameClipGap), max.y}, true);
-    uiThemeText(drawList, uiThemeFont(14.0f), {textX, min.y + uiThemePx(kNameTop)}, exists ? kName : kMissingName,
-                entry.name);
-    uiThemeText(drawList, uiThemeFont(11.5f), {textX, min.y + uiThemePx(kPathTop)}, exists ? kPath : kMissingPath,
-                exists ? entry.path : entry.path + " - missing");
+    const std::string path = exists ? entry.path : entry.path + " - missing";
+    // Long names and paths are cut before the next column. A tooltip shows them in full.
+    const ImRect texts(textX, min.y, platformX - uiThemePx(kNameClipGap), max.y);
+    ImFont* nameFont = uiThemeFont(14.0f);
+    ImFont* pathFont = uiThemeFont(11.5f);
+    drawList->PushClipRect(texts.Min, texts.Max, true);
+    uiThemeText(drawList, nameFont, {textX, min.y + uiThemePx(kNameTop)}, exists ? kName : kMissingName, entry.name);
+    uiThemeText(drawList, pathFont, {textX, min.y + uiThemePx(kPathTop)}, exists ? kPath : kMissingPath, path);
     drawList->PopClipRect();
+    const float widest = std::max(uiThemeTextSize(nameFont, entry.name).x, uiThemeTextSize(pathFont, path).x);
+    if (widest > texts.GetWidth()) uiThemeTooltip(ImGui::GetID("##project_row"), texts, entry.name + "\n" + path);
 
     ImFont* font = uiThemeFont(12.5f);
     const float top = (min.y + max.y - uiThemeFontSize(font)) * 0.5f;
@@ -292,11 +322,11 @@ void LauncherApp::drawEmptyProjects(const ProjectsLayout& at, float top, float h
         drawCentred(drawList, 17.0f, centreX, titleTop, kEmptyTitle, "No projects");
         drawCentred(drawList, 13.0f, centreX, bodyTop, kEmptyBody,
                     "Create a new project or select your projects folder to get started.");
-        const ImVec2 importSize = px(148.0f, 34.0f), newSize = px(130.0f, 34.0f);
+        const ImVec2 importSize = uiThemePx({148.0f, 34.0f}), newSize = uiThemePx({130.0f, 34.0f});
         const float gap = uiThemePx(12.0f);
         const ImVec2 importAt(centreX - (importSize.x + gap + newSize.x) * 0.5f, buttonsTop);
         if (drawSecondaryButton("Import projects", importAt, importSize, 13.0f)) addProjectFromDisk();
-        drawFolderIcon(drawList, importAt + px(14.0f, 10.0f), uiThemePx(14.0f), kImportIcon);
+        drawFolderIcon(drawList, importAt + uiThemePx({14.0f, 10.0f}), uiThemePx(14.0f), kImportIcon);
         if (drawPrimaryButton(kNewProjectLabel, {importAt.x + importSize.x + gap, buttonsTop}, newSize, 13.5f)) {
             beginNewProject();
         }
@@ -304,7 +334,7 @@ void LauncherApp::drawEmptyProjects(const ProjectsLayout& at, float top, float h
         drawCentred(drawList, 17.0f, centreX, titleTop, kEmptyTitle, "No matching projects");
         drawCentred(drawList, 13.0f, centreX, bodyTop, kEmptyBody,
                     "No project matches your search criteria. Try a different search.");
-        const ImVec2 size = px(120.0f, 34.0f);
+        const ImVec2 size = uiThemePx({120.0f, 34.0f});
         if (drawSecondaryButton("Clear search", {centreX - size.x * 0.5f, buttonsTop}, size, 13.0f)) {
             searchText[0] = '\0';
         }

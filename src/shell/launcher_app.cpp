@@ -8,7 +8,7 @@
 LauncherApp::LauncherApp()
     : config(std::make_unique<LauncherConfig>(loadLauncherConfig()))
     , settings(std::make_unique<LauncherSettings>()) {
-    (void)settings->load(); // a first run has nothing to load
+    (void)settings->load(); // fails on a first run, which has no settings yet
     if (!config->configured) return;
 
     signIn = std::make_unique<SignInFlow>(config->googleClientId, config->googleClientSecret, settings.get());
@@ -18,11 +18,11 @@ LauncherApp::LauncherApp()
     restoreStoredSession();
 }
 
-// The subsystems go with their pointers, in the reverse order of their declaration: the installer first, which cancels
-// and joins its worker, then the sign-in, then what both borrow.
+// The members are destroyed in the reverse order of their declaration: `install` first, which cancels and joins its
+// worker, then `signIn`, then the settings that both borrow.
 LauncherApp::~LauncherApp() {
     if (backgroundTexture == nullptr) return;
-    // The host has gone first and has taken the context with it, unless a test keeps one.
+    // The host has already destroyed the context, except in tests.
     if (ImGui::GetCurrentContext() != nullptr) ImGui::UnregisterUserTexture(backgroundTexture);
     backgroundTexture->DestroyPixels();
     IM_DELETE(backgroundTexture);
@@ -35,11 +35,7 @@ void LauncherApp::restoreStoredSession() {
 }
 
 void LauncherApp::drawFrame(float /*deltaSeconds*/) {
-    if (signIn) signIn->pollSignIn();
-    if (install) {
-        install->joinIfFinished();
-        servicePendingOpen();
-    }
+    collectResults();
     if (signIn && !sessionRestoreStarted && signIn->state == SignInState::SignedOut) restoreStoredSession();
 
     const ImGuiViewport* viewport = ImGui::GetMainViewport();
@@ -61,7 +57,7 @@ void LauncherApp::drawFrame(float /*deltaSeconds*/) {
     ImDrawList* drawList = ImGui::GetWindowDrawList();
     const ImVec2 min = ImGui::GetWindowPos();
     const ImVec2 max = min + ImGui::GetWindowSize();
-    // The shell's panels round their own bottom right corner.
+    // The content area of the shell rounds the bottom right corner itself.
     drawList->AddRectFilled(min, max, uiThemeBackground(), uiThemeWindowRounding(),
                             signedInShell ? ImDrawFlags_RoundCornersBottomLeft : ImDrawFlags_RoundCornersBottom);
 
@@ -78,12 +74,33 @@ void LauncherApp::drawFrame(float /*deltaSeconds*/) {
     ImGui::End();
 }
 
+// Takes over what the workers have finished.
+void LauncherApp::collectResults() {
+    if (signIn) {
+        const bool signingIn = signIn->state == SignInState::SigningIn;
+        signIn->pollSignIn();
+        if (signingIn && signIn->state != SignInState::SigningIn) attentionWanted = true;
+    }
+    if (install) {
+        install->joinIfFinished();
+        const bool projectWaits = !pendingOpenProjectPath.empty();
+        servicePendingOpen();
+        if (projectWaits && pendingOpenProjectPath.empty()) attentionWanted = true;
+    }
+}
+
+float LauncherApp::downloadProgress() const {
+    if (!install || install->status() != EditorInstallStatus::Downloading || install->totalBytes() <= 0) return -1.0f;
+    return static_cast<float>(install->downloadedBytes()) / static_cast<float>(install->totalBytes());
+}
+
 void LauncherApp::drawSignedInShell() {
     if (!updateCheckStarted) {
         updateCheckStarted = true;
         if (install) install->startUpdate();
     }
-    drawSidebar(); // first: a click shows the new tab in the same frame
+    handleShellKeys();
+    drawSidebar(); // before the screen, so that a click shows the new tab in the same frame
     switch (activeTab) {
     case LauncherTab::Projects:
         drawProjectsScreen();
@@ -95,4 +112,15 @@ void LauncherApp::drawSignedInShell() {
         drawDownloadsScreen();
         break;
     }
+}
+
+// ImGui::Shortcut leaves a key to a text field that uses it, and to an open popup.
+void LauncherApp::handleShellKeys() {
+    if (ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_N)) {
+        activeTab = LauncherTab::Projects; // where the new project appears
+        beginNewProject();
+    }
+    if (ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_1)) activeTab = LauncherTab::Projects;
+    if (ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_2)) activeTab = LauncherTab::Installs;
+    if (activeTab == LauncherTab::Projects && ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_Z)) restoreRemovedProject();
 }

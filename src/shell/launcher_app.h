@@ -1,18 +1,20 @@
 #pragma once
 
-// The one application object: owns the four long-lived subsystems, holds the state that the screens share, and decides
-// every frame what is drawn. Main thread only. Built before any window exists and destroyed after the last one is gone.
+// The one application object. It owns the four long-lived subsystems, holds the state that the screens share, and
+// chooses every frame which screen is drawn. Main thread only. It is built before the window and destroyed after it.
 
-#include <cstddef>
 #include <cstdint>
 #include <future>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "config/launcher_config.h"
 #include "config/launcher_settings.h"
 #include "install/editor_install_state.h"
+#include "projects/project_entry.h"
+#include "shell/text_field.h"
 #include "signin/picture_file.h"
 #include "signin/sign_in_flow.h"
 
@@ -22,46 +24,43 @@ struct ImVec2;
 enum class LauncherTab : std::int32_t { Projects = 0, Installs = 1, Downloads = 2 };
 enum class ProjectSortColumn : std::int32_t { LastOpened = 0, Name = 1, Platform = 2, EditorVersion = 3 };
 
-// Copies a text into one of the fixed buffers that text fields edit, cut to fit.
-template<std::size_t size>
-void copyToBuffer(const std::string& text, char (&buffer)[size]) {
-    buffer[text.copy(buffer, size - 1)] = '\0';
-}
-
 class LauncherApp {
   public:
-    LauncherApp(); // reads configuration and settings; may begin to restore a stored session
+    LauncherApp(); // reads configuration and settings; may start to restore a stored session
     ~LauncherApp();
     LauncherApp(const LauncherApp&) = delete;
     LauncherApp& operator=(const LauncherApp&) = delete;
 
     void drawFrame(float deltaSeconds);
 
-    // Projects: what the buttons and rows do. An index counts in the stored list.
+    // The actions of the Projects screen. An index is a position in the stored list.
     void beginNewProject();
     void createProject();
     void addProjectFromDisk();
     void openProjectRow(std::int32_t index);
     [[nodiscard]] bool openProjectPath(const std::string& path, std::string& errorText);
     void servicePendingOpen();
+    void removeProject(std::int32_t index);
+    void restoreRemovedProject(); // the one that was removed last in this run, unless its path is listed again
 
-    // The subsystems. `signIn` and `install` exist only with a usable configuration.
+    // The subsystems. Without a usable configuration `signIn` and `install` are null.
     std::unique_ptr<LauncherConfig> config;
     std::unique_ptr<LauncherSettings> settings;
     std::unique_ptr<SignInFlow> signIn;
     std::unique_ptr<EditorInstallState> install;
 
     LauncherTab activeTab = LauncherTab::Projects;
-    bool updateCheckStarted = false;    // in this signed-in stretch; the sidebar's Sign out clears it
-    bool sessionRestoreStarted = false; // never cleared: one attempt per run
+    bool updateCheckStarted = false;    // once per sign-in; "Sign out" clears it
+    bool sessionRestoreStarted = false; // never cleared: at most one attempt per run
 
     // The Projects screen.
     char searchText[128] = {};
     bool sortStarredFirst = false;
     ProjectSortColumn sortColumn = ProjectSortColumn::LastOpened;
     bool sortAscending = true;
+    std::string projectToFocus; // path of the row that gets the keyboard focus when it is drawn next; empty: none
 
-    // The popups. A request is a one-frame flag that the dialog step of the frame consumes.
+    // The popups. A request flag is set anywhere in a frame; drawProjectDialogs opens the popup and clears the flag.
     bool createProjectRequested = false;
     char newProjectName[160] = {};
     char newProjectLocation[1024] = {};
@@ -69,14 +68,19 @@ class LauncherApp {
     bool openErrorRequested = false;
     std::string openErrorMessage;
 
-    std::string pendingOpenProjectPath; // opened when the running install ends; empty: none waits
-    std::string noticeText;             // the band of the Projects screen
+    std::string pendingOpenProjectPath; // opened when the running install ends; empty: none
+    std::string noticeText;             // the notice on the Projects screen; empty: none
     std::int64_t lastEditorLaunchTime = 0;
 
+    bool attentionWanted = false; // a sign-in, or an install that a project waits for, has ended; main clears it
+    [[nodiscard]] float downloadProgress() const; // from 0 to 1; negative while no download runs
+
   private:
+    void collectResults();
     void drawNotConfiguredScreen();
     void drawSignInScreen();
     void drawSignedInShell();
+    void handleShellKeys();
     void drawSidebar();
     void drawProjectsScreen();
     void drawInstallsScreen();
@@ -87,12 +91,16 @@ class LauncherApp {
     void drawCreateProjectPopup();
     void drawOpenErrorPopup();
 
-    // The Projects screen's pieces; the records are its source's own.
+    // The parts of the Projects screen. projects_screen.h defines the records.
     struct ProjectsLayout;
     struct TableHeader;
     struct ProjectRows;
     struct RowRequest;
-    void drawSearchBox(const ProjectsLayout& at);
+    enum class SearchKey { None, Enter, Down };
+    SearchKey drawSearchBox(const ProjectsLayout& at);
+    bool startSearchByTyping();
+    std::int32_t takeProjectToFocus();
+    void handleRowKeys(const ProjectRows& rows, RowRequest& request);
     void drawTableHeader(const ProjectsLayout& at, float top, float height);
     void drawSortHeader(const TableHeader& header, const char* label, float x, ProjectSortColumn column);
     void drawProjectTable(const ProjectsLayout& at, const ProjectRows& rows, float top, float height);
@@ -108,7 +116,10 @@ class LauncherApp {
     bool refuseWhileEditorRuns(std::int64_t now);
     void keepAfterOpening(std::vector<ProjectEntry> projects);
 
+    std::optional<ProjectEntry> removedProject; // for Ctrl+Z
+    bool searchStartedByTyping = false;         // until the search field is active
+
     ImTextureData* backgroundTexture = nullptr; // the sign-in screen's picture
     bool backgroundLoadTried = false;
-    std::future<DecodedPicture> decodingBackground; // invalid: not begun, or taken
+    std::future<DecodedPicture> decodingBackground; // invalid before decoding starts and after the result was taken
 };

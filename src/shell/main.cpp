@@ -1,10 +1,11 @@
-// Program entry: the single-instance guard, the application object, the window, the frame loop, and a tear-down in a
-// fixed order. No arguments are read.
+// Program entry: the single-instance guard, the application object, the window, the frame loop, and a tear-down in
+// fixed order. Arguments are ignored.
 
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "shell/launcher_app.h"
@@ -19,7 +20,7 @@
 
 namespace {
 
-// The first candidate that is a regular file, as UTF-8; empty when none is.
+// The first candidate that is a regular file, as UTF-8, or an empty text.
 std::string findFont(const std::vector<std::filesystem::path>& candidates) {
     for (const std::filesystem::path& candidate : candidates) {
         std::error_code ignored;
@@ -38,7 +39,7 @@ int run() {
         return 0;
     }
 
-    LauncherApp app; // outlives the window: its workers are joined last
+    LauncherApp app; // destroyed after the window; joins the workers
 
     UiHostDesc desc;
     desc.title = "VOLO Launcher";
@@ -47,12 +48,12 @@ int run() {
     desc.minWidth = 900;
     desc.minHeight = 560;
 
-    const std::filesystem::path besideLauncher = launcherDirectory();
+    const std::filesystem::path launcherFolder = launcherDirectory();
     const std::filesystem::path engineFont = "engine/ui/misc/fonts/Roboto-Medium.ttf";
     std::error_code ignored;
     const std::vector<std::filesystem::path> fontCandidates = {
-        besideLauncher / "Roboto-Medium.ttf",
-        besideLauncher / engineFont,
+        launcherFolder / "Roboto-Medium.ttf",
+        launcherFolder / engineFont,
         std::filesystem::current_path(ignored) / engineFont,
     };
     const std::string fontPath = findFont(fontCandidates);
@@ -68,12 +69,14 @@ int run() {
     }
 
     uiThemeInitialize(host.integration);
-    setDialogHook([&host](std::int64_t dialog) { host.serve(dialog); });
+    setDialogHook([&host](std::int64_t dialog) { host.repaintBehindDialog(dialog); });
     while (host.beginFrame()) {
         uiThemeSetScale(host.dpiScale());
         uiThemeTick(host.deltaSeconds);
         uiThemeApplyStyle();
         app.drawFrame(host.deltaSeconds);
+        if (std::exchange(app.attentionWanted, false)) host.requestAttention();
+        host.setProgress(app.downloadProgress());
         float clearColour[4];
         uiThemeBackgroundFloat(clearColour);
         if (!host.presentFrame(clearColour)) break;
@@ -81,7 +84,7 @@ int run() {
 
     setDialogHook(nullptr);
     host.shutdown();
-    guard.release(); // a new instance need not wait for the workers of this one
+    guard.release(); // before the workers are joined, so that a new instance can start at once
     return 0;
 }
 

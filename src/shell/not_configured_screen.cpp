@@ -1,4 +1,4 @@
-// What a launcher without a usable configuration shows: one card that says what is missing. It takes no input.
+// The screen of a launcher without a usable configuration: one card that tells what is missing. It takes no input.
 
 #include <imgui_internal.h>
 
@@ -8,7 +8,7 @@
 namespace {
 
 constexpr ImVec2 kCardSize = {520.0f, 240.0f};
-constexpr float kRounding = 12.0f;
+constexpr float kCardRounding = 12.0f;
 constexpr float kInset = 28.0f;
 constexpr float kTitleTop = 24.0f;
 constexpr float kBodyTop = 64.0f;
@@ -20,14 +20,14 @@ constexpr float kLineGap = 4.0f;
 
 void LauncherApp::drawNotConfiguredScreen() {
     ImDrawList* drawList = ImGui::GetWindowDrawList();
-    const ImVec2 size(uiThemePx(kCardSize.x), uiThemePx(kCardSize.y));
+    const ImVec2 size = uiThemePx(kCardSize);
     const ImVec2 min = uiThemeWholePixels(ImGui::GetWindowPos() + (ImGui::GetWindowSize() - size) * 0.5f);
     const ImVec2 max = min + size;
     const float left = min.x + uiThemePx(kInset);
     const float wrapWidth = uiThemePx(kCardSize.x - 2.0f * kInset);
 
-    uiThemeRoundedPanel(drawList, min, max, uiThemeCard(), uiThemePx(kRounding));
-    uiThemeBorder(drawList, min, max, uiThemePx(kRounding), 1.0f, uiThemeBorder());
+    uiThemeRoundedPanel(drawList, min, max, uiThemeCard(), uiThemePx(kCardRounding));
+    uiThemeBorder(drawList, min, max, uiThemePx(kCardRounding), 1.0f, uiThemeBorder());
     uiThemeTextTracked(drawList, uiThemeFont(20.0f), {left, min.y + uiThemePx(kTitleTop)}, uiThemeForeground(),
                        "Launcher not configured", kTitleTracking);
     uiThemeTextWrapped(drawList, uiThemeFont(14.0f), {left, min.y + uiThemePx(kBodyTop)}, uiThemeMutedForeground(),

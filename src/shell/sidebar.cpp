@@ -7,21 +7,22 @@
 #include "shell/user_initials.h"
 #include "shell/widgets.h"
 #include "ui/ui_keyboard.h"
+#include "ui/ui_palette.h"
 #include "ui/ui_theme.h"
 
 namespace {
 
 constexpr ImU32 kActiveRowFill = 0xFF2C2A2A;
 constexpr ImU32 kHoveredRowFill = 0xFF201E1E;
-constexpr ImU32 kActiveRow = 0xFFFFFFFF;
-constexpr ImU32 kInactiveRowIcon = 0xFFA0A0A0;
-constexpr ImU32 kInactiveRowLabel = 0xFFB4B4B4;
+constexpr ImU32 kActiveRow = IM_COL32_WHITE;
+constexpr ImU32 kInactiveRowIcon = palette::kGrey63;
+constexpr ImU32 kInactiveRowLabel = palette::kGrey71;
 constexpr ImU32 kCardFill = 0xFF1C1A1A;
 constexpr ImU32 kCardLines = 0xFF282626;
 constexpr ImU32 kAvatarDisc = 0xFF88940D;
-constexpr ImU32 kAvatarInitials = 0xFFFFFFFF;
-constexpr ImU32 kUserName = 0xFFF0F0F0;
-constexpr ImU32 kUserEmail = 0xFF969696;
+constexpr ImU32 kAvatarInitials = IM_COL32_WHITE;
+constexpr ImU32 kUserName = palette::kGrey94;
+constexpr ImU32 kUserEmail = palette::kGrey59;
 
 constexpr float kMargin = 12.0f;
 constexpr float kFirstRowTop = 16.0f;
@@ -30,7 +31,6 @@ constexpr float kRowPitch = 42.0f;
 constexpr float kRowIconInset = 10.0f;
 constexpr float kRowIconSize = 16.0f;
 constexpr float kRowLabelInset = 36.0f;
-constexpr float kRounding = 6.0f;
 
 constexpr float kCardHeight = 96.0f;
 constexpr ImVec2 kAvatarCentre = {22.0f, 24.0f};
@@ -55,23 +55,22 @@ constexpr NavigationRow kRows[] = {
 };
 
 void drawNavigationRow(const NavigationRow& row, ImVec2 min, ImVec2 max, LauncherTab& activeTab) {
-    const bool active = activeTab == row.tab; // before the click: a clicked row shows as active from the next frame on
+    const bool active = activeTab == row.tab; // read before the click, which shows from the next frame on
     const HitArea area = hitArea(ImGui::GetID(row.label), min, max);
     if (!area.added) return;
     if (area.clicked) activeTab = row.tab;
 
     ImDrawList* drawList = ImGui::GetWindowDrawList();
-    const float rounding = uiThemePx(kRounding);
+    const float rounding = uiThemePx(palette::kRounding);
     if (active) {
         drawList->AddRectFilled(min, max, kActiveRowFill, rounding);
     } else if (area.hovered) {
         drawList->AddRectFilled(min, max, kHoveredRowFill, rounding);
     }
-    row.drawIcon(drawList, min + ImVec2(uiThemePx(kRowIconInset), uiThemePx(kRowIconInset)), uiThemePx(kRowIconSize),
+    row.drawIcon(drawList, min + uiThemePx({kRowIconInset, kRowIconInset}), uiThemePx(kRowIconSize),
                  active ? kActiveRow : kInactiveRowIcon);
     ImFont* font = uiThemeFont(13.5f);
-    uiThemeText(drawList, font,
-                {min.x + uiThemePx(kRowLabelInset), min.y + (max.y - min.y - uiThemeFontSize(font)) * 0.5f},
+    uiThemeText(drawList, font, {min.x + uiThemePx(kRowLabelInset), uiThemeTextTop(font, min.y, max.y)},
                 active ? kActiveRow : kInactiveRowLabel, row.label);
     if (area.focused) uiThemeFocusRing(drawList, min, max, rounding);
 }
@@ -83,12 +82,12 @@ void drawAvatar(ImDrawList* drawList, ImVec2 centre, const std::string& displayN
     uiThemeText(drawList, font, centre - uiThemeTextSize(font, initials) * 0.5f, kAvatarInitials, initials);
 }
 
-// True when the user pressed "Sign out".
+// True if the user pressed "Sign out".
 bool drawUserCard(ImVec2 min, ImVec2 max, const std::string& displayName, const std::string& email) {
     ImDrawList* drawList = ImGui::GetWindowDrawList();
-    const auto at = [min](ImVec2 offset) { return min + ImVec2(uiThemePx(offset.x), uiThemePx(offset.y)); };
-    drawList->AddRectFilled(min, max, kCardFill, uiThemePx(kRounding));
-    drawList->AddRect(min, max, kCardLines, uiThemePx(kRounding), 0, 1.0f);
+    const auto at = [min](ImVec2 offset) { return min + uiThemePx(offset); };
+    drawList->AddRectFilled(min, max, kCardFill, uiThemePx(palette::kRounding));
+    drawList->AddRect(min, max, kCardLines, uiThemePx(palette::kRounding), 0, 1.0f);
     drawAvatar(drawList, at(kAvatarCentre), displayName);
 
     const float dividerY = min.y + uiThemePx(kDividerTop);

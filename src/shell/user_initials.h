@@ -2,6 +2,6 @@
 
 #include <string>
 
-// The letters in the avatar disc: the first byte of each of the first two words, in capitals; "?" when there is no
-// word. Only a space separates words.
-std::string userInitials(const std::string& name);
+// The letters in the avatar: the first byte of each of the first two words, in upper case, or "?" if there is no word.
+// Only a space separates words.
+[[nodiscard]] std::string userInitials(const std::string& name);

@@ -5,20 +5,23 @@
 
 #include <imgui_internal.h>
 
+#include "shell/shell_layout.h"
 #include "ui/ui_keyboard.h"
+#include "ui/ui_palette.h"
 #include "ui/ui_theme.h"
 
 namespace {
 
-constexpr float kButtonRounding = 6.0f;
+constexpr float kTitleDrop = 2.0f; // below the top of the content
 
 struct ButtonLook {
     ImU32 normal, hovered, held;
     ImU32 outline; // 0: none
     ImU32 text;
 };
-constexpr ButtonLook kPrimary = {0xFFFD6E0D, 0xFFD75E0B, 0xFFCA580A, 0, 0xFFFFFFFF};
-constexpr ButtonLook kSecondary = {0xFF202020, 0xFF2A2A2A, 0xFF303030, 0xFF3C3C3C, 0xFFDCDCDC};
+constexpr ButtonLook kPrimary = {palette::kPrimary, palette::kPrimaryHovered, palette::kPrimaryHeld, 0,
+                                 palette::kOnPrimary};
+constexpr ButtonLook kSecondary = {0xFF202020, 0xFF2A2A2A, 0xFF303030, 0xFF3C3C3C, palette::kGrey86};
 
 bool drawButton(const char* label, ImVec2 position, ImVec2 size, float fontSize, const ButtonLook& look) {
     ImGuiWindow* window = ImGui::GetCurrentWindow();
@@ -28,7 +31,7 @@ bool drawButton(const char* label, ImVec2 position, ImVec2 size, float fontSize,
     if (!area.added) return false;
 
     ImDrawList* drawList = window->DrawList;
-    const float rounding = uiThemePx(kButtonRounding);
+    const float rounding = uiThemePx(palette::kRounding);
     const ImVec2 drawnMin = uiThemeWholePixels(position), drawnMax = uiThemeWholePixels(max);
     uiThemeRoundedPanel(drawList, drawnMin, drawnMax,
                         area.held      ? look.held
@@ -38,14 +41,14 @@ bool drawButton(const char* label, ImVec2 position, ImVec2 size, float fontSize,
     if (look.outline != 0) uiThemeBorder(drawList, drawnMin, drawnMax, rounding, 1.0f, look.outline);
 
     ImFont* font = uiThemeFont(fontSize);
-    const ImVec2 textSize = uiThemeTextSize(font, label);
-    uiThemeText(drawList, font, position + (size - textSize) * 0.5f, look.text, label);
+    const float left = position.x + (size.x - uiThemeTextSize(font, label).x) * 0.5f;
+    uiThemeText(drawList, font, {left, uiThemeTextTop(font, position.y, max.y)}, look.text, label);
     if (area.focused) uiThemeFocusRing(drawList, drawnMin, drawnMax, rounding);
     return area.clicked;
 }
 
-// The corners of a five-pointed star on a circle of radius 1, clockwise from straight up; every second one is an inner
-// corner at 0.4 of the radius.
+// The corners of a five-pointed star of radius 1, clockwise from the top. Every second corner is an inner one at 0.4 of
+// the radius.
 constexpr ImVec2 kStar[10] = {
     {0.0f, -1.0f}, {0.235114f, -0.323607f}, {0.951057f, -0.309017f}, {0.380423f, 0.123607f},   {0.587785f, 0.809017f},
     {0.0f, 0.4f},  {-0.587785f, 0.809017f}, {-0.380423f, 0.123607f}, {-0.951057f, -0.309017f}, {-0.235114f, -0.323607f},
@@ -64,6 +67,17 @@ HitArea hitArea(ImGuiID id, ImVec2 min, ImVec2 max) {
     return area;
 }
 
+ImVec2 drawContentArea(const char* title) {
+    ImDrawList* drawList = ImGui::GetWindowDrawList();
+    const ImVec2 min = ImGui::GetWindowPos() + uiThemePx({kSidebarWidth, 0.0f});
+    drawList->AddRectFilled(min, ImGui::GetWindowPos() + ImGui::GetWindowSize(), palette::kContent,
+                            uiThemeWindowRounding(), ImDrawFlags_RoundCornersBottomRight);
+    uiThemeText(drawList, uiThemeFont(22.0f),
+                min + ImVec2(uiThemePx(kContentInset), uiThemePx(kContentTop) + uiThemePx(kTitleDrop)),
+                palette::kForeground, title);
+    return min;
+}
+
 bool drawPrimaryButton(const char* label, ImVec2 position, ImVec2 size, float fontSize) {
     return drawButton(label, position, size, fontSize, kPrimary);
 }
@@ -77,7 +91,7 @@ void drawProgressBar(ImDrawList* drawList, ImVec2 min, ImVec2 max, float fractio
     const float radius = size.y * 0.5f;
     uiThemeRoundedPanel(drawList, min, max, uiThemeBorderStrong(), radius);
     if (!(fraction > 0.001f)) return;
-    // Never narrower than high, so a small fraction is a dot and not a sliver.
+    // At least as wide as high, so that a small fraction shows a dot and not a sliver.
     const float width = std::max(size.x * std::min(fraction, 1.0f), size.y);
     uiThemeRoundedPanel(drawList, min, ImVec2(min.x + width, max.y), uiThemeForeground(), radius);
 }
@@ -87,7 +101,7 @@ void drawStarIcon(ImDrawList* drawList, ImVec2 centre, float radius, ImU32 colou
     for (int i = 0; i < 10; ++i)
         corners[i] = centre + kStar[i] * radius;
     if (filled) {
-        // Each with smooth edges of its own, the triangles would show as facets; the outline smooths the star's.
+        // With anti-aliasing the edges between the triangles would show. The outline smooths the star's own edges.
         const ImDrawListFlags smooth =
             std::exchange(drawList->Flags, drawList->Flags & ~ImDrawListFlags_AntiAliasedFill);
         for (int i = 0; i < 10; ++i)
@@ -100,8 +114,10 @@ void drawStarIcon(ImDrawList* drawList, ImVec2 centre, float radius, ImU32 colou
 void drawFolderIcon(ImDrawList* drawList, ImVec2 topLeft, float size, ImU32 colour) {
     const float x = topLeft.x, y = topLeft.y, height = 0.75f * size;
     drawList->AddRect({x, y + 0.28f * height}, {x + size, y + height}, colour, 1.0f, 0, 1.2f);
-    const ImVec2 tab[4] = {
+    ImVec2 tab[4] = {
         {x, y + 0.28f * height}, {x, y}, {x + 0.38f * size, y}, {x + 0.38f * size + 2.0f, y + 0.28f * height}};
+    for (ImVec2& point : tab)
+        point += ImVec2(0.5f, 0.5f); // AddRect adds half a pixel to its corners, AddPolyline does not
     drawList->AddPolyline(tab, 4, colour, ImDrawFlags_None, 1.2f);
 }
 

@@ -1,4 +1,4 @@
-// The sign-in screen: a panel with the welcome text and the one control that fits the state, beside a picture.
+// The sign-in screen: a panel with the welcome text and the control that fits the state, and a picture to its right.
 
 #include <algorithm>
 #include <chrono>
@@ -25,7 +25,7 @@ constexpr float kPanelShare = 0.4f; // of the window's width
 constexpr float kMarginShare = 0.16f;
 constexpr float kMinMargin = 56.0f;
 constexpr float kMaxColumn = 320.0f;
-constexpr float kTextTopShare = 0.44f; // a little above the middle
+constexpr float kTextTopShare = 0.44f; // slightly above the middle
 constexpr float kLineGap = 4.0f;       // not scaled
 constexpr float kSubtitleGap = 16.0f;
 constexpr float kControlHeight = 44.0f;
@@ -45,7 +45,7 @@ constexpr ImU32 kPictureShade = IM_COL32(0, 0, 0, 0x28);
 constexpr ImU32 kCaption = IM_COL32(0xFA, 0xFA, 0xFA, 0xF5);
 constexpr ImU32 kSubcaption = IM_COL32(0xBE, 0xBE, 0xC3, 0xDC);
 
-constexpr std::chrono::milliseconds kPictureWait{2}; // in each frame until it is there
+constexpr std::chrono::milliseconds kPictureWait{2}; // in each frame until the picture is decoded
 
 struct Column {
     float left, width;
@@ -68,7 +68,7 @@ void drawPicture(ImDrawList* drawList, ImTextureData* picture, ImVec2 min, ImVec
                      "Made with VOLO");
 }
 
-// "Support" with an arrow, at the foot of the panel. It lights up under the pointer and leads nowhere.
+// "Support" with an arrow, at the bottom of the panel. It lights up under the pointer and has no action.
 void drawSupportLabel(ImDrawList* drawList, float panelLeft, float panelWidth, float windowBottom) {
     constexpr float kArrowThickness = 1.6f; // not scaled
     ImFont* font = uiThemeFont(16.0f);
@@ -78,8 +78,7 @@ void drawSupportLabel(ImDrawList* drawList, float panelLeft, float panelWidth, f
     const ImVec2 min(panelLeft + (panelWidth - groupWidth) * 0.5f, windowBottom - uiThemePx(kSupportAboveBottom));
     const ImVec2 grow(uiThemePx(6.0f), uiThemePx(4.0f));
     const ImVec2 hitMin = min - grow, hitMax = min + ImVec2(groupWidth, text.y) + grow;
-    const ImVec2 mouse = ImGui::GetIO().MousePos;
-    const bool hovered = mouse.x >= hitMin.x && mouse.x < hitMax.x && mouse.y >= hitMin.y && mouse.y < hitMax.y;
+    const bool hovered = ImRect(hitMin, hitMax).Contains(ImGui::GetIO().MousePos);
     if (hovered) ImGui::SetMouseCursor(ImGuiMouseCursor_Hand);
     const ImU32 colour = hovered ? uiThemeForeground() : uiThemeMutedForeground();
 
@@ -96,7 +95,7 @@ void drawSignedOutControls(ImDrawList* drawList, SignInFlow& signIn, Column colu
     if (drawPrimaryButton("Sign in", {column.left, buttonTop}, {column.width, uiThemePx(kControlHeight)}, 16.5f)) {
         signIn.startSignIn();
     }
-    if (signIn.errorMessage.empty()) return; // also the error of a start that failed just now
+    if (signIn.errorMessage.empty()) return; // including the error of a start that failed in this frame
     uiThemeTextWrapped(drawList, uiThemeFont(13.0f),
                        {column.left, buttonTop + uiThemePx(kControlHeight) + uiThemePx(kErrorGap)},
                        uiThemeDestructive(), signIn.errorMessage, column.width, kLineGap);
@@ -121,7 +120,7 @@ void drawSigningInControls(ImDrawList* drawList, SignInFlow& signIn, Column colu
 } // namespace
 
 void LauncherApp::drawSignInScreen() {
-    if (!backgroundLoadTried && ImGui::GetFrameCount() > 1) { // the first frame of all has enough to do
+    if (!backgroundLoadTried && ImGui::GetFrameCount() > 1) { // the very first frame should appear soon
         backgroundLoadTried = true;
         loadBackgroundTexture();
     }
@@ -163,8 +162,8 @@ void LauncherApp::drawSignInScreen() {
     drawSupportLabel(drawList, min.x, panelWidth, max.y);
 }
 
-// The first frame does not wait for a large picture; it comes up a few frames later, while the window is being
-// revealed. Without a thread to spare it is decoded when it is taken.
+// Decodes the picture on another thread, so that the first frames do not wait for it. If the system has no thread left,
+// takeBackgroundTexture decodes it.
 void LauncherApp::loadBackgroundTexture() {
     const std::string directory = launcherDirectory();
     if (directory.empty()) return;
@@ -175,7 +174,7 @@ void LauncherApp::loadBackgroundTexture() {
 void LauncherApp::takeBackgroundTexture() {
     if (!decodingBackground.valid() || decodingBackground.wait_for(kPictureWait) == std::future_status::timeout) return;
     const DecodedPicture picture = decodingBackground.get();
-    if (!picture.pixels) return; // the panel stays empty, and nothing is said
+    if (!picture.pixels) return; // the right side stays empty; a missing picture is not an error
     backgroundTexture = IM_NEW(ImTextureData)();
     backgroundTexture->Create(ImTextureFormat_RGBA32, picture.width, picture.height);
     std::memcpy(backgroundTexture->GetPixels(), picture.pixels.get(),

@@ -1,6 +1,5 @@
 #include "system/percent_encoding.h"
 
-#include <charconv>
 #include <string_view>
 
 std::string percentEncode(const std::string& text) {
@@ -17,17 +16,4 @@ std::string percentEncode(const std::string& text) {
         }
     }
     return encoded;
-}
-
-std::string percentDecode(const std::string& text) {
-    std::string decoded;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        unsigned byte = 0;
-        const char* digits = text.data() + i + 1;
-        const bool escape =
-            text[i] == '%' && i + 2 < text.size() && std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2;
-        decoded += escape ? static_cast<char>(byte) : text[i];
-        if (escape) i += 2;
-    }
-    return decoded;
 }

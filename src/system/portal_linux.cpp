@@ -1,6 +1,7 @@
 #include "system/portal_linux.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdint>
 #include <memory>
 #include <string_view>
@@ -8,7 +9,6 @@
 #include <systemd/sd-bus.h>
 
 #include "system/dialog_hook.h"
-#include "system/percent_encoding.h"
 #include "system/system_texts.h"
 
 namespace {
@@ -97,6 +97,20 @@ bool subscribe(sd_bus* bus, PortalAnswer& answer) {
     return sd_bus_match_signal(bus, nullptr, kService, request.c_str(), "org.freedesktop.portal.Request", "Response",
                                readResponse, &answer) >= 0 &&
            sd_bus_add_match(bus, nullptr, kServiceLeft, readServiceLeft, &answer) >= 0;
+}
+
+// Decodes every %XX.
+std::string percentDecode(const std::string& text) {
+    std::string decoded;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        unsigned byte = 0;
+        const char* digits = text.data() + i + 1;
+        const bool escape =
+            text[i] == '%' && i + 2 < text.size() && std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2;
+        decoded += escape ? static_cast<char>(byte) : text[i];
+        if (escape) i += 2;
+    }
+    return decoded;
 }
 
 std::string pathOf(const std::string& uri) {

@@ -1,25 +1,25 @@
 #include "ui/ui_fonts.h"
 
 #include <array>
-#include <bitset>
 #include <cmath>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <unordered_set>
 #include <vector>
 
 #include <imgui_internal.h>
 
-#include "ui/ui_system_fonts.h"
+#include "ui/ui_host_fonts.h"
 
 namespace {
 
 constexpr std::size_t kMaxFontFileBytes = 64u << 20;
 constexpr std::size_t kMaxSystemFonts = 16;
 
-// The share of a line that the em square takes in Roboto. System fonts are scaled by their em square, so that a
-// character of theirs stands as high as its neighbours whatever line spacing its font asks for.
+// The em square's share of the line height in Roboto. System fonts are scaled by their em square, so that their
+// characters are as high as Roboto's, whatever line height their font has.
 constexpr float kEmShare = 2048.0f / 2400.0f;
 
 struct SizedFont {
@@ -35,18 +35,18 @@ struct FallbackFace {
 struct Fonts {
     ImFontAtlas* atlas = nullptr;
     float scale = 1.0f;
-    void* file = nullptr; // belongs to the atlas, through the first font that was made of it
+    void* file = nullptr; // the atlas owns it through the first font
     int fileBytes = 0;
     std::vector<SizedFont> sized;
     std::vector<std::unique_ptr<FallbackFace>> faces;
-    std::bitset<0x10000> missing; // characters that no font has
+    std::unordered_set<ImWchar> missing; // characters that no font has
 };
 Fonts fonts;
 
 // --- glyphs on whole pixels ------------------------------------------------------------------------------------------
 
-// Dear ImGui puts the baseline on a whole pixel of the size that a glyph is baked for. Where that is not the size that
-// it is drawn in, the baseline has to be moved, or every line of the text would be blurred into the next.
+// Dear ImGui 1.92 puts the baseline on a whole pixel of the size that a glyph is baked for. If the glyph is drawn in
+// another size, the baseline falls between two pixels and the text is blurred, so it is moved to a whole pixel.
 bool loadAlignedGlyph(ImFontAtlas* atlas, ImFontConfig* config, ImFontBaked* baked, void* data, ImWchar character,
                       ImFontGlyph* glyph, float* advance) {
     const float drawn = baked->RasterizerDensity / ImGui::GetIO().DisplayFramebufferScale.y; // of the baked size
@@ -68,8 +68,8 @@ const ImFontLoader* alignedLoader() {
 
 // --- characters that the font file lacks -----------------------------------------------------------------------------
 
-// Of the stb loader's own scaling only the ratio of two sizes is left to us: with both negative it starts from the em
-// square and multiplies by their quotient.
+// The stb loader (Dear ImGui 1.92) scales a merged font by the quotient of its size and the reference font's size. If
+// both are negative, it scales the em square instead of the line height.
 bool initializeFace(FallbackFace& face) {
     ImFontConfig reference;
     reference.SizePixels = -1.0f;
@@ -87,12 +87,13 @@ bool initializeFace(FallbackFace& face) {
 }
 
 bool isWorthAsking(ImWchar character) {
-    const bool surrogateOrPrivate = character >= 0xD800 && character < 0xF900;
-    return character >= 0xA0 && !surrogateOrPrivate && character < 0xFFF0; // the last sixteen are not for display
+    const bool surrogateOrPrivate = (character >= 0xD800 && character < 0xF900) || character >= 0xF0000;
+    const bool special = (character & 0xFFFFu) >= 0xFFF0; // no characters for display
+    return character >= 0xA0 && !surrogateOrPrivate && !special;
 }
 
 ImFontConfig* faceWith(ImWchar character) {
-    if (!fonts.atlas || !isWorthAsking(character) || fonts.missing[character]) return nullptr;
+    if (!fonts.atlas || !isWorthAsking(character) || fonts.missing.contains(character)) return nullptr;
     const ImFontLoader* loader = ImFontAtlasGetFontLoaderForStbTruetype();
     for (const auto& face : fonts.faces)
         if (loader->FontSrcContainsGlyph(fonts.atlas, &face->config, character)) return &face->config;
@@ -106,7 +107,7 @@ ImFontConfig* faceWith(ImWchar character) {
             if (loader->FontSrcContainsGlyph(fonts.atlas, config, character)) return config;
         }
     }
-    fonts.missing.set(character);
+    fonts.missing.insert(character);
     return nullptr;
 }
 
@@ -159,7 +160,7 @@ ImFont* addFont(float pixels) {
         config.FontDataSize = fonts.fileBytes;
         config.FontLoader = alignedLoader();
         font = fonts.atlas->AddFont(&config);
-        // Asked not to own the bytes, the atlas would copy them for every size. It owns them once, in the first font.
+        // AddFont copies bytes that the atlas does not own. The first font owns the file; the others share its bytes.
         font->Sources[0]->FontDataOwnedByAtlas = fonts.sized.empty();
     } else {
         config.PixelSnapH = true;
@@ -175,8 +176,8 @@ ImFont* addFont(float pixels) {
 
 void resize(ImFont* font, float pixels) {
     font->LegacySize = pixels;
-    // Glyphs are baked for whole sizes. The density makes the bitmap of a size between two of them exact, so that it is
-    // not blurred by scaling.
+    // Dear ImGui bakes glyphs for whole sizes. The density compensates for the rounding, so that the bitmap is exact
+    // and not blurred by scaling.
     const float baked = ImGui::GetRoundedFontSize(pixels);
     font->CurrentRasterizerDensity = pixels / baked * ImGui::GetIO().DisplayFramebufferScale.y;
 }
@@ -193,7 +194,7 @@ void fontsInitialize(const std::string& path, float scale) {
 void fontsShutdown() {
     for (const auto& face : fonts.faces)
         ImFontAtlasGetFontLoaderForStbTruetype()->FontSrcDestroy(fonts.atlas, &face->config);
-    if (fonts.sized.empty() && fonts.file) IM_FREE(fonts.file); // no font was made that could own it
+    if (fonts.sized.empty() && fonts.file) IM_FREE(fonts.file); // no font owns it yet
     fonts = {};
 }
 
@@ -208,7 +209,7 @@ ImFont* fontAt(float nominalSize) {
     const float pixels = nominalSize * fonts.scale;
     for (const SizedFont& entry : fonts.sized)
         if (entry.nominalSize == nominalSize) {
-            resize(entry.font, pixels); // Dear ImGui resets the density whenever a font is pushed
+            resize(entry.font, pixels); // ImGui::PushFont (1.92) resets the density
             return entry.font;
         }
     ImFont* font = addFont(pixels);

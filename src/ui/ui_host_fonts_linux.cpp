@@ -1,5 +1,7 @@
-// System fonts by way of fontconfig, mapped rather than read: of a large collection only the pages of the characters
-// that are shown come into memory.
+// Finds system fonts with fontconfig. Font files are mapped and not read, so that only the pages of the characters that
+// are shown come into memory.
+
+#include "ui/ui_host_fonts.h"
 
 #include <memory>
 
@@ -9,11 +11,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "ui/ui_system_fonts.h"
-
 namespace {
 
-constexpr int kCandidates = 12; // fontconfig's order is by likeness, and the list of a full desktop is long
+constexpr int kCandidates = 12; // fontconfig sorts by similarity, and a desktop has hundreds of fonts
 
 struct MappedFont : SystemFont {
     ~MappedFont() override { ::munmap(const_cast<unsigned char*>(file.data()), file.size()); }
@@ -74,7 +74,7 @@ std::unique_ptr<SystemFont> findSystemFont(std::uint32_t character) {
             continue;
         ++tried;
         FcPatternGetInteger(fonts->fonts[i], FC_INDEX, 0, &faceIndex);
-        // The upper half of the index names an instance of a variable font, which is drawn in its default shape.
+        // The upper half of the index is the instance of a variable font. stb_truetype draws the default instance.
         if (auto font = mapFont(reinterpret_cast<const char*>(path), faceIndex & 0xFFFF)) return font;
     }
     return nullptr;

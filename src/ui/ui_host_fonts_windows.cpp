@@ -1,5 +1,7 @@
-// System fonts by way of the registry's list of installed fonts. A file is mapped when a character is first looked for
-// in it, and of a large collection only the pages of the characters that are shown come into memory.
+// Finds system fonts in the registry's list of installed fonts. Font files are mapped and not read, so that only the
+// pages of the characters that are shown come into memory.
+
+#include "ui/ui_host_fonts.h"
 
 #include <algorithm>
 #include <array>
@@ -11,8 +13,6 @@
 #include <windows.h>
 #include <shlobj.h>
 
-#include "ui/ui_system_fonts.h"
-
 #define STBTT_STATIC
 #define STB_TRUETYPE_IMPLEMENTATION
 #include <imstb_truetype.h>
@@ -23,7 +23,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// What Windows itself falls back to, the closest in looks first; then whatever else is installed.
+// The fonts that Windows itself falls back to, the most similar first. They are asked before the other installed fonts.
 constexpr std::array kPreferred = {L"segoeui.ttf",  L"arial.ttf",    L"msyh.ttc",    L"YuGothM.ttc", L"meiryo.ttc",
                                    L"malgun.ttf",   L"msjh.ttc",     L"Nirmala.ttc", L"Nirmala.ttf", L"LeelawUI.ttf",
                                    L"seguisym.ttf", L"seguihis.ttf", L"ebrima.ttf",  L"gadugi.ttf",  L"mmrtext.ttf"};
@@ -40,7 +40,7 @@ fs::path fontsFolder() {
     return folder;
 }
 
-// The values of the list name files, relative to the folder of fonts unless they say otherwise.
+// A value of the list is a file name in the folder of fonts, or an absolute path.
 void appendInstalled(HKEY root, const fs::path& folder, std::vector<fs::path>& files) {
     HKEY list = nullptr;
     if (RegOpenKeyExW(root, L"Software\\Microsoft\\Windows NT\\CurrentVersion\\Fonts", 0, KEY_READ, &list) != 0) return;
@@ -86,7 +86,7 @@ std::unique_ptr<MappedFont> mapFont(const fs::path& path) {
     if (GetFileSizeEx(file, &size) && size.QuadPart > 0) {
         if (const HANDLE mapping = CreateFileMappingW(file, nullptr, PAGE_READONLY, 0, 0, nullptr)) {
             bytes = MapViewOfFile(mapping, FILE_MAP_READ, 0, 0, 0);
-            CloseHandle(mapping); // the view keeps what it needs
+            CloseHandle(mapping); // the view keeps the mapping alive
         }
     }
     CloseHandle(file);
@@ -96,7 +96,7 @@ std::unique_ptr<MappedFont> mapFont(const fs::path& path) {
     return font;
 }
 
-// The first face of the file that has the character; -1 when none has.
+// The first face of the file that has the character, or -1.
 int faceWith(std::span<const unsigned char> file, std::uint32_t character) {
     const int faces = stbtt_GetNumberOfFonts(file.data());
     for (int face = 0; face < faces; ++face) {

@@ -1,6 +1,6 @@
 #pragma once
 
-// The window's icon in the sizes that desktops ask for. Defined in a source that the build makes of assets/icon.svg.
+// The window's icon in the sizes that desktops ask for. The build generates the source from assets/icon.svg.
 
 #include <vector>
 
@@ -9,5 +9,5 @@ struct UiIconPicture {
     const unsigned char* pixels; // red, green, blue, alpha; static
 };
 
-// None where the build had no tool to draw it.
-std::vector<UiIconPicture> uiIconPictures();
+// Empty if the build had no tool to render the icon.
+[[nodiscard]] std::vector<UiIconPicture> uiIconPictures();

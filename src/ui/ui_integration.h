@@ -1,12 +1,12 @@
 #pragma once
 
-// What a host gives to the theme layer.
+// What the host gives to the theme layer and to tests.
 
 #include <cstdint>
 #include <string>
 
 struct UiIntegration {
     std::string fontPath;          // empty: Dear ImGui's built-in font
-    std::uint64_t framesBuilt = 0; // since the start; growing cost is counted, not guessed
+    std::uint64_t framesBuilt = 0; // since the start; tests read the counters
     std::uint64_t framesPresented = 0;
 };

@@ -35,7 +35,7 @@ bool uiThemeFocusRingOfItem() {
     return true;
 }
 
-// Not an argument of BeginChild: it takes what is set ahead of it together with its own.
+// The flag is set ahead of BeginChild, which merges it with the flags of its argument.
 void uiThemeJoinNavigation() {
     ImGuiNextWindowData& next = ImGui::GetCurrentContext()->NextWindowData;
     next.HasFlags |= ImGuiNextWindowDataFlags_HasChildFlags;

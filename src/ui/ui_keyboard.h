@@ -1,31 +1,31 @@
 #pragma once
 
-// What the keyboard needs beside Dear ImGui's own navigation. Nothing in here changes what the mouse does. Main thread
-// only, inside a frame.
+// Additions to Dear ImGui's keyboard navigation. None of them changes what the mouse does. Main thread only, inside a
+// frame.
 
 #include <imgui.h>
 
-// True while the user moves by keyboard and stands on the item.
+// True if the item has the keyboard focus and the user navigates by keyboard.
 [[nodiscard]] bool uiThemeFocusShows(ImGuiID item);
 
-// The mark of where the keyboard stands, just outside of a rectangle in pixels. A negative `distance`, in units, puts
-// it inside, for what fills a region that clips.
+// Draws the focus ring around a rectangle in pixels. A negative `distance`, in units, puts the ring inside the
+// rectangle: for items that fill a clipped region.
 void uiThemeFocusRing(ImDrawList* drawList, ImVec2 min, ImVec2 max, float radius, float distance = 2.0f);
 
-// The same around the last item, for Dear ImGui's own widgets. True when it shows.
+// Draws the ring around the last item if that has the focus. True if it was drawn. For Dear ImGui's own widgets.
 bool uiThemeFocusRingOfItem();
 
-// Before ImGui::BeginChild: Tab and the arrows pass in and out of the child as if its items stood in the window around
-// it.
+// Call before ImGui::BeginChild. Tab and the arrow keys then move between the child's items and those of the window
+// around it.
 void uiThemeJoinNavigation();
 
-// After the items of the current window and of its children: when the one that the keyboard stood on is gone, Tab
-// begins with the first. It would lead nowhere, for it starts from where the keyboard stands.
+// Call after the items of the current window and of its children. If the focused item is gone, the next Tab goes to the
+// first item. Without this Tab does nothing in Dear ImGui 1.92, because it searches from the focused item.
 void uiThemeRecoverKeyboard();
 
-// The menu key, or Shift and F10.
+// The menu key, or Shift+F10.
 [[nodiscard]] bool uiThemeMenuKeyPressed();
 
-// In a modal popup. The press that opened it does not count.
+// Enter and Escape in a modal popup. The key press that opened the popup does not count.
 [[nodiscard]] bool uiThemeConfirmKeyPressed();
 [[nodiscard]] bool uiThemeCancelKeyPressed();

@@ -42,7 +42,7 @@ std::uint64_t frameFingerprint(const ImDrawData& frame, std::span<const float, 4
         digest.add(list->IdxBuffer);
         for (const ImDrawCmd& command : list->CmdBuffer) {
             digest.add(command.ClipRect);
-            digest.add(command.TexRef._TexData); // its number in the graphics device comes only when it is shown
+            digest.add(command.TexRef._TexData); // _TexID is assigned only when the texture is uploaded
             digest.add(command.TexRef._TexID);
             digest.add(command.VtxOffset);
             digest.add(command.IdxOffset);
@@ -68,7 +68,7 @@ bool FramePacer::takeDamage() {
 }
 
 void FramePacer::setIconified(bool iconified) {
-    if (iconified != iconified_) noteDamage(); // an iconified window's content is not kept for us
+    if (iconified != iconified_) noteDamage(); // the window system does not keep its content
     iconified_ = iconified;
 }
 

@@ -1,38 +1,48 @@
 #pragma once
 
-// The colours and metrics of the theme, by role. Colours are packed as Dear ImGui packs them (alpha, blue, green, red);
-// metrics are units at scale 1. The screens paint their own content in a few fixed colours around these: content area
-// 1A1A1A, cards 202022, primary blue 0D6EFD.
+// The colours and metrics that more than one place uses. A colour or metric of one screen is at the top of that
+// screen's source. Colours are packed as Dear ImGui packs them (alpha, blue, green, red). Metrics are units at scale 1.
 
 #include <imgui.h>
 
 namespace palette {
 
-// Surfaces, from the deepest to the nearest.
-inline constexpr ImU32 kBackground = 0xFF151414; // behind the sidebar, and what the window is cleared to
-inline constexpr ImU32 kWell = 0xFF161414;       // what is typed into
+// Surfaces, from back to front.
+inline constexpr ImU32 kBackground = 0xFF151414; // of the window, and of the sidebar
+inline constexpr ImU32 kContent = 0xFF1A1A1A;    // right of the sidebar
+inline constexpr ImU32 kWell = 0xFF161414;       // text fields
 inline constexpr ImU32 kWellHovered = 0xFF1A1818;
 inline constexpr ImU32 kCard = 0xFF1E1C1C;
 inline constexpr ImU32 kPopup = 0xFF262323;
-inline constexpr ImU32 kControl = 0xFF322F2F; // stock buttons, the highlighted menu entry
+inline constexpr ImU32 kControl = 0xFF322F2F; // stock buttons and the highlighted menu entry
 inline constexpr ImU32 kControlHovered = 0xFF3D3939;
 inline constexpr ImU32 kControlHeld = 0xFF484444;
-inline constexpr ImU32 kDim = 0xA0080707; // over what a modal popup shuts off
+inline constexpr ImU32 kDim = 0xA0080707; // over everything behind a modal popup
 inline constexpr ImU32 kNone = 0x00000000;
 
 // Lines.
 inline constexpr ImU32 kBorder = 0xFF302E2E;
 inline constexpr ImU32 kBorderStrong = 0xFF423F3F;
-inline constexpr ImU32 kGrab = 0xFF484545;
-inline constexpr ImU32 kGrabHovered = 0xFF5C5858;
-inline constexpr ImU32 kGrabHeld = 0xFF706C6C;
+inline constexpr ImU32 kGrab = 0xFF706C6C; // of scroll bars
+inline constexpr ImU32 kGrabHovered = 0xFF8A8686;
+inline constexpr ImU32 kGrabHeld = 0xFFA3A0A0;
 
 // Text.
 inline constexpr ImU32 kForeground = 0xFFF5F5F5;
 inline constexpr ImU32 kMuted = 0xFFA8A4A3;
 inline constexpr ImU32 kDestructive = 0xFF7878F5;
 
-// Accent: the primary blue of the buttons, and a lighter one that is legible as a line or a text.
+// Greys of the texts and icons that the screens draw, by their lightness in percent.
+inline constexpr ImU32 kGrey94 = 0xFFF0F0F0;
+inline constexpr ImU32 kGrey86 = 0xFFDCDCDC;
+inline constexpr ImU32 kGrey78 = 0xFFC8C8C8;
+inline constexpr ImU32 kGrey71 = 0xFFB4B4B4;
+inline constexpr ImU32 kGrey63 = 0xFFA0A0A0;
+inline constexpr ImU32 kGrey59 = 0xFF969696;
+inline constexpr ImU32 kGrey55 = 0xFF8C8C8C;
+inline constexpr ImU32 kGrey51 = 0xFF828282;
+
+// Accent: the blue of primary buttons, and a lighter blue that is legible as a line or a text.
 inline constexpr ImU32 kPrimary = 0xFFFD6E0D;
 inline constexpr ImU32 kPrimaryHovered = 0xFFD75E0B;
 inline constexpr ImU32 kPrimaryHeld = 0xFFCA580A;
@@ -40,7 +50,7 @@ inline constexpr ImU32 kOnPrimary = 0xFFFFFFFF; // text
 inline constexpr ImU32 kPrimaryLight = 0xFFFFB07A;
 inline constexpr ImU32 kSelection = 0x80FD6E0D;
 
-// Badges, in the order of UiThemeBadgeStatus.
+// Badges, indexed by UiThemeBadgeStatus.
 struct BadgeColours {
     ImU32 fill, text;
 };
@@ -52,7 +62,7 @@ inline constexpr BadgeColours kBadges[] = {
 };
 
 // Metrics.
-inline constexpr float kRounding = 6.0f;
+inline constexpr float kRounding = 6.0f; // of buttons, fields, rows and cards
 inline constexpr float kPopupRounding = 10.0f;
 inline constexpr float kTextSize = 14.0f; // of stock widgets
 inline constexpr float kBadgeTextSize = 11.5f;

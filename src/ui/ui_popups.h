@@ -2,14 +2,30 @@
 
 // Popups in the theme's look. Main thread only, inside a frame.
 
-// In the place of ImGui::BeginPopup and ImGui::BeginPopupModal: the theme's own spacing holds in them, whatever the
-// screen has pushed, and one that has just been opened comes up in a short fade. True: end it with uiThemeEndPopup.
+#include <string_view>
+
+#include <imgui.h>
+
+struct ImRect;
+
+// Use these instead of ImGui::BeginPopup and ImGui::BeginPopupModal. They set the theme's spacing, whatever the screen
+// has pushed, and fade the popup in. A modal popup stays inside the window when that shrinks. If they return true, end
+// the popup with uiThemeEndPopup.
 [[nodiscard]] bool uiThemeBeginMenu(const char* name);
-[[nodiscard]] bool uiThemeBeginModal(const char* name); // as large as what it holds; the name is its title
+[[nodiscard]] bool uiThemeBeginModal(const char* name); // sized to its content; the name is its title
 void uiThemeEndPopup();
 
-// In a menu. True on the frame of a choice.
+// A text of a popup, wrapped to `width` pixels, with some space between the lines.
+void uiThemeParagraph(std::string_view text, ImU32 colour, float width);
+
+// A tooltip for an item of the current window, once the pointer has rested on it for a moment.
+void uiThemeTooltip(ImGuiID item, const ImRect& rectangle, std::string_view text);
+
+// A line over the foot of the window, above everything else. It takes no input.
+void uiThemeFootLine(std::string_view text);
+
+// An entry of a menu. True on the frame in which it is chosen.
 [[nodiscard]] bool uiThemeMenuItem(const char* label, bool enabled = true);
 
-// A button of a popup, the one that its Enter key presses. True on the frame of a click.
+// The button of a modal popup that Enter presses, in the primary colours. True on the frame of a click.
 [[nodiscard]] bool uiThemeDefaultButton(const char* label, float width);

@@ -9,6 +9,7 @@
 #include "ui/ui_fonts.h"
 #include "ui/ui_integration.h"
 #include "ui/ui_palette.h"
+#include "ui/ui_text.h"
 
 namespace {
 
@@ -22,7 +23,7 @@ struct Theme {
 };
 Theme theme;
 
-// Every colour that Dear ImGui's own widgets know, so that none of its defaults ever shows.
+// Every colour of Dear ImGui's own widgets, so that none of its defaults ever shows.
 constexpr std::pair<ImGuiCol, ImU32> kStyleColours[] = {
     {ImGuiCol_Text, palette::kForeground},
     {ImGuiCol_TextDisabled, palette::kMuted},
@@ -80,8 +81,12 @@ constexpr std::pair<ImGuiCol, ImU32> kStyleColours[] = {
     {ImGuiCol_PlotHistogram, palette::kPrimary},
     {ImGuiCol_PlotHistogramHovered, palette::kPrimaryLight},
     {ImGuiCol_DragDropTarget, palette::kPrimaryLight},
-    {ImGuiCol_NavCursor, palette::kNone}, // uiThemeFocusRing stands in for it
+    {ImGuiCol_NavCursor, palette::kNone}, // uiThemeFocusRing is drawn instead
     {ImGuiCol_NavWindowingHighlight, palette::kPrimaryLight},
+#ifdef IMGUI_HAS_DOCK
+    {ImGuiCol_DockingPreview, palette::kSelection},
+    {ImGuiCol_DockingEmptyBg, palette::kBackground},
+#endif
 };
 static_assert(std::size(kStyleColours) == ImGuiCol_COUNT);
 
@@ -107,12 +112,13 @@ ImGuiStyle styleAtScaleOne() {
     style.FrameBorderSize = 1.0f;
     style.WindowTitleAlign = {0.0f, 0.5f};
     style.WindowMenuButtonPosition = ImGuiDir_None;
-    style.DisabledAlpha = 0.45f;
+    style.DisplaySafeAreaPadding = {8.0f, 8.0f}; // between a menu and the window's edge
+    style.DisabledAlpha = 0.5f; // texts of disabled entries keep a contrast of 4.5 : 1
     return style;
 }
 
-// The font of stock widgets takes its size when a frame begins. A scale that changes within the frame replaces what
-// the frame began with, so that nothing of it is drawn in the old size.
+// Dear ImGui fixes the font of stock widgets when a frame begins. If the scale changes after that, the font in use is
+// replaced, so that no widget of this frame has the old size.
 void applyDefaultFont() {
     ImGuiContext& context = *ImGui::GetCurrentContext();
     const float size = uiThemePx(palette::kTextSize);
@@ -125,25 +131,6 @@ void applyDefaultFont() {
     ImGui::SetCurrentFont(font, size, 0.0f);
 }
 
-// Calls line(begin, end) for every line that a text takes when it is wrapped at words.
-template<typename Line>
-void forEachLine(ImFont* font, std::string_view text, float wrapWidth, const Line& line) {
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    while (at < end) {
-        const char* const paragraphEnd = std::find(at, end, '\n');
-        do {
-            const char* lineEnd = paragraphEnd;
-            if (wrapWidth > 0.0f) lineEnd = font->CalcWordWrapPosition(font->LegacySize, at, paragraphEnd, wrapWidth);
-            line(at, lineEnd);
-            at = lineEnd;
-            while (at < paragraphEnd && ImCharIsBlankA(*at))
-                ++at; // a wrap swallows the blanks it falls on
-        } while (at < paragraphEnd);
-        if (at < end) ++at;
-    }
-}
-
 } // namespace
 
 // --- once, and once per frame ----------------------------------------------------------------------------------------
@@ -153,6 +140,7 @@ void uiThemeInitialize(UiIntegration* integration) {
     theme.seconds = 0.0f;
     fontsInitialize(integration ? integration->fontPath : std::string{}, theme.scale);
     applyDefaultFont();
+    ImGui::GetIO().ConfigWindowsMoveFromTitleBarOnly = true; // popups
 }
 
 void uiThemeShutdown() {
@@ -168,7 +156,7 @@ void uiThemeSetScale(float scale) {
     fontsSetScale(scale);
 }
 
-// The first difference is the time that the start took, which is not time that anybody watched the window.
+// The first tick is not counted: it is the time that the start took, when nothing was on screen.
 void uiThemeTick(float deltaSeconds) {
     if (theme.ticked) theme.seconds += std::max(0.0f, deltaSeconds);
     theme.ticked = true;
@@ -222,6 +210,9 @@ float uiThemePx(float units) {
     const float pixels = units * theme.scale;
     return units == std::trunc(units) ? std::round(pixels) : pixels;
 }
+ImVec2 uiThemePx(ImVec2 units) {
+    return {uiThemePx(units.x), uiThemePx(units.y)};
+}
 ImVec2 uiThemeWholePixels(ImVec2 point) {
     return {std::round(point.x), std::round(point.y)};
 }
@@ -237,8 +228,22 @@ float uiThemeFontSize(ImFont* font) {
 
 ImVec2 uiThemeTextSize(ImFont* font, std::string_view text, float wrapWidth) {
     if (text.empty()) return {0.0f, font->LegacySize};
-    return font->CalcTextSizeA(font->LegacySize, FLT_MAX, std::max(0.0f, wrapWidth), text.data(),
-                               text.data() + text.size());
+    if (wrapWidth <= 0.0f)
+        return font->CalcTextSizeA(font->LegacySize, FLT_MAX, 0.0f, text.data(), text.data() + text.size());
+    ImVec2 size;
+    for (const std::string_view line : wrapText(font, text, wrapWidth)) {
+        const char* const end = line.data() + line.size();
+        size.x = std::max(size.x, font->CalcTextSizeA(font->LegacySize, FLT_MAX, 0.0f, line.data(), end).x);
+        size.y += font->LegacySize;
+    }
+    return size;
+}
+
+float uiThemeTextTop(ImFont* font, float top, float bottom) {
+    constexpr float kAscentShare = 1900.0f / 2400.0f; // of Roboto's line height
+    const ImFontBaked* baked = font->GetFontBaked(font->LegacySize);
+    const float drawnAscent = std::round(std::round(baked->Ascent) * font->LegacySize / baked->Size);
+    return std::round((top + bottom - font->LegacySize) * 0.5f + font->LegacySize * kAscentShare) - drawnAscent;
 }
 
 // --- shapes ----------------------------------------------------------------------------------------------------------
@@ -250,7 +255,7 @@ void uiThemeRoundedPanel(ImDrawList* drawList, ImVec2 min, ImVec2 max, ImU32 col
         drawList->AddRectFilled(min, max, colour, radius);
         return;
     }
-    // AddRectFilled keeps a pixel of straight edge; a pill or a dot is to be round all the way.
+    // AddRectFilled (Dear ImGui 1.92) keeps a pixel of straight edge in a fully rounded shape.
     const ImVec2 first{min.x + limit, min.y + limit};
     const ImVec2 last{max.x - limit, max.y - limit};
     if (std::abs(size.x - size.y) < 0.5f) {
@@ -272,7 +277,7 @@ void uiThemeText(ImDrawList* drawList, ImFont* font, ImVec2 position, ImU32 colo
     drawList->AddText(font, font->LegacySize, position, colour, text.data(), text.data() + text.size());
 }
 
-// Glyph by glyph, because AddText starts at whole pixels and would make spaces of a quarter pixel uneven.
+// Glyph by glyph: AddText starts at whole pixels, which would make gaps of a quarter pixel uneven.
 void uiThemeTextTracked(ImDrawList* drawList, ImFont* font, ImVec2 position, ImU32 colour, std::string_view text,
                         float tracking) {
     const ImVec2 start{std::floor(position.x), std::floor(position.y)};
@@ -296,10 +301,10 @@ void uiThemeTextTracked(ImDrawList* drawList, ImFont* font, ImVec2 position, ImU
 
 void uiThemeTextWrapped(ImDrawList* drawList, ImFont* font, ImVec2 position, ImU32 colour, std::string_view text,
                         float wrapWidth, float lineGap) {
-    forEachLine(font, text, wrapWidth, [&](const char* begin, const char* end) {
-        uiThemeText(drawList, font, position, colour, {begin, static_cast<std::size_t>(end - begin)});
+    for (const std::string_view line : wrapText(font, text, wrapWidth)) {
+        uiThemeText(drawList, font, position, colour, line);
         position.y += font->LegacySize + lineGap;
-    });
+    }
 }
 
 void uiThemeSpinner(ImDrawList* drawList, ImVec2 centre, float radius, float timeSeconds, ImU32 colour) {
@@ -327,8 +332,7 @@ void uiThemeBadge(const char* identifier, ImDrawList* drawList, ImVec2 position,
     const std::size_t index = std::min(static_cast<std::size_t>(status), std::size(palette::kBadges) - 1);
     uiThemeRoundedPanel(drawList, position, max, palette::kBadges[index].fill, (max.y - position.y) * 0.5f);
     ImFont* font = uiThemeFont(palette::kBadgeTextSize);
-    const ImVec2 textMin{position.x + uiThemePx(palette::kBadgePadding),
-                         (position.y + max.y - font->LegacySize) * 0.5f};
+    const ImVec2 textMin{position.x + uiThemePx(palette::kBadgePadding), uiThemeTextTop(font, position.y, max.y)};
     uiThemeText(drawList, font, textMin, palette::kBadges[index].text, text);
 }
 
@@ -348,6 +352,6 @@ void uiThemeReveal(ImDrawList* drawList, ImVec2 min, ImVec2 max) {
     if (left <= 0.0f) return;
     const auto alpha = static_cast<ImU32>(255.0f * left * left);
     drawList->AddRectFilled(min, max, (palette::kBackground & ~IM_COL32_A_MASK) | alpha << IM_COL32_A_SHIFT);
-    for (const ImGuiWindow* child : ImGui::GetCurrentWindow()->DC.ChildWindows) // they are shown above that
+    for (const ImGuiWindow* child : ImGui::GetCurrentWindow()->DC.ChildWindows) // shown above the rectangle
         uiThemeFade(child->DrawList, 1.0f - left * left);
 }

@@ -1,19 +1,21 @@
 #!/usr/bin/env python3
-"""Enforces who may include whom. Run by the test suite as: check_includes.py <folder of the repository>"""
+"""Checks which files of src/ may include which headers.
+
+usage: check_includes.py <folder of the repository> <platform>..."""
 
 import pathlib
 import re
 import sys
 
-# Logic files include their own folder and what lies below it.
+# A logic file includes headers of its own folder and of folders with a lower number.
 LAYER = {"crypto": -1, "system": 0, "config": 1, "ui": 1, "signin": 2, "install": 2, "projects": 3, "shell": 4}
 
-# Not a file of its layer's logic: a plain record.
+# Plain records without logic: every folder may include them.
 RECORDS = {"projects/project_entry.h"}
 
 HUB = "shell/launcher_app.h"
 
-# Functions whose given signature takes the application, beside its own members.
+# A source may include the hub if it defines a member of LauncherApp or a function that takes a LauncherApp.
 TAKES_THE_APPLICATION = re.compile(r"\bLauncherApp::\w|\b(?:const )?LauncherApp ?&")
 
 OPERATING_SYSTEM = re.compile(
@@ -27,18 +29,18 @@ INCLUDE = re.compile(r'^\s*#\s*include\s*(?:"([^"]+)"|<([^>]+)>)', re.MULTILINE)
 
 
 def is_screen(path):
-    return path.name.endswith(("_screen.cpp", "_screen.h"))
+    return path.name.endswith(("_screen.cpp", "_screen.h", "_widgets.cpp", "_widgets.h"))
 
 
-def may_use_operating_system(path, inside):
+def may_use_operating_system(path, inside, platforms):
     return (
-        (inside.startswith("system/") and re.search(r"_(linux|windows)\.(cpp|h)$", path.name))
+        (inside.startswith("system/") and path.stem.endswith(tuple(f"_{platform}" for platform in platforms)))
         or inside.startswith("ui/ui_host")
         or inside == "shell/main.cpp"
     )
 
 
-def problems_of(path, inside, text):
+def problems_of(path, inside, text, platforms):
     folder = inside.split("/")[0]
     uses_hub = is_screen(path) or folder == "shell" or TAKES_THE_APPLICATION.search(text)
     for quoted, angled in INCLUDE.findall(text):
@@ -46,36 +48,36 @@ def problems_of(path, inside, text):
         target = included.split("/")[0]
         if included == HUB:
             if not uses_hub or (path.suffix == ".h" and folder != "shell" and not is_screen(path)):
-                yield f"includes {HUB}, but is no screen and has no function of or for LauncherApp"
+                yield f"includes {HUB}, but is not a screen and defines no function with a LauncherApp"
         elif target in LAYER and target != folder and included not in RECORDS:
             if target == "ui" and folder != "shell" and not is_screen(path):
-                yield f"includes {included}, which belongs to shell/ and the screens"
+                yield f"includes {included}: only shell/ and the screens include ui/"
             elif LAYER[target] >= LAYER[folder] and not uses_hub:
-                yield f"includes {included}, which does not lie below {folder}/"
+                yield f"includes {included}, which is not below {folder}/"
         if included.endswith("_screen.h") and not is_screen(path):
-            yield f"includes {included}, which is for screens alone"
+            yield f"includes {included}: only screens include screens"
         if re.search(r"\bim(gui|gui_\w+)\.h$", included) and folder not in ("ui", "shell") and not is_screen(path):
-            yield f"includes {included}: Dear ImGui is for ui/, shell/ and the screens"
-        if OPERATING_SYSTEM.search(included) and not may_use_operating_system(path, inside):
-            yield f"includes {included}: a header of one operating system"
+            yield f"includes {included}: only ui/, shell/ and the screens include Dear ImGui"
+        if OPERATING_SYSTEM.search(included) and not may_use_operating_system(path, inside, platforms):
+            yield f"includes {included}, an operating-system header, outside of the platform's files"
         if quoted and not re.match(r"^[a-z]+/\w+\.h$", quoted):
-            yield f'includes "{quoted}", not as folder/file.h from src/'
+            yield f'includes "{quoted}" without its folder: use folder/file.h'
         if included.endswith(".cpp"):
             yield f"includes the source {included}"
 
 
 def main():
-    source = pathlib.Path(sys.argv[1]) / "src"
+    source, platforms = pathlib.Path(sys.argv[1]) / "src", sys.argv[2:]
     files = sorted(path for path in source.rglob("*") if path.suffix in (".h", ".cpp"))
     found = 0
     for path in files:
         inside = path.relative_to(source).as_posix()
         if inside.split("/")[0] not in LAYER:
-            print(f"{inside}: lies in a folder that has no place in the order")
+            print(f"{inside}: its folder is missing in LAYER")
             found += 1
             continue
         text = re.sub(r"//.*", "", path.read_text(encoding="utf-8"))
-        for problem in problems_of(path, inside, text):
+        for problem in problems_of(path, inside, text, platforms):
             print(f"{inside}: {problem}")
             found += 1
     print(f"{len(files)} files, {found} problems")

@@ -1,201 +1,131 @@
-// The Projects screen under mouse and keyboard.
+// The Projects screen under the mouse.
 
-#include <gtest/gtest.h>
-
-#include "support/ui_harness.h"
+#include "projects_fixture.h"
 
 namespace {
 
-using Names = std::vector<std::string>;
+using SearchBox = ProjectsTest;
+using EmptyState = ProjectsTest;
+using SortHeaders = ProjectsTest;
+using Row = ProjectsTest;
 
-// A signed-in launcher with an editor and three projects, "c" the newest.
-struct Projects : UiHarness {
-    Projects() {
-        installEditor();
-        LauncherApp& launcherApp = startSignedIn();
-        launcherApp.settings->setProjects({makeProject("c", 30), makeProject("b", 20), makeProject("a", 10)});
-        frames(2);
+TEST_F(SearchBox, TheCrossClearsTheTextThatIsBeingEditedButNotBehindAPopup) {
+    const ImRect field = *rect(kRoot, {"##ProjectSearch"});
+    const ImVec2 cross(field.Min.x - 30.0f + 210.0f - 15.0f, field.GetCenter().y);
+    clickAt(field.GetCenter());
+    type("nothing");
+    EXPECT_EQ(shown(), Names{});
+    clickAt(cross);
+    EXPECT_EQ(shown(), (Names{"c", "b", "a"}));
+    app->beginNewProject();
+    copyToBuffer("c", app->searchText);
+    frames(2);
+    clickAt(cross);
+    EXPECT_STREQ(app->searchText, "c");
+}
+
+TEST_F(EmptyState, OffersToClearTheSearchOnlyWhenItHidesProjects) {
+    copyToBuffer("zzz", app->searchText);
+    frame();
+    EXPECT_FALSE(rect(kRoot, {"empty_projects", "Import projects"}));
+    ASSERT_TRUE(click(kRoot, {"empty_projects", "Clear search"}));
+    EXPECT_STREQ(app->searchText, "");
+    app->settings->setProjects({});
+    for (const char* search : {"", "zzz"}) {
+        copyToBuffer(search, app->searchText);
+        frame();
+        ASSERT_TRUE(click(kRoot, {"empty_projects", "Import projects"})) << search;
     }
-    Names listed() const {
-        Names names;
-        for (const ProjectEntry& entry : app->settings->projects())
-            names.push_back(entry.name);
-        return names;
-    }
-    // The names from top to bottom, as the rows stand in the last frame.
-    Names shown() const {
-        std::vector<std::pair<float, std::string>> rows;
-        const std::vector<ProjectEntry>& projects = app->settings->projects();
-        for (std::size_t i = 0; i < projects.size(); ++i) {
-            if (const auto row = rect(kProjectList, {static_cast<int>(i), "##project_row"}))
-                rows.emplace_back(row->Min.y, projects[i].name);
-        }
-        std::sort(rows.begin(), rows.end());
-        Names names;
-        for (const auto& row : rows)
-            names.push_back(row.second);
-        return names;
-    }
-    bool rightClick(int row, const char* item) {
+    EXPECT_EQ(system.fileDialogs.size(), 2u);
+}
+
+TEST_F(SortHeaders, SortTheRowsButNotTheStoredList) {
+    ASSERT_TRUE(click(kRoot, {"Name"}));
+    EXPECT_EQ(shown(), (Names{"a", "b", "c"}));
+    ASSERT_TRUE(click(kRoot, {"Name"}));
+    EXPECT_EQ(shown(), (Names{"c", "b", "a"}));
+    ASSERT_TRUE(click(kRoot, {"Platform"}));
+    EXPECT_TRUE(app->sortAscending) << "another column starts in ascending order";
+    EXPECT_EQ(listed(), (Names{"c", "b", "a"}));
+}
+
+TEST_F(Row, AClickOpensTheProjectAndAClickOnItsStarDoesNot) {
+    ASSERT_TRUE(click(kProjectList, {1, "##star_toggle"}));
+    EXPECT_TRUE(storedProjects().at(1).favorite);
+    EXPECT_TRUE(system.launches.empty());
+    ASSERT_TRUE(click(kProjectList, {2, "##project_row"}));
+    EXPECT_EQ(listed(), (Names{"a", "c", "b"}));
+    const RecordedLaunch launch = {editor.string(), projects()[0].path, editor.parent_path().string()};
+    EXPECT_EQ(system.launches, std::vector{launch});
+}
+
+TEST_F(Row, APressThatSlipsOntoTheStarOpensNothingLater) {
+    const ImVec2 row = rect(kProjectList, {1, "##project_row"})->GetCenter();
+    const ImVec2 star = rect(kProjectList, {1, "##star_toggle"})->GetCenter();
+    moveTo(row);
+    press(ImGuiMouseButton_Left);
+    moveTo(star);
+    release(ImGuiMouseButton_Left);
+    moveTo(row);
+    EXPECT_TRUE(system.launches.empty());
+    clickAt(star);
+    EXPECT_TRUE(projects()[1].favorite);
+}
+
+TEST_F(Row, IsNotDrawnOutsideTheVisiblePartOfTheList) {
+    app->settings->setProjects(std::vector<ProjectEntry>(10000));
+    frame();
+    EXPECT_TRUE(rect(kProjectList, {5, "##project_row"}));
+    EXPECT_FALSE(rect(kProjectList, {50, "##project_row"}));
+}
+
+struct Menu : ProjectsTest {
+    bool open(int row, const char* item = "##project_row") {
+        frames(2); // a menu that was open before closes
         return click(kProjectList, {row, item}, ImGuiMouseButton_Right) && menuEntry("Remove From List");
     }
-    ImVec2 clearCross() const {
-        const ImRect field = *rect(kRoot, {"##ProjectSearch"});
-        return {field.Min.x - 30.0f + 210.0f - 15.0f, field.GetCenter().y};
-    }
-    const RecordingSystem& system = recordingSystem();
+    bool choose(int row, const char* entry) { return open(row) && clickMenu(entry); }
 };
 
-TEST(SearchBox, TheCrossClearsForGoodWhileTheFieldHasTheKeyboard) {
-    Projects ui;
-    ASSERT_TRUE(ui.click(kRoot, {"##ProjectSearch"}));
-    ui.type("nothing");
-    ui.frame();
-    ASSERT_STREQ(ui.app->searchText, "nothing");
-    EXPECT_EQ(ui.shown(), Names{});
-
-    ui.moveTo(ui.clearCross());
-    ui.press(ImGuiMouseButton_Left);
-    EXPECT_STREQ(ui.app->searchText, "");
-    EXPECT_EQ(ui.shown(), (Names{"c", "b", "a"})) << "in the same frame";
-    ui.release(ImGuiMouseButton_Left);
-    ui.frames(3);
-    EXPECT_STREQ(ui.app->searchText, "");
-
-    ASSERT_TRUE(ui.click(kRoot, {"##ProjectSearch"}));
-    ui.type("b");
-    EXPECT_STREQ(ui.app->searchText, "b") << "nothing of the old text comes back";
-    EXPECT_EQ(ui.shown(), Names{"b"});
-}
-
-TEST(EmptyState, OffersWhatFits) {
-    Projects ui;
-    const std::vector<ProjectEntry> some = ui.app->settings->projects();
-    for (const auto& [any, search] : {std::pair{true, ""}, {true, "zzz"}, {false, "zzz"}, {false, ""}}) {
-        ui.app->settings->setProjects(any ? some : std::vector<ProjectEntry>());
-        copyToBuffer(search, ui.app->searchText);
-        ui.frame();
-        EXPECT_EQ(ui.rect(kRoot, {"empty_projects", "Clear search"}).has_value(), any && *search) << search;
-        for (const char* offer : {"Import projects", "+ New project"})
-            EXPECT_EQ(ui.rect(kRoot, {"empty_projects", offer}).has_value(), !any) << search;
-    }
-    ASSERT_TRUE(ui.click(kRoot, {"empty_projects", "Import projects"}));
-    EXPECT_EQ(ui.system.fileDialogs.size(), 1u);
-    ui.app->settings->setProjects(some);
-    copyToBuffer("zzz", ui.app->searchText);
-    ui.frame();
-    ASSERT_TRUE(ui.click(kRoot, {"empty_projects", "Clear search"}));
-    ui.frame();
-    EXPECT_EQ(ui.shown(), (Names{"c", "b", "a"}));
-}
-
-TEST(SortHeaders, SortWhatIsShownAndTheListStaysAsItIs) {
-    Projects ui;
-    ASSERT_TRUE(ui.click(kRoot, {"Name"}));
-    EXPECT_EQ(ImGui::GetMouseCursor(), ImGuiMouseCursor_Hand);
-    EXPECT_EQ(ui.shown(), (Names{"a", "b", "c"}));
-    ASSERT_TRUE(ui.click(kRoot, {"Editor version"}));
-    EXPECT_EQ(ui.app->sortColumn, ProjectSortColumn::EditorVersion);
-    ASSERT_TRUE(ui.click(kRoot, {"Platform"}));
-    EXPECT_EQ(ui.app->sortColumn, ProjectSortColumn::Platform);
-    EXPECT_EQ(ui.shown(), (Names{"c", "b", "a"})) << "equal keys stay newest first";
-    EXPECT_EQ(ui.listed(), (Names{"c", "b", "a"}));
-}
-
-TEST(Menu, OpensOnTheDotsAndOnARightClickAnywhereOfTheRow) {
+TEST_F(Menu, OpensOnARightClickAnywhereInTheRow) {
     for (const char* item : {"##project_row", "##star_toggle", "##dots_menu"}) {
-        Projects ui;
-        EXPECT_TRUE(ui.rightClick(1, item)) << item;
-        EXPECT_FALSE(ui.app->settings->projects()[1].favorite);
-    }
-    Projects ui;
-    ASSERT_TRUE(ui.click(kProjectList, {1, "##dots_menu"}));
-    ui.frame();
-    EXPECT_TRUE(ui.menuEntry("Remove From List"));
-    EXPECT_TRUE(ui.system.launches.empty());
-}
-
-TEST(Menu, ItsEntriesDoWhatTheySay) {
-    Projects ui;
-    ASSERT_TRUE(ui.rightClick(1, "##project_row"));
-    const std::string path = ui.app->settings->projects()[1].path;
-    ASSERT_TRUE(ui.clickMenu("Open Project"));
-    EXPECT_EQ(ui.system.launches, (std::vector<RecordedLaunch>{{(ui.launcher / "bin" / "editor.exe").string(), path,
-                                                                (ui.launcher / "bin").string()}}));
-    EXPECT_EQ(ui.listed(), (Names{"b", "c", "a"}));
-
-    ui.frames(2);
-    ASSERT_TRUE(ui.rightClick(2, "##project_row"));
-    EXPECT_FALSE(ui.menuEntry("Remove from Favorites"));
-    ASSERT_TRUE(ui.clickMenu("Add to Favorites"));
-    EXPECT_TRUE(ui.storedProjects().at(2).favorite);
-    ui.frames(2);
-    ASSERT_TRUE(ui.rightClick(2, "##project_row"));
-    ASSERT_TRUE(ui.clickMenu("Remove from Favorites"));
-    EXPECT_FALSE(ui.storedProjects().at(2).favorite);
-
-    ui.frames(2);
-    ASSERT_TRUE(ui.rightClick(2, "##project_row"));
-    ASSERT_TRUE(ui.clickMenu("Show in File Manager"));
-    ASSERT_EQ(ui.system.openedFolders.size(), 1u);
-    EXPECT_EQ(std::filesystem::path(ui.system.openedFolders[0]), ui.folder / "projects/a");
-    EXPECT_EQ(ui.system.launches.size(), 1u) << "no click went through to the row";
-}
-
-TEST(Menu, OfAMissingProjectStillStarsAndRemoves) {
-    Projects ui;
-    std::filesystem::remove_all(ui.folder / "projects/b");
-    ui.frame();
-    ASSERT_TRUE(ui.click(kProjectList, {1, "##project_row"}));
-    EXPECT_TRUE(ui.system.launches.empty());
-    EXPECT_FALSE(ui.popupOpen(kErrorPopup));
-    ASSERT_TRUE(ui.rightClick(1, "##project_row"));
-    for (const auto& [label, greyed] : {std::pair{"Open Project", true},
-                                        {"Add to Favorites", false},
-                                        {"Show in File Manager", true},
-                                        {"Remove From List", false}}) {
-        bool disabled = !greyed;
-        EXPECT_TRUE(ui.menuEntry(label, &disabled)) << label;
-        EXPECT_EQ(disabled, greyed) << label;
-    }
-    ASSERT_TRUE(ui.clickMenu("Open Project"));
-    EXPECT_TRUE(ui.system.launches.empty());
-    ASSERT_TRUE(ui.clickMenu("Remove From List"));
-    EXPECT_EQ(ui.listed(), (Names{"c", "a"}));
-    ui.frames(2);
-    EXPECT_EQ(ui.shown(), (Names{"c", "a"}));
-    EXPECT_EQ(ui.storedProjects().size(), 2u);
-}
-
-// The frame that removes goes on drawing rows whose indices were counted before.
-TEST(Menu, RemovingEveryRowFirstToLastAndLastToFirst) {
-    for (const bool ascending : {true, false}) {
-        Projects ui;
-        ui.app->sortColumn = ProjectSortColumn::Name;
-        ui.app->sortAscending = ascending;
-        ui.frame();
-        while (!ui.listed().empty()) {
-            const Names before = ui.listed();
-            ASSERT_TRUE(ui.rightClick(0, "##project_row"));
-            ASSERT_TRUE(ui.clickMenu("Remove From List"));
-            EXPECT_EQ(ui.listed(), Names(before.begin() + 1, before.end()));
-            ui.frames(3);
-        }
-        EXPECT_TRUE(ui.rect(kRoot, {"empty_projects", "Import projects"}));
-        EXPECT_TRUE(std::filesystem::exists(ui.folder / "projects/a/a.zantorproj"));
+        EXPECT_TRUE(open(1, item)) << item;
+        ASSERT_TRUE(clickMenu("Show in File Manager"));
     }
 }
 
-TEST(ProjectsScreen, APopupShieldsTheSearchBoxAndTheRows) {
-    Projects ui;
-    copyToBuffer("c", ui.app->searchText);
-    ASSERT_TRUE(ui.click(kRoot, {"+ New project"}));
-    ui.frames(2);
-    ASSERT_TRUE(ui.popupOpen(kCreatePopup));
-    ui.clickAt(ui.clearCross());
-    EXPECT_STREQ(ui.app->searchText, "c");
-    ui.click(kProjectList, {0, "##project_row"});
-    EXPECT_TRUE(ui.system.launches.empty());
+TEST_F(Menu, EachEntryActsOnItsRow) {
+    ASSERT_TRUE(choose(1, "Open Project"));
+    EXPECT_EQ(listed(), (Names{"b", "c", "a"}));
+    ASSERT_TRUE(choose(2, "Add to Favorites"));
+    EXPECT_TRUE(storedProjects().at(2).favorite);
+    ASSERT_TRUE(choose(2, "Show in File Manager"));
+    EXPECT_EQ(std::filesystem::path(system.openedFolders.at(0)), folder / "projects/a");
+    EXPECT_EQ(system.launches.size(), 1u) << "no click reaches the row below the menu";
+}
+
+TEST_F(Menu, OfAMissingProjectOffersNothingThatNeedsItsFolder) {
+    std::filesystem::remove_all(folder / "projects/b");
+    ASSERT_TRUE(click(kProjectList, {1, "##project_row"}));
+    EXPECT_EQ(app->openErrorMessage, "") << "a click does nothing";
+    ASSERT_TRUE(open(1));
+    for (const char* label : {"Open Project", "Show in File Manager"}) {
+        bool disabled = false;
+        EXPECT_TRUE(menuEntry(label, &disabled) && disabled) << label;
+    }
+    ASSERT_TRUE(clickMenu("Add to Favorites"));
+    EXPECT_TRUE(projects()[1].favorite);
+}
+
+// The frame that removes a project draws the rows below it with their old indices.
+TEST_F(Menu, RemovesEveryRowAndDeletesNothing) {
+    app->sortColumn = ProjectSortColumn::Name;
+    for (const Names& left : {Names{"b", "a"}, {"a"}, {}}) {
+        ASSERT_TRUE(choose(0, "Remove From List"));
+        EXPECT_EQ(listed(), left);
+        EXPECT_EQ(storedProjects().size(), left.size());
+    }
+    EXPECT_TRUE(std::filesystem::exists(folder / "projects/a/a.zantorproj"));
 }
 
 } // namespace

@@ -4,7 +4,7 @@
 
 #include "system/operating_system.h"
 
-static std::atomic<std::int64_t> theTime = 0; // workers may ask for it too
+static std::atomic<std::int64_t> theTime = 0; // atomic: workers read it
 
 RecordingSystem& recordingSystem() {
     static RecordingSystem instance;

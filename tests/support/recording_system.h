@@ -1,7 +1,8 @@
 #pragma once
 
-// The operating system as the tests of the screens meet it: it answers what it was told to, and writes down what it was
-// asked to do. Directories are set before the launcher is built; everything else at any time.
+// An implementation of system/operating_system.h for tests: it returns the answers that a test sets, and records every
+// call that would change the user's desktop. Set the directories before the launcher is built, the rest at any time.
+// Main thread, except setRecordedTime.
 
 #include <cstdint>
 #include <map>
@@ -15,18 +16,18 @@ struct RecordedLaunch {
 };
 
 struct RecordingSystem {
-    // What it answers.
+    // Answers.
     std::string launcherDirectory, userDataDirectory, userDocumentsDirectory;
     std::map<std::string, std::string> environment;
     bool editorRunning = false;
-    std::string launchError; // empty: the editor starts
+    std::string launchError; // empty: the start succeeds
     std::string chosenFolder, pickedFile;
 
-    // What it was asked, in order.
+    // Recorded calls, oldest first.
     std::vector<RecordedLaunch> launches;
-    std::vector<std::pair<std::string, std::string>> folderDialogs, fileDialogs; // title, start
+    std::vector<std::pair<std::string, std::string>> folderDialogs, fileDialogs; // title and start path
     std::vector<std::string> openedUrls, openedFolders;
 };
 
-RecordingSystem& recordingSystem(); // the one that the launcher calls
+[[nodiscard]] RecordingSystem& recordingSystem();
 void setRecordedTime(std::int64_t seconds);

@@ -1,6 +1,6 @@
 #pragma once
 
-// A Dear ImGui context without a window, and the part of a renderer that frames cannot do without: taking textures.
+// A Dear ImGui context without a window, and the one thing that a frame needs from a renderer: it takes the textures.
 
 #include <imgui.h>
 
@@ -20,7 +20,7 @@ class UiFrames {
     UiFrames(const UiFrames&) = delete;
     UiFrames& operator=(const UiFrames&) = delete;
 
-    // Builds a frame whose background is drawn by `draw` and leaves it unshown, its textures pending.
+    // Builds a frame in which `draw` draws the background. Its textures stay pending.
     template<typename Draw>
     const ImDrawData& build(const Draw& draw) {
         ImGui::NewFrame();

@@ -13,38 +13,30 @@ namespace {
 
 struct SubmittedItem {
     ImRect rect;
-    std::string label; // of stock widgets
+    std::string label; // of Dear ImGui's own widgets
     bool disabled = false;
 };
 
-std::map<ImGuiID, SubmittedItem> theItems; // of the frame that was built last
-
-ImGuiID identifier(ImGuiID seed, IdPath path) {
-    for (const IdStep& step : path)
-        seed = step.text ? ImHashStr(step.text, 0, seed) : ImHashData(&step.number, sizeof step.number, seed);
-    return seed;
-}
+std::map<ImGuiID, SubmittedItem> theItems; // of the last frame
 
 } // namespace
 
-// What Dear ImGui reports when it is built to be tested.
-void ImGuiTestEngineHook_ItemAdd(ImGuiContext* /*context*/, ImGuiID id, const ImRect& rect,
-                                 const ImGuiLastItemData* item) {
+// --- called by the test build of Dear ImGui --------------------------------------------------------------------------
+
+void ImGuiTestEngineHook_ItemAdd(ImGuiContext*, ImGuiID id, const ImRect& rect, const ImGuiLastItemData* item) {
     SubmittedItem& submitted = theItems[id];
     submitted.rect = rect;
     submitted.disabled = item != nullptr && (item->ItemFlags & ImGuiItemFlags_Disabled) != 0;
 }
-
-void ImGuiTestEngineHook_ItemInfo(ImGuiContext* /*context*/, ImGuiID id, const char* label,
-                                  ImGuiItemStatusFlags /*flags*/) {
+void ImGuiTestEngineHook_ItemInfo(ImGuiContext*, ImGuiID id, const char* label, ImGuiItemStatusFlags) {
     theItems[id].label = label;
 }
-
-void ImGuiTestEngineHook_Log(ImGuiContext* /*context*/, const char* /*format*/, ...) {}
-
-const char* ImGuiTestEngine_FindItemDebugLabel(ImGuiContext* /*context*/, ImGuiID /*id*/) {
+void ImGuiTestEngineHook_Log(ImGuiContext*, const char*, ...) {}
+const char* ImGuiTestEngine_FindItemDebugLabel(ImGuiContext*, ImGuiID) {
     return nullptr;
 }
+
+// --- starting --------------------------------------------------------------------------------------------------------
 
 UiHarness::UiHarness() {
     RecordingSystem& system = recordingSystem();
@@ -58,6 +50,7 @@ UiHarness::UiHarness() {
 
     ImGui::GetCurrentContext()->TestEngineHookItems = true;
     ImGui::GetIO().ConfigInputTrickleEventQueue = false;
+    ImGui::GetIO().ConfigFlags |= ImGuiConfigFlags_NavEnableKeyboard; // as the host does
     resize(1180.0f, 740.0f);
     uiThemeInitialize(&integration);
 }
@@ -101,6 +94,8 @@ std::vector<ProjectEntry> UiHarness::storedProjects() const {
     return settings.load() ? settings.projects() : std::vector<ProjectEntry>();
 }
 
+// --- frames ----------------------------------------------------------------------------------------------------------
+
 void UiHarness::resize(float width, float height, float scale) {
     ImGui::GetIO().DisplaySize = {width * scale, height * scale};
     uiThemeSetScale(scale);
@@ -128,12 +123,17 @@ double UiHarness::frameMilliseconds() {
     return 1000.0 * static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC;
 }
 
+// --- items -----------------------------------------------------------------------------------------------------------
+
 ImGuiID UiHarness::identify(const char* window, IdPath path) const {
     for (const ImGuiWindow* candidate : ImGui::GetCurrentContext()->Windows) {
-        const std::string_view name = candidate->Name;
-        // A child's name ends in its identifier; the root's must not be taken for that of its children.
+        const std::string_view name = candidate->Name; // that of a child ends in "_" and its identifier
         if (name != window && !name.starts_with(std::string(window) + "_")) continue;
-        const ImGuiID id = identifier(candidate->ID, path);
+        ImGuiID id = candidate->ID;
+        for (const auto& step : path) {
+            const int* number = std::get_if<int>(&step);
+            id = number ? ImHashData(number, sizeof *number, id) : ImHashStr(std::get<const char*>(step), 0, id);
+        }
         if (theItems.contains(id)) return id;
     }
     return 0;
@@ -145,18 +145,23 @@ std::optional<ImRect> UiHarness::rect(const char* window, IdPath path) const {
 }
 
 std::optional<ImRect> UiHarness::menuEntry(const std::string& label, bool* disabled) const {
-    for (const auto& [id, item] : theItems) {
-        if (item.label != label) continue;
-        if (disabled != nullptr) *disabled = item.disabled;
-        return item.rect;
-    }
-    return std::nullopt;
+    const auto found = std::ranges::find(theItems, label, [](const auto& item) { return item.second.label; });
+    if (found == theItems.end()) return std::nullopt;
+    if (disabled != nullptr) *disabled = found->second.disabled;
+    return found->second.rect;
 }
 
 bool UiHarness::popupOpen(const char* name) const {
     const ImGuiWindow* window = ImGui::FindWindowByName(name);
     return window != nullptr && window->WasActive;
 }
+
+bool UiHarness::focused(const char* window, IdPath path) const {
+    const ImGuiContext& context = *ImGui::GetCurrentContext();
+    return context.NavCursorVisible && context.NavId != 0 && context.NavId == identify(window, path);
+}
+
+// --- input -----------------------------------------------------------------------------------------------------------
 
 void UiHarness::moveTo(ImVec2 point) {
     ImGui::GetIO().AddMousePosEvent(point.x, point.y);
@@ -191,10 +196,13 @@ bool UiHarness::clickMenu(const std::string& label) {
     return found.has_value();
 }
 
-void UiHarness::key(ImGuiKey pressed) {
-    ImGui::GetIO().AddKeyEvent(pressed, true);
+void UiHarness::key(ImGuiKey pressed, ImGuiKey modifier) {
+    ImGuiIO& io = ImGui::GetIO();
+    if (modifier != ImGuiKey_None) io.AddKeyEvent(modifier, true);
+    io.AddKeyEvent(pressed, true);
     frame();
-    ImGui::GetIO().AddKeyEvent(pressed, false);
+    io.AddKeyEvent(pressed, false);
+    if (modifier != ImGuiKey_None) io.AddKeyEvent(modifier, false);
     frame();
 }
 

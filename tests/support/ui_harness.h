@@ -1,13 +1,14 @@
 #pragma once
 
-// The real launcher without a window: a Dear ImGui context that no screen shows, frames on request, mouse and keys fed
-// in as a host would feed them, and items found by their identifiers, so that a test clicks "Sign in" and not a point.
+// Runs the real launcher without a window, on the recording system. A test asks for frames one by one and feeds mouse
+// and keyboard input. It finds items by their identifiers, so that it clicks "Sign in" and not a point.
 
 #include <functional>
 #include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string>
+#include <variant>
 
 #include <imgui_internal.h>
 
@@ -23,20 +24,12 @@ inline constexpr const char* kDownloadList = "##ZantorLauncher/##DownloadList";
 inline constexpr const char* kCreatePopup = "Create a new project";
 inline constexpr const char* kErrorPopup = "Cannot open project";
 
-// One step of an identifier: what ImGui::PushID or ImGui::GetID was given.
-struct IdStep {
-    IdStep(const char* pushedText)
-        : text(pushedText) {}
-    IdStep(int pushedNumber)
-        : number(pushedNumber) {}
-    const char* text = nullptr;
-    int number = 0;
-};
-using IdPath = std::initializer_list<IdStep>;
+// The arguments of the ImGui::PushID calls around an item, then that of its ImGui::GetID.
+using IdPath = std::initializer_list<std::variant<const char*, int>>;
 
 class UiHarness {
   public:
-    UiHarness(); // fresh folders, no configuration, the clock at 1,000,000
+    UiHarness(); // new empty folders, no configuration, the clock at 1,000,000
     ~UiHarness();
     UiHarness(const UiHarness&) = delete;
     UiHarness& operator=(const UiHarness&) = delete;
@@ -46,35 +39,38 @@ class UiHarness {
     LauncherApp& startSignedIn(const std::string& manifestUrl = {});
 
     std::filesystem::path installEditor(const std::filesystem::path& below = "launcher/here/bin") const;
-    ProjectEntry makeProject(const std::string& name, std::int64_t lastOpened) const; // with its folder on disk
-    std::vector<ProjectEntry> storedProjects() const;                                 // read back from Launcher.conf
+    ProjectEntry makeProject(const std::string& name, std::int64_t lastOpened) const; // with its file on disk
+    std::vector<ProjectEntry> storedProjects() const;                                 // as Launcher.conf has them
 
-    void resize(float width, float height, float scale = 1.0f);
+    void resize(float width, float height, float scale = 1.0f); // units
     void frame();
     void frames(int count);
     double frameMilliseconds(); // processor time of one frame
 
-    // Where an item stood in the last frame; nothing when it was not submitted. A window is named by the start of its
-    // name; a stock menu entry is found by its label in any window.
+    // The rectangle of an item in the last frame, or nothing if it was not submitted. A window is named by the start of
+    // its name. A menu entry is found by its label.
     [[nodiscard]] std::optional<ImRect> rect(const char* window, IdPath path) const;
     [[nodiscard]] std::optional<ImRect> menuEntry(const std::string& label, bool* disabled = nullptr) const;
-    [[nodiscard]] ImGuiID identify(const char* window, IdPath path) const; // 0: not submitted in the last frame
     [[nodiscard]] bool popupOpen(const char* name) const;
+    [[nodiscard]] bool focused(const char* window, IdPath path) const; // has the focus ring
 
-    // All return whether the item was there; a frame each for the pointer, the press and the release.
+    // Each runs a frame for every event. The clicks return false if the item is not there.
     bool click(const char* window, IdPath path, ImGuiMouseButton button = ImGuiMouseButton_Left);
     bool clickMenu(const std::string& label);
     void clickAt(ImVec2 point, ImGuiMouseButton button = ImGuiMouseButton_Left);
     void moveTo(ImVec2 point);
     void press(ImGuiMouseButton button);
     void release(ImGuiMouseButton button);
-    void key(ImGuiKey pressed);
+    void key(ImGuiKey pressed, ImGuiKey modifier = ImGuiKey_None);
     void type(const std::string& text);
 
     TemporaryFolder folder;
     const std::filesystem::path launcher = folder / "launcher/here";
     UiFrames imgui;
     UiIntegration integration;
-    std::function<void()> present = UiFrames::takeTextures; // what becomes of a built frame
+    std::function<void()> present = UiFrames::takeTextures; // called with every built frame
     std::unique_ptr<LauncherApp> app;
+
+  private:
+    [[nodiscard]] ImGuiID identify(const char* window, IdPath path) const; // 0: not submitted in the last frame
 };

@@ -1,21 +1,23 @@
-// Dialog programs can be told whose they are, but not all of them heed it: zenity's file chooser does not. So it is
-// written into their windows for them.
-
-#include "ui/ui_host_front_linux.h"
-
+#include <algorithm>
+#include <utility>
 #include <vector>
 
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
+#include <systemd/sd-bus.h>
 
-// As glfw3native.h declares them; a GLFW for Wayland alone lacks them.
+#include "ui/ui_host_platform.h"
+
+// glfw3native.h declares these. They are weak because a GLFW that is built for Wayland alone lacks them.
 extern "C" __attribute__((weak)) Display* glfwGetX11Display();
 extern "C" __attribute__((weak)) Window glfwGetX11Window(GLFWwindow* window);
 
 namespace {
 
-// The numbers in a property of a window; empty when it has none.
+constexpr const char* kDesktopEntry = "application://volo-launcher.desktop";
+
+// The numbers in a property of a window. Empty if the window has no such property.
 std::vector<unsigned long> numbersIn(Display* display, Window window, const char* property, Atom type) {
     constexpr long kMost = 1024;
     Atom actual = None;
@@ -32,7 +34,7 @@ std::vector<unsigned long> numbersIn(Display* display, Window window, const char
     return numbers;
 }
 
-// Those that the window manager knows of; without one, those on the desktop.
+// All windows that the window manager lists. Without a window manager, the children of the root window.
 std::vector<Window> allWindows(Display* display) {
     const Window root = DefaultRootWindow(display);
     std::vector<Window> windows = numbersIn(display, root, "_NET_CLIENT_LIST", XA_WINDOW);
@@ -49,11 +51,29 @@ std::vector<Window> allWindows(Display* display) {
 
 } // namespace
 
-bool bringToFront(long process, GLFWwindow* owner) {
+void darkenTitleBar(GLFWwindow* /*window*/) {} // window managers of X11 and Wayland choose the colours
+
+// zenity 3.44 ignores the parent window that it is given for its file chooser, so the hint is set on its windows from
+// here.
+// The signal of the Unity launcher, which the docks of several desktops show. It is sent to whoever listens, and no
+// answer is awaited. Without a session bus nothing happens.
+void showTaskbarProgress(GLFWwindow* /*window*/, int percent) {
+    static sd_bus* bus =
+        nullptr; // open until the process ends: docks forget the progress of a connection that is closed
+    static bool tried = false;
+    if (!std::exchange(tried, true) && sd_bus_open_user(&bus) < 0) bus = nullptr;
+    if (bus == nullptr) return;
+    sd_bus_emit_signal(bus, "/com/canonical/unity/launcherentry/1", "com.canonical.Unity.LauncherEntry", "Update",
+                       "sa{sv}", kDesktopEntry, 2, "progress", "d", std::max(percent, 0) / 100.0, "progress-visible",
+                       "b", percent >= 0);
+    sd_bus_flush(bus);
+}
+
+bool keepInFront(std::int64_t process, GLFWwindow* owner) {
     Display* display = glfwGetX11Display && glfwGetX11Window ? glfwGetX11Display() : nullptr;
     if (display == nullptr) return false;
     bool found = false;
-    // A window can go while it is looked at, and Xlib would end the program for that.
+    // A window may be destroyed between two calls. Xlib's default handler would end the program then.
     const XErrorHandler before = XSetErrorHandler([](Display*, XErrorEvent*) { return 0; });
     for (const Window window : allWindows(display)) {
         const std::vector<unsigned long> owners = numbersIn(display, window, "_NET_WM_PID", XA_CARDINAL);

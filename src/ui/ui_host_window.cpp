@@ -1,0 +1,259 @@
+// Opens, paints and closes the window, and notes its events.
+
+#include "ui/ui_host_window.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+#include <vector>
+
+#include <GLFW/glfw3.h>
+#include <imgui_impl_glfw.h>
+#include <imgui_impl_opengl3.h>
+#include <imgui_internal.h>
+
+#include "ui/ui_host_platform.h"
+#include "ui/ui_icon.h"
+#include "ui/ui_theme.h"
+
+namespace {
+
+constexpr const char* kWindowClass = "volo-launcher";
+
+// Tried in this order. Each version suffices for what the launcher draws.
+struct GraphicsVersion {
+    int major, minor;
+    bool core;
+    const char* shaderVersion;
+};
+constexpr GraphicsVersion kGraphicsVersions[] = {
+    {3, 3, true, "#version 330 core"}, {3, 2, true, "#version 150"}, {3, 0, false, "#version 130"}};
+
+std::string takeError() {
+    const char* description = nullptr;
+    return glfwGetError(&description) == GLFW_NO_ERROR || !description ? "no reason given" : description;
+}
+
+bool onWayland() {
+#if defined(GLFW_PLATFORM_WAYLAND)
+    return glfwGetPlatform() == GLFW_PLATFORM_WAYLAND;
+#else
+    return std::strstr(glfwGetVersionString(), "Wayland") != nullptr;
+#endif
+}
+
+// A little less than one frame of the fastest display, so that the display's vertical sync sets the pace. Without a
+// known refresh rate (a virtual display) 1/60 s.
+double secondsPerFrame() {
+    int fastest = 0;
+    int count = 0;
+    GLFWmonitor** monitors = glfwGetMonitors(&count);
+    for (int i = 0; i < count; ++i)
+        if (const GLFWvidmode* mode = glfwGetVideoMode(monitors[i])) fastest = std::max(fastest, mode->refreshRate);
+    return fastest >= 30 ? 0.9 / fastest : 1.0 / 60.0;
+}
+
+} // namespace
+
+// --- opening and closing ---------------------------------------------------------------------------------------------
+
+bool UiHost::Window::open(std::string& errorText) {
+    glfwSetErrorCallback(nullptr); // takeError fetches the reason
+    glfwStarted = glfwInit() == GLFW_TRUE;
+    if (!glfwStarted) {
+        errorText = "could not open the window: " + takeError();
+        return false;
+    }
+    if (!createWindow(errorText) || !createContext(errorText)) return false;
+    show();
+    return true;
+}
+
+bool UiHost::Window::createWindow(std::string& errorText) {
+    glfwWindowHint(GLFW_VISIBLE, GLFW_FALSE); // show() makes it visible, with its final place and a background
+    glfwWindowHint(GLFW_RESIZABLE, desc.resizable ? GLFW_TRUE : GLFW_FALSE);
+    glfwWindowHint(GLFW_SCALE_TO_MONITOR, GLFW_TRUE);
+    glfwWindowHint(GLFW_DEPTH_BITS, 0);
+    glfwWindowHint(GLFW_STENCIL_BITS, 0);
+    glfwWindowHintString(GLFW_X11_CLASS_NAME, kWindowClass);
+    glfwWindowHintString(GLFW_X11_INSTANCE_NAME, kWindowClass);
+#if defined(GLFW_WAYLAND_APP_ID)
+    glfwWindowHintString(GLFW_WAYLAND_APP_ID, kWindowClass);
+#endif
+    std::string reason; // of the first version, which is the one that is wanted
+    for (const GraphicsVersion& version : kGraphicsVersions) {
+        glfwWindowHint(GLFW_CONTEXT_VERSION_MAJOR, version.major);
+        glfwWindowHint(GLFW_CONTEXT_VERSION_MINOR, version.minor);
+        glfwWindowHint(GLFW_OPENGL_PROFILE, version.core ? GLFW_OPENGL_CORE_PROFILE : GLFW_OPENGL_ANY_PROFILE);
+        glfwWindowHint(GLFW_OPENGL_FORWARD_COMPAT, version.core ? GLFW_TRUE : GLFW_FALSE);
+        handle = glfwCreateWindow(desc.width, desc.height, desc.title, nullptr, nullptr);
+        if (handle) {
+            shaderVersion = version.shaderVersion;
+            break;
+        }
+        if (reason.empty()) reason = takeError();
+    }
+    if (!handle) {
+        errorText = "could not open the window: " + reason;
+        return false;
+    }
+    darkenTitleBar(handle);
+    setIcon();
+    glfwMakeContextCurrent(handle);
+    // Some Wayland compositors block glfwSwapBuffers for as long as the window is hidden, if the swap interval is not
+    // 0. The pacer's own clock limits the rate there.
+    glfwSwapInterval(onWayland() ? 0 : 1);
+    pacer = FramePacer(secondsPerFrame());
+    place();
+    return true;
+}
+
+void UiHost::Window::setIcon() {
+    if (onWayland()) return; // it takes the icon from the desktop entry
+    std::vector<GLFWimage> images;
+    for (const UiIconPicture& picture : uiIconPictures())
+        images.push_back({picture.size, picture.size, const_cast<unsigned char*>(picture.pixels)}); // GLFW only reads
+    if (!images.empty()) glfwSetWindowIcon(handle, static_cast<int>(images.size()), images.data());
+}
+
+bool UiHost::Window::createContext(std::string& errorText) {
+    IMGUI_CHECKVERSION();
+    context = ImGui::CreateContext();
+    ImGuiIO& io = ImGui::GetIO();
+    io.IniFilename = nullptr;
+    io.LogFilename = nullptr;
+    io.ConfigFlags |= ImGuiConfigFlags_NavEnableKeyboard;
+    io.ConfigDebugHighlightIdConflicts = false; // two buttons with one label share an identifier on purpose
+    io.ConfigErrorRecoveryEnableTooltip = false;
+    context->ConfigNavWindowingKeyNext = context->ConfigNavWindowingKeyPrev = ImGuiKey_None; // there is one window
+
+    watchEvents(); // before the backend: it chains to the callbacks it finds
+    platformReady = ImGui_ImplGlfw_InitForOpenGL(handle, true);
+    rendererReady = platformReady && ImGui_ImplOpenGL3_Init(shaderVersion);
+    if (!rendererReady) errorText = "could not start the graphics device: OpenGL 3 is missing";
+    return rendererReady;
+}
+
+UiHost::Window::~Window() {
+    if (context) {
+        lastImage.forget();
+        uiThemeShutdown();
+        if (rendererReady) ImGui_ImplOpenGL3_Shutdown();
+        if (platformReady) ImGui_ImplGlfw_Shutdown();
+        ImGui::DestroyContext(context);
+    }
+    if (handle) glfwDestroyWindow(handle);
+    if (glfwStarted) glfwTerminate();
+}
+
+// --- painting --------------------------------------------------------------------------------------------------------
+
+// Clears the window before the first frame is ready. Otherwise it would show what the graphics memory held.
+void UiHost::Window::show() {
+    float background[4];
+    uiThemeBackgroundFloat(background);
+    glfwShowWindow(handle);
+    glClearColor(background[0], background[1], background[2], background[3]);
+    glClear(GL_COLOR_BUFFER_BIT);
+    glfwSwapBuffers(handle);
+}
+
+void UiHost::Window::draw(ImDrawData& frame, std::span<const float, 4> clear) const {
+    int width = 0;
+    int height = 0;
+    glfwGetFramebufferSize(handle, &width, &height);
+    glViewport(0, 0, width, height);
+    glClearColor(clear[0], clear[1], clear[2], clear[3]);
+    glClear(GL_COLOR_BUFFER_BIT);
+    ImGui_ImplOpenGL3_RenderDrawData(&frame);
+    glfwSwapBuffers(handle);
+}
+
+// Repaints the last image after damage. In a resized window the image keeps its size at the top left corner.
+void UiHost::Window::repaintDamage() {
+    if (!pacer.takeDamage()) return;
+    int width = 0;
+    int height = 0;
+    glfwGetWindowSize(handle, &width, &height);
+    lastImage.frame.DisplaySize = {static_cast<float>(width), static_cast<float>(height)};
+    draw(lastImage.frame, lastImage.clear);
+}
+
+void LastImage::keep(const ImDrawData& shown, std::span<const float, 4> clearColour) {
+    forget();
+    frame = shown;
+    frame.Textures = nullptr; // the renderer has already taken them
+    for (ImDrawList*& list : frame.CmdLists)
+        list = list->CloneOutput();
+    std::ranges::copy(clearColour, clear.begin());
+}
+
+void LastImage::forget() {
+    for (ImDrawList* list : frame.CmdLists)
+        IM_DELETE(list);
+    frame.Clear();
+}
+
+// --- events ----------------------------------------------------------------------------------------------------------
+
+UiHost::Window& UiHost::Window::of(GLFWwindow* source) {
+    return *static_cast<Window*>(glfwGetWindowUserPointer(source));
+}
+
+void UiHost::Window::noteEvent(GLFWwindow* source) {
+    of(source).pacer.noteEvent();
+}
+
+// Dear ImGui 1.92's GLFW backend drops the pointer position when the window loses the focus, and gets a new one only
+// when the pointer moves. A click before that would hit nothing, so the position is passed on with every click.
+void UiHost::Window::notePointer(GLFWwindow* source) {
+    double x = 0.0;
+    double y = 0.0;
+    glfwGetCursorPos(source, &x, &y);
+    ImGui::GetIO().AddMousePosEvent(static_cast<float>(x), static_cast<float>(y));
+    noteEvent(source);
+}
+
+// Windows shows its dialogs in our process and runs its own event loop meanwhile, so damage is reported in the middle
+// of a frame and no call of repaintBehindDialog follows.
+void UiHost::Window::noteDamage(GLFWwindow* source) {
+    Window& window = of(source);
+    window.pacer.noteDamage();
+    if (window.context->WithinFrameScope && !window.behindDialog) window.repaintDamage();
+}
+
+void UiHost::Window::notePlacement(GLFWwindow* source) {
+    of(source).placementChangedAt = glfwGetTime();
+    noteEvent(source);
+}
+
+// Ctrl with +, - and 0 zoom. The keys are compared by their character, because "+" is another key on every layout.
+void UiHost::Window::noteKey(GLFWwindow* source, int key, int scanCode, int action, int modifiers) {
+    noteEvent(source);
+    if (action == GLFW_RELEASE || (modifiers & GLFW_MOD_CONTROL) == 0 || (modifiers & GLFW_MOD_ALT) != 0) return;
+    const char* name = glfwGetKeyName(key, scanCode);
+    const std::string_view character = name ? name : "";
+    if (character == "+" || character == "=") of(source).zoomBy(1);
+    if (character == "-") of(source).zoomBy(-1);
+    if (character == "0") of(source).zoomBy(0);
+}
+
+void UiHost::Window::watchEvents() {
+    glfwSetWindowUserPointer(handle, this);
+    glfwSetKeyCallback(handle, noteKey);
+    glfwSetCharCallback(handle, [](GLFWwindow* source, unsigned int) { noteEvent(source); });
+    glfwSetMouseButtonCallback(handle, [](GLFWwindow* source, int, int, int) { notePointer(source); });
+    glfwSetCursorPosCallback(handle, [](GLFWwindow* source, double, double) { noteEvent(source); });
+    glfwSetCursorEnterCallback(handle, [](GLFWwindow* source, int) { noteEvent(source); });
+    glfwSetScrollCallback(handle, [](GLFWwindow* source, double, double) { noteEvent(source); });
+    glfwSetWindowFocusCallback(handle, [](GLFWwindow* source, int focused) {
+        const bool pointed = focused == GLFW_TRUE && glfwGetWindowAttrib(source, GLFW_HOVERED) == GLFW_TRUE;
+        pointed ? notePointer(source) : noteEvent(source);
+    });
+    glfwSetWindowContentScaleCallback(handle, [](GLFWwindow* source, float, float) { noteEvent(source); });
+    glfwSetWindowPosCallback(handle, [](GLFWwindow* source, int, int) { notePlacement(source); });
+    glfwSetWindowSizeCallback(handle, [](GLFWwindow* source, int, int) { notePlacement(source); });
+    glfwSetWindowMaximizeCallback(handle, [](GLFWwindow* source, int) { notePlacement(source); });
+    glfwSetFramebufferSizeCallback(handle, [](GLFWwindow* source, int, int) { noteDamage(source); });
+    glfwSetWindowRefreshCallback(handle, noteDamage);
+}

@@ -1,0 +1,81 @@
+#pragma once
+
+// The parts of UiHost that hold resources: the GLFW window, the Dear ImGui context and its backends, and the window's
+// saved placement. Main thread only. Included by the sources of UiHost alone.
+
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include <imgui.h>
+
+#include "ui/ui_host.h"
+#include "ui/ui_pacing.h"
+#include "ui/ui_placement.h"
+
+struct GLFWwindow;
+
+// A copy of the frame on screen. Dear ImGui reuses a frame's draw lists as soon as the next frame begins.
+struct LastImage {
+    void keep(const ImDrawData& shown, std::span<const float, 4> clearColour);
+    void forget();
+
+    ImDrawData frame;
+    std::array<float, 4> clear{};
+};
+
+struct UiHost::Window {
+    UiIntegration integration;
+    UiHostDesc desc;
+    std::filesystem::path placementFile; // empty: the placement is neither read nor written
+    std::optional<WindowPlacement> placement;
+
+    bool glfwStarted = false;
+    GLFWwindow* handle = nullptr;
+    ImGuiContext* context = nullptr;
+    bool platformReady = false;
+    bool rendererReady = false;
+    const char* shaderVersion = nullptr;
+
+    FramePacer pacer;
+    LastImage lastImage;
+    int zoom = 100;                  // percent
+    double placementChangedAt = 0.0; // when the window was moved or resized last, by glfwGetTime; 0: it has been saved
+    int progressPercent = -1;        // in the task bar; -1: none
+    std::string footLine;
+    double footLineUntil = 0.0;     // by ImGui::GetTime
+    bool behindDialog = false;      // repaintBehindDialog is polling for events
+    std::int64_t dialogInFront = 0; // the dialog process whose windows were made transient last
+    float scale = 0.0f;             // screen coordinates per unit, zoom included, in this frame
+
+    ~Window();
+    [[nodiscard]] bool open(std::string& errorText);
+    void repaintDamage();
+    void draw(ImDrawData& frame, std::span<const float, 4> clear) const;
+    void followScale();
+    void rememberPlacement();
+    void rememberSettledPlacement(); // once nothing has changed for half a second
+    void zoomBy(int steps);          // 0: back to 100%
+    static void notePointer(GLFWwindow* source);
+
+  private:
+    static Window& of(GLFWwindow* source);
+    static void noteEvent(GLFWwindow* source);
+    static void noteDamage(GLFWwindow* source);
+    static void notePlacement(GLFWwindow* source);
+    static void noteKey(GLFWwindow* source, int key, int scanCode, int action, int modifiers);
+    [[nodiscard]] bool createWindow(std::string& errorText);
+    [[nodiscard]] bool createContext(std::string& errorText);
+    void setIcon();
+    void watchEvents();
+    void show();
+    void place();
+    void limitSize();
+    [[nodiscard]] float contentScale() const;
+    [[nodiscard]] std::vector<ScreenArea> contentAreas() const;
+    [[nodiscard]] ScreenArea minimumSize(int atZoom) const;
+};
