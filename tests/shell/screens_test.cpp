@@ -59,10 +59,6 @@ TEST(Routing, EverySignInChecksForUpdatesOnce) {
     ui.frame();
     EXPECT_TRUE(app.updateCheckStarted);
     ASSERT_TRUE(eventually([&] { return app.install->status() == EditorInstallStatus::Failed; }));
-    EXPECT_FALSE(app.attentionWanted);
-    app.pendingOpenProjectPath = "/a/project that waits.zantorproj";
-    ui.frame();
-    EXPECT_TRUE(app.attentionWanted) << "the install that a project waited for has ended";
 
     ASSERT_TRUE(ui.click(kRoot, {"Installs"}));
     ASSERT_TRUE(ui.click(kRoot, {"Sign out"}));
@@ -75,6 +71,11 @@ TEST(Routing, EverySignInChecksForUpdatesOnce) {
     ui.frame();
     EXPECT_EQ(app.activeTab, LauncherTab::Installs) << "the tab is kept";
     EXPECT_TRUE(eventually([&] { return app.install->status() == EditorInstallStatus::InstalledOffline; }));
+
+    EXPECT_FALSE(app.attentionWanted);
+    app.pendingOpenProjectPath = "/a/project that waits.zantorproj";
+    ui.frame();
+    EXPECT_TRUE(app.attentionWanted) << "the install that a project waited for has ended";
 }
 
 TEST(Routing, AnyOtherTabValueShowsTheDownloads) {
