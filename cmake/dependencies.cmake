@@ -67,13 +67,14 @@ endif()
 
 # --- cpp-httplib: header only, TLS on, compression off.
 # CPPHTTPLIB_LISTEN_BACKLOG: with the default of 5, a browser waits for seconds when other programs connect at the same
-# moment. CPPHTTPLIB_MAX_LINE_LENGTH: the library parses status lines with std::regex, which recurses for every
-# character; at the default of 32 KiB a hostile server overflows the stack of a thread on Windows.
+# moment. CPPHTTPLIB_MAX_LINE_LENGTH, CPPHTTPLIB_HEADER_MAX_LENGTH: a browser may send 16 KiB of cookies to the loopback
+# listener. The library parses status lines with std::regex, which recurses for every character, so requests run on a
+# large stack (src/system/http_exchange.cpp).
 volo_split_header(${httplib_SOURCE_DIR}/httplib.h ${CMAKE_BINARY_DIR}/httplib)
 add_library(httplib STATIC ${CMAKE_BINARY_DIR}/httplib/httplib.cpp)
 target_include_directories(httplib SYSTEM PUBLIC ${CMAKE_BINARY_DIR}/httplib)
 target_compile_definitions(httplib PUBLIC CPPHTTPLIB_OPENSSL_SUPPORT CPPHTTPLIB_LISTEN_BACKLOG=128
-  CPPHTTPLIB_MAX_LINE_LENGTH=4096)
+  CPPHTTPLIB_MAX_LINE_LENGTH=20480 CPPHTTPLIB_HEADER_MAX_LENGTH=20480)
 target_link_libraries(httplib PUBLIC OpenSSL::SSL OpenSSL::Crypto Threads::Threads)
 
 # --- stb_image, RapidJSON: headers.

@@ -4,14 +4,17 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <string>
+#include <system_error>
 #include <thread>
 
 #include "sandbox/browser.h"
 
 namespace {
 
+constexpr auto kPollInterval = std::chrono::milliseconds(50);
 constexpr auto kReadingTime = std::chrono::seconds(1); // so that the launcher is seen waiting
 
 std::string environmentText(const char* name) {
@@ -47,6 +50,10 @@ int main(int count, char** values) {
     }
     log << "opens the consent page" << std::endl;
     std::this_thread::sleep_for(kReadingTime);
+    const std::filesystem::path hold = environmentText("VOLO_SANDBOX_HOLD");
+    std::error_code ignored;
+    while (!hold.empty() && std::filesystem::exists(hold / "browser", ignored))
+        std::this_thread::sleep_for(kPollInterval);
     const BrowserVisit visit = signInWithBrowser(target, environmentText("SSL_CERT_FILE"));
     log << (visit.error.empty() ? "was sent back and reads: " + visibleText(visit.finalPage) : visit.error)
         << std::endl;

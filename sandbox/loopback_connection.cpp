@@ -2,7 +2,9 @@
 
 #include <cstdint>
 
-#include "sandbox/sockets.h"
+#include <httplib.h> // declares socket_t and includes the socket headers of the platform
+
+#include "system/sockets.h"
 
 LoopbackConnection::LoopbackConnection(int port)
     : socket_(static_cast<std::intptr_t>(::socket(AF_INET, SOCK_STREAM, 0))) {
@@ -14,7 +16,7 @@ LoopbackConnection::LoopbackConnection(int port)
 }
 
 LoopbackConnection::~LoopbackConnection() {
-    closeSocket(static_cast<socket_t>(socket_));
+    closeSocket(socket_);
 }
 
 void LoopbackConnection::send(const std::string& bytes) {

@@ -112,7 +112,8 @@ void addOptions(CLI::App& app, Options& options) {
         ->type_name("BYTES")
         ->group(update);
     app.add_option("--hold", updates.holdFolder,
-                   "Delay what this folder has a file for: \"manifest\", \"package\" (its second half), \"statement\"")
+                   "Delay what this folder has a file for: \"browser\", \"manifest\", \"package\" (its second half), "
+                   "\"statement\"")
         ->type_name("DIR")
         ->group(update);
     app.add_option("--corrupt", updates.corruptAt, "Invert the byte at this offset of the package")
@@ -259,6 +260,7 @@ int Sandbox::run() {
     std::string failure;
     if (!prepare(failure)) return fail(failure);
     enterSandbox(places_, identity_->port());
+    if (!options_.updates.holdFolder.empty()) setEnvironment("VOLO_SANDBOX_HOLD", options_.updates.holdFolder);
     prepareUser();
 
     say("folder: " + places_.root.string());

@@ -11,10 +11,11 @@
 #include <thread>
 #include <utility>
 
+#include <httplib.h> // declares socket_t and includes the socket headers of the platform
 #include <openssl/pem.h>
 #include <openssl/ssl.h>
 
-#include "sandbox/sockets.h"
+#include "system/sockets.h"
 
 struct TlsConnection::State {
     TlsServer::Shared& shared;
@@ -49,7 +50,7 @@ void TlsServer::Shared::close(TlsConnection::State& state, bool withReset) {
     const linger discard{1, 0}; // makes the close an RST
     if (withReset)
         setsockopt(state.socket, SOL_SOCKET, SO_LINGER, reinterpret_cast<const char*>(&discard), sizeof discard);
-    closeSocket(state.socket);
+    closeSocket(static_cast<std::intptr_t>(state.socket));
     state.socket = INVALID_SOCKET;
 }
 
@@ -77,13 +78,13 @@ void TlsServer::Shared::acceptLoop() {
         const socket_t socket = accept(listener, nullptr, nullptr);
         const std::lock_guard<std::mutex> lock(mutex);
         if (stopping || socket == INVALID_SOCKET) {
-            if (socket != INVALID_SOCKET) closeSocket(socket);
+            if (socket != INVALID_SOCKET) closeSocket(static_cast<std::intptr_t>(socket));
             return;
         }
         joinEnded();
         SSL* ssl = SSL_new(context);
         SSL_set_fd(ssl, static_cast<int>(socket));
-        TlsConnection::State& state = connections.emplace_back(*this, ssl, socket, std::thread());
+        TlsConnection::State& state = connections.emplace_back(TlsConnection::State{*this, ssl, socket, {}});
         state.thread = std::thread([this, &state] { serve(state); });
     }
 }
@@ -143,12 +144,13 @@ TlsServer::~TlsServer() {
         const std::lock_guard<std::mutex> lock(shared_->mutex);
         shared_->stopping = true;
 #ifdef _WIN32
-        closeSocket(shared_->listener); // a shutdown ends accept() on Linux only
+        closeSocket(static_cast<std::intptr_t>(shared_->listener)); // a shutdown ends accept() on Linux only
 #else
-        shutDownSocket(shared_->listener);
+        shutDownSocket(static_cast<std::intptr_t>(shared_->listener));
 #endif
         for (TlsConnection::State& state : shared_->connections) {
-            if (state.socket != INVALID_SOCKET) shutDownSocket(state.socket); // ends a blocked read or write
+            if (state.socket != INVALID_SOCKET)
+                shutDownSocket(static_cast<std::intptr_t>(state.socket)); // ends a blocked read or write
         }
     }
     shared_->stopped.notify_all();
@@ -156,7 +158,7 @@ TlsServer::~TlsServer() {
     for (TlsConnection::State& state : shared_->connections)
         state.thread.join();
 #ifndef _WIN32
-    closeSocket(shared_->listener);
+    closeSocket(static_cast<std::intptr_t>(shared_->listener));
 #endif
     SSL_CTX_free(shared_->context);
 }

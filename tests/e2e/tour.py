@@ -89,6 +89,7 @@ class Tour:
         """the launcher waits for the browser"""
         self.window.click(SIGN_IN)
         self.window.see("Finish signing in in your browser.", SIGN_IN_COLUMN)
+        self.release_held("browser")
         self.sandbox.see("identity provider: consent")
 
     def shell(self):
@@ -305,7 +306,7 @@ def take(build, pictures):
         root = pathlib.Path(folder) / "world"
         hold = pathlib.Path(folder) / "hold"
         hold.mkdir()
-        for what in ("package", "statement"):
+        for what in ("browser", "package", "statement"):
             (hold / what).touch()
         tour = Tour(desktop, hold, pictures)
         for steps, options in ((FIRST_RUN, ("--projects", str(len(MADE_UP)), "--hold", hold)),

@@ -100,6 +100,9 @@ TEST(InstallPipeline, CancelBeforeAnEntryFailsEveryRowOfTheVersion) {
     world.state().requestCancel();
     EXPECT_EQ(world.finish(), "Failed: Install cancelled. [Failed Failed Installed]");
     world.expectOldEditor({{"zantor_editor_1.9.zip", kArchive}, {"zantor_editor_2.0.zip", makeZip(entries)}}, false);
+    world.release("2.0", "no archive");
+    EXPECT_EQ(world.run(),
+              "Failed: The editor package is not a readable zip archive. [Installing Failed Failed Installed]");
 }
 
 TEST(InstallPipeline, ClosingInterruptsAnEntryAndKeepsTheOldEditor) {

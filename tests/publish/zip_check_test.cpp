@@ -10,6 +10,7 @@
 
 #include "install/editor_location.h"
 #include "install/package_extraction.h"
+#include "install/run_stop.h"
 #include "support/package_making.h"
 #include "support/platform.h"
 #include "support/temporary_folder.h"
@@ -32,7 +33,7 @@ class ArchiveCheck : public testing::Test {
     bool launcherInstalls() {
         const std::string staging = (folder / "staging").string();
         std::filesystem::remove_all(staging);
-        return extractArchive((folder / "a.zip").string(), staging, false) == ExtractionOutcome::Done &&
+        return extractArchive((folder / "a.zip").string(), staging, RunStop{}) == ExtractionOutcome::Done &&
                !findEditorExecutable(staging).empty();
     }
 
