@@ -10,6 +10,7 @@
 
 #include "install/editor_location.h"
 #include "install/package_extraction.h"
+#include "install/run_stop.h"
 #include "support/package_making.h"
 #include "support/platform.h"
 #include "support/temporary_folder.h"
@@ -32,7 +33,7 @@ class ArchiveCheck : public testing::Test {
     bool launcherInstalls() {
         const std::string staging = (folder / "staging").string();
         std::filesystem::remove_all(staging);
-        return extractArchive((folder / "a.zip").string(), staging, false) == ExtractionOutcome::Done &&
+        return extractArchive((folder / "a.zip").string(), staging, RunStop{}) == ExtractionOutcome::Done &&
                !findEditorExecutable(staging).empty();
     }
 
@@ -114,6 +115,10 @@ TEST_F(ArchiveCheck, AcceptsWhatTheLauncherInstalls) {
     EXPECT_EQ(summary.files, 5u);
     EXPECT_EQ(summary.unpackedBytes, 200010u);
     EXPECT_TRUE(summary.warnings.empty());
+
+    EXPECT_EQ(check(makeZip({kEditor, unixEntry("open", "x", 0100666), unixEntry("closed", "x", 0100664)})), "");
+    ASSERT_EQ(summary.warnings.size(), 1u);
+    EXPECT_TRUE(summary.warnings[0].starts_with("1 entries are writable")) << summary.warnings[0];
 
     EXPECT_EQ(check(makeZip({{"bin/editor.exe", "x"}})), "");
     EXPECT_EQ(summary.warnings.size(), 1u) << "the launcher would install it again at every check";
