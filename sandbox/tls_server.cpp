@@ -84,7 +84,7 @@ void TlsServer::Shared::acceptLoop() {
         joinEnded();
         SSL* ssl = SSL_new(context);
         SSL_set_fd(ssl, static_cast<int>(socket));
-        TlsConnection::State& state = connections.emplace_back(*this, ssl, socket, std::thread());
+        TlsConnection::State& state = connections.emplace_back(TlsConnection::State{*this, ssl, socket, {}});
         state.thread = std::thread([this, &state] { serve(state); });
     }
 }

@@ -86,9 +86,10 @@ void LauncherApp::drawInstallsScreen() {
                            true); // long paths and messages are cut at the card
     uiThemeText(drawList, small, min + uiThemePx({kTextLeft, kLocationTop}), editor.empty() ? kNoLocation : kLocation,
                 editor.empty() ? "No editor installation found." : "Location: " + editor);
-    uiThemeText(drawList, small, min + uiThemePx({kTextLeft, kStatusTop}), kStatusLine,
-                message.empty() ? "Channel: Stable - Linux x86_64" : message);
+    const std::string statusLine = message.empty() ? "Channel: Stable - Linux x86_64" : message;
+    uiThemeText(drawList, small, min + uiThemePx({kTextLeft, kStatusTop}), kStatusLine, statusLine);
     drawList->PopClipRect();
+    if (ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_C)) ImGui::SetClipboardText(statusLine.c_str());
     drawInstallAction(status, min.x, {max.x, max.y - uiThemePx(kActionAboveBottom)});
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
-// Extracts the verified zip archive into a staging directory, and replaces the installed editor with that directory.
-// Blocking; install worker only.
+// Extracts the verified zip archive into a staging directory. Blocking; install worker only, which starts up to three
+// helper threads and joins them.
 
 #include <string>
 #include <string_view>
@@ -23,8 +23,3 @@ enum class ExtractionOutcome {
 // Everything is on the disk when it is done. A cancel takes effect before the next entry, closing also inside an entry.
 [[nodiscard]] ExtractionOutcome extractArchive(const std::string& archivePath, const std::string& stagingDirectory,
                                                const RunStop& stop);
-
-// Deletes the managed editor directory and renames the staging directory to it. Keeps no copy of the old editor. Tries
-// again for up to 10 s while another program holds a file (Windows); closing ends that.
-// False when the rename fails: then the staging directory is deleted, and the old editor wholly or in part.
-[[nodiscard]] bool swapIn(const std::string& stagingDirectory, const RunStop& stop);

@@ -35,8 +35,7 @@ bool parseUpdateManifest(const std::string& body, UpdateManifest& manifest, std:
     manifest.url = jsonStringMember(document, "url");
     manifest.sha256 = jsonStringMember(document, "sha256");
     manifest.plaintextSha256 = jsonStringMember(document, "plaintext_sha256");
-    const auto encryption = document.FindMember("encryption");
-    if (encryption != document.MemberEnd()) manifest.encryptionKey = jsonStringMember(encryption->value, "key");
+    if (document.HasMember("encryption")) manifest.encryptionKey = jsonStringMember(document["encryption"], "key");
     if (manifest.version.empty() || manifest.url.empty()) {
         failureText = "The update manifest is missing its version or url field.";
         return false;

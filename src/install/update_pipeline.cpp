@@ -10,6 +10,7 @@
 
 #include "crypto/sha256.h"
 #include "install/editor_location.h"
+#include "install/editor_swap.h"
 #include "install/package_container.h"
 #include "install/package_extraction.h"
 #include "install/update_manifest.h"

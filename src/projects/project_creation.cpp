@@ -46,5 +46,6 @@ void LauncherApp::createProject() {
     if (settings->defaultLocation().empty()) settings->setDefaultLocation(location);
     (void)settings->save(); // a failed save shows no message; the list on screen keeps the project
     createProjectRequested = false;
+    projectToFocus = entry.path;
     noticeText.clear();
 }

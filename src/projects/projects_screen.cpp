@@ -3,7 +3,9 @@
 
 #include "projects/projects_screen.h"
 
+#include <algorithm>
 #include <array>
+#include <utility>
 
 #include <imgui_internal.h>
 
@@ -83,7 +85,7 @@ void LauncherApp::drawProjectsScreen() {
     at.noticeTop = top + uiThemePx(kControlHeight) + uiThemePx(kBelowTitleLine);
 
     drawContentArea(kProjectsTitle);
-    drawSearchBox(at);
+    const SearchKey searchKey = drawSearchBox(at);
     if (drawSecondaryButton("Add project from disk", at.addButton, at.addButtonSize, 13.0f)) addProjectFromDisk();
     if (drawPrimaryButton(kNewProjectLabel, at.newButton, at.newButtonSize, 13.5f)) beginNewProject();
 
@@ -100,6 +102,11 @@ void LauncherApp::drawProjectsScreen() {
     rows.editorLabel = defaultEditorLabel(*this);
     // After the search box, so that a text that was cleared in this frame already lists every project.
     rows.indices = displayedProjects(*this, rows.editorLabel);
+    rows.openFirst = searchKey == SearchKey::Enter && !searchTerms(searchText).empty();
+    if (searchKey == SearchKey::Down && !rows.indices.empty()) {
+        projectToFocus = settings->projects()[static_cast<std::size_t>(rows.indices.front())].path;
+    }
+    rows.focusIndex = takeProjectToFocus();
     const float listTop = headerTop + uiThemePx(kHeaderHeight) + uiThemePx(kListGap);
     const float listHeight = at.contentMax.y - listTop - uiThemePx(kListBottomGap);
     if (rows.indices.empty()) {
@@ -109,11 +116,42 @@ void LauncherApp::drawProjectsScreen() {
     }
 }
 
-void LauncherApp::drawSearchBox(const ProjectsLayout& at) {
+// The index of the project whose row gets the focus now; -1: none. A popup keeps the focus until it closes.
+std::int32_t LauncherApp::takeProjectToFocus() {
+    if (projectToFocus.empty() || ImGui::IsPopupOpen("", ImGuiPopupFlags_AnyPopup)) return -1;
+    const std::string path = std::exchange(projectToFocus, {});
+    const std::vector<ProjectEntry>& projects = settings->projects();
+    const auto entry = std::find_if(projects.begin(), projects.end(),
+                                    [&](const ProjectEntry& candidate) { return candidate.path == path; });
+    return entry != projects.end() ? static_cast<std::int32_t>(entry - projects.begin()) : -1;
+}
+
+// Typing while no control is in use starts a search. True to activate the search field. The first characters are put
+// into the text here, because Dear ImGui 1.92 drops them until a field activated by ActivateItemByID is active.
+bool LauncherApp::startSearchByTyping() {
+    const ImGuiIO& io = ImGui::GetIO();
+    const bool listens = ImGui::GetActiveID() == 0 &&
+                         ImGui::IsWindowFocused(ImGuiFocusedFlags_ChildWindows | ImGuiFocusedFlags_NoPopupHierarchy);
+    // Space presses the focused control. Ctrl and Alt together are AltGr.
+    if (!listens || io.InputQueueCharacters.empty() || io.InputQueueCharacters[0] == ' ' || io.KeyCtrl != io.KeyAlt) {
+        return false;
+    }
+    std::string typed = searchStartedByTyping ? searchText : "";
+    for (const ImWchar character : io.InputQueueCharacters) {
+        char utf8[5];
+        ImTextCharToUtf8(utf8, character);
+        typed += utf8;
+    }
+    copyToBuffer(typed, searchText);
+    searchStartedByTyping = true;
+    return true;
+}
+
+LauncherApp::SearchKey LauncherApp::drawSearchBox(const ProjectsLayout& at) {
     ImDrawList* drawList = ImGui::GetWindowDrawList();
     const ImVec2 min = at.searchMin, max = at.searchMax, mouse = ImGui::GetIO().MousePos;
     const float middle = (min.y + max.y) * 0.5f;
-    const bool wanted = ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_F);
+    const bool wanted = startSearchByTyping() || ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_F);
     const bool clickable = ImGui::IsWindowHovered(); // false behind a popup
     const bool clicked = clickable && ImGui::IsMouseClicked(ImGuiMouseButton_Left);
     drawList->AddRectFilled(min, max, kSearchFill, uiThemePx(palette::kRounding));
@@ -132,10 +170,7 @@ void LauncherApp::drawSearchBox(const ProjectsLayout& at) {
     if (clearHovered && clicked) {
         clearSearch();
     } else if (wanted || (boxHovered && clicked)) {
-        // Not SetKeyboardFocusHere: Dear ImGui 1.92 drops its request in a frame in which the mouse is pressed on the
-        // window beside the field.
-        ImGui::ActivateItemByID(id);
-        ImGui::GetCurrentContext()->NavNextActivateFlags = ImGuiActivateFlags_PreferInput;
+        activateTextField(id);
     }
 
     drawSearchIcon(drawList, {min.x, middle});
@@ -152,18 +187,26 @@ void LauncherApp::drawSearchBox(const ProjectsLayout& at) {
                                                      ImGuiCol_Border};
     for (const ImGuiCol colour : hiddenFrame)
         ImGui::PushStyleColor(colour, 0u);
-    ImGui::InputTextWithHint(kSearchField, "Search", searchText, sizeof searchText);
+    drawTextField(kSearchField, "Search", searchText, sizeof searchText);
     const bool active = ImGui::IsItemActive();
+    if (active && std::exchange(searchStartedByTyping, false)) {
+        ImGui::GetInputTextState(id)->ClearSelection(); // the next character does not replace the first ones
+    }
     ImGui::PopStyleColor(static_cast<int>(hiddenFrame.size()));
     ImGui::PopStyleVar();
     ImGui::PopFont();
     if ((active || hadKeyboard) && ImGui::IsKeyPressed(ImGuiKey_Escape)) clearSearch();
 
     if (hadText) drawClearGlyph(drawList, {max.x, middle}, clearHovered);
-    if (!active && uiThemeFocusShows(id)) uiThemeFocusRing(drawList, min, max, uiThemePx(palette::kRounding));
+    if (uiThemeFocusShows(id)) uiThemeFocusRing(drawList, min, max, uiThemePx(palette::kRounding));
     drawList->AddRect(min, max,
                       active       ? kSearchBorderActive
                       : boxHovered ? kSearchBorderHovered
                                    : kSearchBorder,
                       uiThemePx(palette::kRounding), 0, 1.0f);
+    if (!hadKeyboard) return SearchKey::None;
+    if (ImGui::IsKeyPressed(ImGuiKey_Enter, false) || ImGui::IsKeyPressed(ImGuiKey_KeypadEnter, false)) {
+        return SearchKey::Enter;
+    }
+    return ImGui::IsKeyPressed(ImGuiKey_DownArrow, false) ? SearchKey::Down : SearchKey::None;
 }

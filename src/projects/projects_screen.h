@@ -29,12 +29,16 @@ struct LauncherApp::TableHeader {
 struct LauncherApp::ProjectRows {
     std::vector<std::int32_t> indices; // into the stored list
     std::string editorLabel;           // for entries without a version of their own
+    bool openFirst = false;            // the user pressed Enter in the search field
+    std::int32_t focusIndex = -1;      // the row that gets the keyboard focus in this frame; -1: none
 };
 
-// Requests of the rows that change the list. They are carried out after the last row, so that indices stay valid.
+// What the rows of a frame report. Requests that change the list are carried out after the last row, so that indices
+// stay valid. -1: none.
 struct LauncherApp::RowRequest {
     std::int32_t openIndex = -1;
     std::int32_t removeIndex = -1;
+    std::int32_t focusedIndex = -1; // the row whose background, star or dots have the keyboard focus
 };
 
 inline constexpr char kNewProjectLabel[] = "+ New project";

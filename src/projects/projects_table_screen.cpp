@@ -1,6 +1,8 @@
 // The table of the Projects screen: its header, its rows with star and menu, and the empty state without rows.
 
+#include <algorithm>
 #include <cmath>
+#include <string>
 
 #include <imgui_internal.h>
 
@@ -10,6 +12,7 @@
 #include "shell/widgets.h"
 #include "system/operating_system.h"
 #include "ui/ui_keyboard.h"
+#include "ui/ui_list.h"
 #include "ui/ui_palette.h"
 #include "ui/ui_popups.h"
 #include "ui/ui_theme.h"
@@ -59,6 +62,24 @@ ImRect squareAround(ImVec2 centre, float reach) {
 
 HitArea hitArea(const char* identifier, const ImRect& rectangle) {
     return hitArea(ImGui::GetID(identifier), rectangle.Min, rectangle.Max);
+}
+
+// The row without its star and dots. While the pointer is on one of those, the row takes no mouse click, so that a
+// click on the star opens nothing.
+HitArea rowArea(ImGuiID id, const ImRect& rectangle, bool takesMouse) {
+    HitArea row;
+    row.focused = uiThemeFocusShows(id);
+    if (takesMouse || row.focused) {
+        row.clicked = ImGui::ButtonBehavior(rectangle, id, &row.hovered, &row.held);
+    } else if (ImGui::GetActiveID() == id && !ImGui::IsMouseDown(ImGuiMouseButton_Left)) {
+        ImGui::ClearActiveID(); // pressed on the row and released on a control
+    }
+    if (!takesMouse) {
+        row.hovered = ImGui::IsWindowHovered(ImGuiHoveredFlags_AllowWhenBlockedByActiveItem) &&
+                      rectangle.Contains(ImGui::GetIO().MousePos);
+    }
+    ImGui::KeepAliveID(id);
+    return row;
 }
 
 void ringAround(ImDrawList* drawList, ImVec2 centre, float reach) {
@@ -139,30 +160,37 @@ void LauncherApp::drawSortHeader(const TableHeader& header, const char* label, f
 
 void LauncherApp::drawProjectTable(const ProjectsLayout& at, const ProjectRows& rows, float top, float height) {
     RowRequest request;
-    ImGui::SetCursorScreenPos({at.contentMin.x + uiThemePx(kTableInset), top});
-    uiThemeJoinNavigation();
-    ImGui::BeginChild("##ProjectsTableList",
-                      {at.contentMax.x - at.contentMin.x - uiThemePx(2.0f * kTableInset), height}, ImGuiChildFlags_None,
-                      ImGuiWindowFlags_NoBackground);
-    ImGui::PushStyleVar(ImGuiStyleVar_ItemSpacing,
-                        ImVec2(ImGui::GetStyle().ItemSpacing.x, 0.0f)); // no gap between rows
+    uiThemeBeginList("##ProjectsTableList", {at.contentMin.x + uiThemePx(kTableInset), top},
+                     {at.contentMax.x - at.contentMin.x - uiThemePx(2.0f * kTableInset), height});
     ImGuiListClipper clipper;
     clipper.Begin(static_cast<int>(rows.indices.size()), uiThemePx(kRowHeight));
+    const auto toFocus = std::find(rows.indices.begin(), rows.indices.end(), rows.focusIndex);
+    if (toFocus != rows.indices.end()) clipper.IncludeItemByIndex(static_cast<int>(toFocus - rows.indices.begin()));
     while (clipper.Step()) {
         for (int position = clipper.DisplayStart; position < clipper.DisplayEnd; ++position) {
             drawProjectRow(rows, static_cast<std::size_t>(position), request);
         }
     }
-    ImGui::PopStyleVar();
-    ImGui::EndChild();
+    uiThemeEndList();
 
+    handleRowKeys(rows, request);
     if (request.openIndex >= 0) openProjectRow(request.openIndex);
-    if (request.removeIndex >= 0) {
-        std::vector<ProjectEntry> projects = settings->projects();
-        if (static_cast<std::size_t>(request.removeIndex) >= projects.size()) return;
-        projects.erase(projects.begin() + request.removeIndex);
-        settings->setProjects(projects);
-        (void)settings->save();
+    if (request.removeIndex >= 0) removeProject(request.removeIndex);
+}
+
+void LauncherApp::handleRowKeys(const ProjectRows& rows, RowRequest& request) {
+    const auto pathOf = [&](std::int32_t index) { return settings->projects()[static_cast<std::size_t>(index)].path; };
+    if (rows.openFirst && !isProjectMissing(pathOf(rows.indices.front()))) request.openIndex = rows.indices.front();
+    if (request.focusedIndex < 0) return;
+    if (ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_C)) ImGui::SetClipboardText(pathOf(request.focusedIndex).c_str());
+    if (!ImGui::Shortcut(ImGuiKey_Delete)) return;
+    request.removeIndex = request.focusedIndex;
+    // The ring moves to the row below, or to the one above the last row.
+    auto row = std::find(rows.indices.begin(), rows.indices.end(), request.focusedIndex);
+    if (row + 1 != rows.indices.end()) {
+        projectToFocus = pathOf(row[1]);
+    } else if (row != rows.indices.begin()) {
+        projectToFocus = pathOf(row[-1]);
     }
 }
 
@@ -179,7 +207,12 @@ void LauncherApp::drawProjectRow(const ProjectRows& rows, std::size_t position, 
     ImGui::PushID(index); // so that sorting does not change a row's identifiers
     const ImGuiID rowId = ImGui::GetID("##project_row");
     ImGui::ItemSize(size);
-    if (!ImGui::ItemAdd(ImRect(min, max), rowId)) {
+    const bool visible = ImGui::ItemAdd(ImRect(min, max), rowId);
+    if (index == rows.focusIndex) {
+        ImGui::FocusItem(); // also scrolls to the row
+        ImGui::SetNavCursorVisible(true);
+    }
+    if (!visible) {
         ImGui::PopID();
         return;
     }
@@ -195,15 +228,7 @@ void LauncherApp::drawProjectRow(const ProjectRows& rows, std::size_t position, 
     const HitArea star = hitArea("##star_toggle", starRect);
     const HitArea dots = hitArea("##dots_menu", dotsRect);
     ImGui::PopItemFlag();
-    HitArea row; // has no click while the pointer is on a control, so that a click on the star opens nothing
-    row.focused = uiThemeFocusShows(rowId);
-    if ((!onControls && !star.held && !dots.held) || row.focused) {
-        row.clicked = ImGui::ButtonBehavior(ImRect(min, max), rowId, &row.hovered, &row.held);
-    } else {
-        row.hovered =
-            ImGui::IsWindowHovered(ImGuiHoveredFlags_AllowWhenBlockedByActiveItem) && ImRect(min, max).Contains(mouse);
-    }
-    ImGui::KeepAliveID(rowId);
+    const HitArea row = rowArea(rowId, ImRect(min, max), !onControls && !star.held && !dots.held);
 
     ImDrawList* drawList = ImGui::GetWindowDrawList();
     if (row.hovered || star.hovered || dots.hovered || row.held) {
@@ -228,14 +253,17 @@ void LauncherApp::drawProjectRow(const ProjectRows& rows, std::size_t position, 
                                   dots.hovered ? kDotsHovered : kDots);
     }
 
-    if (row.focused) uiThemeFocusRing(drawList, min, max, uiThemePx(palette::kRounding), -2.0f);
-    if (star.focused) ringAround(drawList, starCentre, kStarHit);
-    if (dots.focused) ringAround(drawList, dotsCentre, kDotsHit);
-
-    const bool menuKey = (row.focused || star.focused || dots.focused) && uiThemeMenuKeyPressed();
-    if (menuKey || dots.clicked || (row.hovered && ImGui::IsMouseClicked(ImGuiMouseButton_Right))) {
+    const bool focused = row.focused || star.focused || dots.focused;
+    if (focused) request.focusedIndex = index;
+    if ((focused && uiThemeMenuKeyPressed()) || dots.clicked ||
+        (row.hovered && ImGui::IsMouseClicked(ImGuiMouseButton_Right))) {
         ImGui::OpenPopup(kContextMenu);
     }
+    if (row.focused || ImGui::IsPopupOpen(kContextMenu)) {
+        uiThemeFocusRing(drawList, min, max, uiThemePx(palette::kRounding), -2.0f);
+    }
+    if (star.focused) ringAround(drawList, starCentre, kStarHit);
+    if (dots.focused) ringAround(drawList, dotsCentre, kDotsHit);
     if (row.clicked && exists) request.openIndex = index;
     drawProjectMenu(index, exists, request);
     ImGui::PopID();
@@ -246,13 +274,17 @@ void LauncherApp::drawRowTexts(const ProjectRows& rows, const ProjectEntry& entr
     ImDrawList* drawList = ImGui::GetWindowDrawList();
     const float width = max.x - min.x;
     const float platformX = min.x + kPlatformColumn * width, textX = min.x + uiThemePx(kNameColumn);
-    // Long names and paths are cut before the next column.
-    drawList->PushClipRect({textX, min.y}, {platformX - uiThemePx(kNameClipGap), max.y}, true);
-    uiThemeText(drawList, uiThemeFont(14.0f), {textX, min.y + uiThemePx(kNameTop)}, exists ? kName : kMissingName,
-                entry.name);
-    uiThemeText(drawList, uiThemeFont(11.5f), {textX, min.y + uiThemePx(kPathTop)}, exists ? kPath : kMissingPath,
-                exists ? entry.path : entry.path + " - missing");
+    const std::string path = exists ? entry.path : entry.path + " - missing";
+    // Long names and paths are cut before the next column. A tooltip shows them in full.
+    const ImRect texts(textX, min.y, platformX - uiThemePx(kNameClipGap), max.y);
+    ImFont* nameFont = uiThemeFont(14.0f);
+    ImFont* pathFont = uiThemeFont(11.5f);
+    drawList->PushClipRect(texts.Min, texts.Max, true);
+    uiThemeText(drawList, nameFont, {textX, min.y + uiThemePx(kNameTop)}, exists ? kName : kMissingName, entry.name);
+    uiThemeText(drawList, pathFont, {textX, min.y + uiThemePx(kPathTop)}, exists ? kPath : kMissingPath, path);
     drawList->PopClipRect();
+    const float widest = std::max(uiThemeTextSize(nameFont, entry.name).x, uiThemeTextSize(pathFont, path).x);
+    if (widest > texts.GetWidth()) uiThemeTooltip(ImGui::GetID("##project_row"), texts, entry.name + "\n" + path);
 
     ImFont* font = uiThemeFont(12.5f);
     const float top = (min.y + max.y - uiThemeFontSize(font)) * 0.5f;

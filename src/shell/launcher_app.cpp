@@ -35,11 +35,7 @@ void LauncherApp::restoreStoredSession() {
 }
 
 void LauncherApp::drawFrame(float /*deltaSeconds*/) {
-    if (signIn) signIn->pollSignIn();
-    if (install) {
-        install->joinIfFinished();
-        servicePendingOpen();
-    }
+    collectResults();
     if (signIn && !sessionRestoreStarted && signIn->state == SignInState::SignedOut) restoreStoredSession();
 
     const ImGuiViewport* viewport = ImGui::GetMainViewport();
@@ -78,11 +74,32 @@ void LauncherApp::drawFrame(float /*deltaSeconds*/) {
     ImGui::End();
 }
 
+// Takes over what the workers have finished.
+void LauncherApp::collectResults() {
+    if (signIn) {
+        const bool signingIn = signIn->state == SignInState::SigningIn;
+        signIn->pollSignIn();
+        if (signingIn && signIn->state != SignInState::SigningIn) attentionWanted = true;
+    }
+    if (install) {
+        install->joinIfFinished();
+        const bool projectWaits = !pendingOpenProjectPath.empty();
+        servicePendingOpen();
+        if (projectWaits && pendingOpenProjectPath.empty()) attentionWanted = true;
+    }
+}
+
+float LauncherApp::downloadProgress() const {
+    if (!install || install->status() != EditorInstallStatus::Downloading || install->totalBytes() <= 0) return -1.0f;
+    return static_cast<float>(install->downloadedBytes()) / static_cast<float>(install->totalBytes());
+}
+
 void LauncherApp::drawSignedInShell() {
     if (!updateCheckStarted) {
         updateCheckStarted = true;
         if (install) install->startUpdate();
     }
+    handleShellKeys();
     drawSidebar(); // before the screen, so that a click shows the new tab in the same frame
     switch (activeTab) {
     case LauncherTab::Projects:
@@ -95,4 +112,15 @@ void LauncherApp::drawSignedInShell() {
         drawDownloadsScreen();
         break;
     }
+}
+
+// ImGui::Shortcut leaves a key to a text field that uses it, and to an open popup.
+void LauncherApp::handleShellKeys() {
+    if (ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_N)) {
+        activeTab = LauncherTab::Projects; // where the new project appears
+        beginNewProject();
+    }
+    if (ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_1)) activeTab = LauncherTab::Projects;
+    if (ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_2)) activeTab = LauncherTab::Installs;
+    if (activeTab == LauncherTab::Projects && ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_Z)) restoreRemovedProject();
 }

@@ -3,16 +3,18 @@
 // The one application object. It owns the four long-lived subsystems, holds the state that the screens share, and
 // chooses every frame which screen is drawn. Main thread only. It is built before the window and destroyed after it.
 
-#include <cstddef>
 #include <cstdint>
 #include <future>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "config/launcher_config.h"
 #include "config/launcher_settings.h"
 #include "install/editor_install_state.h"
+#include "projects/project_entry.h"
+#include "shell/text_field.h"
 #include "signin/picture_file.h"
 #include "signin/sign_in_flow.h"
 
@@ -21,12 +23,6 @@ struct ImVec2;
 
 enum class LauncherTab : std::int32_t { Projects = 0, Installs = 1, Downloads = 2 };
 enum class ProjectSortColumn : std::int32_t { LastOpened = 0, Name = 1, Platform = 2, EditorVersion = 3 };
-
-// Copies a text into the fixed buffer of a text field and cuts it to fit.
-template<std::size_t size>
-void copyToBuffer(const std::string& text, char (&buffer)[size]) {
-    buffer[text.copy(buffer, size - 1)] = '\0';
-}
 
 class LauncherApp {
   public:
@@ -44,6 +40,8 @@ class LauncherApp {
     void openProjectRow(std::int32_t index);
     [[nodiscard]] bool openProjectPath(const std::string& path, std::string& errorText);
     void servicePendingOpen();
+    void removeProject(std::int32_t index);
+    void restoreRemovedProject(); // the one that was removed last in this run, unless its path is listed again
 
     // The subsystems. Without a usable configuration `signIn` and `install` are null.
     std::unique_ptr<LauncherConfig> config;
@@ -60,6 +58,7 @@ class LauncherApp {
     bool sortStarredFirst = false;
     ProjectSortColumn sortColumn = ProjectSortColumn::LastOpened;
     bool sortAscending = true;
+    std::string projectToFocus; // path of the row that gets the keyboard focus when it is drawn next; empty: none
 
     // The popups. A request flag is set anywhere in a frame; drawProjectDialogs opens the popup and clears the flag.
     bool createProjectRequested = false;
@@ -73,10 +72,15 @@ class LauncherApp {
     std::string noticeText;             // the notice on the Projects screen; empty: none
     std::int64_t lastEditorLaunchTime = 0;
 
+    bool attentionWanted = false; // a sign-in, or an install that a project waits for, has ended; main clears it
+    [[nodiscard]] float downloadProgress() const; // from 0 to 1; negative while no download runs
+
   private:
+    void collectResults();
     void drawNotConfiguredScreen();
     void drawSignInScreen();
     void drawSignedInShell();
+    void handleShellKeys();
     void drawSidebar();
     void drawProjectsScreen();
     void drawInstallsScreen();
@@ -92,7 +96,11 @@ class LauncherApp {
     struct TableHeader;
     struct ProjectRows;
     struct RowRequest;
-    void drawSearchBox(const ProjectsLayout& at);
+    enum class SearchKey { None, Enter, Down };
+    SearchKey drawSearchBox(const ProjectsLayout& at);
+    bool startSearchByTyping();
+    std::int32_t takeProjectToFocus();
+    void handleRowKeys(const ProjectRows& rows, RowRequest& request);
     void drawTableHeader(const ProjectsLayout& at, float top, float height);
     void drawSortHeader(const TableHeader& header, const char* label, float x, ProjectSortColumn column);
     void drawProjectTable(const ProjectsLayout& at, const ProjectRows& rows, float top, float height);
@@ -107,6 +115,9 @@ class LauncherApp {
     void showOpenError(const std::string& message);
     bool refuseWhileEditorRuns(std::int64_t now);
     void keepAfterOpening(std::vector<ProjectEntry> projects);
+
+    std::optional<ProjectEntry> removedProject; // for Ctrl+Z
+    bool searchStartedByTyping = false;         // until the search field is active
 
     ImTextureData* backgroundTexture = nullptr; // the sign-in screen's picture
     bool backgroundLoadTried = false;

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "shell/launcher_app.h"
@@ -74,6 +75,8 @@ int run() {
         uiThemeTick(host.deltaSeconds);
         uiThemeApplyStyle();
         app.drawFrame(host.deltaSeconds);
+        if (std::exchange(app.attentionWanted, false)) host.requestAttention();
+        host.setProgress(app.downloadProgress());
         float clearColour[4];
         uiThemeBackgroundFloat(clearColour);
         if (!host.presentFrame(clearColour)) break;

@@ -1,7 +1,7 @@
 // The two modal popups. They are drawn at the root window's level, so that their identifiers do not depend on the
 // caller.
 
-#include <cstdio>
+#include <string>
 
 #include <imgui.h>
 
@@ -51,11 +51,13 @@ void drawFieldLabel(const char* label) {
 } // namespace
 
 void LauncherApp::drawProjectDialogs() {
-    if (beginModal(kCreatePopup, createProjectRequested)) {
+    const bool creating = beginModal(kCreatePopup, createProjectRequested);
+    if (creating) {
         drawCreateProjectPopup();
         uiThemeEndPopup();
     }
-    if (beginModal(kOpenErrorPopup, openErrorRequested)) {
+    // An error waits until the other popup is closed. Opening it now would close that one and lose what is typed there.
+    if (!creating && beginModal(kOpenErrorPopup, openErrorRequested)) {
         drawOpenErrorPopup();
         uiThemeEndPopup();
     }
@@ -71,13 +73,15 @@ void LauncherApp::drawCreateProjectPopup() {
     drawFieldLabel("PROJECT NAME");
     ImGui::SetNextItemWidth(uiThemePx(kBodyWidth));
     if (ImGui::IsWindowAppearing()) ImGui::SetKeyboardFocusHere();
-    ImGui::InputTextWithHint("##NewProjectName", "My VOLO project", newProjectName, sizeof newProjectName);
+    drawTextField("##NewProjectName", "My VOLO project", newProjectName, sizeof newProjectName);
+    ImGuiID fieldToReturnTo = ImGui::GetItemID();
     uiThemeFocusRingOfItem();
 
     gap(8.0f);
     drawFieldLabel("LOCATION");
     ImGui::SetNextItemWidth(uiThemePx(kLocationWidth));
-    ImGui::InputText("##NewProjectLocation", newProjectLocation, sizeof newProjectLocation);
+    drawTextField("##NewProjectLocation", "", newProjectLocation, sizeof newProjectLocation);
+    if (ImGui::IsItemDeactivated()) fieldToReturnTo = ImGui::GetItemID();
     uiThemeFocusRingOfItem();
     ImGui::SameLine(0.0f, uiThemePx(kBodyWidth - kLocationWidth - kBrowseWidth));
     if (ImGui::Button("Browse", {uiThemePx(kBrowseWidth), 0.0f})) {
@@ -87,34 +91,31 @@ void LauncherApp::drawCreateProjectPopup() {
     bool onButton = uiThemeFocusRingOfItem();
 
     gap(6.0f);
-    ImGui::PushTextWrapPos(ImGui::GetCursorPosX() +
-                           uiThemePx(kBodyWidth)); // otherwise a long path would widen the popup
-    ImGui::TextDisabled("%s/%s", newProjectLocation, newProjectName);
-    if (!createProjectError.empty()) {
-        ImGui::TextColored(ImGui::ColorConvertU32ToFloat4(uiThemeDestructive()), "%s", createProjectError.c_str());
-    }
-    ImGui::PopTextWrapPos();
+    const std::string preview = std::string(newProjectLocation) + "/" + newProjectName;
+    uiThemeParagraph(preview, uiThemeMutedForeground(), uiThemePx(kBodyWidth));
+    if (!createProjectError.empty()) uiThemeParagraph(createProjectError, uiThemeDestructive(), uiThemePx(kBodyWidth));
 
     gap(12.0f);
     bool closes = ImGui::Button(kCancelLabel, {uiThemePx(kButtonWidth), 0.0f}) || uiThemeCancelKeyPressed();
     onButton |= uiThemeFocusRingOfItem();
     ImGui::SameLine();
-    bool confirmed = uiThemeDefaultButton("Create project", uiThemePx(kCreateWidth));
+    const bool confirmed = uiThemeDefaultButton("Create project", uiThemePx(kCreateWidth));
     onButton |= uiThemeFocusRingOfItem();
-    confirmed |= !onButton && uiThemeConfirmKeyPressed(); // on a focused button, Enter presses that button
-    if (confirmed && !closes) {
+    const bool entered = !onButton && uiThemeConfirmKeyPressed(); // on a focused button, Enter presses that button
+    if ((confirmed || entered) && !closes) {
         createProject();
         closes = createProjectError.empty();
+        // Enter has ended the editing of a field. After a refusal the user goes on editing it.
+        if (entered && !closes) activateTextField(fieldToReturnTo, true);
     }
     if (closes) ImGui::CloseCurrentPopup();
 }
 
 void LauncherApp::drawOpenErrorPopup() {
-    ImGui::PushTextWrapPos(ImGui::GetCursorPosX() + uiThemePx(kBodyWidth));
-    ImGui::TextUnformatted(openErrorMessage.c_str());
-    ImGui::PopTextWrapPos();
+    uiThemeParagraph(openErrorMessage, uiThemeForeground(), uiThemePx(kBodyWidth));
     gap(12.0f);
     const bool confirmed = uiThemeDefaultButton("OK", uiThemePx(kButtonWidth));
     uiThemeFocusRingOfItem();
+    if (ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_C)) ImGui::SetClipboardText(openErrorMessage.c_str());
     if (confirmed || uiThemeConfirmKeyPressed() || uiThemeCancelKeyPressed()) ImGui::CloseCurrentPopup();
 }

@@ -68,9 +68,9 @@ inline constexpr std::size_t kDefaultBodyLimit = 4u << 20;
 [[nodiscard]] HttpsAnswer httpsPostForm(const HttpsServer& server, const std::string& path, const HttpFields& fields);
 
 // Streams the body of a GET to `receive` in pieces of the library's choosing; the answer's `body` stays empty. Bodies
-// of answers other than 200 arrive too: only the status afterwards tells. A callback that returns false ends the
-// request, and the result is no answer. `progress` gets the bytes so far and the announced total; it may never be
-// called when no length was announced.
+// of answers other than 200 arrive too: only the status afterwards tells. The callbacks run on another thread
+// while the caller waits. One that returns false ends the request, and the result is no answer. `progress` gets the
+// bytes so far and the announced total; it may never be called when no length was announced.
 [[nodiscard]] HttpsAnswer httpsDownload(const HttpsServer& server, const std::string& path,
                                         const std::function<bool(const char* data, std::size_t size)>& receive,
                                         const std::function<bool(std::int64_t received, std::int64_t total)>& progress);

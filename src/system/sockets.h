@@ -2,6 +2,8 @@
 
 // Operations on a socket that cpp-httplib does not offer. Sockets are numbers of the operating system. Any thread.
 
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
 
 inline constexpr std::intptr_t kNoSocket = -1;
@@ -17,3 +19,10 @@ void keepPortExclusive(std::intptr_t socket);
 void shutDownSocket(std::intptr_t socket);
 
 void closeSocket(std::intptr_t socket);
+
+// Both wait up to the limit until the socket is ready, and transfer what is possible at once. They return the number of
+// bytes, 0 at the end of the connection, and -1 after the limit or a failure.
+[[nodiscard]] std::ptrdiff_t receiveWithin(std::intptr_t socket, char* bytes, std::size_t size,
+                                           std::chrono::milliseconds limit);
+[[nodiscard]] std::ptrdiff_t sendWithin(std::intptr_t socket, const char* bytes, std::size_t size,
+                                        std::chrono::milliseconds limit);

@@ -1,5 +1,8 @@
 #include "system/sockets.h"
 
+#include <algorithm>
+#include <climits>
+
 #include <winsock2.h>
 
 // Without this option a second socket with SO_REUSEADDR could bind the port and take its connections.
@@ -22,4 +25,22 @@ void shutDownSocket(std::intptr_t socket) {
 
 void closeSocket(std::intptr_t socket) {
     if (socket != kNoSocket) ::closesocket(static_cast<SOCKET>(socket));
+}
+
+static bool isReady(std::intptr_t socket, short events, std::chrono::milliseconds limit) {
+    WSAPOLLFD waited{static_cast<SOCKET>(socket), events, 0};
+    return ::WSAPoll(&waited, 1, static_cast<int>(limit.count())) > 0;
+}
+
+static int intSize(std::size_t size) {
+    return static_cast<int>(std::min<std::size_t>(size, INT_MAX));
+}
+
+std::ptrdiff_t receiveWithin(std::intptr_t socket, char* bytes, std::size_t size, std::chrono::milliseconds limit) {
+    return isReady(socket, POLLRDNORM, limit) ? ::recv(static_cast<SOCKET>(socket), bytes, intSize(size), 0) : -1;
+}
+
+// The library sets a time-out for send() on each accepted socket, so a full buffer does not block for long.
+std::ptrdiff_t sendWithin(std::intptr_t socket, const char* bytes, std::size_t size, std::chrono::milliseconds limit) {
+    return isReady(socket, POLLWRNORM, limit) ? ::send(static_cast<SOCKET>(socket), bytes, intSize(size), 0) : -1;
 }

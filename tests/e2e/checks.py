@@ -211,6 +211,18 @@ def no_display(build):
                   output == "" and re.fullmatch(r"\[Launcher\] UI host failed: .{4,}\n", errors))
 
 
+def remembered_placement(build):
+    """The size and the zoom of the window are on disk while the launcher still runs, so that a killed one keeps them."""
+    with Desktop() as desktop, Sandbox(desktop, build) as sandbox:
+        window = desktop.window("VOLO Launcher")
+        window.see("Sign in", SIGN_IN_BUTTON)
+        window.tool("windowsize", "1000", "600")
+        window.press("ctrl+minus")
+        file = sandbox.settings_file.with_name("Launcher.window")
+        wait_for("size and zoom in Launcher.window",
+                 lambda: file.is_file() and file.read_text().endswith(" 1000 600 0 90\n"))
+
+
 def processor_seconds(process):
     fields = (process / "stat").read_text().rsplit(") ", 1)[1].split()
     return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
@@ -317,7 +329,7 @@ def windows_package(build):
         check("status 0", running.wait(20) == 0)
 
 
-CHECKS = (leaks, faults, pointer_at_rest, dialog, gallery, second_instance, no_display, idle, production_endpoints,
+CHECKS = (leaks, faults, pointer_at_rest, remembered_placement, dialog, gallery, second_instance, no_display, idle, production_endpoints,
           windows_dialogs, windows_package)
 
 

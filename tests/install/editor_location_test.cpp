@@ -21,8 +21,11 @@ TEST(EditorLocation, IsTheFirstFileAtMostTwoLevelsAboveTheLauncher) {
         EXPECT_EQ(findEditorNearLauncher(), path);
     }
     EXPECT_EQ(fs::path(findManagedEditor()), fs::path(here + "/editor/editor.exe"));
-    recordingSystem().launcherDirectory.clear();
+    recordingSystem().launcherDirectory.clear(); // unknown: the current directory is not searched instead
+    const fs::path before = fs::current_path();
+    fs::current_path(here);
     EXPECT_EQ(findEditorNearLauncher(), "");
+    fs::current_path(before);
 }
 
 TEST(EditorLocation, TrimsTheFirstLineOfTheMarker) {

@@ -3,8 +3,11 @@
 #include <cstdlib>
 
 #include <gtest/gtest.h>
+#include <miniz.h>
 
+#include "install/archive_plan.h"
 #include "install/editor_location.h"
+#include "install/editor_swap.h"
 #include "install/install_world.h"
 #include "install/package_extraction.h"
 #include "support/platform.h"
@@ -95,6 +98,33 @@ TEST(PackageExtraction, ReadsEveryKindOfEntryAndNoDamagedOne) {
     // The checksum takes several bytes per step: every remainder.
     for (std::size_t size = 0; size < 40; ++size)
         EXPECT_EQ(extract(makeZip({{"text", text.substr(0, size)}}), TemporaryFolder()), ExtractionOutcome::Done);
+}
+
+// Files whose names meet on some file system are extracted in order, so that the later one wins.
+TEST(PackageExtraction, OnlyMeetingNamesNeedOrder) {
+    const auto needsOrder = [](const std::string& first, const std::string& second) {
+        const std::string bytes = makeZip({{first, "1"}, {"other", "x"}, {second, "2"}});
+        mz_zip_archive archive{};
+        EXPECT_TRUE(mz_zip_reader_init_mem(&archive, bytes.data(), bytes.size(), 0));
+        const ArchivePlan plan = planArchive(archive, "staging");
+        mz_zip_reader_end(&archive);
+        return plan.needsOrder;
+    };
+    const std::pair<const char*, const char*> meeting[] = {
+        {"a", "a"},   {"a/b", "A/B"}, {"a/b", "a//b"}, {"a/b", "./a/./b"}, {"a/b", "a\\b"},
+        {"a", "a. "}, {"a", "a/b"},   {"a/b/c", "a"},  {"é", "É"},         {"Longer name.txt", "LONGER~1.TXT"},
+    };
+    for (const auto& [first, second] : meeting)
+        EXPECT_TRUE(needsOrder(first, second)) << first << " and " << second;
+    EXPECT_FALSE(needsOrder("a/b", "a/c"));
+    EXPECT_FALSE(needsOrder("a", "ab/c"));
+
+    std::vector<ZipEntry> entries;
+    for (int i = 0; i < 200; ++i)
+        entries.push_back({"same", std::string(i < 199 ? 100000 : 1, 'x')});
+    const TemporaryFolder folder;
+    EXPECT_EQ(extract(makeZip(entries), folder), ExtractionOutcome::Done);
+    EXPECT_EQ(readFileBytes(folder / "deep/in/staging/same"), "x");
 }
 
 TEST(PackageExtraction, MixesNoForeignFileIntoTheEditor) {

@@ -69,11 +69,11 @@ TEST(InstallPipeline, AlternatingVersionsLeaveNoResidue) {
         world.folder.write(world.downloads / name, "of a run that was killed");
     world.folder.write("downloads/another.part", "not ours");
     const std::string plaintextSha256 = R"("plaintext_sha256":")" + sha256Hex(kArchive) + "\",";
+    const std::string container = sealContainer(kArchive, kContentKey); // once: each seal has a nonce of its own
     for (int round = 0; round < 4; ++round) {
         const bool sealed = round % 2 == 1;
         const std::string version = sealed ? "1.9/β" : "2.0";
-        world.release(version, sealed ? sealContainer(kArchive, kContentKey) : makeZip({}),
-                      sealed ? kEncryption + plaintextSha256 : "");
+        world.release(version, sealed ? container : makeZip({}), sealed ? kEncryption + plaintextSha256 : "");
         EXPECT_EQ(world.run(), "Installed: Installed — version " + version +
                                    (round == 0 ? " [Installed]" : " [Installed Installed]"));
         EXPECT_EQ(treeOf(world.editor), withMarker(sealed ? kNewEditor : Tree{}, version));
@@ -100,6 +100,9 @@ TEST(InstallPipeline, CancelBeforeAnEntryFailsEveryRowOfTheVersion) {
     world.state().requestCancel();
     EXPECT_EQ(world.finish(), "Failed: Install cancelled. [Failed Failed Installed]");
     world.expectOldEditor({{"zantor_editor_1.9.zip", kArchive}, {"zantor_editor_2.0.zip", makeZip(entries)}}, false);
+    world.release("2.0", "no archive");
+    EXPECT_EQ(world.run(),
+              "Failed: The editor package is not a readable zip archive. [Installing Failed Failed Installed]");
 }
 
 TEST(InstallPipeline, ClosingInterruptsAnEntryAndKeepsTheOldEditor) {

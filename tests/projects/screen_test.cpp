@@ -59,6 +59,19 @@ TEST_F(Row, AClickOpensTheProjectAndAClickOnItsStarDoesNot) {
     EXPECT_EQ(system.launches, std::vector{launch});
 }
 
+TEST_F(Row, APressThatSlipsOntoTheStarOpensNothingLater) {
+    const ImVec2 row = rect(kProjectList, {1, "##project_row"})->GetCenter();
+    const ImVec2 star = rect(kProjectList, {1, "##star_toggle"})->GetCenter();
+    moveTo(row);
+    press(ImGuiMouseButton_Left);
+    moveTo(star);
+    release(ImGuiMouseButton_Left);
+    moveTo(row);
+    EXPECT_TRUE(system.launches.empty());
+    clickAt(star);
+    EXPECT_TRUE(projects()[1].favorite);
+}
+
 TEST_F(Row, IsNotDrawnOutsideTheVisiblePartOfTheList) {
     app->settings->setProjects(std::vector<ProjectEntry>(10000));
     frame();

@@ -1,0 +1,68 @@
+#include "shell/text_field.h"
+
+#include <algorithm>
+#include <string>
+
+#include <imgui_internal.h>
+
+#include "ui/ui_palette.h"
+#include "ui/ui_theme.h"
+
+namespace {
+
+struct EditedText {
+    std::string text;
+    std::size_t limit; // in bytes
+};
+
+// The field may grow beyond the limit while it takes a paste. What is too much is then removed in front of the caret,
+// where the pasted text ends.
+int onTextEvent(ImGuiInputTextCallbackData* data) {
+    EditedText& edited = *static_cast<EditedText*>(data->UserData);
+    const std::size_t length = static_cast<std::size_t>(data->BufTextLen);
+    if (data->EventFlag == ImGuiInputTextFlags_CallbackResize) {
+        edited.text.resize(length);
+        data->Buf = edited.text.data();
+    } else if (length > edited.limit) {
+        const std::size_t caret = static_cast<std::size_t>(data->CursorPos);
+        const std::size_t surplus = std::min(length - edited.limit, caret);
+        const std::size_t keep = wholeCharacters({data->Buf, caret}, caret - surplus);
+        data->DeleteChars(static_cast<int>(keep), static_cast<int>(caret - keep));
+    }
+    return 0;
+}
+
+// Dear ImGui 1.92 draws the caret on the last pixel of the letter before it.
+void moveCaretOffLetter(ImDrawList& drawList, int firstVertex) {
+    for (int i = firstVertex; i < drawList.VtxBuffer.Size; ++i)
+        if (drawList.VtxBuffer[i].col == palette::kCaret) drawList.VtxBuffer[i].pos.x += uiThemePx(1.0f);
+}
+
+} // namespace
+
+std::size_t wholeCharacters(std::string_view text, std::size_t limit) {
+    if (text.size() <= limit) return text.size();
+    while (limit > 0 && (static_cast<unsigned char>(text[limit]) & 0xC0u) == 0x80u) // inside a character
+        --limit;
+    return limit;
+}
+
+bool drawTextField(const char* label, const char* hint, char* buffer, std::size_t size) {
+    EditedText edited = {buffer, size - 1};
+    ImDrawList& drawList = *ImGui::GetWindowDrawList();
+    const int firstVertex = drawList.VtxBuffer.Size;
+    const bool changed = ImGui::InputTextWithHint(label, hint, edited.text.data(), edited.text.capacity() + 1,
+                                                  ImGuiInputTextFlags_CallbackResize | ImGuiInputTextFlags_CallbackEdit,
+                                                  onTextEvent, &edited);
+    moveCaretOffLetter(drawList, firstVertex);
+    if (changed) buffer[edited.text.copy(buffer, wholeCharacters(edited.text, size - 1))] = '\0';
+    return changed;
+}
+
+// Not ImGui::SetKeyboardFocusHere: Dear ImGui 1.92 drops its request in a frame in which the mouse is pressed on the
+// window beside the field.
+void activateTextField(ImGuiID id, bool keepCaret) {
+    ImGui::ActivateItemByID(id);
+    ImGui::GetCurrentContext()->NavNextActivateFlags =
+        ImGuiActivateFlags_PreferInput | (keepCaret ? ImGuiActivateFlags_TryToPreserveState : 0);
+}
