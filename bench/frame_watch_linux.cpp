@@ -1,7 +1,7 @@
-// Preloaded into a program with a GLFW window: watches how long its frames take. A frame is what lies between two
-// waits for events. On exit one line per frame goes to the file that VOLO_FRAMES names: processor microseconds of the
-// frame's thread, and microseconds by the clock. The first line is when the first frame was shown, by the system's
-// monotonic clock, in microseconds.
+// Measures the frames of a program with a GLFW window, into which it is preloaded. A frame is the time between two waits
+// for events. On exit the file that VOLO_FRAMES names gets one line per frame: processor microseconds of the frame's
+// thread, and wall-clock microseconds. Its first line is the time of the first shown frame, in microseconds of the
+// monotonic clock.
 
 #include <cstdio>
 #include <cstdlib>

@@ -17,8 +17,9 @@ if(CMAKE_BUILD_TYPE MATCHES "^Rel" AND NOT MSVC AND NOT VOLO_SANITIZE AND NOT VO
   set(VOLO_HARDENED ON)
   add_compile_options(-fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
   if(WIN32)
-    # GCC always probes the stack on Windows, and has no control-flow protection for it.
-    add_link_options(-Wl,--dynamicbase,--high-entropy-va,--nxcompat)
+    # GCC always probes the stack on Windows, and has no control-flow protection for it. The linker needs the option too:
+    # MinGW-w64 has the checks in a library of their own, libssp.
+    add_link_options(-fstack-protector-strong -Wl,--dynamicbase,--high-entropy-va,--nxcompat)
   else()
     include(CheckPIESupported)
     check_pie_supported()

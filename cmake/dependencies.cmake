@@ -62,7 +62,7 @@ target_link_libraries(imgui_backends PUBLIC imgui_headers glfw)
 if(NOT WIN32)
   target_link_libraries(imgui_backends PUBLIC OpenGL::GL Fontconfig::Fontconfig X11::X11 PkgConfig::LIBSYSTEMD ${CMAKE_DL_LIBS})
 else()
-  target_link_libraries(imgui_backends PUBLIC opengl32 gdi32 dwmapi)
+  target_link_libraries(imgui_backends PUBLIC opengl32 gdi32 dwmapi ole32 uuid)
 endif()
 
 # --- cpp-httplib: header only, TLS on, compression off.

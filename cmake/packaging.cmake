@@ -9,6 +9,7 @@
 
 # The one place for the reverse-DNS name of the desktop entry, metainfo, icons and registry key.
 set(VOLO_APPLICATION_ID "org.volo.Launcher" CACHE STRING "Reverse-DNS name of the application")
+target_compile_definitions(vls_en PRIVATE VOLO_APPLICATION_ID="${VOLO_APPLICATION_ID}")
 set(VOLO_CONTACT "VOLO Launcher maintainers <maintainers@volo.example>" CACHE STRING "Maintainer named in the packages")
 set(VOLO_LAUNCHER_CONFIG "" CACHE FILEPATH "launcher_config.json for the packages; empty: only the example")
 

@@ -20,6 +20,7 @@
 namespace {
 
 constexpr std::size_t kChunkSize = 65536;
+constexpr char kWriting[] = "writing the package"; // a step, for progress
 
 const unsigned char* asBytes(const std::string& text) {
     return reinterpret_cast<const unsigned char*>(text.data());
@@ -59,7 +60,11 @@ class PackageOutput {
 // Passes the bytes of a file to `take` and computes their hash. Stops when `take` returns false.
 [[nodiscard]] bool readChunks(const std::string& path,
                               const std::function<bool(const unsigned char* bytes, std::size_t count)>& take,
-                              std::string& sha256, std::string& failureText) {
+                              std::string& sha256, std::string& failureText, const char* step,
+                              const Progress& progress) {
+    std::error_code ignored;
+    const std::uint64_t total = std::filesystem::file_size(path, ignored);
+    std::uint64_t done = 0;
     std::ifstream file;
     file.rdbuf()->pubsetbuf(nullptr, 0);
     file.open(path, std::ios::binary);
@@ -70,6 +75,8 @@ class PackageOutput {
         file.read(buffer.data(), static_cast<std::streamsize>(buffer.size()));
         const auto count = static_cast<std::size_t>(file.gcount());
         digest.update(buffer.data(), count);
+        done += count;
+        if (progress) progress(step, done, total);
         good = take(reinterpret_cast<const unsigned char*>(buffer.data()), count);
     }
     sha256 = digest.finish();
@@ -94,17 +101,18 @@ std::array<unsigned char, container::kHeaderSize> makeHeader(std::uint64_t paylo
 } // namespace
 
 bool copyPackage(const std::string& zipPath, const std::string& outputPath, WrittenPackage& written,
-                 std::string& failureText) {
+                 std::string& failureText, const Progress& progress) {
     PackageOutput output(outputPath);
     const auto copy = [&](const unsigned char* bytes, std::size_t count) {
         output.write(bytes, count);
         return true;
     };
-    return readChunks(zipPath, copy, written.plaintextSha256, failureText) && output.finish(written, failureText);
+    return readChunks(zipPath, copy, written.plaintextSha256, failureText, kWriting, progress) &&
+           output.finish(written, failureText);
 }
 
 bool sealPackage(const std::string& zipPath, const std::string& outputPath, const std::string& key,
-                 WrittenPackage& written, std::string& failureText) {
+                 WrittenPackage& written, std::string& failureText, const Progress& progress) {
     const auto fail = [&](const std::string& text) {
         failureText = text;
         return false;
@@ -134,11 +142,18 @@ bool sealPackage(const std::string& zipPath, const std::string& outputPath, cons
         sealed += count;
         return sealed <= payloadSize;
     };
-    if (!readChunks(zipPath, seal, written.plaintextSha256, failureText)) return false;
+    if (!readChunks(zipPath, seal, written.plaintextSha256, failureText, kWriting, progress)) return false;
     if (sealed != payloadSize) return fail(zipPath + " changed while it was read.");
     if (EVP_EncryptFinal_ex(cipher.get(), ciphertext.data(), &produced) != 1 ||
         EVP_CIPHER_CTX_ctrl(cipher.get(), EVP_CTRL_GCM_GET_TAG, container::kTagSize, tag.data()) != 1)
         return fail("The container could not be sealed.");
     output.write(tag.data(), tag.size());
     return output.finish(written, failureText);
+}
+
+std::string hashFile(const std::string& path, const char* step, const Progress& progress) {
+    std::string sha256;
+    std::string ignored;
+    const auto pass = [](const unsigned char*, std::size_t) { return true; };
+    return readChunks(path, pass, sha256, ignored, step, progress) ? sha256 : std::string();
 }

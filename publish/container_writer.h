@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <string>
 
+#include "publish/progress.h"
+
 // AES-GCM protects no more bytes than these under one nonce.
 inline constexpr std::uint64_t kMaxSealedBytes = (std::uint64_t{1} << 36) - 32;
 
@@ -19,8 +21,11 @@ struct WrittenPackage {
 // Both write a file at `outputPath` and replace an existing one. On failure they return false, put a message for the
 // user into `failureText` and leave an incomplete file behind.
 [[nodiscard]] bool copyPackage(const std::string& zipPath, const std::string& outputPath, WrittenPackage& written,
-                               std::string& failureText);
+                               std::string& failureText, const Progress& progress = {});
 
 // `key` has 32 bytes. Every call draws its own nonce.
 [[nodiscard]] bool sealPackage(const std::string& zipPath, const std::string& outputPath, const std::string& key,
-                               WrittenPackage& written, std::string& failureText);
+                               WrittenPackage& written, std::string& failureText, const Progress& progress = {});
+
+// The hash of a file, empty when it cannot be read to its end. `step` names the step for `progress`.
+[[nodiscard]] std::string hashFile(const std::string& path, const char* step, const Progress& progress);

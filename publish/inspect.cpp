@@ -27,6 +27,7 @@ class Inspection {
         keys_ = parsePublisherKeys(request_.keys);
         if (keys_.empty() && !request_.keys.empty()) return fail("--keys takes one to four public keys in base64.");
         std::error_code error;
+        if (!fs::exists(request_.path, error)) return fail(request_.path + " does not exist.");
         if (!fs::is_regular_file(request_.path, error)) return fail(request_.path + " is not a file.");
         const std::string start = firstBytes();
         if (start.starts_with(container::kMagic) || start.starts_with("PK")) return inspectPackage();

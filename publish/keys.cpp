@@ -10,6 +10,7 @@
 #include "crypto/base64.h"
 #include "crypto/ed25519.h"
 #include "install/release_statement.h"
+#include "publish/publish_platform.h"
 #include "system/private_file.h"
 
 namespace fs = std::filesystem;
@@ -45,8 +46,7 @@ bool writeKey(const std::string& path, const EVP_PKEY* pair) {
 
 } // namespace
 
-bool PublisherKey::read(const std::string& path, [[maybe_unused]] std::vector<std::string>& warnings,
-                        std::string& failureText) {
+bool PublisherKey::read(const std::string& path, std::vector<std::string>& warnings, std::string& failureText) {
     const auto fail = [&](const char* what) {
         failureText = path + what;
         return false;
@@ -59,12 +59,8 @@ bool PublisherKey::read(const std::string& path, [[maybe_unused]] std::vector<st
         return fail(": not an Ed25519 private key in PEM form, or protected with a passphrase.");
     publicKey_ = publicHalf(pair_.get());
     if (publicKey_.empty()) return fail(": the public key cannot be derived from this key.");
-#ifndef _WIN32
-    std::error_code error;
-    const fs::perms others = fs::status(path, error).permissions() & (fs::perms::group_all | fs::perms::others_all);
-    if (!error && others != fs::perms::none)
+    if (othersMayRead(path))
         warnings.push_back(path + ": other users of this computer can read this key. Run chmod 600 on it.");
-#endif
     return true;
 }
 

@@ -1,22 +1,28 @@
-// volo-publish publishes editor packages. Exit status 0: done; 1: refused or failed; 2: wrong usage.
+// volo-publish publishes editor packages. Exit status 0: done; 1: refused or failed; 2: wrong usage; 3: launchers
+// refuse the release on offer, now or soon.
 
+#include <cstdint>
 #include <cstdio>
 #include <exception>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <CLI/CLI.hpp>
+#include <rapidjson/prettywriter.h>
+#include <rapidjson/stringbuffer.h>
 
 #include "crypto/base64.h"
 #include "publish/inspect.h"
 #include "publish/keys.h"
+#include "publish/progress.h"
 #include "publish/release.h"
 #include "publish/statement_writer.h"
 #include "system/operating_system.h"
 
 namespace {
 
-constexpr int kDone = 0, kFailed = 1, kUsage = 2;
+constexpr int kDone = 0, kFailed = 1, kUsage = 2, kOfferNeedsAction = 3;
 
 struct Arguments {
     std::string keyFile;
@@ -40,8 +46,19 @@ void print(const std::string& line) {
     std::printf("%s\n", line.c_str());
 }
 
-void printMember(const char* name, const std::string& value, bool last = false) {
-    print("  \"" + std::string(name) + "\": \"" + value + (last ? "\"" : "\","));
+// Prints members of launcher_config.json as a JSON object.
+void printConfiguration(const std::vector<std::pair<const char*, std::string>>& members) {
+    rapidjson::StringBuffer buffer;
+    rapidjson::PrettyWriter<rapidjson::StringBuffer> writer(buffer);
+    writer.SetIndent(' ', 2);
+    writer.StartObject();
+    for (const auto& [name, value] : members) {
+        writer.Key(name);
+        writer.String(value);
+    }
+    writer.EndObject();
+    print("For launcher_config.json:");
+    print(buffer.GetString());
 }
 
 int failed(const std::string& text) {
@@ -62,8 +79,7 @@ int keygen(const Arguments& arguments) {
     std::string failure;
     if (!makeKeyFile(arguments.keyFile, arguments.force, publicKey, failure)) return failed(failure);
     print("The private key is in " + arguments.keyFile + ". Keep it off the server and keep a copy in a safe place.");
-    print("For launcher_config.json:");
-    printMember("artifact_authenticity_keys", base64Encode(publicKey), true);
+    printConfiguration({{"artifact_authenticity_keys", base64Encode(publicKey)}});
     return kDone;
 }
 
@@ -77,7 +93,13 @@ int release(Arguments& arguments) {
     request.siteDirectory = arguments.statement.siteDirectory;
     request.nowSeconds = currentTimeSeconds();
     if (!readKeys(arguments.signingKeyFiles, keys, failure)) return failed(failure);
-    if (!publishRelease(request, keys, result, failure)) return failed(failure);
+    ProgressLine line;
+    request.progress = [&line](const char* step, std::uint64_t done, std::uint64_t total) {
+        line.show(step, done, total);
+    };
+    const bool published = publishRelease(request, keys, result, failure);
+    line.clear();
+    if (!published) return failed(failure);
     warn(result.archive.warnings);
     print(result.manifestPath + " offers version " + request.version + " for " + request.platform + ": " +
           std::to_string(result.archive.files) + " files, " + std::to_string(result.archive.unpackedBytes) +
@@ -85,10 +107,9 @@ int release(Arguments& arguments) {
     print("Package: " + result.packagePath + (result.packageKept ? " (already published, unchanged)" : ""));
     print("Statement: " + result.statementPath + ", valid until " + utcDate(result.notAfter));
     if (request.days <= site::kWarningDays) warn({"The statement ends in " + std::to_string(request.days) + " days."});
-    print("For launcher_config.json:");
-    printMember("editor_update_manifest_url", result.manifestUrl);
-    printMember("artifact_authenticity_url", result.authenticityUrl);
-    printMember("artifact_authenticity_keys", result.authenticityKeys, true);
+    printConfiguration({{"editor_update_manifest_url", result.manifestUrl},
+                        {"artifact_authenticity_url", result.authenticityUrl},
+                        {"artifact_authenticity_keys", result.authenticityKeys}});
     return kDone;
 }
 
@@ -96,7 +117,7 @@ int report(const StatementReport& found) {
     for (const std::string& line : found.lines)
         print(line);
     warn(found.warnings);
-    return kDone;
+    return found.offerNeedsAction ? kOfferNeedsAction : kDone;
 }
 
 int statements(Arguments& arguments) {
@@ -114,7 +135,7 @@ int inspect(Arguments& arguments) {
     StatementReport found;
     arguments.inspect.nowSeconds = currentTimeSeconds();
     const bool holds = inspectFile(arguments.inspect, found, failure);
-    report(found);
+    (void)report(found);
     return holds ? kDone : failed(failure);
 }
 
@@ -176,6 +197,8 @@ CLI::App* addStatement(CLI::App& app, Arguments& arguments) {
     StatementRequest& request = arguments.statement;
     addSigningOptions(*command, arguments);
     addKeyOption(*command, arguments);
+    CLI::Option* offered =
+        command->add_flag("--offered", request.offered, "Renew the release that the manifest offers");
     CLI::Option* all =
         command->add_flag("--all", request.all, "Renew all statements that are neither expired nor withdrawn");
     command->add_option("--version", request.versions, "Renew this version; may be repeated")
@@ -190,11 +213,13 @@ CLI::App* addStatement(CLI::App& app, Arguments& arguments) {
         ->take_all()
         ->excludes(all)
         ->type_name("SHA256");
-    command->add_flag("--revoke", request.revoke, "Withdraw the named releases instead")->excludes(all);
+    command->add_flag("--revoke", request.revoke, "Withdraw the named releases instead")
+        ->excludes(all)
+        ->excludes(offered);
     command->add_option("--keys", request.trustedKeys, "More public keys whose signatures count")->type_name("KEYS");
     command->footer("Examples:\n"
                     "  volo-publish statement --out site/linux\n"
-                    "  volo-publish statement --out site/linux --all --sign-key publisher.key\n"
+                    "  volo-publish statement --out site/linux --offered --sign-key publisher.key\n"
                     "  volo-publish statement --out site/linux --all --sign-key old.key --sign-key new.key\n"
                     "  volo-publish statement --out site/linux --revoke --version 1.4.1 --sign-key publisher.key");
     return command;
@@ -217,7 +242,7 @@ CLI::App* addInspect(CLI::App& app, Arguments& arguments) {
 // Rules between options that CLI11 does not check. Empty when all are kept.
 std::string usageProblem(const Arguments& arguments) {
     const StatementRequest& request = arguments.statement;
-    const bool chooses = request.all || !request.versions.empty() || !request.packages.empty();
+    const bool chooses = request.all || request.offered || !request.versions.empty() || !request.packages.empty();
     if (arguments.signingKeyFiles.size() > statement::kMaxSignatures)
         return "--sign-key may be given at most four times.";
     if (chooses && arguments.signingKeyFiles.empty()) return "--sign-key is required to sign.";
@@ -229,7 +254,10 @@ int run(int count, char** values) {
     Arguments arguments;
     CLI::App app("Publishes editor packages as a directory of static files.", "volo-publish");
     app.require_subcommand(1);
-    app.footer("Exit status: 0 done, 1 refused or failed, 2 wrong usage. \"volo-publish COMMAND --help\" tells more.");
+    app.set_version_flag("--version", "volo-publish " VOLO_VERSION);
+    app.footer(
+        "Exit status: 0 done, 1 refused or failed, 2 wrong usage; of statement also 3: launchers refuse the release\n"
+        "on offer, now or within 10 days. \"volo-publish COMMAND --help\" describes a command.");
     const CLI::App* keygenCommand = addKeygen(app, arguments);
     const CLI::App* releaseCommand = addRelease(app, arguments);
     const CLI::App* statementCommand = addStatement(app, arguments);
@@ -237,7 +265,7 @@ int run(int count, char** values) {
     try {
         app.parse(count, values);
     } catch (const CLI::ParseError& error) {
-        if (error.get_exit_code() == 0) return app.exit(error); // --help
+        if (error.get_exit_code() == 0) return app.exit(error); // --help or --version
         complain(std::string(error.what()) + " (--help tells more)");
         return kUsage;
     }

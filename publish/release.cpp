@@ -68,9 +68,10 @@ class Publication {
     Publication& operator=(const Publication&) = delete;
 
     bool run() {
-        if (!checkRequest() || !lookAtSite() || !checkZip() || !checkHistory()) return false;
+        if (!checkRequest() || !checkZip()) return false;
+        if (!lockSite(request_.siteDirectory, lock_, failureText_) || !lookAtSite() || !checkHistory()) return false;
         if (!keepPackage() && !writePackage()) return false;
-        if (!putStatement() || !putManifest()) return false;
+        if (!putStatement() || !readBack() || !putManifest()) return false;
         made_.clear();
         replacedStatement_.clear();
         return true;
@@ -107,8 +108,8 @@ class Publication {
     }
 
     bool checkZip() {
-        if (!checkArchive(request_.zipPath, platform_, result_.archive, failureText_)) return false;
-        zipSha256_ = sha256OfFile(request_.zipPath);
+        if (!checkArchive(request_.zipPath, platform_, result_.archive, failureText_, request_.progress)) return false;
+        zipSha256_ = hashFile(request_.zipPath, "hashing the archive", request_.progress);
         return !zipSha256_.empty() || fail(request_.zipPath + " could not be read to its end.");
     }
 
@@ -170,16 +171,17 @@ class Publication {
 
     bool writePackage() {
         std::error_code error;
-        fs::create_directories(request_.siteDirectory, error);
-        const std::string temporary = joinPath(request_.siteDirectory, "package.tmp");
+        const std::string temporary = temporaryName(joinPath(request_.siteDirectory, "package"));
         made_.push_back(temporary);
         const std::string key = request_.encrypt ? randomBytes(container::kKeySize) : std::string();
-        if (!(request_.encrypt ? sealPackage(request_.zipPath, temporary, key, package_, failureText_)
-                               : copyPackage(request_.zipPath, temporary, package_, failureText_)))
+        if (!(request_.encrypt
+                  ? sealPackage(request_.zipPath, temporary, key, package_, failureText_, request_.progress)
+                  : copyPackage(request_.zipPath, temporary, package_, failureText_, request_.progress)))
             return false;
         packageKey_ = base64Encode(key);
         if (package_.plaintextSha256 != zipSha256_) return fail(request_.zipPath + " changed while it was being read.");
         result_.packagePath = packagePath(package_.sha256);
+        makeReadable(temporary);
         const bool isNew = !fs::exists(result_.packagePath, error);
         fs::rename(temporary, result_.packagePath, error);
         if (error) return fail(result_.packagePath + " could not be written.");
@@ -200,7 +202,7 @@ class Publication {
             writeStatement(identity, statement::kStatusOk, request_.nowSeconds, request_.days, keys_);
         if (text.empty()) return fail("The release statement could not be signed.");
         std::error_code error;
-        fs::create_directories(joinPath(request_.siteDirectory, site::kStatementsName), error);
+        makeReadableFolders(joinPath(request_.siteDirectory, site::kStatementsName));
         result_.statementPath = statementPath(request_.siteDirectory, package_.sha256);
         const bool isNew = !fs::exists(result_.statementPath, error);
         std::string before;
@@ -208,7 +210,18 @@ class Publication {
         if (!replaceFile(result_.statementPath, text, failureText_)) return false;
         replacedStatement_ = before;
         if (isNew) made_.push_back(result_.statementPath);
+        statementText_ = text;
         result_.notAfter = request_.nowSeconds + request_.days * statement::kDaySeconds;
+        return true;
+    }
+
+    // A manifest must not offer files that another program or a failing disk has changed.
+    bool readBack() {
+        std::string text;
+        if (!readSmallFile(result_.statementPath, statement::kMaxBytes, text) || text != statementText_)
+            return fail(result_.statementPath + " does not contain what was written to it.");
+        if (hashFile(result_.packagePath, "reading the package back", request_.progress) != package_.sha256)
+            return fail(result_.packagePath + " does not contain what was written to it.");
         return true;
     }
 
@@ -235,6 +248,7 @@ class Publication {
     ReleaseResult& result_;
     std::string& failureText_;
 
+    FileLock lock_; // first member: released last
     PackagePlatform platform_ = PackagePlatform::Linux;
     std::string baseUrl_; // without slashes at its end
     bool hasOffer_ = false;
@@ -243,6 +257,7 @@ class Publication {
     std::string zipSha256_;
     WrittenPackage package_;
     std::string packageKey_; // base64; empty for a plain package
+    std::string statementText_;
     std::vector<std::string> made_;
     std::string replacedStatement_; // its old text; empty: there was none
 };
@@ -274,6 +289,7 @@ std::string baseUrlProblem(const std::string& url) {
     if (!parseHttpsUrl(url, host, port, path)) return "The base URL must be a valid https:// URL.";
     if (!std::all_of(url.begin(), url.end(), allowed))
         return "The base URL may contain no query, fragment, user name, blank or quote.";
+    if (path.ends_with(".json")) return "The base URL is the address of the directory, not of the manifest in it.";
     // Launchers take "YOUR_" for a placeholder and do not update; "platform=" they overwrite.
     for (const char* taken : {"YOUR_", "platform="})
         if (url.find(taken) != std::string::npos)

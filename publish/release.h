@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "publish/keys.h"
+#include "publish/progress.h"
 #include "publish/site.h"
 #include "publish/zip_check.h"
 
@@ -20,6 +21,7 @@ struct ReleaseRequest {
     bool force = false;
     int days = site::kDefaultDays; // the lifetime of the statement
     std::int64_t nowSeconds = 0;
+    Progress progress;
 };
 
 struct ReleaseResult {
@@ -39,7 +41,7 @@ struct ReleaseResult {
 // statement. Without `force` these are refused: a version that was published with other bytes or was withdrawn, a plain
 // archive that is published as another version, and a directory of another platform.
 // Returns false with a message for the user in `failureText`; then the old release is still on offer, and no file of
-// the failed attempt is left.
+// the failed attempt is left. Refuses while another run changes the directory.
 [[nodiscard]] bool publishRelease(const ReleaseRequest& request, const std::vector<PublisherKey>& keys,
                                   ReleaseResult& result, std::string& failureText);
 

@@ -10,10 +10,17 @@
 #include <system_error>
 #include <tuple>
 
+#include "crypto/random_bytes.h"
 #include "system/http.h"
 #include "system/json.h"
 
 namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::string_view kTemporaryExtension = ".tmp";
+
+} // namespace
 
 std::string joinPath(const std::string& directory, std::string_view name) {
     return (fs::path(directory) / name).string();
@@ -31,11 +38,47 @@ bool readSmallFile(const std::string& path, std::size_t maxBytes, std::string& t
     return file.is_open() && !file.bad() && text.size() <= maxBytes;
 }
 
+std::string temporaryName(const std::string& path) {
+    constexpr std::size_t kRandomBytes = 9;
+    return path + "." + randomUrlToken(kRandomBytes) + std::string(kTemporaryExtension);
+}
+
+void makeReadable(const std::string& path) {
+    std::error_code ignored;
+    const auto everybody = fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read;
+    const auto execute = fs::perms::owner_exec | fs::perms::group_exec | fs::perms::others_exec;
+    const bool isFolder = fs::is_directory(path, ignored);
+    fs::permissions(path, everybody | fs::perms::owner_write | (isFolder ? execute : fs::perms::none), ignored);
+}
+
+void makeReadableFolders(const std::string& path) {
+    std::error_code error;
+    if (path.empty() || fs::exists(path, error)) return;
+    makeReadableFolders(fs::path(path).parent_path().string());
+    if (fs::create_directory(path, error)) makeReadable(path);
+}
+
+bool lockSite(const std::string& siteDirectory, FileLock& lock, std::string& failureText) {
+    makeReadableFolders(siteDirectory);
+    if (lock.tryToTake(joinPath(siteDirectory, site::kLockName)) == FileLock::Result::Held) {
+        failureText = "Another volo-publish is changing " + siteDirectory + ". Try again when it has ended.";
+        return false;
+    }
+    for (const std::string& folder : {siteDirectory, joinPath(siteDirectory, site::kStatementsName)}) {
+        std::error_code error;
+        for (const fs::directory_entry& entry : fs::directory_iterator(folder, error))
+            if (entry.path().extension() == kTemporaryExtension && entry.path().filename() != site::kLockName)
+                fs::remove(entry.path(), error);
+    }
+    return true;
+}
+
 bool replaceFile(const std::string& path, const std::string& text, std::string& failureText) {
-    const std::string temporary = path + ".tmp";
+    const std::string temporary = temporaryName(path);
     std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
     file << text;
     file.close();
+    makeReadable(temporary);
     std::error_code error;
     if (file.good()) fs::rename(temporary, path, error);
     if (file.good() && !error) return true;

@@ -17,9 +17,11 @@
 #include "install/release_statement.h"
 #include "install/update_manifest.h"
 #include "publish/keys.h"
+#include "system/disk.h"
 
 namespace site {
 inline constexpr std::string_view kManifestName = "manifest.json";
+inline constexpr std::string_view kLockName = "lock.tmp"; // held while the directory is changed
 inline constexpr std::string_view kStatementsName = "statements";
 inline constexpr std::string_view kPlatformMember = "platform"; // in the manifest; launchers ignore it
 inline constexpr int kDefaultDays = 30;                         // that a statement holds
@@ -32,6 +34,16 @@ inline constexpr std::int64_t kWarningDays = 10; // before a statement's end
 
 // Reads a whole file. False when it cannot be read or is longer than `maxBytes`.
 [[nodiscard]] bool readSmallFile(const std::string& path, std::size_t maxBytes, std::string& text);
+
+// Files and folders that a web server can read, whatever the umask. A temporary name belongs to one attempt.
+[[nodiscard]] std::string temporaryName(const std::string& path);
+void makeReadable(const std::string& path);
+void makeReadableFolders(const std::string& path); // with missing parents; a failure shows at the first file
+
+// Keeps other runs from changing the directory while `lock` exists, and removes the temporary files of runs that were
+// killed. Goes on without a lock where the file system has none. Returns false with a message for the user while
+// another run holds the lock.
+[[nodiscard]] bool lockSite(const std::string& siteDirectory, FileLock& lock, std::string& failureText);
 
 // Writes a file, or replaces it in one step. Returns false with a message for the user; the old file then stays.
 [[nodiscard]] bool replaceFile(const std::string& path, const std::string& text, std::string& failureText);

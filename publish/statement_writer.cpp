@@ -59,6 +59,13 @@ bool choose(const StatementRequest& request, const std::vector<PublishedStatemen
     if (request.all)
         for (std::size_t i = 0; i < statements.size(); ++i)
             chosen[i] = !isExpired(statements[i], request.nowSeconds) && !statements[i].isWithdrawn();
+    if (request.offered) {
+        PublishedManifest offer;
+        if (!readManifest(joinPath(request.siteDirectory, site::kManifestName), offer, failureText)) return false;
+        if (!mark(offer.manifest.version,
+                  [&](const auto& one) { return one.field(statement::Sha256) == offer.manifest.sha256; }))
+            return false;
+    }
     return true;
 }
 
@@ -89,22 +96,40 @@ void reportOn(const PublishedStatement& published, std::int64_t nowSeconds, Stat
                            (published.isWithdrawn()            ? "withdrawn"
                             : isExpired(published, nowSeconds) ? "expired on " + until
                                                                : "holds until " + until));
-    const std::string warning = expiryWarning(published, nowSeconds);
-    if (!warning.empty()) report.warnings.push_back(warning);
 }
 
-// Launchers refuse to install a release whose statement is expired or withdrawn.
-void warnOfOffer(const std::string& siteDirectory, const std::vector<PublishedStatement>& statements,
-                 std::int64_t nowSeconds, StatementReport& report) {
-    PublishedManifest offered;
+// What the publisher has to do so that launchers can install the release on offer, now and in the next days. Empty:
+// nothing.
+std::string offerWarning(const std::string& siteDirectory, const PublishedManifest& offer,
+                         const PublishedStatement* published, std::int64_t nowSeconds) {
+    const std::string release = "The manifest offers " + offer.manifest.version + ", but ";
+    const std::string renew = "Renew it: volo-publish statement --out " + siteDirectory + " --offered --sign-key FILE";
+    if (!published) return release + "its statement is missing. Publish the release again.";
+    const std::string until = utcDate(published->numbers.notAfter);
+    if (published->isWithdrawn()) return release + "it is withdrawn. Publish another release.";
+    if (isExpired(*published, nowSeconds)) return release + "its statement expired on " + until + ". " + renew;
+    if (!expiryWarning(*published, nowSeconds).empty())
+        return release + "its statement ends on " + until + ". " + renew;
+    return {};
+}
+
+// Warns of statements that end soon. The one of the release on offer makes the report call for action.
+void warn(const std::string& siteDirectory, const std::vector<PublishedStatement>& statements, std::int64_t nowSeconds,
+          StatementReport& report) {
+    PublishedManifest offer;
     std::string ignored;
-    if (!readManifest(joinPath(siteDirectory, site::kManifestName), offered, ignored)) return;
-    for (const PublishedStatement& published : statements)
-        if (published.field(statement::Sha256) == offered.manifest.sha256 &&
-            (published.isWithdrawn() || isExpired(published, nowSeconds)))
-            report.warnings.push_back("The manifest still offers " + published.label() + ", which is " +
-                                      (published.isWithdrawn() ? "withdrawn" : "expired") +
-                                      ": launchers refuse it. Publish another release.");
+    const bool offers = readManifest(joinPath(siteDirectory, site::kManifestName), offer, ignored);
+    const PublishedStatement* offered = nullptr;
+    for (const PublishedStatement& published : statements) {
+        const std::string warning = expiryWarning(published, nowSeconds);
+        if (offers && published.field(statement::Sha256) == offer.manifest.sha256)
+            offered = &published;
+        else if (!warning.empty())
+            report.warnings.push_back(warning);
+    }
+    const std::string warning = offers ? offerWarning(siteDirectory, offer, offered, nowSeconds) : std::string();
+    report.offerNeedsAction = !warning.empty();
+    if (report.offerNeedsAction) report.warnings.push_back(warning);
 }
 
 } // namespace
@@ -113,6 +138,8 @@ bool renewStatements(const StatementRequest& request, const std::vector<Publishe
                      std::string& failureText) {
     std::vector<PublishedStatement> statements;
     std::vector<bool> chosen;
+    FileLock lock;
+    if (!keys.empty() && !lockSite(request.siteDirectory, lock, failureText)) return false;
     if (!readStatements(request.siteDirectory, statements, failureText) ||
         !choose(request, statements, chosen, failureText) || !keysLieOutside(request.siteDirectory, keys, failureText))
         return false;
@@ -135,6 +162,6 @@ bool renewStatements(const StatementRequest& request, const std::vector<Publishe
             return false;
         reportOn(statements[i], request.nowSeconds, report);
     }
-    warnOfOffer(request.siteDirectory, statements, request.nowSeconds, report);
+    warn(request.siteDirectory, statements, request.nowSeconds, report);
     return true;
 }

@@ -24,6 +24,7 @@ struct StatementRequest {
     std::vector<std::string> versions; // choose statements by version
     std::vector<std::string> packages; // choose statements by package hash, or its first digits
     bool all = false;                  // choose all that are neither expired nor withdrawn
+    bool offered = false;              // choose the release that the manifest offers
     bool revoke = false;               // withdraw the chosen ones instead of renewing them
     int days = 0;
     std::string trustedKeys; // more public keys whose signatures count, as in the launcher's configuration
@@ -31,6 +32,7 @@ struct StatementRequest {
 };
 
 struct StatementReport {
+    bool offerNeedsAction = false; // launchers refuse the release on offer, or will within site::kWarningDays
     std::vector<std::string> lines;
     std::vector<std::string> warnings;
 };

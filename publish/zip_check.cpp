@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <set>
 #include <string_view>
+#include <system_error>
 
 #include <miniz.h>
 #include <rapidjson/encodings.h>
@@ -17,6 +18,7 @@
 
 namespace {
 
+constexpr unsigned kMadeOnUnix = 3; // upper byte of "version made by"
 constexpr std::size_t kMaxPartBytes =
     255; // of one folder or file name; the file systems of both platforms allow no more
 
@@ -68,10 +70,15 @@ std::string landingPlace(std::string_view name, PackagePlatform platform) {
 
 class ArchiveCheck {
   public:
-    ArchiveCheck(mz_zip_archive& archive, PackagePlatform platform, ArchiveSummary& summary)
+    ArchiveCheck(mz_zip_archive& archive, PackagePlatform platform, ArchiveSummary& summary, const Progress& progress)
         : archive_(archive)
         , platform_(platform)
-        , summary_(summary) {}
+        , summary_(summary)
+        , progress_(progress) {
+        mz_zip_archive_file_stat entry;
+        for (mz_uint index = 0; index < mz_zip_reader_get_num_files(&archive); ++index)
+            if (mz_zip_reader_file_stat(&archive, index, &entry)) totalBytes_ += entry.m_uncomp_size;
+    }
 
     // What is wrong with an entry, or empty.
     std::string checkEntry(mz_uint index) {
@@ -101,9 +108,21 @@ class ArchiveCheck {
         return {};
     }
 
+    // Launchers remove that permission. Whoever could write the files before they were packed may have changed them.
+    std::string writableWarning() const {
+        if (writableFiles_ == 0) return {};
+        return std::to_string(writableFiles_) + " entries are writable for every user, for example \"" +
+               firstWritable_ + "\". Check who could change them before they were packed.";
+    }
+
   private:
+    static bool isWritableForAll(const mz_zip_archive_file_stat& entry) {
+        constexpr unsigned kOthersMayWrite = 0002;
+        return entry.m_version_made_by >> 8 == kMadeOnUnix && (entry.m_external_attr >> 16 & kOthersMayWrite) != 0;
+    }
+
     static bool isLink(const mz_zip_archive_file_stat& entry) {
-        constexpr unsigned kMadeOnUnix = 3, kTypeBits = 0170000, kLink = 0120000;
+        constexpr unsigned kTypeBits = 0170000, kLink = 0120000;
         return entry.m_version_made_by >> 8 == kMadeOnUnix && (entry.m_external_attr >> 16 & kTypeBits) == kLink;
     }
 
@@ -134,12 +153,18 @@ class ArchiveCheck {
     }
 
     std::string extract(mz_uint index, const mz_zip_archive_file_stat& entry) {
-        const auto discard = [](void*, mz_uint64, const void*, std::size_t count) { return count; };
+        const auto discard = [](void* self, mz_uint64, const void*, std::size_t count) {
+            ArchiveCheck& check = *static_cast<ArchiveCheck*>(self);
+            check.doneBytes_ += count;
+            if (check.progress_) check.progress_("checking the archive", check.doneBytes_, check.totalBytes_);
+            return count;
+        };
         // miniz 3.1 checks neither size nor CRC of an entry whose compressed size is 0.
         const bool emptyByMistake = entry.m_comp_size == 0 && entry.m_uncomp_size != 0;
-        if (emptyByMistake || !mz_zip_reader_extract_to_callback(&archive_, index, discard, nullptr, 0))
+        if (emptyByMistake || !mz_zip_reader_extract_to_callback(&archive_, index, discard, this, 0))
             return "it is damaged (" + std::string(mz_zip_get_error_string(mz_zip_get_last_error(&archive_))) + ")";
         ++summary_.files;
+        if (isWritableForAll(entry) && writableFiles_++ == 0) firstWritable_ = entry.m_filename;
         summary_.unpackedBytes += entry.m_uncomp_size;
         return {};
     }
@@ -147,6 +172,11 @@ class ArchiveCheck {
     mz_zip_archive& archive_;
     PackagePlatform platform_;
     ArchiveSummary& summary_;
+    const Progress& progress_;
+    std::uint64_t doneBytes_ = 0;
+    std::uint64_t totalBytes_ = 0;
+    std::size_t writableFiles_ = 0;
+    std::string firstWritable_;
     std::set<std::string> files_;
     std::set<std::string> folders_; // that hold files
 };
@@ -170,13 +200,18 @@ bool parsePackagePlatform(const std::string& name, PackagePlatform& platform) {
 }
 
 bool checkArchive(const std::string& zipPath, PackagePlatform platform, ArchiveSummary& summary,
-                  std::string& failureText) {
+                  std::string& failureText, const Progress& progress) {
+    std::error_code error;
+    if (!std::filesystem::exists(zipPath, error)) {
+        failureText = zipPath + " does not exist.";
+        return false;
+    }
     mz_zip_archive archive{};
     if (!mz_zip_reader_init_file(&archive, zipPath.c_str(), 0)) {
         failureText = zipPath + " is not a readable zip archive.";
         return false;
     }
-    ArchiveCheck check(archive, platform, summary);
+    ArchiveCheck check(archive, platform, summary, progress);
     std::string wrong;
     const mz_uint count = mz_zip_reader_get_num_files(&archive);
     for (mz_uint index = 0; index < count && wrong.empty(); ++index) {
@@ -191,6 +226,7 @@ bool checkArchive(const std::string& zipPath, PackagePlatform platform, ArchiveS
         failureText = zipPath + ": " + wrong;
         return false;
     }
+    if (const std::string warning = check.writableWarning(); !warning.empty()) summary.warnings.push_back(warning);
     if (editor.find('/') != std::string::npos)
         summary.warnings.push_back(
             "The editor is at \"" + editor +

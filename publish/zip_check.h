@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "publish/progress.h"
+
 enum class PackagePlatform { Linux, Windows };
 
 // "linux" or "windows". False for any other name.
@@ -24,4 +26,4 @@ struct ArchiveSummary {
 // something else than was packed: two entries for one file, links, names that `platform` cannot store, and an archive
 // without an editor where the launcher looks for it. Returns false with a message for the user in `failureText`.
 [[nodiscard]] bool checkArchive(const std::string& zipPath, PackagePlatform platform, ArchiveSummary& summary,
-                                std::string& failureText);
+                                std::string& failureText, const Progress& progress = {});

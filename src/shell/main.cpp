@@ -11,6 +11,7 @@
 #include "shell/launcher_app.h"
 #include "signin/loopback_listener.h"
 #include "system/dialog_hook.h"
+#include "system/dialog_problem.h"
 #include "system/http.h"
 #include "system/operating_system.h"
 #include "system/platform.h"
@@ -77,6 +78,7 @@ int run() {
         app.drawFrame(host.deltaSeconds);
         if (std::exchange(app.attentionWanted, false)) host.requestAttention();
         host.setProgress(app.downloadProgress());
+        host.say(takeDialogProblem());
         float clearColour[4];
         uiThemeBackgroundFloat(clearColour);
         if (!host.presentFrame(clearColour)) break;

@@ -32,10 +32,13 @@ int onTextEvent(ImGuiInputTextCallbackData* data) {
     return 0;
 }
 
-// Dear ImGui 1.92 draws the caret on the last pixel of the letter before it.
+// Dear ImGui 1.92 draws the caret on the last pixel of the letter before it. At the start of the field there is none.
 void moveCaretOffLetter(ImDrawList& drawList, int firstVertex) {
-    for (int i = firstVertex; i < drawList.VtxBuffer.Size; ++i)
-        if (drawList.VtxBuffer[i].col == palette::kCaret) drawList.VtxBuffer[i].pos.x += uiThemePx(1.0f);
+    const float start = ImGui::GetItemRectMin().x + ImGui::GetStyle().FramePadding.x;
+    for (int i = firstVertex; i < drawList.VtxBuffer.Size; ++i) {
+        ImDrawVert& corner = drawList.VtxBuffer[i];
+        if (corner.col == palette::kCaret && corner.pos.x > start + uiThemePx(2.0f)) corner.pos.x += uiThemePx(1.0f);
+    }
 }
 
 } // namespace

@@ -15,7 +15,7 @@ extern "C" __attribute__((weak)) Window glfwGetX11Window(GLFWwindow* window);
 
 namespace {
 
-constexpr const char* kDesktopEntry = "application://volo-launcher.desktop";
+constexpr const char* kDesktopEntry = "application://" VOLO_APPLICATION_ID ".desktop";
 
 // The numbers in a property of a window. Empty if the window has no such property.
 std::vector<unsigned long> numbersIn(Display* display, Window window, const char* property, Atom type) {

@@ -18,7 +18,7 @@
 
 namespace {
 
-constexpr const char* kWindowClass = "volo-launcher";
+constexpr const char* kWindowClass = "volo-launcher"; // StartupWMClass of the desktop entry
 
 // Tried in this order. Each version suffices for what the launcher draws.
 struct GraphicsVersion {
@@ -78,7 +78,7 @@ bool UiHost::Window::createWindow(std::string& errorText) {
     glfwWindowHintString(GLFW_X11_CLASS_NAME, kWindowClass);
     glfwWindowHintString(GLFW_X11_INSTANCE_NAME, kWindowClass);
 #if defined(GLFW_WAYLAND_APP_ID)
-    glfwWindowHintString(GLFW_WAYLAND_APP_ID, kWindowClass);
+    glfwWindowHintString(GLFW_WAYLAND_APP_ID, VOLO_APPLICATION_ID); // the name of the desktop entry
 #endif
     std::string reason; // of the first version, which is the one that is wanted
     for (const GraphicsVersion& version : kGraphicsVersions) {

@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "ui/ui_host_platform.h"
 
 #define GLFW_EXPOSE_NATIVE_WIN32
@@ -17,14 +19,16 @@ void darkenTitleBar(GLFWwindow* window) {
 
 void showTaskbarProgress(GLFWwindow* window, int percent) {
     static ITaskbarList3* taskbar = nullptr; // released by the end of the process
-    if (taskbar == nullptr) {
-        if (FAILED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) ||
-            FAILED(CoCreateInstance(CLSID_TaskbarList, nullptr, CLSCTX_INPROC_SERVER, IID_ITaskbarList3,
+    static bool tried = false;
+    if (!std::exchange(tried, true)) {
+        static_cast<void>(
+            CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)); // fails if the thread is already initialised
+        if (FAILED(CoCreateInstance(CLSID_TaskbarList, nullptr, CLSCTX_INPROC_SERVER, IID_ITaskbarList3,
                                     reinterpret_cast<void**>(&taskbar))) ||
-            FAILED(taskbar->HrInit())) {
-            return;
-        }
+            FAILED(taskbar->HrInit()))
+            taskbar = nullptr;
     }
+    if (taskbar == nullptr) return;
     const HWND handle = glfwGetWin32Window(window);
     taskbar->SetProgressState(handle, percent < 0 ? TBPF_NOPROGRESS : TBPF_NORMAL);
     if (percent >= 0) taskbar->SetProgressValue(handle, static_cast<ULONGLONG>(percent), 100);

@@ -43,8 +43,9 @@ void keepInside(ImGuiWindow* popup) {
     if (viewport.WorkSize == checkedViewport && popup->Size == checkedSize) return;
     checkedViewport = viewport.WorkSize;
     checkedSize = popup->Size;
-    const ImVec2 last = viewport.WorkPos + viewport.WorkSize - popup->Size;
-    const ImVec2 inside = ImMax(ImMin(popup->Pos, last), viewport.WorkPos);
+    const ImVec2 margin = ImGui::GetStyle().DisplaySafeAreaPadding;
+    const ImVec2 last = viewport.WorkPos + viewport.WorkSize - margin - popup->Size;
+    const ImVec2 inside = ImMax(ImMin(popup->Pos, last), viewport.WorkPos + margin);
     if (inside != popup->Pos) ImGui::SetWindowPos(popup, inside);
 }
 
@@ -63,7 +64,8 @@ bool uiThemeBeginModal(const char* name) {
     ImGui::PushFont(title, uiThemeFontSize(title));
     ImGui::PushStyleVar(ImGuiStyleVar_WindowPadding, uiThemePx(kModalPadding));
     ImVec2 titlePadding = uiThemePx(kModalTitlePadding);
-    titlePadding.x -= ImGui::GetStyle().WindowBorderSize; // Dear ImGui 1.92 adds it to the title, but not to the content
+    titlePadding.x -=
+        ImGui::GetStyle().WindowBorderSize; // Dear ImGui 1.92 adds it to the title, but not to the content
     ImGui::PushStyleVar(ImGuiStyleVar_FramePadding, titlePadding);
     const bool open = ImGui::BeginPopupModal(name, nullptr, ImGuiWindowFlags_AlwaysAutoResize);
     ImGui::PopStyleVar(2);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cfloat>
+#include <utility>
 
 #include <imgui.h>
 #include <imgui_internal.h>
@@ -11,7 +12,8 @@ namespace {
 using Lines = std::vector<std::string_view>;
 
 constexpr std::string_view kBlanks = " \t";
-constexpr std::string_view kSeparators = "/\\-_.?&=";
+constexpr std::string_view kFolderSeparators = "/\\";
+constexpr std::string_view kOtherSeparators = "-_.?&=";
 constexpr std::size_t kMostBalancedLines = 4;
 constexpr int kBalancingSteps = 8;
 
@@ -30,8 +32,11 @@ std::size_t bytesThatFit(ImFont* font, std::string_view word, float width) {
         if (fits > 0 && widthOf(font, word.substr(0, fits + bytes)) > width) break;
         fits += bytes;
     }
-    const std::size_t separator = word.substr(0, fits).find_last_of(kSeparators);
-    return separator == std::string_view::npos || separator == 0 ? fits : separator + 1;
+    for (const std::string_view separators : {kFolderSeparators, kOtherSeparators}) {
+        const std::size_t separator = word.substr(0, fits).find_last_of(separators);
+        if (separator != std::string_view::npos && separator > fits / 3) return separator + 1;
+    }
+    return fits;
 }
 
 // Puts as many words on every line as fit.

@@ -232,8 +232,7 @@ ImVec2 uiThemeTextSize(ImFont* font, std::string_view text, float wrapWidth) {
         return font->CalcTextSizeA(font->LegacySize, FLT_MAX, 0.0f, text.data(), text.data() + text.size());
     ImVec2 size;
     for (const std::string_view line : wrapText(font, text, wrapWidth)) {
-        const char* const end = line.data() + line.size();
-        size.x = std::max(size.x, font->CalcTextSizeA(font->LegacySize, FLT_MAX, 0.0f, line.data(), end).x);
+        size.x = std::max(size.x, uiThemeTextSize(font, line).x);
         size.y += font->LegacySize;
     }
     return size;

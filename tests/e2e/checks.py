@@ -216,7 +216,7 @@ def remembered_placement(build):
     with Desktop() as desktop, Sandbox(desktop, build) as sandbox:
         window = desktop.window("VOLO Launcher")
         window.see("Sign in", SIGN_IN_BUTTON)
-        window.tool("windowsize", "1000", "600")
+        window.tool("windowsize", window.identifier, "1000", "600")
         window.press("ctrl+minus")
         file = sandbox.settings_file.with_name("Launcher.window")
         wait_for("size and zoom in Launcher.window",

@@ -1,7 +1,5 @@
 // Archives: what is written, what is refused, and that nothing is ever written outside the staging directory.
 
-#include <cstdlib>
-
 #include <gtest/gtest.h>
 #include <miniz.h>
 
@@ -151,17 +149,4 @@ TEST(PackageExtraction, ReplacesAnEditorWithNamesOfEveryScriptAndLength) {
         ASSERT_TRUE(swapIn((folder / "deep/in/staging").string(), {}));
         EXPECT_EQ(treeOf(managedEditorDirectory()), files);
     }
-}
-
-TEST(PackageExtraction, ReadsAnArchiveOfAnotherTool) {
-    if (kOnWindows) GTEST_SKIP() << "the tool is that of a POSIX system";
-    const TemporaryFolder folder;
-    folder.write("t/dir/deflated.bin", std::string(100000, 'd'));
-    folder.write("t/é日.txt", "text");
-    // The system's Python first: another one on the path may lack modules.
-    const std::string python = fs::exists("/usr/bin/python3") ? "/usr/bin/python3" : "python3";
-    const std::string command = "cd '" + (folder / "t").string() + "' && " + python + " -m zipfile -c ../zip *";
-    ASSERT_EQ(std::system(command.c_str()), 0);
-    EXPECT_EQ(extract(readFileBytes(folder / "zip"), folder), ExtractionOutcome::Done);
-    EXPECT_EQ(treeOf(folder / "deep/in/staging"), treeOf(folder / "t"));
 }

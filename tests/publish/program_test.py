@@ -53,6 +53,7 @@ class Program(unittest.TestCase):
     def test_exit_status_and_message_match(self):
         cases = [
             ("--help", 0, ""),
+            ("--version", 0, ""),
             ("", 2, "subcommand is required"),
             ("release --zip editor.zip", 2, "is required"),
             (RELEASE + " --days 93", 2, "--days"),
@@ -63,21 +64,45 @@ class Program(unittest.TestCase):
             ("statement --out site --version 1 --sign-key first.key", 1, "No release statement"),
             ("keygen first.key", 1, "exists"),
             ("keygen no/such/folder/key", 1, "could not be written"),
-            ("inspect nothing", 1, "is not a file"),
+            ("inspect nothing", 1, "does not exist"),
+            (RELEASE.replace("editor.zip", "no.zip"), 1, "no.zip does not exist"),
+            ("statement --out site --revoke --offered --sign-key first.key", 2, "excludes"),
             ("inspect first.key", 1, "is neither"),
             (RELEASE + " --sign-key editor.zip", 1, "not an Ed25519 private key"),
             (RELEASE.replace("1.4.2", "'1 '"), 1, "The version"),
             ("inspect editor.zip", 0, ""),
             (RELEASE + " --days 10", 0, "warning: The statement ends in 10 days"),
-            ("statement --out site", 0, "warning: The statement of 1.4.2"),
-            ("statement --out site --all --sign-key first.key --sign-key second.key", 0, ""),
+            ("statement --out site", 3, "volo-publish statement --out site --offered"),
+            ("statement --out site --offered --sign-key first.key --sign-key second.key", 0, ""),
         ]
         for arguments, status, words in cases:
             with self.subTest(arguments):
                 done = self.publish(arguments, status)
                 self.assertIn(words, done.stderr)
                 self.assertEqual(done.stderr == "", words == "", done.stderr)
-                self.assertEqual(done.stdout == "", status != 0, done.stdout)
+                self.assertEqual(done.stdout == "", status in (1, 2), done.stdout)
+
+    def test_two_runs_at_once_leave_one_whole_release(self):
+        (self.folder / "editor.zip").unlink()
+        with zipfile.ZipFile(self.folder / "editor.zip", "w") as archive:
+            archive.writestr("editor.exe", os.urandom(20_000_000))
+        for attempt in range(3):
+            runs = [subprocess.Popen([PROGRAM, *shlex.split(RELEASE.replace("1.4.2", f"{attempt}.{number}"))],
+                                     cwd=self.folder, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+                    for number in range(2)]
+            outputs = [run.communicate() for run in runs]
+            self.assertIn(0, [run.returncode for run in runs], outputs)
+            for run, (_, errors) in zip(runs, outputs):
+                self.assertIn("Another volo-publish" if run.returncode else "", errors)
+            self.publish("inspect site/manifest.json")
+
+    def test_files_are_readable_for_a_web_server(self):
+        said = self.shell(f"umask 077; {shlex.quote(PROGRAM)} {RELEASE}").stdout
+        configuration = json.loads(said.split("launcher_config.json:")[1])
+        self.assertEqual(configuration["artifact_authenticity_url"], "https://updates.example/linux/statements")
+        for path in [self.site, *self.site.rglob("*")]:
+            if path.name != "lock.tmp" and not WINDOWS:
+                self.assertEqual(stat.S_IMODE(path.stat().st_mode), 0o755 if path.is_dir() else 0o644, path)
 
     def test_private_key_stays_secret(self):
         key = self.folder / "new.key"

@@ -67,7 +67,7 @@ class PublishWorld {
     std::map<std::string, std::string> files() const {
         std::map<std::string, std::string> found;
         for (const auto& entry : std::filesystem::recursive_directory_iterator(site))
-            if (entry.is_regular_file())
+            if (entry.is_regular_file() && entry.path().filename() != site::kLockName)
                 found[std::filesystem::relative(entry.path(), site).generic_string()] = readFileBytes(entry.path());
         return found;
     }

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <set>
 #include <string>
+#include <system_error>
 #include <utility>
 
 #include <gtest/gtest.h>
@@ -46,7 +47,7 @@ TEST(Release, RefusesVersionsAndAddressesThatLaunchersMisread) {
         EXPECT_EQ(baseUrlProblem(good), "") << good;
     for (const std::string bad :
          {"http://a", "https://a:0", "https://a/?b", "https://a/#b", "https://u@a", "https://a b", "https://a/\xC3\xA9",
-          "https://YOUR_HOST/x", "https://a/platform=linux/x"})
+          "https://YOUR_HOST/x", "https://a/platform=linux/x", "https://a/manifest.json"})
         EXPECT_NE(baseUrlProblem(bad), "") << bad;
 }
 
@@ -81,8 +82,7 @@ TEST(Release, ARefusalChangesNothing) {
 TEST(Release, OffersTheOldReleaseWhenAStepFails) {
     const std::string next = makeZip({{"editor.exe", "next"}});
     const std::string hash = sha256Hex(next);
-    for (const std::string& step :
-         {"editor-2-" + hash.substr(0, 16) + ".zip", "statements/" + hash + ".txt", std::string("manifest.json.tmp")}) {
+    for (const std::string& step : {"editor-2-" + hash.substr(0, 16) + ".zip", "statements/" + hash + ".txt"}) {
         PublishWorld world;
         world.request.encrypt = false;
         ASSERT_EQ(world.publish(), "");
@@ -106,10 +106,12 @@ TEST(Release, APlainArchiveHasOneVersionOnly) {
     const auto before = world.files();
     EXPECT_NE(world.publish().find("as version 1.4.2"), std::string::npos);
     world.request.force = true;
-    fs::create_directories(world.folder / "site/manifest.json.tmp/obstacle");
+    fs::rename(world.result.manifestPath, world.folder / "manifest");
+    fs::create_directories(world.folder / "site/manifest.json/obstacle");
     EXPECT_NE(world.publish(), "");
+    fs::remove_all(world.result.manifestPath);
+    fs::rename(world.folder / "manifest", world.result.manifestPath);
     EXPECT_EQ(world.files(), before) << "the release on offer has lost its statement";
-    fs::remove_all(world.folder / "site/manifest.json.tmp");
     EXPECT_EQ(world.publish(), "");
     EXPECT_EQ(world.verdict(world.manifest().sha256), "");
 }
@@ -149,4 +151,38 @@ TEST(Release, PublishingAgainChangesOnlyTheStatement) {
         EXPECT_EQ(world.publishBytes(world.archive), "");
         EXPECT_EQ(world.verdict(world.manifest().sha256), "");
     }
+}
+
+TEST(Release, RefusesADirectoryThatAnotherRunChanges) {
+    PublishWorld world;
+    ASSERT_EQ(world.publish(), "");
+    world.folder.write("site/manifest.json.killed.tmp", "left by a killed run");
+    world.request.version = "2";
+    {
+        FileLock other;
+        ASSERT_EQ(other.tryToTake(joinPath(world.site, site::kLockName)), FileLock::Result::Taken);
+        EXPECT_NE(world.publishBytes(makeZip({{"editor.exe", "two"}})).find("Another volo-publish"), std::string::npos);
+    }
+    EXPECT_EQ(world.publish(), "");
+    EXPECT_EQ(world.files().count("manifest.json.killed.tmp"), 0u);
+}
+
+TEST(Release, ReadsBackWhatItOffers) {
+    PublishWorld world;
+    // Another program damages the package while it is being published.
+    std::error_code ignored;
+    world.request.progress = [&](const char* step, std::uint64_t, std::uint64_t) {
+        if (step != std::string("writing the package")) return;
+        for (const auto& file : fs::directory_iterator(world.folder / "site"))
+            if (file.path().extension() == ".tmp" && file.path().filename() != site::kLockName)
+                fs::resize_file(file.path(), 0, ignored);
+    };
+    EXPECT_NE(world.publish().find("does not contain what was written"), std::string::npos);
+    EXPECT_TRUE(world.files().empty());
+}
+
+TEST(Release, ProgressTellsBytesShareAndTimeLeft) {
+    EXPECT_EQ(progressText("writing", 512 << 20, std::uint64_t{2048} << 20, 10.0),
+              "writing: 512 of 2048 MiB, 25%, 30 s left");
+    EXPECT_EQ(progressText("writing", 0, 0, 0.0), "writing: 0 of 0 MiB, 100%, 0 s left");
 }

@@ -116,6 +116,10 @@ TEST_F(ArchiveCheck, AcceptsWhatTheLauncherInstalls) {
     EXPECT_EQ(summary.unpackedBytes, 200010u);
     EXPECT_TRUE(summary.warnings.empty());
 
+    EXPECT_EQ(check(makeZip({kEditor, unixEntry("open", "x", 0100666), unixEntry("closed", "x", 0100664)})), "");
+    ASSERT_EQ(summary.warnings.size(), 1u);
+    EXPECT_TRUE(summary.warnings[0].starts_with("1 entries are writable")) << summary.warnings[0];
+
     EXPECT_EQ(check(makeZip({{"bin/editor.exe", "x"}})), "");
     EXPECT_EQ(summary.warnings.size(), 1u) << "the launcher would install it again at every check";
 }

@@ -1,9 +1,9 @@
-// Which screen is shown, how the screens scale, and the Downloads screen with real downloads.
+// Which screen is shown, how the screens scale, and what the Downloads screen offers.
 
 #include <algorithm>
 #include <array>
-#include <atomic>
-#include <fstream>
+#include <filesystem>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,8 +15,6 @@
 #include "shell/widgets.h"
 #include "signin/picture_crop.h"
 #include "support/eventually.h"
-#include "support/tls_server.h"
-#include "support/trusted_authority.h"
 #include "support/ui_harness.h"
 #include "ui/ui_theme.h"
 
@@ -59,13 +57,6 @@ TEST(Routing, EverySignInChecksForUpdatesOnce) {
     ui.frame();
     EXPECT_TRUE(app.updateCheckStarted);
     ASSERT_TRUE(eventually([&] { return app.install->status() == EditorInstallStatus::Failed; }));
-    EXPECT_FALSE(app.attentionWanted);
-    app.pendingOpenProjectPath = "/a/project that waits.zantorproj";
-    ui.frame();
-    EXPECT_TRUE(app.attentionWanted) << "the install that a project waited for has ended";
-    ui.frames(3);
-    ui.key(ImGuiKey_Escape); // closes the popup that tells so
-    ui.frames(3);
 
     ASSERT_TRUE(ui.click(kRoot, {"Installs"}));
     ASSERT_TRUE(ui.click(kRoot, {"Sign out"}));
@@ -78,6 +69,11 @@ TEST(Routing, EverySignInChecksForUpdatesOnce) {
     ui.frame();
     EXPECT_EQ(app.activeTab, LauncherTab::Installs) << "the tab is kept";
     EXPECT_TRUE(eventually([&] { return app.install->status() == EditorInstallStatus::InstalledOffline; }));
+
+    EXPECT_FALSE(app.attentionWanted);
+    app.pendingOpenProjectPath = "/a/project that waits.zantorproj";
+    ui.frame();
+    EXPECT_TRUE(app.attentionWanted) << "the install that a project waited for has ended";
 }
 
 TEST(Routing, AnyOtherTabValueShowsTheDownloads) {
@@ -205,36 +201,16 @@ TEST(Picture, IsCroppedAndNotDistorted) {
     }
 }
 
-// An update server. Every manifest offers a new version, and no package can be downloaded.
-struct Releases : UiHarness {
-    Releases() {
-        server = std::make_unique<TlsServer>(TrustedAuthority::loopback(), [this](TlsConnection& c) { answer(c); });
-        startSignedIn("https://127.0.0.1:" + std::to_string(server->port()) + "/manifest").updateCheckStarted = true;
-        app->activeTab = LauncherTab::Downloads;
-    }
-    ~Releases() {
-        app.reset();
-        server.reset();
-    }
-    void answer(TlsConnection& connection) {
-        const bool package = connection.readRequest().starts_with("GET /package");
-        if (!package) {
-            connection.write(httpAnswer(200, R"({"version":")" + std::to_string(++version) +
-                                                 R"(","url":"https://127.0.0.1:)" + std::to_string(server->port()) +
-                                                 R"(/package"})"));
-        } else if (stallPackages) {
-            connection.write("HTTP/1.1 200 OK\r\nContent-Length: 2048\r\n\r\nsome");
-            while (connection.write("x") && connection.pause(5)) {
-            }
-        } else {
-            connection.write(httpAnswer(503, "no package"));
-        }
-    }
-    bool failedRuns(std::size_t rows) {
-        return eventually([&] {
-            return app->install->status() == EditorInstallStatus::Failed &&
-                   app->install->downloadsSnapshot().size() == rows;
-        });
+// The Downloads screen with the given rows.
+struct Downloads : testing::Test, UiHarness {
+    void show(std::vector<DownloadRecord> rows) {
+        InstallProgress progress;
+        progress.downloads = std::move(rows);
+        LauncherApp& launcherApp = startSignedIn(kNoServer);
+        launcherApp.install = std::make_unique<EditorInstallState>(kNoServer, "", ArtifactAuthenticity(), progress);
+        launcherApp.updateCheckStarted = true;
+        launcherApp.activeTab = LauncherTab::Downloads;
+        frames(2);
     }
     std::vector<std::string> versions() const {
         std::vector<std::string> found;
@@ -242,50 +218,38 @@ struct Releases : UiHarness {
             found.push_back(record.version);
         return found;
     }
-    TrustedAuthority trust;
-    std::atomic<int> version = 0;
-    std::atomic<bool> stallPackages = false;
-    std::unique_ptr<TlsServer> server;
 };
 
-TEST(Downloads, TheButtonsOfARowActOnThatRow) {
-    Releases ui;
-    LauncherApp& app = *ui.app;
-    ui.frame();
-    EXPECT_FALSE(ui.rect(kDownloadList, {0, "dl_badge"})) << "no download yet";
-    app.install->startUpdate();
-    ASSERT_TRUE(ui.failedRuns(1)) << app.install->statusMessage();
-    for (const std::size_t rows : {2, 3}) {
-        ui.frames(2);
-        ASSERT_TRUE(ui.click(kDownloadList, {0, "Retry"}));
-        ASSERT_TRUE(ui.failedRuns(rows));
+TEST_F(Downloads, ARowOffersWhatFitsItsState) {
+    const std::vector<std::pair<DownloadStatus, std::string>> cases = {
+        {DownloadStatus::Downloading, "Cancel"},       {DownloadStatus::Downloaded, "Show Delete"},
+        {DownloadStatus::Installing, "Show Delete"},   {DownloadStatus::Installed, "Show Delete"},
+        {DownloadStatus::Failed, "Retry Show Delete"}, {static_cast<DownloadStatus>(9), "Cancel"}};
+    for (const auto& [status, offered] : cases) {
+        show({{"1", "/nowhere/package.zip", status}});
+        for (const std::string label : {"Cancel", "Retry", "Show", "Delete"})
+            EXPECT_EQ(rect(kDownloadList, {0, label.c_str()}).has_value(), offered.find(label) != std::string::npos)
+                << label << offered;
     }
-    ui.frames(2);
-    EXPECT_EQ(ui.versions(), (std::vector<std::string>{"3", "2", "1"}));
-
-    const ImRect first = *ui.rect(kDownloadList, {0, "Show"}), second = *ui.rect(kDownloadList, {1, "Show"});
-    EXPECT_FLOAT_EQ(second.Min.y - first.Min.y, 70.0f) << "Dear ImGui's item spacing must not separate the rows";
-    ASSERT_TRUE(ui.click(kDownloadList, {1, "Show"}));
-    EXPECT_EQ(recordingSystem().openedFolders, std::vector<std::string>{(ui.launcher / "downloads").string()});
-
-    const std::string lastFile = app.install->downloadsSnapshot()[2].filePath;
-    std::ofstream(lastFile) << "package";
-    ASSERT_TRUE(ui.click(kDownloadList, {2, "Delete"}));
-    EXPECT_EQ(ui.versions(), (std::vector<std::string>{"3", "2"}));
-    EXPECT_FALSE(std::filesystem::exists(lastFile));
-    ASSERT_TRUE(ui.click(kDownloadList, {0, "Delete"})); // the list becomes shorter in the middle of the frame
-    EXPECT_EQ(ui.versions(), std::vector<std::string>{"2"});
 }
 
-TEST(Downloads, ARunningTransferOffersOnlyCancel) {
-    Releases ui;
-    ui.stallPackages = true;
-    ui.app->install->startUpdate();
-    ASSERT_TRUE(eventually([&] { return ui.app->install->downloadedBytes() > 0; }));
-    ui.frames(2);
-    EXPECT_FALSE(ui.rect(kDownloadList, {0, "Delete"}));
-    ASSERT_TRUE(ui.click(kDownloadList, {0, "Cancel"}));
-    EXPECT_TRUE(eventually([&] { return ui.app->install->status() != EditorInstallStatus::Downloading; }));
+TEST_F(Downloads, TheButtonsOfARowActOnThatRow) {
+    const std::filesystem::path package = folder.write("packages/1.zip", "package");
+    const DownloadStatus failed = DownloadStatus::Failed;
+    show({{"3", "/nowhere/3.zip", failed}, {"2", "/nowhere/2.zip", failed}, {"1", package.string(), failed}});
+    const ImRect first = *rect(kDownloadList, {0, "Show"}), second = *rect(kDownloadList, {1, "Show"});
+    EXPECT_FLOAT_EQ(second.Min.y - first.Min.y, 70.0f) << "Dear ImGui's item spacing must not separate the rows";
+    ASSERT_TRUE(click(kDownloadList, {2, "Show"}));
+    EXPECT_EQ(recordingSystem().openedFolders, std::vector<std::string>{package.parent_path().string()});
+
+    ASSERT_TRUE(click(kDownloadList, {2, "Delete"}));
+    EXPECT_EQ(versions(), (std::vector<std::string>{"3", "2"}));
+    EXPECT_FALSE(std::filesystem::exists(package));
+    ASSERT_TRUE(click(kDownloadList, {0, "Delete"})); // the list becomes shorter in the middle of the frame
+    EXPECT_EQ(versions(), std::vector<std::string>{"2"});
+    EXPECT_EQ(app->install->status(), EditorInstallStatus::Idle);
+    ASSERT_TRUE(click(kDownloadList, {0, "Retry"}));
+    EXPECT_NE(app->install->status(), EditorInstallStatus::Idle) << "no update was started";
 }
 
 } // namespace

@@ -123,12 +123,14 @@ TEST_F(Listener, NoOtherProgramCanBindItsPort) {
 TEST_F(Listener, AnswersTheBrowserAndStopsWithoutWaitingForClientsThatStall) {
     start();
     std::deque<LoopbackConnection> clients;
-    for (int i = 0; i < 300; ++i) // more than the listener has threads
+    for (int i = 0; i < 300; ++i) { // more than the listener has threads
         clients.emplace_back(listener_->port()).send("GET / HTTP/1.1\r\n");
+        std::this_thread::sleep_for(std::chrono::milliseconds(1)); // a full backlog would delay a connection by 1 s
+    }
     std::jthread dripping([&](const std::stop_token& ended) {
         while (!ended.stop_requested()) {
             for (LoopbackConnection& client : clients)
-                client.send("X: y\r\n");
+                client.send("x"); // a header line without end
             std::this_thread::sleep_for(std::chrono::milliseconds(100));
         }
     });
