@@ -53,7 +53,7 @@ class Desktop:
         check("the virtual screen", number)
         self.display = ":" + number
         self.environment = {**os.environ, "DISPLAY": self.display, "OMP_THREAD_LIMIT": "1"}
-        for name in ("WAYLAND_DISPLAY", "XAUTHORITY"):
+        for name in ("WAYLAND_DISPLAY", "XAUTHORITY", "DBUS_SESSION_BUS_ADDRESS"):  # not the user's own desktop
             self.environment.pop(name, None)
         return self
 

@@ -1,7 +1,10 @@
 // The file dialog of the desktop portal, against a portal of the test on a bus of its own.
 
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
+#include <regex>
 #include <string>
 #include <thread>
 
@@ -22,46 +25,30 @@ struct Reply {
     unsigned version = 4;
     unsigned response = 0;
     const char* uri = "";
-    std::string asked = {}; // title, options; filled in by the portal
+    std::string asked = {}; // the values of the call; filled in by the portal
 };
 
-// What the dialog was asked for, as "title|key=value|...".
-std::string describe(sd_bus_message* call) {
-    const char *parent = nullptr, *title = nullptr, *key = nullptr, *text = nullptr;
-    sd_bus_message_read(call, "ss", &parent, &title);
-    std::string all = title;
-    sd_bus_message_enter_container(call, 'a', "{sv}");
-    while (sd_bus_message_enter_container(call, 'e', "sv") > 0) {
-        sd_bus_message_read(call, "s", &key);
-        const std::string name = key;
-        int flag = 0;
-        std::size_t size = 0;
-        const void* bytes = nullptr;
-        sd_bus_message_enter_container(call, 'v', nullptr);
-        if (name == "directory") {
-            sd_bus_message_read(call, "b", &flag);
-            all += flag != 0 ? "|folder" : "|file";
-        } else if (name == "current_folder") {
-            sd_bus_message_read_array(call, 'y', &bytes, &size);
-            all += "|" + std::string(static_cast<const char*>(bytes));
-        } else if (name == "filters") {
-            unsigned kind = 1;
-            sd_bus_message_read(call, "a(sa(us))", 1, &key, 1, &kind, &text);
-            all += std::string("|") + key + "|" + text;
-        } else {
-            sd_bus_message_read(call, "s", &text);
-        }
-        sd_bus_message_exit_container(call);
-        sd_bus_message_exit_container(call);
-    }
-    return all;
+// The values of a call, each followed by "|".
+std::string valuesOf(sd_bus_message* call) {
+    char* text = nullptr;
+    std::size_t size = 0;
+    std::FILE* stream = ::open_memstream(&text, &size);
+    sd_bus_message_dump(call, stream, SD_BUS_MESSAGE_DUMP_SUBTREE_ONLY);
+    std::fclose(stream);
+    const std::string dump(text, size);
+    std::free(text);
+    const std::regex value("(STRING|BOOLEAN|BYTE|UINT32) \"?([^\";]*)\"?;");
+    std::string values;
+    for (std::sregex_iterator found(dump.begin(), dump.end(), value), end; found != end; ++found)
+        values += found->str(2) + "|";
+    return values;
 }
 
 int answer(sd_bus_message* call, void* data, sd_bus_error* /*error*/) {
     auto& reply = *static_cast<Reply*>(data);
     if (sd_bus_message_is_method_call(call, "org.freedesktop.DBus.Properties", "Get") > 0)
         return sd_bus_reply_method_return(call, "v", "u", reply.version);
-    reply.asked = describe(call);
+    reply.asked = valuesOf(call);
     std::string sender = sd_bus_message_get_sender(call) + 1;
     sender.replace(sender.find('.'), 1, "_");
     const std::string request = "/org/freedesktop/portal/desktop/request/" + sender + "/volo";
@@ -117,20 +104,25 @@ class Portal : public testing::Test {
 };
 
 TEST_F(Portal, GivesTheChoiceAndLeavesTheRestToZenity) {
+    const std::string asked = "|Pick|handle_token|volo|directory|true|current_folder|47|116|109|112|0|"; // "/tmp"
     const struct {
         bool chooseFolder;
         Reply reply;
-        const char *choice, *asked;
+        std::string choice, asked;
     } cases[] = {
-        {true, {4, 0, "file:///a%20b/%C3%BC"}, "/a b/\xC3\xBC", "Pick|folder|/tmp"},
-        {false, {2, 0, "file:///p"}, "/p", "Add|file|/a b|VOLO Project (*.zantorproj)|*.zantorproj"},
-        {true, {4, 1, ""}, "", "Pick|folder|/tmp"},
-        {true, {4, 2, ""}, "/from-zenity", "Pick|folder|/tmp"},
+        {true, {4, 0, "file:///a%20b/%C3%BC"}, "/a b/\xC3\xBC", asked},
+        {true, {4, 1, ""}, "", asked},
+        {true, {4, 2, ""}, "/from-zenity", asked},
         {true, {2, 0, "file:///p"}, "/from-zenity", ""}, // this version knows no folders
+        {false,
+         {2, 0, "file:///p"},
+         "/p",
+         "|Add|handle_token|volo|directory|false|current_folder|47|97|32|98|0|filters|VOLO Project (*.zantorproj)|0|"
+         "*.zantorproj|"},
     };
-    for (auto [chooseFolder, reply, choice, asked] : cases) {
+    for (auto [chooseFolder, reply, choice, call] : cases) {
         EXPECT_EQ(ask(chooseFolder, reply), choice) << reply.uri;
-        EXPECT_EQ(reply.asked, asked);
+        EXPECT_EQ(reply.asked, call);
         EXPECT_EQ(takeDialogProblem(), "");
     }
 }
