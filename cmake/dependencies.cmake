@@ -16,6 +16,8 @@ if(NOT WIN32)
   find_package(OpenGL REQUIRED COMPONENTS OpenGL)
   find_package(Fontconfig REQUIRED)
   find_package(X11 REQUIRED)
+  find_package(PkgConfig REQUIRED)
+  pkg_check_modules(LIBSYSTEMD REQUIRED IMPORTED_TARGET libsystemd) # its D-Bus client
 else()
   # A static OpenSSL needs ws2_32. cpp-httplib reads the certificate store through crypt32.
   set_property(TARGET OpenSSL::Crypto APPEND PROPERTY INTERFACE_LINK_LIBRARIES ws2_32 crypt32)
@@ -27,6 +29,9 @@ function(volo_source_library name repository commit)
   FetchContent_Declare(${name} GIT_REPOSITORY ${repository} GIT_TAG ${commit} SOURCE_SUBDIR no-build-here)
   FetchContent_MakeAvailable(${name})
   set(${name}_SOURCE_DIR ${${name}_SOURCE_DIR} PARENT_SCOPE)
+  if(NOT MSVC)
+    add_compile_options(-ffile-prefix-map=${${name}_SOURCE_DIR}/=${name}/)
+  endif()
 endfunction()
 
 volo_source_library(imgui https://github.com/ocornut/imgui.git 1f7f1f54af38b0350d8c0008b096a9af6de299c7)
@@ -42,7 +47,7 @@ set(VOLO_IMGUI_SOURCES
 add_library(imgui_headers INTERFACE)
 target_include_directories(imgui_headers SYSTEM INTERFACE ${imgui_SOURCE_DIR} ${imgui_SOURCE_DIR}/backends)
 target_compile_definitions(imgui_headers INTERFACE IMGUI_DISABLE_OBSOLETE_FUNCTIONS IMGUI_DISABLE_DEMO_WINDOWS
-  IMGUI_DEFINE_MATH_OPERATORS)
+  IMGUI_DEFINE_MATH_OPERATORS IMGUI_USE_WCHAR32)
 
 add_library(imgui STATIC ${VOLO_IMGUI_SOURCES})
 target_link_libraries(imgui PUBLIC imgui_headers)
@@ -55,20 +60,21 @@ add_library(imgui_backends STATIC
   ${imgui_SOURCE_DIR}/backends/imgui_impl_glfw.cpp ${imgui_SOURCE_DIR}/backends/imgui_impl_opengl3.cpp)
 target_link_libraries(imgui_backends PUBLIC imgui_headers glfw)
 if(NOT WIN32)
-  target_link_libraries(imgui_backends PUBLIC OpenGL::GL Fontconfig::Fontconfig X11::X11 ${CMAKE_DL_LIBS})
+  target_link_libraries(imgui_backends PUBLIC OpenGL::GL Fontconfig::Fontconfig X11::X11 PkgConfig::LIBSYSTEMD ${CMAKE_DL_LIBS})
 else()
   target_link_libraries(imgui_backends PUBLIC opengl32 gdi32 dwmapi)
 endif()
 
 # --- cpp-httplib: header only, TLS on, compression off.
 # CPPHTTPLIB_LISTEN_BACKLOG: with the default of 5, a browser waits for seconds when other programs connect at the same
-# moment. CPPHTTPLIB_MAX_LINE_LENGTH: the library parses status lines with std::regex, which recurses for every
-# character; at the default of 32 KiB a hostile server overflows the stack of a thread on Windows.
+# moment. CPPHTTPLIB_MAX_LINE_LENGTH, CPPHTTPLIB_HEADER_MAX_LENGTH: a browser may send 16 KiB of cookies to the loopback
+# listener. The library parses status lines with std::regex, which recurses for every character, so requests run on a
+# large stack (src/system/http_exchange.cpp).
 volo_split_header(${httplib_SOURCE_DIR}/httplib.h ${CMAKE_BINARY_DIR}/httplib)
 add_library(httplib STATIC ${CMAKE_BINARY_DIR}/httplib/httplib.cpp)
 target_include_directories(httplib SYSTEM PUBLIC ${CMAKE_BINARY_DIR}/httplib)
 target_compile_definitions(httplib PUBLIC CPPHTTPLIB_OPENSSL_SUPPORT CPPHTTPLIB_LISTEN_BACKLOG=128
-  CPPHTTPLIB_MAX_LINE_LENGTH=4096)
+  CPPHTTPLIB_MAX_LINE_LENGTH=20480 CPPHTTPLIB_HEADER_MAX_LENGTH=20480)
 target_link_libraries(httplib PUBLIC OpenSSL::SSL OpenSSL::Crypto Threads::Threads)
 
 # --- stb_image, RapidJSON: headers.

@@ -17,7 +17,7 @@ fi
 
 volo_build_packages=(
   build-essential cmake ninja-build pkg-config git ca-certificates dpkg-dev libssl-dev libglfw3-dev libgl-dev
-  libfontconfig-dev libx11-dev rapidjson-dev libstb-dev libcli11-dev fonts-roboto-unhinted
+  libfontconfig-dev libx11-dev libsystemd-dev rapidjson-dev libstb-dev libcli11-dev fonts-roboto-unhinted
   librsvg2-bin imagemagick
 )
 # What a started launcher uses: dialogs, the opener of the desktop, the OpenGL driver.
@@ -31,6 +31,10 @@ volo_test_packages=(
 # The cross-compiler, Wine, and sources that are built for Windows.
 volo_windows_packages=(g++-mingw-w64-x86-64-posix wine wine64 googletest)
 volo_clang_packages=(clang clang-tidy)
+# Tools that check packages, and the one that makes the Windows installer.
+volo_package_packages=(desktop-file-utils appstream nsis)
+# For ./release only, because nginx's package also starts a server: the tools of docs/deploying.md.
+volo_deploying_packages=(nginx-light rsync rclone curl)
 
 volo_say() { printf '[set-up] %s\n' "$*"; }
 

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "gallery/stage.h"
+#include "ui/ui_theme.h"
 
 namespace {
 
@@ -52,12 +53,14 @@ void pressKeys(Stage& stage, std::initializer_list<ImGuiKey> keys) {
 void showInstall(Stage& stage, EditorInstallStatus status, const char* message, std::int64_t received = 0,
                  std::int64_t total = 0) {
     stage.startWithProjects().activeTab = LauncherTab::Installs;
-    stage.setInstall(status, message, received, total);
+    stage.setInstall({status, message, received, total, {}});
 }
 
 void showDownloads(Stage& stage, const std::vector<DownloadRecord>& rows) {
     stage.startWithProjects().activeTab = LauncherTab::Downloads;
-    stage.setDownloads(rows);
+    InstallProgress progress;
+    progress.downloads = rows;
+    stage.setInstall(progress);
 }
 
 void manyProjects(Stage& stage) {
@@ -202,6 +205,34 @@ const std::vector<Scene> kScenes = {
          projects[5].name = "A name so long that it would reach far into the column beside it if nobody stopped it";
          app.settings->setProjects(projects);
      }},
+    {"projects-emoji",
+     [](Stage& stage) {
+         LauncherApp& app = stage.startWithProjects();
+         std::vector<ProjectEntry> projects = app.settings->projects();
+         projects[0].name = "\xF0\x9F\x98\x80\xF0\x9F\xAB\x80 Heart surgery";
+         projects[1].name = "Appendix \xF0\x9F\x94\xAA";
+         app.settings->setProjects(projects);
+     }},
+    {"projects-tooltip",
+     [](Stage& stage) {
+         LauncherApp& app = stage.startWithProjects();
+         std::vector<ProjectEntry> projects = app.settings->projects();
+         projects[1] =
+             stage.project("A name so long that the column beside it cuts both the name and the path", 1, false);
+         app.settings->setProjects(projects);
+         hover(stage, kProjectList, {1, "##project_row"});
+         stage.moveTo(stage.rect(kProjectList, {1, "##project_row"})->Min + uiThemePx({120.0f, 26.0f}));
+     }},
+    {"projects-search-keyboard",
+     [](Stage& stage) {
+         stage.startWithProjects();
+         pressKeys(stage, {ImGuiKey_Tab, ImGuiKey_Tab, ImGuiKey_Tab, ImGuiKey_Tab});
+     }},
+    {"projects-zoom-80",
+     [](Stage& stage) {
+         stage.startWithProjects();
+         stage.resize(stage.setting.width / 0.8f, stage.setting.height / 0.8f, stage.setting.scale * 0.8f);
+     }},
     {"projects-200", manyProjects},
     {"projects-200-scrolled",
      [](Stage& stage) {
@@ -248,6 +279,12 @@ const std::vector<Scene> kScenes = {
                       stage.app->newProjectLocation);
          stage.type("A project with a name that is nearly as long as the field in which it is typed, and longer");
      }},
+    {"popup-create-shrunk",
+     [](Stage& stage) {
+         stage.resize(1590, 940, stage.setting.scale);
+         openCreatePopup(stage);
+         stage.resize(stage.setting.width, stage.setting.height, stage.setting.scale);
+     }},
     {"popup-create-keyboard",
      [](Stage& stage) {
          openCreatePopup(stage);
@@ -266,7 +303,8 @@ const std::vector<Scene> kScenes = {
     {"installs-none",
      [](Stage& stage) {
          stage.startSignedInAs("Ada Lovelace", "ada.lovelace@example.org").activeTab = LauncherTab::Installs;
-         stage.setInstall(Status::Idle, "Update server not configured. Please locate or install VOLO Editor.");
+         stage.setInstall(
+             {Status::Idle, "Update server not configured. Please locate or install VOLO Editor.", 0, 0, {}});
      }},
     {"installs-checking",
      [](Stage& stage) { showInstall(stage, Status::Checking, "Checking for updates\xE2\x80\xA6"); }},

@@ -8,24 +8,14 @@ namespace {
 
 constexpr int kSettleFrames = 30; // half a second, after which every animation has ended
 
-// The states of a run that it only passes through are set from outside, and the picture is waited for; an explicit
-// instantiation may name what is private.
-struct PrivateMembers {
-    std::future<DecodedPicture> LauncherApp::*picture;
-    EditorInstallStatus EditorInstallState::*status;
-    std::string EditorInstallState::*message;
-    std::int64_t EditorInstallState::*received;
-    std::int64_t EditorInstallState::*total;
-    std::vector<DownloadRecord> EditorInstallState::*downloads;
-};
-PrivateMembers privateMembers();
-template<auto... members>
+// A picture is taken when the launcher's own has been decoded. An explicit instantiation may name a private member.
+using PendingPicture = std::future<DecodedPicture> LauncherApp::*;
+PendingPicture pendingPicture();
+template<PendingPicture member>
 struct Opened {
-    friend PrivateMembers privateMembers() { return {members...}; }
+    friend PendingPicture pendingPicture() { return member; }
 };
-template struct Opened<&LauncherApp::decodingBackground, &EditorInstallState::status_,
-                       &EditorInstallState::statusMessage_, &EditorInstallState::downloadedBytes_,
-                       &EditorInstallState::totalBytes_, &EditorInstallState::downloads_>;
+template struct Opened<&LauncherApp::decodingBackground>;
 
 void writeFile(const fs::path& file, const std::string& bytes) {
     fs::create_directories(file.parent_path());
@@ -63,7 +53,7 @@ Stage::~Stage() {
 
 void Stage::drawOn(const Offscreen& canvas) {
     frames(2); // the second begins to decode the picture
-    if (const auto& picture = app.get()->*privateMembers().picture; picture.valid()) picture.wait();
+    if (const auto& picture = app.get()->*pendingPicture(); picture.valid()) picture.wait();
     frames(kSettleFrames);
     float background[4];
     uiThemeBackgroundFloat(background);
@@ -117,18 +107,8 @@ ProjectEntry Stage::project(const std::string& name, std::int64_t age, bool onDi
     return entry;
 }
 
-void Stage::setInstall(EditorInstallStatus status, const std::string& message, std::int64_t received,
-                       std::int64_t total) const {
-    const PrivateMembers members = privateMembers();
-    EditorInstallState& state = *app->install;
-    state.*members.status = status;
-    state.*members.message = message;
-    state.*members.received = received;
-    state.*members.total = total;
-}
-
-void Stage::setDownloads(const std::vector<DownloadRecord>& rows) const {
-    *app->install.*privateMembers().downloads = rows;
+void Stage::setInstall(const InstallProgress& progress) const {
+    app->install = std::make_unique<EditorInstallState>("", "", ArtifactAuthenticity(), progress);
 }
 
 std::string Stage::packageOnDisk(const std::string& version, std::size_t bytes) const {

@@ -30,9 +30,7 @@ class Stage : public UiHarness {
     void writeConfiguration(const std::string& text, const char* name = "launcher_config.json") const;
     void installManagedEditor(const std::string& version) const;
     [[nodiscard]] ProjectEntry project(const std::string& name, std::int64_t age = 0, bool onDisk = true) const;
-    void setInstall(EditorInstallStatus status, const std::string& message, std::int64_t received = 0,
-                    std::int64_t total = 0) const;
-    void setDownloads(const std::vector<DownloadRecord>& rows) const;
+    void setInstall(const InstallProgress& progress) const;
     [[nodiscard]] std::string packageOnDisk(const std::string& version, std::size_t bytes) const;
 
     const StageSetting& setting;

@@ -1,6 +1,8 @@
 #include "publish/container_writer.h"
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -11,7 +13,6 @@
 
 #include <openssl/evp.h>
 
-#include "crypto/base64.h"
 #include "crypto/random_bytes.h"
 #include "crypto/sha256.h"
 #include "install/package_container.h"
@@ -24,12 +25,12 @@ const unsigned char* asBytes(const std::string& text) {
     return reinterpret_cast<const unsigned char*>(text.data());
 }
 
-// The package file, hashed as it is written.
+// The package file, hashed while it is written.
 class PackageOutput {
   public:
     explicit PackageOutput(const std::string& path)
         : path_(path) {
-        file_.rdbuf()->pubsetbuf(nullptr, 0); // chunks are large enough for writes of their own
+        file_.rdbuf()->pubsetbuf(nullptr, 0); // unbuffered: every chunk is large enough for a write of its own
         file_.open(path, std::ios::binary | std::ios::trunc);
     }
 
@@ -55,7 +56,7 @@ class PackageOutput {
     std::uint64_t size_ = 0;
 };
 
-// Hands a file on in chunks, and gives its hash.
+// Passes the bytes of a file to `take` and computes their hash. Stops when `take` returns false.
 [[nodiscard]] bool readChunks(const std::string& path,
                               const std::function<bool(const unsigned char* bytes, std::size_t count)>& take,
                               std::string& sha256, std::string& failureText) {
@@ -102,8 +103,8 @@ bool copyPackage(const std::string& zipPath, const std::string& outputPath, Writ
     return readChunks(zipPath, copy, written.plaintextSha256, failureText) && output.finish(written, failureText);
 }
 
-bool sealPackage(const std::string& zipPath, const std::string& outputPath, WrittenPackage& written,
-                 std::string& failureText) {
+bool sealPackage(const std::string& zipPath, const std::string& outputPath, const std::string& key,
+                 WrittenPackage& written, std::string& failureText) {
     const auto fail = [&](const std::string& text) {
         failureText = text;
         return false;
@@ -113,14 +114,13 @@ bool sealPackage(const std::string& zipPath, const std::string& outputPath, Writ
     if (error) return fail(zipPath + " cannot be read.");
     if (payloadSize > kMaxSealedBytes) return fail(zipPath + " is too large for one container (64 GiB).");
 
-    const std::string key = randomBytes(container::kKeySize);
     const std::string nonce = randomBytes(container::kNonceSize);
     std::array<unsigned char, container::kTagSize> tag{};
     const std::unique_ptr<EVP_CIPHER_CTX, decltype(&EVP_CIPHER_CTX_free)> cipher(EVP_CIPHER_CTX_new(),
                                                                                  &EVP_CIPHER_CTX_free);
-    if (!cipher || key.empty() || nonce.empty() ||
+    if (!cipher || key.size() != container::kKeySize || nonce.empty() ||
         EVP_EncryptInit_ex(cipher.get(), EVP_aes_256_gcm(), nullptr, asBytes(key), asBytes(nonce)) != 1)
-        return fail("AES-256-GCM with a fresh key could not be set up.");
+        return fail("AES-256-GCM could not be set up.");
 
     PackageOutput output(outputPath);
     output.write(makeHeader(payloadSize, nonce).data(), container::kHeaderSize);
@@ -140,6 +140,5 @@ bool sealPackage(const std::string& zipPath, const std::string& outputPath, Writ
         EVP_CIPHER_CTX_ctrl(cipher.get(), EVP_CTRL_GCM_GET_TAG, container::kTagSize, tag.data()) != 1)
         return fail("The container could not be sealed.");
     output.write(tag.data(), tag.size());
-    written.keyText = base64Encode(key);
     return output.finish(written, failureText);
 }

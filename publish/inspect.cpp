@@ -1,8 +1,10 @@
 #include "publish/inspect.h"
 
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
+#include <vector>
 
 #include "crypto/sha256.h"
 #include "install/package_container.h"
@@ -23,15 +25,14 @@ class Inspection {
 
     bool run() {
         keys_ = parsePublisherKeys(request_.keys);
-        if (keys_.empty() && !request_.keys.empty())
-            return fail("The public keys given are not one to four keys in base64.");
+        if (keys_.empty() && !request_.keys.empty()) return fail("--keys takes one to four public keys in base64.");
         std::error_code error;
-        if (!fs::is_regular_file(request_.path, error)) return fail(request_.path + " is no file.");
+        if (!fs::is_regular_file(request_.path, error)) return fail(request_.path + " is not a file.");
         const std::string start = firstBytes();
         if (start.starts_with(container::kMagic) || start.starts_with("PK")) return inspectPackage();
         if (start.starts_with(statement::kFirstLine)) return inspectStatement(request_.path);
         if (start.find_first_of('{') != std::string::npos) return inspectManifest();
-        return fail(request_.path + " is neither a package, nor a container, a manifest or a statement.");
+        return fail(request_.path + " is neither a package nor a container, a manifest or a statement.");
     }
 
   private:
@@ -66,19 +67,19 @@ class Inspection {
         return inspectPackageFile(request_.path, sha256, known ? &published : nullptr, plaintextSha256);
     }
 
-    // `plaintextSha256` gets the hash of what a container holds. Without a manifest there is no key for it.
+    // Puts the hash of a container's contents into `plaintextSha256`. Without a manifest there is no key to open it.
     bool inspectPackageFile(const std::string& path, const std::string& sha256, const PublishedManifest* published,
                             std::string& plaintextSha256) {
         const bool sealed = isEncryptedPackage(path);
         say(path + ": " + (sealed ? "an encrypted container" : "a plain zip archive"));
         say("  sha256: " + sha256);
-        if (published) say("  version: " + published->manifest.version + ", as its manifest says");
+        if (published) say("  version: " + published->manifest.version + " (from the manifest)");
         if (!sealed) return inspectArchive(path, published);
         std::uint64_t payloadSize = 0;
         if (!readContainerSize(path, payloadSize, failureText_)) return fail(path + ": " + failureText_);
         say("  holds: " + std::to_string(payloadSize) + " bytes");
         if (!published) {
-            say("  its contents cannot be checked without its manifest (--manifest)");
+            say("  its contents are not checked: that needs the key in its manifest (--manifest)");
             return true;
         }
         Sha256 digest;
@@ -87,8 +88,8 @@ class Inspection {
             return fail(path + ": " + failureText_);
         plaintextSha256 = digest.finish();
         if (!published->manifest.plaintextSha256.empty() && published->manifest.plaintextSha256 != plaintextSha256)
-            return fail(path + ": what it holds has another hash than its manifest says.");
-        say("  its tag is good; plaintext-sha256: " + plaintextSha256);
+            return fail(path + ": its contents do not match plaintext_sha256 in the manifest.");
+        say("  its tag is good; sha256 of its contents: " + plaintextSha256);
         return true;
     }
 
@@ -99,14 +100,14 @@ class Inspection {
         ArchiveSummary summary;
         if (!checkArchive(path, platform, summary, failureText_)) return false;
         say("  " + std::to_string(summary.files) + " files, " + std::to_string(summary.unpackedBytes) +
-            " bytes unpacked; every one unpacks");
+            " bytes unpacked; every file unpacks");
         report_.warnings.insert(report_.warnings.end(), summary.warnings.begin(), summary.warnings.end());
         return true;
     }
 
     bool loadStatement(const std::string& path, std::string& text, PublishedStatement& published) {
         if (!readSmallFile(path, statement::kMaxBytes, text))
-            return fail(path + " cannot be read, or is larger than a statement may be.");
+            return fail(path + " cannot be read, or is larger than a statement may be (4,096 bytes).");
         return parseStatementText(path, text, published, failureText_);
     }
 
@@ -122,13 +123,13 @@ class Inspection {
             if (field == statement::NotAfter) line += " (" + utcDate(published.numbers.notAfter) + ")";
             say(line);
         }
-        // The launcher's own judgement, of the package that the statement itself speaks of.
+        // Judge as the launcher does, with the package that the statement describes.
         const PackageIdentity itself{published.field(statement::Version), published.numbers.size,
                                      published.field(statement::Sha256), published.field(statement::PlaintextSha256)};
         return judge(path, text, published, itself);
     }
 
-    // Without keys to hold it against, everything but the signature.
+    // Without keys the signatures are not checked.
     bool judge(const std::string& path, const std::string& text, const PublishedStatement& published,
                const PackageIdentity& package) {
         if (keys_.empty()) {
@@ -138,12 +139,12 @@ class Inspection {
         }
         const std::string verdict = judgeReleaseStatement(text, keys_, package, request_.nowSeconds);
         if (!verdict.empty()) return fail(path + ": " + verdict);
-        say("  signed by a key given");
+        say("  signed by one of the given keys");
         return inTime(path, published);
     }
 
     bool inTime(const std::string& path, const PublishedStatement& published) {
-        if (published.isWithdrawn()) return fail(path + ": this release was withdrawn by its publisher.");
+        if (published.isWithdrawn()) return fail(path + ": the publisher has withdrawn this release.");
         if (request_.nowSeconds > published.numbers.notAfter) return fail(path + ": it has expired.");
         const std::string warning = expiryWarning(published, request_.nowSeconds);
         if (!warning.empty()) report_.warnings.push_back(warning);
@@ -161,13 +162,14 @@ class Inspection {
         say("  version: " + manifest.version);
         say("  url: " + manifest.url);
         if (!parseHttpsUrl(manifest.url, host, port, urlPath))
-            return fail(request_.path + ": its package URL must be a valid https:// URL.");
-        if (manifest.sha256.empty()) report_.warnings.push_back("The manifest has no sha256: packages go unverified.");
+            return fail(request_.path + ": the package URL is not a valid https:// URL.");
+        if (manifest.sha256.empty())
+            report_.warnings.push_back("The manifest has no sha256: launchers do not verify the package.");
         const fs::path directory = fs::path(request_.path).parent_path();
         const std::string package = (directory / fs::path(urlPath).filename()).string();
         std::error_code error;
         if (!fs::is_regular_file(package, error)) {
-            say("  its package does not lie beside it and is not checked");
+            say("  its package is not in this folder and is not checked");
             return true;
         }
         PackageIdentity found;
@@ -175,7 +177,7 @@ class Inspection {
         found.size = static_cast<std::int64_t>(fs::file_size(package, error));
         found.sha256 = sha256OfFile(package);
         if (!manifest.sha256.empty() && found.sha256 != manifest.sha256)
-            return fail(package + " has another hash than the manifest says.");
+            return fail(package + " does not match sha256 in the manifest.");
         if (!inspectPackageFile(package, found.sha256, &published, found.plaintextSha256)) return false;
         if (found.plaintextSha256.empty()) found.plaintextSha256 = statement::kNoPlaintext;
         return inspectStatementOf(found, directory.string());
@@ -186,7 +188,7 @@ class Inspection {
         std::error_code error;
         if (!fs::exists(path, error)) {
             if (!keys_.empty()) return fail("No release statement is published for this package.");
-            report_.warnings.push_back("No release statement lies beside the manifest.");
+            report_.warnings.push_back("No release statement of this package is in the folder of the manifest.");
             return true;
         }
         std::string text;

@@ -1,5 +1,6 @@
 #include "publish/keys.h"
 
+#include <cstddef>
 #include <filesystem>
 #include <system_error>
 
@@ -18,7 +19,7 @@ namespace {
 using KeyPair = std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)>;
 using Memory = std::unique_ptr<BIO, decltype(&BIO_free)>;
 
-// Without it the library would ask at the terminal for the passphrase of an encrypted key.
+// Without this callback OpenSSL asks at the terminal for the passphrase of an encrypted key.
 int noPassphrase(char*, int, int, void*) {
     return -1;
 }
@@ -55,14 +56,14 @@ bool PublisherKey::read(const std::string& path, [[maybe_unused]] std::vector<st
     if (!file) return fail(": this key file cannot be read.");
     pair_.reset(PEM_read_bio_PrivateKey(file.get(), nullptr, &noPassphrase, nullptr));
     if (!pair_ || !EVP_PKEY_is_a(pair_.get(), "ED25519"))
-        return fail(": this is no Ed25519 private key in PEM form (or it is locked with a passphrase).");
+        return fail(": not an Ed25519 private key in PEM form, or protected with a passphrase.");
     publicKey_ = publicHalf(pair_.get());
-    if (publicKey_.empty()) return fail(": the public half of this key cannot be had.");
+    if (publicKey_.empty()) return fail(": the public key cannot be derived from this key.");
 #ifndef _WIN32
     std::error_code error;
     const fs::perms others = fs::status(path, error).permissions() & (fs::perms::group_all | fs::perms::others_all);
     if (!error && others != fs::perms::none)
-        warnings.push_back(path + ": other users of this computer may use this key; chmod 600 it.");
+        warnings.push_back(path + ": other users of this computer can read this key. Run chmod 600 on it.");
 #endif
     return true;
 }
@@ -84,7 +85,7 @@ bool makeKeyFile(const std::string& path, bool overwrite, std::string& publicKey
     };
     std::error_code error;
     if (!overwrite && fs::symlink_status(path, error).type() != fs::file_type::not_found)
-        return fail(path + " exists; another key needs another name (or --force, and the old one is gone).");
+        return fail(path + " exists. Choose another name, or destroy the old key with --force.");
     const KeyPair pair(EVP_PKEY_Q_keygen(nullptr, nullptr, "ED25519"), &EVP_PKEY_free);
     publicKey = pair ? publicHalf(pair.get()) : std::string();
     if (publicKey.empty()) return fail("A key pair could not be made.");

@@ -1,4 +1,4 @@
-// volo-publish: what a deployer runs to publish editor packages. Exit status 0: done; 1: refused or failed; 2: usage.
+// volo-publish publishes editor packages. Exit status 0: done; 1: refused or failed; 2: wrong usage.
 
 #include <cstdio>
 #include <exception>
@@ -61,7 +61,7 @@ int keygen(const Arguments& arguments) {
     std::string publicKey;
     std::string failure;
     if (!makeKeyFile(arguments.keyFile, arguments.force, publicKey, failure)) return failed(failure);
-    print("The private key is in " + arguments.keyFile + ". Keep it off the server, and keep a copy.");
+    print("The private key is in " + arguments.keyFile + ". Keep it off the server and keep a copy in a safe place.");
     print("For launcher_config.json:");
     printMember("artifact_authenticity_keys", base64Encode(publicKey), true);
     return kDone;
@@ -82,8 +82,8 @@ int release(Arguments& arguments) {
     print(result.manifestPath + " offers version " + request.version + " for " + request.platform + ": " +
           std::to_string(result.archive.files) + " files, " + std::to_string(result.archive.unpackedBytes) +
           " bytes unpacked.");
-    print("Package: " + result.packagePath + (result.packageKept ? " (published already, kept)" : ""));
-    print("Statement: " + result.statementPath + ", until " + utcDate(result.notAfter));
+    print("Package: " + result.packagePath + (result.packageKept ? " (already published, unchanged)" : ""));
+    print("Statement: " + result.statementPath + ", valid until " + utcDate(result.notAfter));
     if (request.days <= site::kWarningDays) warn({"The statement ends in " + std::to_string(request.days) + " days."});
     print("For launcher_config.json:");
     printMember("editor_update_manifest_url", result.manifestUrl);
@@ -119,10 +119,10 @@ int inspect(Arguments& arguments) {
 }
 
 void addSigningOptions(CLI::App& command, Arguments& arguments) {
-    command.add_option("--out", arguments.statement.siteDirectory, "The directory that is published")
+    command.add_option("--out", arguments.statement.siteDirectory, "The published directory")
         ->required()
         ->type_name("DIR");
-    command.add_option("--days", arguments.statement.days, "How long statements hold, 1 to 92 days")
+    command.add_option("--days", arguments.statement.days, "Lifetime of the statements, 1 to 92 days")
         ->default_val(site::kDefaultDays)
         ->check(CLI::Range(1, site::kMaxDays))
         ->type_name("DAYS");
@@ -130,7 +130,7 @@ void addSigningOptions(CLI::App& command, Arguments& arguments) {
 
 CLI::Option* addKeyOption(CLI::App& command, Arguments& arguments) {
     return command
-        .add_option("--sign-key", arguments.signingKeyFiles, "Private key file; several sign together (up to 4)")
+        .add_option("--sign-key", arguments.signingKeyFiles, "Private key file; up to four may sign together")
         ->expected(1)
         ->take_all()
         ->type_name("FILE");
@@ -138,8 +138,8 @@ CLI::Option* addKeyOption(CLI::App& command, Arguments& arguments) {
 
 CLI::App* addKeygen(CLI::App& app, Arguments& arguments) {
     CLI::App* command = app.add_subcommand("keygen", "Make a publisher's key pair");
-    command->add_option("FILE", arguments.keyFile, "Where the private key goes, readable by you alone")->required();
-    command->add_flag("--force", arguments.force, "Replace an existing key file; the old key is gone");
+    command->add_option("FILE", arguments.keyFile, "The new private key file; only you can read it")->required();
+    command->add_flag("--force", arguments.force, "Replace an existing key file and destroy its key");
     command->footer("Example:\n  volo-publish keygen publisher.key");
     return command;
 }
@@ -151,45 +151,47 @@ CLI::App* addRelease(CLI::App& app, Arguments& arguments) {
         ->required()
         ->type_name("FILE");
     command
-        ->add_option("--version", request.version, "Any text: launchers install whatever differs from what they have")
+        ->add_option("--version", request.version, "Any text; launchers install every version that differs from theirs")
         ->required()
         ->type_name("TEXT");
-    command->add_option("--platform", request.platform, "linux or windows; each has a directory of its own")
+    command->add_option("--platform", request.platform, "linux or windows; each needs its own directory")
         ->required()
         ->check(CLI::IsMember({"linux", "windows"}))
         ->type_name("NAME");
-    command->add_option("--base-url", request.baseUrl, "The https address that the directory is served at")
+    command->add_option("--base-url", request.baseUrl, "The https address of the published directory")
         ->required()
         ->type_name("URL");
     addKeyOption(*command, arguments)->required();
     addSigningOptions(*command, arguments);
     command->add_flag("--encrypt,!--no-encrypt", request.encrypt,
-                      "Seal the package with a key that only the manifest has (default), or publish the plain zip");
-    command->add_flag("--force", arguments.force, "Publish a known version with other bytes, or a withdrawn one");
+                      "Seal the package with a key from the manifest (default), or publish the plain zip");
+    command->add_flag("--force", arguments.force, "Publish a version again with other bytes or after its withdrawal");
     command->footer("Example:\n  volo-publish release --zip editor.zip --version 1.4.2 --platform linux \\\n"
                     "    --base-url https://updates.example/linux --sign-key publisher.key --out site/linux");
     return command;
 }
 
 CLI::App* addStatement(CLI::App& app, Arguments& arguments) {
-    CLI::App* command = app.add_subcommand("statement", "Look at, renew or withdraw release statements");
+    CLI::App* command = app.add_subcommand("statement", "List, renew or withdraw release statements");
     StatementRequest& request = arguments.statement;
     addSigningOptions(*command, arguments);
     addKeyOption(*command, arguments);
-    CLI::Option* all = command->add_flag("--all", request.all, "Sign all that are neither expired nor withdrawn");
-    command->add_option("--version", request.versions, "Sign this version; may be repeated")
+    CLI::Option* all =
+        command->add_flag("--all", request.all, "Renew all statements that are neither expired nor withdrawn");
+    command->add_option("--version", request.versions, "Renew this version; may be repeated")
         ->expected(1)
         ->take_all()
         ->excludes(all)
         ->type_name("TEXT");
-    command->add_option("--package", request.packages, "Sign the package with this hash, or its first digits")
+    command
+        ->add_option("--package", request.packages,
+                     "Renew the package with this hash or these first digits; may be repeated")
         ->expected(1)
         ->take_all()
         ->excludes(all)
         ->type_name("SHA256");
-    command->add_flag("--revoke", request.revoke, "Withdraw what is named instead")->excludes(all);
-    command->add_option("--keys", request.trustedKeys, "Public keys whose signatures count besides those of --sign-key")
-        ->type_name("KEYS");
+    command->add_flag("--revoke", request.revoke, "Withdraw the named releases instead")->excludes(all);
+    command->add_option("--keys", request.trustedKeys, "More public keys whose signatures count")->type_name("KEYS");
     command->footer("Examples:\n"
                     "  volo-publish statement --out site/linux\n"
                     "  volo-publish statement --out site/linux --all --sign-key publisher.key\n"
@@ -199,22 +201,25 @@ CLI::App* addStatement(CLI::App& app, Arguments& arguments) {
 }
 
 CLI::App* addInspect(CLI::App& app, Arguments& arguments) {
-    CLI::App* command = app.add_subcommand("inspect", "Say what a published file is, and whether it holds together");
+    CLI::App* command = app.add_subcommand("inspect", "Describe a published file and check it");
     InspectRequest& request = arguments.inspect;
     command->add_option("FILE", request.path, "A package, container, manifest or statement")->required();
-    command->add_option("--keys", request.keys, "Public keys, as in launcher_config.json; signatures are checked")
+    command->add_option("--keys", request.keys, "Public keys as in launcher_config.json, to check signatures")
         ->type_name("KEYS");
-    command->add_option("--manifest", request.manifestPath, "The manifest of a package; else the one beside it")
+    command
+        ->add_option("--manifest", request.manifestPath,
+                     "The manifest of a package; default: manifest.json in its folder")
         ->type_name("FILE");
     command->footer("Example:\n  volo-publish inspect site/linux/manifest.json --keys \"BASE64 BASE64\"");
     return command;
 }
 
-// What the options alone cannot say. Empty when it is right.
+// Rules between options that CLI11 does not check. Empty when all are kept.
 std::string usageProblem(const Arguments& arguments) {
     const StatementRequest& request = arguments.statement;
     const bool chooses = request.all || !request.versions.empty() || !request.packages.empty();
-    if (arguments.signingKeyFiles.size() > statement::kMaxSignatures) return "--sign-key may be given four times.";
+    if (arguments.signingKeyFiles.size() > statement::kMaxSignatures)
+        return "--sign-key may be given at most four times.";
     if (chooses && arguments.signingKeyFiles.empty()) return "--sign-key is required to sign.";
     if (!chooses && request.revoke) return "--revoke needs --version or --package.";
     return {};
@@ -222,7 +227,7 @@ std::string usageProblem(const Arguments& arguments) {
 
 int run(int count, char** values) {
     Arguments arguments;
-    CLI::App app("Publishes editor packages: a directory of static files that launchers update from.", "volo-publish");
+    CLI::App app("Publishes editor packages as a directory of static files.", "volo-publish");
     app.require_subcommand(1);
     app.footer("Exit status: 0 done, 1 refused or failed, 2 wrong usage. \"volo-publish COMMAND --help\" tells more.");
     const CLI::App* keygenCommand = addKeygen(app, arguments);
@@ -232,7 +237,7 @@ int run(int count, char** values) {
     try {
         app.parse(count, values);
     } catch (const CLI::ParseError& error) {
-        if (error.get_exit_code() == 0) return app.exit(error); // asked for help
+        if (error.get_exit_code() == 0) return app.exit(error); // --help
         complain(std::string(error.what()) + " (--help tells more)");
         return kUsage;
     }

@@ -1,12 +1,16 @@
 #include "publish/release.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <filesystem>
+#include <string_view>
 #include <system_error>
 
 #include <rapidjson/prettywriter.h>
 #include <rapidjson/stringbuffer.h>
 
+#include "crypto/base64.h"
+#include "crypto/random_bytes.h"
 #include "crypto/sha256.h"
 #include "install/package_container.h"
 #include "publish/container_writer.h"
@@ -17,7 +21,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::size_t kMaxVersionBytes = 128; // launchers put it into file names, with some more
+constexpr std::size_t kMaxVersionBytes = 128; // launchers make file names of it
 
 std::string manifestText(const PublishedManifest& published) {
     rapidjson::StringBuffer buffer;
@@ -43,7 +47,7 @@ std::string manifestText(const PublishedManifest& published) {
     return std::string(buffer.GetString(), buffer.GetSize()) + "\n";
 }
 
-// One attempt to publish. What it has newly made goes with it unless it is completed.
+// One attempt to publish. The destructor of an incomplete attempt removes its files.
 class Publication {
   public:
     Publication(const ReleaseRequest& request, const std::vector<PublisherKey>& keys, ReleaseResult& result,
@@ -56,9 +60,9 @@ class Publication {
         std::error_code ignored;
         for (const std::string& path : made_)
             fs::remove(path, ignored);
-        std::string unheard;
-        if (!replacedStatement_.empty() && !replaceFile(result_.statementPath, replacedStatement_, unheard))
-            failureText_ += " " + result_.statementPath + " could not be put back as it was.";
+        std::string ignoredText;
+        if (!replacedStatement_.empty() && !replaceFile(result_.statementPath, replacedStatement_, ignoredText))
+            failureText_ += " " + result_.statementPath + " could not be restored.";
     }
     Publication(const Publication&) = delete;
     Publication& operator=(const Publication&) = delete;
@@ -86,7 +90,6 @@ class Publication {
         if (!parsePackagePlatform(request_.platform, platform_))
             return fail("The platform is \"linux\" or \"windows\".");
         if (keys_.empty() || keys_.size() > statement::kMaxSignatures) return fail("One to four keys sign a release.");
-        if (request_.days < 1 || request_.days > site::kMaxDays) return fail("A statement holds 1 to 92 days.");
         return keysLieOutside(request_.siteDirectory, keys_, failureText_);
     }
 
@@ -98,7 +101,7 @@ class Publication {
             if (!hasOffer_ && !request_.force) return false;
             if (!request_.force && !offer_.platform.empty() && offer_.platform != request_.platform)
                 return fail(request_.siteDirectory + " is the directory of " + offer_.platform +
-                            "; each platform has its own.");
+                            ". Each platform needs its own directory.");
         }
         return readStatements(request_.siteDirectory, statements_, failureText_);
     }
@@ -109,29 +112,28 @@ class Publication {
         return !zipSha256_.empty() || fail(request_.zipPath + " could not be read to its end.");
     }
 
-    // A version means the same bytes for ever: launchers compare nothing else. And a statement tells one version of the
-    // package whose hash it bears, so bytes that are published as they stand are one version only.
+    // Launchers compare nothing but versions, so a version means the same bytes for ever. A statement names one version
+    // and its file is named after the package's hash, so a plain archive cannot be published under two versions.
     bool checkHistory() {
         if (request_.force) return true;
         for (const PublishedStatement& past : statements_) {
             if (past.field(statement::Version) != request_.version) {
                 if (request_.encrypt || past.field(statement::Sha256) != zipSha256_) continue;
-                return fail("These bytes are published as version " + past.field(statement::Version) +
-                            ". Seal them or change them (or --force, which takes that version its statement).");
+                return fail("This archive is already published as version " + past.field(statement::Version) +
+                            ". Publish it sealed, or change it (--force replaces that version's statement).");
             }
             if (past.archiveSha256() != zipSha256_)
                 return fail("Version " + request_.version +
-                            " has been published with other bytes. Launchers that have "
-                            "it would not take these; give it another version (or --force).");
+                            " was published with other bytes, and launchers that have it would not install "
+                            "these. Choose another version (or --force).");
             if (past.isWithdrawn())
                 return fail("Version " + request_.version + " was withdrawn. Use --force to offer it again.");
         }
-        // Without its statement there is only the manifest to tell.
+        // The statement may have been deleted; the manifest still names the version.
         const UpdateManifest& now = offer_.manifest;
         if (hasOffer_ && now.version == request_.version && offeredArchiveSha256() != zipSha256_)
             return fail("Version " + request_.version +
-                        " is offered with other bytes; give this another version (or "
-                        "--force).");
+                        " is on offer with other bytes. Choose another version (or --force).");
         return true;
     }
 
@@ -139,7 +141,8 @@ class Publication {
         return offer_.manifest.encryptionKey.empty() ? offer_.manifest.sha256 : offer_.manifest.plaintextSha256;
     }
 
-    // Whether this release is offered already, and whole: then its package stays, and with it what caches hold.
+    // True when this release is already on offer and undamaged. Its package then stays, and copies in caches stay
+    // valid.
     bool keepPackage() {
         const UpdateManifest& now = offer_.manifest;
         if (!hasOffer_ || now.version != request_.version || offeredArchiveSha256() != zipSha256_ ||
@@ -151,7 +154,7 @@ class Publication {
         package_.size = fs::file_size(path, error);
         package_.sha256 = now.sha256;
         package_.plaintextSha256 = zipSha256_;
-        package_.keyText = now.encryptionKey;
+        packageKey_ = now.encryptionKey;
         result_.packagePath = path;
         result_.packageKept = !error && (!request_.encrypt || opensToZip(path, now.encryptionKey));
         return result_.packageKept;
@@ -159,9 +162,9 @@ class Publication {
 
     bool opensToZip(const std::string& container, const std::string& keyText) const {
         Sha256 hash;
-        std::string unheard;
+        std::string ignored;
         return decryptPackageTo([&](const unsigned char* bytes, std::size_t count) { hash.update(bytes, count); },
-                                container, keyText, unheard) &&
+                                container, keyText, ignored) &&
                hash.finish() == zipSha256_;
     }
 
@@ -170,10 +173,12 @@ class Publication {
         fs::create_directories(request_.siteDirectory, error);
         const std::string temporary = joinPath(request_.siteDirectory, "package.tmp");
         made_.push_back(temporary);
-        if (!(request_.encrypt ? sealPackage(request_.zipPath, temporary, package_, failureText_)
+        const std::string key = request_.encrypt ? randomBytes(container::kKeySize) : std::string();
+        if (!(request_.encrypt ? sealPackage(request_.zipPath, temporary, key, package_, failureText_)
                                : copyPackage(request_.zipPath, temporary, package_, failureText_)))
             return false;
-        if (package_.plaintextSha256 != zipSha256_) return fail(request_.zipPath + " changed while it was read.");
+        packageKey_ = base64Encode(key);
+        if (package_.plaintextSha256 != zipSha256_) return fail(request_.zipPath + " changed while it was being read.");
         result_.packagePath = packagePath(package_.sha256);
         const bool isNew = !fs::exists(result_.packagePath, error);
         fs::rename(temporary, result_.packagePath, error);
@@ -207,7 +212,7 @@ class Publication {
         return true;
     }
 
-    // Last: from here on launchers are sent to the files above.
+    // Comes last: it sends launchers to the other files.
     bool putManifest() {
         PublishedManifest next;
         next.platform = request_.platform;
@@ -215,7 +220,7 @@ class Publication {
         next.manifest.url = baseUrl_ + "/" + fs::path(result_.packagePath).filename().string();
         next.manifest.sha256 = package_.sha256;
         next.manifest.plaintextSha256 = package_.plaintextSha256;
-        next.manifest.encryptionKey = package_.keyText;
+        next.manifest.encryptionKey = packageKey_;
         result_.manifestUrl = baseUrl_ + "/" + std::string(site::kManifestName);
         result_.authenticityUrl = baseUrl_ + "/" + std::string(site::kStatementsName);
         std::vector<std::string> publicKeys;
@@ -233,12 +238,13 @@ class Publication {
     PackagePlatform platform_ = PackagePlatform::Linux;
     std::string baseUrl_; // without slashes at its end
     bool hasOffer_ = false;
-    PublishedManifest offer_; // what the directory offers before
+    PublishedManifest offer_; // the release on offer before this one
     std::vector<PublishedStatement> statements_;
     std::string zipSha256_;
     WrittenPackage package_;
+    std::string packageKey_; // base64; empty for a plain package
     std::vector<std::string> made_;
-    std::string replacedStatement_; // as it was; empty: none
+    std::string replacedStatement_; // its old text; empty: there was none
 };
 
 } // namespace
@@ -254,7 +260,7 @@ std::string versionProblem(const std::string& version) {
     const auto printable = [](char byte) { return byte >= 0x20 && byte <= 0x7E; };
     if (!std::all_of(version.begin(), version.end(), printable) || version.front() == ' ' || version.back() == ' ' ||
         version.find("  ") != std::string::npos)
-        return "The version may hold printable ASCII, and single blanks inside.";
+        return "The version may contain printable ASCII and single blanks inside.";
     return {};
 }
 
@@ -267,8 +273,8 @@ std::string baseUrlProblem(const std::string& url) {
     };
     if (!parseHttpsUrl(url, host, port, path)) return "The base URL must be a valid https:// URL.";
     if (!std::all_of(url.begin(), url.end(), allowed))
-        return "The base URL may have no query, fragment, user, blanks or quotes.";
-    // Launchers take the first for a placeholder that nobody filled in, and rewrite the second.
+        return "The base URL may contain no query, fragment, user name, blank or quote.";
+    // Launchers take "YOUR_" for a placeholder and do not update; "platform=" they overwrite.
     for (const char* taken : {"YOUR_", "platform="})
         if (url.find(taken) != std::string::npos)
             return std::string("The base URL may not contain \"") + taken + "\": launchers treat it specially.";

@@ -1,6 +1,6 @@
 #pragma once
 
-// Publishes one release: from a zip archive to a directory of static files (publish/site.h).
+// Publishes one release: turns a zip archive into static files in a directory (publish/site.h). Blocking; any thread.
 
 #include <cstdint>
 #include <string>
@@ -14,11 +14,11 @@ struct ReleaseRequest {
     std::string zipPath;
     std::string version;
     std::string platform;      // "linux" or "windows"
-    std::string baseUrl;       // https address that the site directory is served at
-    std::string siteDirectory; // made where it does not exist
+    std::string baseUrl;       // https address of the published directory
+    std::string siteDirectory; // created when missing
     bool encrypt = true;
     bool force = false;
-    int days = site::kDefaultDays; // that the statement holds
+    int days = site::kDefaultDays; // the lifetime of the statement
     std::int64_t nowSeconds = 0;
 };
 
@@ -30,21 +30,22 @@ struct ReleaseResult {
     std::string authenticityUrl; // artifact_authenticity_url
     std::string authenticityKeys;
     std::int64_t notAfter = 0;
-    bool packageKept = false; // it was published already
+    bool packageKept = false; // the package was already published
     ArchiveSummary archive;
 };
 
-// Checks the archive and writes package, statement and manifest, in this order and each in one step: whoever reads the
-// directory meanwhile sees the old release or the new one, whole. A release that is offered already gets a new
-// statement and nothing else. Without `force` a version that was published with other bytes, or was withdrawn, is
-// refused, and so are a plain archive that is published as another version and a directory that is another platform's.
-// On false there are words for the user in `failureText`, what was offered is offered still, and no file of the failed
-// attempt is left.
+// Checks the archive, then writes package, statement and manifest, in this order and each in one step: a reader of the
+// directory always sees a complete release, the old or the new one. A release that is already on offer only gets a new
+// statement. Without `force` these are refused: a version that was published with other bytes or was withdrawn, a plain
+// archive that is published as another version, and a directory of another platform.
+// Returns false with a message for the user in `failureText`; then the old release is still on offer, and no file of
+// the failed attempt is left.
 [[nodiscard]] bool publishRelease(const ReleaseRequest& request, const std::vector<PublisherKey>& keys,
                                   ReleaseResult& result, std::string& failureText);
 
-// What is wrong with a version: one that the launcher could not tell from what its marker file gives back. Or empty.
-std::string versionProblem(const std::string& version);
+// Why a version is refused, or empty. Launchers read the version back from a marker file, trimmed: such a version must
+// come back unchanged.
+[[nodiscard]] std::string versionProblem(const std::string& version);
 
-// What is wrong with an address as the base of launcher addresses. Or empty.
-std::string baseUrlProblem(const std::string& url);
+// Why an address is refused as the base of the published addresses, or empty.
+[[nodiscard]] std::string baseUrlProblem(const std::string& url);

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <system_error>
 #include <tuple>
 
@@ -45,7 +47,7 @@ bool replaceFile(const std::string& path, const std::string& text, std::string& 
 bool readManifest(const std::string& path, PublishedManifest& published, std::string& failureText) {
     std::string text;
     if (!readSmallFile(path, kDefaultBodyLimit, text)) {
-        failureText = path + " cannot be read, or is larger than the launcher takes (4 MiB).";
+        failureText = path + " cannot be read, or is larger than launchers accept (4 MiB).";
         return false;
     }
     if (!parseUpdateManifest(text, published.manifest, failureText)) {
@@ -88,7 +90,7 @@ bool readStatements(const std::string& siteDirectory, std::vector<PublishedState
         if (!readSmallFile(path, statement::kMaxBytes, text)) text.clear();
         if (!parseStatementText(path, text, statements.emplace_back(), failureText)) return false;
         if (files->path().stem() != statements.back().field(statement::Sha256)) {
-            failureText = path + " speaks of another package than its name.";
+            failureText = path + " is for another package than its name says.";
             return false;
         }
     }
@@ -104,10 +106,10 @@ bool keysLieOutside(const std::string& siteDirectory, const std::vector<Publishe
     const fs::path root = fs::weakly_canonical(fs::absolute(siteDirectory, error), error) / "";
     for (const PublisherKey& key : keys) {
         const fs::path file = fs::weakly_canonical(fs::absolute(key.path(), error), error);
-        // The root ends in an empty part, which stands where a file's first own part would.
+        // The root ends in an empty part. A file inside the root matches every part before it.
         const auto [inRoot, inFile] = std::mismatch(root.begin(), root.end(), file.begin(), file.end());
         if (inRoot != std::prev(root.end()) || inFile == file.end()) continue;
-        failureText = key.path() + " lies in the directory that is published. Move the private key elsewhere.";
+        failureText = key.path() + " is inside the published directory. Move the private key elsewhere.";
         return false;
     }
     return true;
@@ -126,5 +128,5 @@ std::string expiryWarning(const PublishedStatement& published, std::int64_t nowS
     const std::int64_t left = published.numbers.notAfter - nowSeconds;
     if (published.isWithdrawn() || left < 0 || left > site::kWarningDays * statement::kDaySeconds) return {};
     return "The statement of " + published.label() + " ends in " + std::to_string(left / statement::kDaySeconds) +
-           " days, on " + utcDate(published.numbers.notAfter) + "; sign it again before.";
+           " days, on " + utcDate(published.numbers.notAfter) + ". Renew it before.";
 }

@@ -1,7 +1,7 @@
 #include "publish/statement_writer.h"
 
-#include <algorithm>
 #include <array>
+#include <cstddef>
 
 #include "crypto/base64.h"
 #include "publish/site.h"
@@ -36,7 +36,7 @@ bool isExpired(const PublishedStatement& published, std::int64_t nowSeconds) {
     return published.numbers.notAfter < nowSeconds;
 }
 
-// Marks what the request names. False when a name names nothing.
+// Marks the chosen statements. False when a name matches none.
 bool choose(const StatementRequest& request, const std::vector<PublishedStatement>& statements,
             std::vector<bool>& chosen, std::string& failureText) {
     const auto mark = [&](const std::string& name, const auto& matches) {
@@ -45,7 +45,7 @@ bool choose(const StatementRequest& request, const std::vector<PublishedStatemen
             if (!matches(statements[i])) continue;
             chosen[i] = found = true;
         }
-        if (!found) failureText = "No release statement here is for \"" + name + "\".";
+        if (!found) failureText = "No release statement is for \"" + name + "\".";
         return found;
     };
     chosen.assign(statements.size(), false);
@@ -62,17 +62,17 @@ bool choose(const StatementRequest& request, const std::vector<PublishedStatemen
     return true;
 }
 
-// The new text of one statement, empty when it may not be signed.
+// The new text of one statement; empty when it may not be signed.
 std::string renewedText(const StatementRequest& request, const PublishedStatement& published,
                         const std::vector<std::string>& trusted, const std::vector<PublisherKey>& keys,
                         std::string& failureText) {
     if (!isSignedByAny(published.release, trusted)) {
-        failureText = published.path + " carries no good signature of a key given here. If it is yours, by a key "
-                                       "that is gone, name its public key with --keys.";
+        failureText = published.path + " has no good signature of a given key. If a key that you no longer have "
+                                       "signed it, give that public key with --keys.";
         return {};
     }
     if (published.isWithdrawn() && !request.revoke) {
-        failureText = published.label() + " was withdrawn; to offer it again, publish it with release --force.";
+        failureText = published.label() + " was withdrawn. Publish it with release --force to offer it again.";
         return {};
     }
     const PackageIdentity package{published.field(statement::Version), published.numbers.size,
@@ -93,7 +93,7 @@ void reportOn(const PublishedStatement& published, std::int64_t nowSeconds, Stat
     if (!warning.empty()) report.warnings.push_back(warning);
 }
 
-// Launchers go on asking for what the manifest names.
+// Launchers refuse to install a release whose statement is expired or withdrawn.
 void warnOfOffer(const std::string& siteDirectory, const std::vector<PublishedStatement>& statements,
                  std::int64_t nowSeconds, StatementReport& report) {
     PublishedManifest offered;
@@ -118,7 +118,7 @@ bool renewStatements(const StatementRequest& request, const std::vector<Publishe
         return false;
     std::vector<std::string> trusted = parsePublisherKeys(request.trustedKeys);
     if (trusted.empty() && !request.trustedKeys.empty()) {
-        failureText = "The public keys given are not one to four keys in base64.";
+        failureText = "--keys takes one to four public keys in base64.";
         return false;
     }
     for (const PublisherKey& key : keys)

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <filesystem>
 #include <set>
 #include <string_view>
@@ -16,7 +17,8 @@
 
 namespace {
 
-constexpr std::size_t kMaxPartBytes = 255; // of one folder's or file's name, on the file systems of both platforms
+constexpr std::size_t kMaxPartBytes =
+    255; // of one folder or file name; the file systems of both platforms allow no more
 
 bool isUtf8(std::string_view text) {
     rapidjson::MemoryStream in(text.data(), text.size());
@@ -26,7 +28,7 @@ bool isUtf8(std::string_view text) {
     return true;
 }
 
-// What Windows cannot have as a name, or would quietly change into another one.
+// False for names that Windows refuses or silently changes.
 bool isWindowsPart(const std::string& part) {
     static constexpr std::array<std::string_view, 4> kDevices = {"con", "prn", "aux", "nul"};
     static constexpr std::array<std::string_view, 2> kNumberedDevices = {"com", "lpt"};
@@ -47,7 +49,8 @@ bool isWindowsPart(const std::string& part) {
     return !(isNumber && isOneOf(kNumberedDevices, stem.substr(0, 3)));
 }
 
-// Names as files: separators made equal, empty parts and single dots dropped, letters folded where case does not count.
+// The normalised path that a name unpacks to: "/" between parts, without empty parts and single dots, in lower case on
+// Windows. Two names with the same place are the same file.
 std::string landingPlace(std::string_view name, PackagePlatform platform) {
     const bool windows = platform == PackagePlatform::Windows;
     std::string place;
@@ -81,15 +84,15 @@ class ArchiveCheck {
         if (!isUtf8(name)) return "its name is not UTF-8";
         if (!isSafeEntryName(name)) return "the launcher refuses its name (absolute, or with a colon or a part \"..\")";
         if (entry.m_is_encrypted) return "it is encrypted";
-        if (!entry.m_is_supported) return "its method is neither stored nor deflated";
-        if (name.empty() || name.back() == '/') return {}; // the launcher passes over these
+        if (!entry.m_is_supported) return "its compression method is neither stored nor deflated";
+        if (name.empty() || name.back() == '/') return {}; // the launcher skips these
         if (entry.m_is_directory) return "it is marked as a folder but its name does not end in \"/\"";
-        if (isLink(entry)) return "it is a link, of which the launcher would make a plain file";
+        if (isLink(entry)) return "it is a link, which the launcher would unpack as a plain file";
         std::string wrong = placeFile(name);
         return wrong.empty() ? extract(index, entry) : wrong;
     }
 
-    // Where the launcher looks for the editor: nothing when it is in none of its places.
+    // The place of the editor; empty when the archive has none where the launcher looks.
     std::string foundEditor() const {
         for (const std::string& place : editorExecutablePlaces({})) {
             const std::string name = std::filesystem::path(place).generic_string();
@@ -104,7 +107,7 @@ class ArchiveCheck {
         return entry.m_version_made_by >> 8 == kMadeOnUnix && (entry.m_external_attr >> 16 & kTypeBits) == kLink;
     }
 
-    // In a single dot, or where a backslash separates in nothing: neither can be opened as a file.
+    // True for "a/." and, where a backslash separates, "a\": neither can be opened as a file.
     bool endsInNoName(const std::string& name) const {
         const bool windows = platform_ == PackagePlatform::Windows;
         const std::size_t separator = name.find_last_of(windows ? "/\\" : "/");
@@ -119,20 +122,20 @@ class ArchiveCheck {
             end = std::min(place.find('/', start), place.size());
             const std::string part = place.substr(start, end - start);
             if (part.size() > kMaxPartBytes) return "a part of its name has more than 255 bytes";
-            if (platform_ == PackagePlatform::Windows && !isWindowsPart(part)) return "Windows cannot have its name";
+            if (platform_ == PackagePlatform::Windows && !isWindowsPart(part)) return "Windows cannot store its name";
             if (end == place.size()) break;
             const std::string folder = place.substr(0, end);
-            if (files_.contains(folder)) return "it lies in a folder that another entry makes a file";
+            if (files_.contains(folder)) return "another entry has its folder's name as a file";
             folders_.insert(folder);
         }
-        if (folders_.contains(place)) return "another entry makes it a folder";
+        if (folders_.contains(place)) return "another entry has its name as a folder";
         if (!files_.insert(place).second) return "another entry is the same file";
         return {};
     }
 
     std::string extract(mz_uint index, const mz_zip_archive_file_stat& entry) {
         const auto discard = [](void*, mz_uint64, const void*, std::size_t count) { return count; };
-        // Without a compressed byte the reader looks at neither size nor checksum.
+        // miniz 3.1 checks neither size nor CRC of an entry whose compressed size is 0.
         const bool emptyByMistake = entry.m_comp_size == 0 && entry.m_uncomp_size != 0;
         if (emptyByMistake || !mz_zip_reader_extract_to_callback(&archive_, index, discard, nullptr, 0))
             return "it is damaged (" + std::string(mz_zip_get_error_string(mz_zip_get_last_error(&archive_))) + ")";
@@ -148,7 +151,7 @@ class ArchiveCheck {
     std::set<std::string> folders_; // that hold files
 };
 
-// A name as it may stand in a message.
+// The number and the printable name of an entry, for messages.
 std::string entryLabel(mz_zip_archive& archive, mz_uint index) {
     char name[80];
     mz_zip_reader_get_filename(&archive, index, name, sizeof name);
@@ -183,7 +186,7 @@ bool checkArchive(const std::string& zipPath, PackagePlatform platform, ArchiveS
     mz_zip_reader_end(&archive);
     const std::string editor = check.foundEditor();
     if (wrong.empty() && editor.empty())
-        wrong = "No editor where the launcher looks for it: the archive needs \"editor.exe\" at its root.";
+        wrong = "No editor where the launcher looks for it. The archive needs \"editor.exe\" at its root.";
     if (!wrong.empty()) {
         failureText = zipPath + ": " + wrong;
         return false;

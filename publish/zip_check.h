@@ -1,7 +1,9 @@
 #pragma once
 
-// Whether the launcher could install an archive: found out by doing what it does, entry by entry, without writing.
+// Checks whether the launcher can install an archive by doing what it does, entry by entry, without writing.
+// Blocking; any thread.
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -17,9 +19,9 @@ struct ArchiveSummary {
     std::vector<std::string> warnings;
 };
 
-// Unpacks every entry into nowhere, 64 KiB at a time; only the archive's directory is held in memory. Refused is what
-// the launcher refuses (names, damage, encryption, methods) and what would unpack into something else than was packed:
-// two entries for one file, links, names that `platform` cannot have, no editor where the launcher looks for it.
-// False leaves words for the user in `failureText`.
+// Unpacks every entry and discards the bytes, 64 KiB at a time; only the archive's directory is held in memory. Refuses
+// what the launcher refuses (unsafe names, damage, encryption, unknown methods). Also refuses what would unpack into
+// something else than was packed: two entries for one file, links, names that `platform` cannot store, and an archive
+// without an editor where the launcher looks for it. Returns false with a message for the user in `failureText`.
 [[nodiscard]] bool checkArchive(const std::string& zipPath, PackagePlatform platform, ArchiveSummary& summary,
                                 std::string& failureText);

@@ -1,5 +1,6 @@
 #include "sandbox/browser.h"
 
+#include <cstddef>
 #include <cstdlib>
 #include <utility>
 
@@ -9,7 +10,7 @@
 
 namespace {
 
-// "https://host:port" and the rest, which begins with a slash.
+// "https://host:port", and the rest beginning with a slash.
 std::pair<std::string, std::string> splitUrl(const std::string& url) {
     const std::size_t path = url.find('/', url.find("://") + 3);
     if (path == std::string::npos) return {url, "/"};
@@ -33,7 +34,7 @@ void followRedirect(BrowserVisit& visit) {
         visit.finalPage = answer->body;
         visit.finalType = answer->get_header_value("Content-Type");
     } else {
-        visit.error = "the redirect was not answered: " + httplib::to_string(answer.error());
+        visit.error = "no answer to the redirect: " + httplib::to_string(answer.error());
     }
     if (const httplib::Result icon = client.Get("/favicon.ico")) visit.iconStatus = icon->status;
 }
@@ -61,7 +62,7 @@ BrowserVisit signInWithBrowser(const std::string& authorizationUrl, const std::s
     const httplib::Result pressed =
         client.Get("/consent?request=" + request + (allow ? "&answer=allow" : "&answer=deny"));
     if (!pressed || pressed->status != 302) {
-        visit.error = "pressing the button led nowhere";
+        visit.error = "the button of the consent page did not redirect";
         return visit;
     }
     visit.redirect = pressed->get_header_value("Location");

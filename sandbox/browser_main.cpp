@@ -1,24 +1,28 @@
-// The sandbox's xdg-open. A web address is visited as the user would with a browser, pressing Allow on the consent
-// page; anything else is only noted. What happens goes to the file that VOLO_SANDBOX_BROWSER_LOG names, a line each.
+// The sandbox's xdg-open. It opens a web address, presses Allow on the consent page and follows the redirect; anything
+// else it only logs. The log is the file named by VOLO_SANDBOX_BROWSER_LOG, one line per event.
 
 #include <chrono>
+#include <cstddef>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <string>
+#include <system_error>
 #include <thread>
 
 #include "sandbox/browser.h"
 
 namespace {
 
-constexpr auto kReadingTime = std::chrono::seconds(1); // a person reads the page before pressing
+constexpr auto kPollInterval = std::chrono::milliseconds(50);
+constexpr auto kReadingTime = std::chrono::seconds(1); // so that the launcher is seen waiting
 
 std::string environmentText(const char* name) {
     const char* value = std::getenv(name);
     return value != nullptr ? value : "";
 }
 
-// Without tags, scripts and line ends.
+// The text of the page's body, without tags and line ends.
 std::string visibleText(const std::string& html) {
     const std::size_t body = html.find("<body");
     std::string text;
@@ -46,6 +50,10 @@ int main(int count, char** values) {
     }
     log << "opens the consent page" << std::endl;
     std::this_thread::sleep_for(kReadingTime);
+    const std::filesystem::path hold = environmentText("VOLO_SANDBOX_HOLD");
+    std::error_code ignored;
+    while (!hold.empty() && std::filesystem::exists(hold / "browser", ignored))
+        std::this_thread::sleep_for(kPollInterval);
     const BrowserVisit visit = signInWithBrowser(target, environmentText("SSL_CERT_FILE"));
     log << (visit.error.empty() ? "was sent back and reads: " + visibleText(visit.finalPage) : visit.error)
         << std::endl;

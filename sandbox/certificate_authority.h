@@ -1,18 +1,18 @@
 #pragma once
 
-// A certificate authority that lives for one run: the sandbox and the tests issue their servers' certificates with it
-// and point the launcher's trust store at its root. Any thread after construction.
+// A certificate authority for one run. It issues the certificates of the sandbox's and the tests' servers; the trust
+// store of the launcher gets its root certificate. Any thread after construction.
 
 #include <string>
 #include <vector>
 
 struct ServerCertificateRequest {
     std::vector<std::string> dnsNames;    // subject alternative names
-    std::vector<std::string> ipAddresses; // likewise
+    std::vector<std::string> ipAddresses; // subject alternative names
     std::string commonName;
-    int validFromDays = -1; // relative to now; an expired one has both in the past
+    int validFromDays = -1; // relative to now; both are negative for an expired certificate
     int validToDays = 30;
-    bool selfSigned = false; // not signed by the authority at all
+    bool selfSigned = false; // not signed by the authority
 };
 
 struct ServerIdentity {
@@ -24,12 +24,10 @@ class CertificateAuthority {
   public:
     CertificateAuthority();
 
-    const std::string& rootPem() const { return rootPem_; }
-
-    // Writes the root where OpenSSL's SSL_CERT_FILE can point to. False when the file could not be written.
+    // Writes the root certificate as PEM, for SSL_CERT_FILE. False when the file could not be written.
     [[nodiscard]] bool writeRoot(const std::string& path) const;
 
-    ServerIdentity issue(const ServerCertificateRequest& request) const;
+    [[nodiscard]] ServerIdentity issue(const ServerCertificateRequest& request) const;
 
   private:
     std::string rootPem_;

@@ -1,26 +1,27 @@
 #pragma once
 
-// The launcher as a child of the sandbox. One source per platform. One thread.
+// Runs the launcher as a child of the sandbox, with the few system calls that this needs. One source per platform. One
+// thread.
 
 #include <chrono>
 #include <optional>
 #include <string>
-#include <vector>
 
 class ChildProcess {
   public:
     ChildProcess() = default;
-    ~ChildProcess(); // ends it
+    ~ChildProcess(); // ends the child
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
-    // With the environment and the output of this program. False: it could not be started.
+    // The child inherits environment and output. False when it could not be started.
     [[nodiscard]] bool start(const std::string& executable);
 
-    // Its exit status, 128 and more when a signal ended it; nothing when it still runs after that time.
-    std::optional<int> waitFor(std::chrono::milliseconds time);
+    // Waits at most `time` for the end of the child. Its exit status, or 128 plus the number of the signal that ended
+    // it; nothing when it still runs.
+    [[nodiscard]] std::optional<int> waitFor(std::chrono::milliseconds time);
 
-    void end(); // asks first, kills after a while
+    void end(); // asks it to end, and kills it 3 s later
 
   private:
 #ifdef _WIN32
@@ -33,12 +34,13 @@ class ChildProcess {
 void setEnvironment(const char* name, const std::string& value);
 void unsetEnvironment(const char* name);
 
-// From here on Ctrl-C and a request to end are remembered instead of ending this program.
+// From this call on Ctrl-C and requests to end only make interrupted() true.
 void rememberInterrupts();
-bool interrupted();
+[[nodiscard]] bool interrupted();
 
-void allowOnlyOwner(const std::string& folder); // where the platform has such modes
-std::string makeTemporaryFolder();              // its owner's alone; empty: none could be made
+void allowOnlyOwner(const std::string& folder);  // mode 0700; nothing on Windows
+[[nodiscard]] std::string makeTemporaryFolder(); // with mode 0700; empty on failure
 
-// Every process whose executable lies there; on Windows all that this program and its children have started.
+// Ends every process whose executable is below the folder; on Windows every process that this program and its children
+// have started.
 void endProgramsBelow(const std::string& folder);

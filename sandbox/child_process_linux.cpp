@@ -3,9 +3,13 @@
 #include <atomic>
 #include <cctype>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
+#include <string>
+#include <system_error>
 #include <thread>
 
 #include <spawn.h>

@@ -1,10 +1,13 @@
 #include "sandbox/child_process.h"
 
 #include <atomic>
+#include <chrono>
 #include <csignal>
-#include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <random>
+#include <string>
+#include <system_error>
 
 #include <windows.h>
 
@@ -14,8 +17,8 @@ namespace fs = std::filesystem;
 
 std::atomic<bool> interruptCame{false};
 
-// All that this program starts, and what they start, ends with it at the latest: when the last handle of the job
-// closes.
+// The children and their children run in this job. Windows ends them when the job's last handle closes, which is at the
+// latest at the end of this program.
 HANDLE job() {
     static const HANDLE made = [] {
         const HANDLE one = CreateJobObjectW(nullptr, nullptr);
@@ -74,7 +77,7 @@ void ChildProcess::end() {
     (void)waitFor(std::chrono::seconds(3));
 }
 
-// Both the copy that the C library reads and the one that children inherit.
+// _putenv_s changes both the copy of the C library and the one that children inherit.
 void setEnvironment(const char* name, const std::string& value) {
     _putenv_s(name, value.c_str());
 }
@@ -92,7 +95,7 @@ bool interrupted() {
     return interruptCame;
 }
 
-void allowOnlyOwner(const std::string&) {} // what lies in the user's profile inherits that
+void allowOnlyOwner(const std::string&) {} // folders in a user's profile inherit its permissions
 
 std::string makeTemporaryFolder() {
     std::error_code error;

@@ -1,7 +1,7 @@
 #include "sandbox/identity_provider.h"
 
 #include <chrono>
-#include <condition_variable>
+#include <cstddef>
 #include <map>
 #include <mutex>
 #include <set>
@@ -13,13 +13,15 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
-#include "sandbox/https_server.h"
+#include "sandbox/http_message.h"
+#include "sandbox/tls_server.h"
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
 using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer>;
 
+constexpr char kHtml[] = "text/html";
 constexpr auto kCodeLifetime = std::chrono::seconds(60);
 
 std::string randomHex(std::size_t byteCount) {
@@ -31,7 +33,7 @@ std::string randomHex(std::size_t byteCount) {
     return text;
 }
 
-// By OpenSSL's base64 and not by the launcher's own: what checks must not share the code of what is checked.
+// Uses OpenSSL's Base64: the check must not share code with the launcher that it checks.
 std::string s256Challenge(const std::string& verifier) {
     unsigned char digest[32];
     unsigned char encoded[48];
@@ -84,11 +86,6 @@ std::string page(const std::string& title, const std::string& content) {
            title + "</h2>" + content + "</main></body></html>";
 }
 
-// A parameter that occurs exactly once; anything else is as good as absent to a strict provider.
-std::string single(const httplib::Request& request, const char* key) {
-    return request.get_param_value_count(key) == 1 ? request.get_param_value(key) : "";
-}
-
 bool isLoopbackRedirect(const std::string& uri) {
     static const std::string prefix = "http://127.0.0.1:";
     if (!uri.starts_with(prefix)) return false;
@@ -100,7 +97,7 @@ bool hasScope(const std::string& scopes, const std::string& scope) {
     return (" " + scopes + " ").find(" " + scope + " ") != std::string::npos;
 }
 
-// What an authorization request asks for, kept until the user has answered, and then with the code.
+// An authorization request: kept until the user has answered, then with its code.
 struct Grant {
     std::string redirectUri;
     std::string state;
@@ -111,86 +108,90 @@ struct Grant {
 } // namespace
 
 struct IdentityProvider::Service {
-    Service(const ServerIdentity& identity, const IdentityProviderAccount& user);
-    ~Service();
+    Service(const ServerIdentity& identity, const IdentityProviderAccount& user, int port);
 
-    IdentityProviderAccount account;
-    LoopbackHttpsServer server;
-    int port = 0;
+    const IdentityProviderAccount account;
 
-    std::mutex mutex; // guards everything below
-    std::condition_variable stopping;
-    bool isStopping = false;
+    std::mutex mutex; // guards everything below but the server
     IdentityProviderFaults faults;
     std::vector<std::string> events;
     std::map<std::string, Grant> requests; // waiting for the user's answer
     std::map<std::string, Grant> codes;
     std::set<std::string> refreshTokens;
     std::set<std::string> accessTokens;
-    std::set<std::string> seenSecrets; // codes and verifiers, which are used up at once
+    std::set<std::string> seenSecrets; // codes and verifiers: they are valid once only
 
-    void showConsent(const httplib::Request& request, httplib::Response& response);
-    void answerConsent(const httplib::Request& request, httplib::Response& response);
-    void answerToken(const httplib::Request& request, httplib::Response& response);
-    void answerUserInfo(const httplib::Request& request, httplib::Response& response);
+    TlsServer server; // last: its threads end before the rest is destroyed
 
-    std::string refusalOf(const httplib::Request& authorization) const;
-    std::string redeemCode(const httplib::Request& request);
-    void refusePage(httplib::Response& response, const std::string& why);
-    void refuse(httplib::Response& response, int status, const char* error, const std::string& why);
+    std::string answer(TlsConnection& connection, const HttpRequest& request);
+
+    // Whole HTTP answers. The caller holds the mutex.
+    std::string showConsent(const HttpRequest& request);
+    std::string answerConsent(const HttpRequest& request);
+    std::string answerToken(const HttpRequest& request);
+    std::string answerUserInfo(const HttpRequest& request);
+
+    std::string refusalOf(const HttpRequest& authorization) const;
+    std::string redeemCode(const HttpRequest& request);
+    std::string refusePage(const std::string& why);
+    std::string refuse(int status, const char* error, const std::string& why);
+    std::string faultAnswer(int status, const std::string& body, const char* name);
 };
 
-IdentityProvider::Service::Service(const ServerIdentity& identity, const IdentityProviderAccount& user)
+IdentityProvider::Service::Service(const ServerIdentity& identity, const IdentityProviderAccount& user, int port)
     : account(user)
-    , server(identity) {
-    using httplib::Request;
-    using httplib::Response;
-    httplib::SSLServer& on = server.handlers();
-    on.Get("/o/oauth2/v2/auth", [this](const Request& in, Response& out) { showConsent(in, out); });
-    on.Get("/consent", [this](const Request& in, Response& out) { answerConsent(in, out); });
-    on.Post("/token", [this](const Request& in, Response& out) { answerToken(in, out); });
-    on.Get("/v1/userinfo", [this](const Request& in, Response& out) { answerUserInfo(in, out); });
-}
+    , server(
+          identity,
+          [this](TlsConnection& connection) {
+              const HttpRequest request = parseHttpRequest(connection.readRequest());
+              if (!request.method.empty()) connection.write(answer(connection, request));
+          },
+          port) {}
 
-IdentityProvider::Service::~Service() {
-    {
-        const std::lock_guard<std::mutex> lock(mutex);
-        isStopping = true;
-    }
-    stopping.notify_all();
-    server.stop();
+std::string IdentityProvider::Service::answer(TlsConnection& connection, const HttpRequest& request) {
+    const std::string endpoint = request.method + " " + request.path;
+    std::unique_lock<std::mutex> lock(mutex);
+    if (endpoint == "GET /o/oauth2/v2/auth") return showConsent(request);
+    if (endpoint == "GET /consent") return answerConsent(request);
+    if (endpoint == "GET /v1/userinfo") return answerUserInfo(request);
+    if (endpoint != "POST /token") return httpAnswer(404, "");
+    const int delay = faults.tokenDelayMilliseconds;
+    lock.unlock();
+    connection.pause(delay);
+    lock.lock();
+    return answerToken(request);
 }
 
 // --- the browser's side ----------------------------------------------------------------------------------------------
 
-std::string IdentityProvider::Service::refusalOf(const httplib::Request& authorization) const {
-    if (single(authorization, "client_id") != account.clientId) return "unknown client_id";
-    if (!isLoopbackRedirect(single(authorization, "redirect_uri"))) return "redirect_uri is not a loopback address";
-    if (single(authorization, "response_type") != "code") return "response_type is not code";
+std::string IdentityProvider::Service::refusalOf(const HttpRequest& authorization) const {
+    if (authorization.parameter("client_id") != account.clientId) return "unknown client_id";
+    if (!isLoopbackRedirect(authorization.parameter("redirect_uri"))) return "redirect_uri is not a loopback address";
+    if (authorization.parameter("response_type") != "code") return "response_type is not code";
     for (const char* scope : {"openid", "email", "profile"}) {
-        if (!hasScope(single(authorization, "scope"), scope)) return std::string("scope lacks ") + scope;
+        if (!hasScope(authorization.parameter("scope"), scope)) return std::string("scope lacks ") + scope;
     }
-    if (single(authorization, "code_challenge_method") != "S256") return "code_challenge_method is not S256";
-    if (single(authorization, "code_challenge").size() != 43) return "code_challenge is not 43 characters long";
-    if (single(authorization, "state").empty()) return "state is missing";
-    if (single(authorization, "access_type") != "offline") return "access_type is not offline";
+    if (authorization.parameter("code_challenge_method") != "S256") return "code_challenge_method is not S256";
+    if (authorization.parameter("code_challenge").size() != 43) return "code_challenge is not 43 characters long";
+    if (authorization.parameter("state").empty()) return "state is missing";
+    if (authorization.parameter("access_type") != "offline") return "access_type is not offline";
     return {};
 }
 
-void IdentityProvider::Service::refusePage(httplib::Response& response, const std::string& why) {
+std::string IdentityProvider::Service::refusePage(const std::string& why) {
     events.push_back("refused: " + why);
-    response.status = 400;
-    response.set_content(page("Error 400", "<p>The request is invalid: " + htmlEscape(why) + ".</p>"), "text/html");
+    return httpAnswer(400, page("Error 400", "<p>The request is invalid: " + htmlEscape(why) + ".</p>"), kHtml);
 }
 
-void IdentityProvider::Service::showConsent(const httplib::Request& request, httplib::Response& response) {
-    const std::lock_guard<std::mutex> lock(mutex);
+std::string IdentityProvider::Service::showConsent(const HttpRequest& request) {
     const std::string why = refusalOf(request);
-    if (!why.empty()) return refusePage(response, why);
+    if (!why.empty()) return refusePage(why);
     const std::string id = randomHex(16);
-    requests[id] = {single(request, "redirect_uri"), single(request, "state"), single(request, "code_challenge"), {}};
+    requests[id] = {
+        request.parameter("redirect_uri"), request.parameter("state"), request.parameter("code_challenge"), {}};
     events.emplace_back("consent");
-    response.set_content(
+    return httpAnswer(
+        200,
         page("Sign in to VOLO Launcher",
              "<p>Continue as <b>" + htmlEscape(account.userName) + "</b> (" + htmlEscape(account.userEmail) +
                  ")?</p><p>VOLO Launcher will see your name and your e-mail address.</p>"
@@ -198,16 +199,15 @@ void IdentityProvider::Service::showConsent(const httplib::Request& request, htt
                  id +
                  "\"><button name=\"answer\" value=\"allow\">Allow</button>"
                  "<button name=\"answer\" value=\"deny\">Deny</button></form>"),
-        "text/html");
+        kHtml);
 }
 
-void IdentityProvider::Service::answerConsent(const httplib::Request& request, httplib::Response& response) {
-    const std::lock_guard<std::mutex> lock(mutex);
-    const auto found = requests.extract(single(request, "request"));
-    if (found.empty()) return refusePage(response, "unknown consent request");
+std::string IdentityProvider::Service::answerConsent(const HttpRequest& request) {
+    const auto found = requests.extract(request.parameter("request"));
+    if (found.empty()) return refusePage("unknown consent request");
     Grant grant = found.mapped();
     httplib::Params answer = {{"state", grant.state}};
-    if (faults.denyConsent || single(request, "answer") != "allow") {
+    if (faults.denyConsent || request.parameter("answer") != "allow") {
         events.emplace_back("refused: consent denied");
         answer.emplace("error", "access_denied");
     } else {
@@ -219,57 +219,60 @@ void IdentityProvider::Service::answerConsent(const httplib::Request& request, h
         seenSecrets.insert(code);
         events.emplace_back("code");
     }
-    response.set_redirect(httplib::append_query_params(grant.redirectUri + "/", answer));
+    return httpAnswer(302, "", kHtml,
+                      "Location: " + httplib::append_query_params(grant.redirectUri + "/", answer) + "\r\n");
 }
 
 // --- the launcher's side ---------------------------------------------------------------------------------------------
 
-void IdentityProvider::Service::refuse(httplib::Response& response, int status, const char* error,
-                                       const std::string& why) {
+std::string IdentityProvider::Service::refuse(int status, const char* error, const std::string& why) {
     events.push_back("refused: " + why);
-    response.status = status;
-    response.set_content(jsonObject({{"error", error}, {"error_description", why}}), "application/json");
+    return httpAnswer(status, jsonObject({{"error", error}, {"error_description", why}}));
 }
 
-// Why the code is worth nothing; empty when it was good. A code is used up by the first attempt, good or bad.
-std::string IdentityProvider::Service::redeemCode(const httplib::Request& request) {
-    const auto found = codes.extract(single(request, "code"));
+// The answer that a fault asks for; empty without a fault.
+std::string IdentityProvider::Service::faultAnswer(int status, const std::string& body, const char* name) {
+    if (status == 0 && body.empty()) return {};
+    const int answered = status != 0 ? status : 200;
+    const std::string refusal = refuse(answered, "server_error", name);
+    return body.empty() ? refusal : httpAnswer(answered, body);
+}
+
+// Why the code is refused; empty when it is good. The first attempt uses the code up, even when it is refused.
+std::string IdentityProvider::Service::redeemCode(const HttpRequest& request) {
+    const auto found = codes.extract(request.parameter("code"));
     if (found.empty()) return "unknown code";
-    seenSecrets.insert(single(request, "code_verifier"));
+    seenSecrets.insert(request.parameter("code_verifier"));
     const Grant& grant = found.mapped();
     if (Clock::now() - grant.codeIssued > kCodeLifetime) return "expired code";
-    if (single(request, "redirect_uri") != grant.redirectUri) return "redirect_uri differs";
-    const std::string verifier = single(request, "code_verifier");
+    if (request.parameter("redirect_uri") != grant.redirectUri) return "redirect_uri differs";
+    const std::string verifier = request.parameter("code_verifier");
     if (verifier.size() < 43 || verifier.size() > 128) return "code_verifier has a wrong length";
     if (s256Challenge(verifier) != grant.challenge) return "code_verifier does not match";
     return {};
 }
 
-void IdentityProvider::Service::answerToken(const httplib::Request& request, httplib::Response& response) {
-    std::unique_lock<std::mutex> lock(mutex);
-    stopping.wait_for(lock, std::chrono::milliseconds(faults.tokenDelayMilliseconds), [this] { return isStopping; });
-    if (faults.tokenStatus != 0 || !faults.tokenBody.empty()) {
-        refuse(response, faults.tokenStatus != 0 ? faults.tokenStatus : 200, "server_error", "token fault");
-        if (!faults.tokenBody.empty()) response.set_content(faults.tokenBody, "application/json");
-        return;
+std::string IdentityProvider::Service::answerToken(const HttpRequest& request) {
+    const std::string fault = faultAnswer(faults.tokenStatus, faults.tokenBody, "token fault");
+    if (!fault.empty()) return fault;
+    if (request.header("content-type") != "application/x-www-form-urlencoded") {
+        return refuse(400, "invalid_request", "not a form");
     }
-    if (request.get_header_value("Content-Type") != "application/x-www-form-urlencoded") {
-        return refuse(response, 400, "invalid_request", "not a form");
+    if (request.parameter("client_id") != account.clientId ||
+        request.parameter("client_secret") != account.clientSecret) {
+        return refuse(401, "invalid_client", "wrong client credentials");
     }
-    if (single(request, "client_id") != account.clientId || single(request, "client_secret") != account.clientSecret) {
-        return refuse(response, 401, "invalid_client", "wrong client credentials");
-    }
-    const std::string grantType = single(request, "grant_type");
+    const std::string grantType = request.parameter("grant_type");
     const bool isRefresh = grantType == "refresh_token";
     if (isRefresh) {
-        if (!refreshTokens.contains(single(request, "refresh_token"))) {
-            return refuse(response, 400, "invalid_grant", "unknown refresh token");
+        if (!refreshTokens.contains(request.parameter("refresh_token"))) {
+            return refuse(400, "invalid_grant", "unknown refresh token");
         }
     } else if (grantType == "authorization_code") {
         const std::string why = redeemCode(request);
-        if (!why.empty()) return refuse(response, 400, "invalid_grant", why);
+        if (!why.empty()) return refuse(400, "invalid_grant", why);
     } else {
-        return refuse(response, 400, "unsupported_grant_type", "unknown grant_type");
+        return refuse(400, "unsupported_grant_type", "unknown grant_type");
     }
 
     events.emplace_back(isRefresh ? "refresh" : "token");
@@ -282,25 +285,21 @@ void IdentityProvider::Service::answerToken(const httplib::Request& request, htt
         members.emplace_back("refresh_token", "1//0" + randomHex(32));
         refreshTokens.insert(members.back().second);
     }
-    response.set_content(jsonObject(members), "application/json");
+    return httpAnswer(200, jsonObject(members));
 }
 
-void IdentityProvider::Service::answerUserInfo(const httplib::Request& request, httplib::Response& response) {
-    const std::lock_guard<std::mutex> lock(mutex);
-    const std::string authorization = request.get_header_value("Authorization");
+std::string IdentityProvider::Service::answerUserInfo(const HttpRequest& request) {
+    const std::string authorization = request.header("authorization");
     if (!authorization.starts_with("Bearer ") || !accessTokens.contains(authorization.substr(7))) {
-        return refuse(response, 401, "invalid_token", "unknown access token");
+        return refuse(401, "invalid_token", "unknown access token");
     }
-    if (faults.userInfoStatus != 0 || !faults.userInfoBody.empty()) {
-        refuse(response, faults.userInfoStatus != 0 ? faults.userInfoStatus : 200, "server_error", "userinfo fault");
-        if (!faults.userInfoBody.empty()) response.set_content(faults.userInfoBody, "application/json");
-        return;
-    }
+    const std::string fault = faultAnswer(faults.userInfoStatus, faults.userInfoBody, "userinfo fault");
+    if (!fault.empty()) return fault;
     events.emplace_back("userinfo");
     std::vector<std::pair<const char*, std::string>> members = {{"sub", "100000000000000000001"}};
     if (!faults.withoutName) members.emplace_back("name", account.userName);
     if (!faults.withoutEmail) members.emplace_back("email", account.userEmail);
-    response.set_content(jsonObject(members), "application/json");
+    return httpAnswer(200, jsonObject(members));
 }
 
 // --- the provider as its owner sees it -------------------------------------------------------------------------------
@@ -312,18 +311,17 @@ IdentityProvider::IdentityProvider(const CertificateAuthority& authority, const 
     request.ipAddresses = {"127.0.0.1"};
     request.commonName = "localhost";
     request.dnsNames.insert(request.dnsNames.end(), moreNames.begin(), moreNames.end());
-    service_ = std::make_unique<Service>(authority.issue(request), account);
-    service_->port = service_->server.start(port);
+    service_ = std::make_unique<Service>(authority.issue(request), account, port);
 }
 
 IdentityProvider::~IdentityProvider() = default;
 
 int IdentityProvider::port() const {
-    return service_->port;
+    return service_->server.port();
 }
 
 std::string IdentityProvider::authorizationUrl() const {
-    return "https://127.0.0.1:" + std::to_string(service_->port) + "/o/oauth2/v2/auth";
+    return "https://127.0.0.1:" + std::to_string(port()) + "/o/oauth2/v2/auth";
 }
 
 void IdentityProvider::setFaults(const IdentityProviderFaults& faults) {

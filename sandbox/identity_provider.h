@@ -1,15 +1,13 @@
 #pragma once
 
-// A strict stand-in for Google's OAuth 2.0 and OpenID Connect services on loopback, over TLS:
+// A strict OAuth 2.0 and OpenID Connect provider on loopback, over TLS, with the same interface as Google's:
 //   GET  /o/oauth2/v2/auth   consent page with a button
-//   GET  /consent?...        what the button asks for: the redirect
-//   POST /token              code or refresh token for tokens
-//   GET  /v1/userinfo        name and e-mail for a bearer token
-// It checks what a strict provider checks: client credentials, PKCE S256, the exact redirect URI of the code,
-// single-use codes that expire after a minute, refresh tokens it issued, bearer tokens. Faults are switched on while it
-// runs.
+//   GET  /consent?...        the button's request; answered with the redirect
+//   POST /token              exchanges a code or a refresh token for tokens
+//   GET  /v1/userinfo        name and e-mail address for a bearer token
+// It checks client credentials, PKCE S256, the exact redirect URI of the code, single-use codes that expire after a
+// minute, refresh tokens and bearer tokens. Faults can be changed while it runs. Any thread.
 
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -26,11 +24,11 @@ struct IdentityProviderAccount {
 struct IdentityProviderFaults {
     bool denyConsent = false;       // the redirect carries error=access_denied
     int tokenDelayMilliseconds = 0; // before the token endpoint answers
-    int tokenStatus = 0;            // answered instead of 200; 0: none
-    std::string tokenBody = {};     // answered instead of the JSON; empty: none
+    int tokenStatus = 0;            // instead of 200; 0: no fault
+    std::string tokenBody = {};     // instead of the JSON; empty: no fault
     bool withoutAccessToken = false;
     bool withoutRefreshToken = false;
-    bool rotateRefreshToken = false; // a refresh answers with a new refresh token too
+    bool rotateRefreshToken = false; // a refresh also returns a new refresh token
     int userInfoStatus = 0;
     std::string userInfoBody = {};
     bool withoutEmail = false;
@@ -39,29 +37,30 @@ struct IdentityProviderFaults {
 
 class IdentityProvider {
   public:
-    // Listens on 127.0.0.1 with a certificate for "localhost", 127.0.0.1 and what else it shall answer for; port 0 lets
-    // the system choose. A port that cannot be had leaves port() below 1.
+    // Listens on 127.0.0.1 with a certificate for "localhost", 127.0.0.1 and `moreNames`. Port 0 lets the system
+    // choose.
     IdentityProvider(const CertificateAuthority& authority, const IdentityProviderAccount& account, int port = 0,
                      const std::vector<std::string>& moreNames = {});
     ~IdentityProvider();
     IdentityProvider(const IdentityProvider&) = delete;
     IdentityProvider& operator=(const IdentityProvider&) = delete;
 
-    int port() const;
-    std::string authorizationUrl() const; // https://127.0.0.1:<port>/o/oauth2/v2/auth
+    [[nodiscard]] int port() const;                     // 0 when the port was not free
+    [[nodiscard]] std::string authorizationUrl() const; // https://127.0.0.1:<port>/o/oauth2/v2/auth
 
     void setFaults(const IdentityProviderFaults& faults);
 
-    // One line per thing that happened, in order: "consent", "code", "token", "refresh", "userinfo", "refused: <why>".
-    std::vector<std::string> events() const;
+    // One line per event, in order: "consent", "code", "token", "refresh", "userinfo", "refused: <why>".
+    [[nodiscard]] std::vector<std::string> events() const;
 
-    // Makes a refresh token as if this user had signed in before; or takes one that a provider before it has issued.
-    std::string issueRefreshToken();
+    // Makes a valid refresh token, as after an earlier sign-in.
+    [[nodiscard]] std::string issueRefreshToken();
+    // Makes a token valid that an earlier provider has issued.
     void acceptRefreshToken(const std::string& token);
     void revokeRefreshTokens();
 
-    // Every client secret, code, verifier and token that has come along: what must not turn up anywhere else.
-    std::vector<std::string> secrets() const;
+    // Every client secret, code, verifier and token of the run, for tests that search for leaks.
+    [[nodiscard]] std::vector<std::string> secrets() const;
 
   private:
     struct Service;

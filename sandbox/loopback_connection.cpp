@@ -1,6 +1,10 @@
 #include "sandbox/loopback_connection.h"
 
-#include <httplib.h> // for the sockets, under their names on this platform
+#include <cstdint>
+
+#include <httplib.h> // declares socket_t and includes the socket headers of the platform
+
+#include "system/sockets.h"
 
 LoopbackConnection::LoopbackConnection(int port)
     : socket_(static_cast<std::intptr_t>(::socket(AF_INET, SOCK_STREAM, 0))) {
@@ -12,11 +16,7 @@ LoopbackConnection::LoopbackConnection(int port)
 }
 
 LoopbackConnection::~LoopbackConnection() {
-#ifdef _WIN32
-    ::closesocket(static_cast<socket_t>(socket_));
-#else
-    ::close(static_cast<socket_t>(socket_));
-#endif
+    closeSocket(socket_);
 }
 
 void LoopbackConnection::send(const std::string& bytes) {

@@ -1,8 +1,9 @@
-// volo-sandbox: the launcher with the whole outside world on this machine. Makes a certificate authority for the run,
-// serves the identity provider and the update server on loopback, stages a launcher, starts it and ends with it.
+// volo-sandbox runs the launcher against an identity provider and an update server on this machine. It makes a
+// certificate authority, starts both servers on loopback, stages a launcher, starts it, and ends when it ends.
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -11,6 +12,7 @@
 #include <optional>
 #include <sstream>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -62,62 +64,64 @@ int fail(const std::string& text) {
 }
 
 void addOptions(CLI::App& app, Options& options) {
-    app.add_option("--root", options.root, "Use this folder and keep it: the next start finds what this one left")
-        ->type_name("DIR");
+    app.add_option("--root", options.root, "Use this folder and keep it for the next start")->type_name("DIR");
     app.add_flag("--keep", options.keep, "Keep the temporary folder");
-    app.add_flag("--with-editor,!--without-editor", options.withEditor, "Begin with the sample editor installed");
-    app.add_flag("--stored-session", options.storedSession, "Begin signed in");
-    app.add_option("--projects", options.projects, "Begin with this many made-up projects")
+    app.add_flag("--with-editor,!--without-editor", options.withEditor, "Start with the sample editor installed");
+    app.add_flag("--stored-session", options.storedSession, "Start signed in");
+    app.add_option("--projects", options.projects, "Start with this many made-up projects")
         ->check(CLI::Range(0, 10000))
         ->type_name("N");
-    app.add_option("--browser", options.browser, "Open addresses with this command (default: a robot that allows)")
+    app.add_option("--browser", options.browser,
+                   "Open addresses with this command (default: a program that presses Allow)")
         ->type_name("COMMAND");
     app.add_option("--editor-zip", options.editorZip, "Publish this archive (default: the sample editor)")
         ->check(CLI::ExistingFile)
         ->type_name("FILE");
     app.add_flag("--as-google", options.asGoogle,
-                 "Start the shipped launcher and answer under Google's names, port 443");
-    app.add_option("--secrets-file", options.secretsFile, "Write every secret of the run there, for leak tests")
+                 "Start the shipped launcher and serve Google's host names on port 443");
+    app.add_option("--secrets-file", options.secretsFile, "Write every secret of the run to this file, for leak tests")
         ->type_name("FILE");
 
     const auto signIn = "Faults of the sign-in";
     IdentityProviderFaults& identity = options.identity;
-    app.add_flag("--deny-consent", identity.denyConsent, "The user refuses")->group(signIn);
-    app.add_option("--slow-token", options.slowTokenSeconds, "Answer token requests this much later")
+    app.add_flag("--deny-consent", identity.denyConsent, "The user presses Deny")->group(signIn);
+    app.add_option("--slow-token", options.slowTokenSeconds, "Delay the answers to token requests")
         ->type_name("SECONDS")
         ->group(signIn);
     app.add_flag("--token-500", options.token500, "Answer token requests with status 500")->group(signIn);
-    app.add_flag("--token-garbage", options.tokenGarbage, "Answer token requests with no JSON")->group(signIn);
-    app.add_flag("--no-refresh-token", identity.withoutRefreshToken, "Give no refresh token")->group(signIn);
-    app.add_flag("--no-email", identity.withoutEmail, "Know no e-mail address")->group(signIn);
+    app.add_flag("--token-garbage", options.tokenGarbage, "Answer token requests with a page instead of JSON")
+        ->group(signIn);
+    app.add_flag("--no-refresh-token", identity.withoutRefreshToken, "Return no refresh token")->group(signIn);
+    app.add_flag("--no-email", identity.withoutEmail, "Return no e-mail address")->group(signIn);
 
     const auto update = "Faults of the update server";
     UpdateServerFaults& updates = options.updates;
     app.add_flag("--no-update-server", options.withoutUpdateServer, "Refuse connections")->group(update);
     app.add_option("--manifest-status", options.manifestStatus, "Answer the manifest with this status")->group(update);
-    app.add_option("--release", options.releaseFault, "Publish a release that is wrong in this way")
+    app.add_option("--release", options.releaseFault, "Publish a release with this fault")
         ->check(CLI::IsMember(kReleaseFaults))
         ->group(update);
-    app.add_option("--delay", updates.delayMilliseconds, "Begin sending the package so much later")
-        ->type_name("MILLISECONDS")
+    app.add_option("--delay", updates.delayMilliseconds, "Delay the package")->type_name("MILLISECONDS")->group(update);
+    app.add_option("--throttle", updates.kibPerSecond, "Limit the speed of the package")
+        ->type_name("KIB/S")
         ->group(update);
-    app.add_option("--throttle", updates.kibPerSecond, "Send the package this fast")->type_name("KIB/S")->group(update);
-    app.add_option("--truncate", updates.closeAfter, "End the connection after so many bytes of the package")
+    app.add_option("--truncate", updates.closeAfter, "End the connection after this many bytes of the package")
         ->type_name("BYTES")
         ->group(update);
-    app.add_option("--stall", updates.stallAfter, "Send nothing after so many bytes of the package")
+    app.add_option("--stall", updates.stallAfter, "Send nothing more after this many bytes of the package")
         ->type_name("BYTES")
         ->group(update);
     app.add_option("--hold", updates.holdFolder,
-                   "Hold up what this folder has a file for: \"manifest\", \"package\" (at its half), \"statement\"")
+                   "Delay what this folder has a file for: \"browser\", \"manifest\", \"package\" (its second half), "
+                   "\"statement\"")
         ->type_name("DIR")
         ->group(update);
-    app.add_option("--corrupt", updates.corruptAt, "Damage the byte at this offset of the package")
+    app.add_option("--corrupt", updates.corruptAt, "Invert the byte at this offset of the package")
         ->type_name("OFFSET")
         ->group(update);
 }
 
-// The shipped launcher would ask the real Google anywhere else than where its hosts are told to be here.
+// True when /etc/hosts maps Google's host names to this machine. Otherwise the shipped launcher would ask Google.
 bool googleIsHere() {
     std::ifstream hosts("/etc/hosts");
     std::vector<std::string> here;
@@ -133,7 +137,7 @@ bool googleIsHere() {
     });
 }
 
-// Prints what has happened since the last look.
+// Prints the events since the last call.
 class EventReport {
   public:
     void show(const char* who, const std::vector<std::string>& events, std::size_t& shown) {
@@ -144,7 +148,7 @@ class EventReport {
     void showBrowser(const fs::path& log) {
         std::ifstream file(log);
         file.seekg(browserRead_);
-        for (std::string line; std::getline(file, line) && !file.eof();) { // a line that is still being written waits
+        for (std::string line; std::getline(file, line) && !file.eof();) { // skip a line that is still being written
             say("browser: " + line);
             browserRead_ = file.tellg();
         }
@@ -157,7 +161,7 @@ class EventReport {
     std::streamoff browserRead_ = 0;
 };
 
-// Everything that lives as long as the run.
+// One run.
 class Sandbox {
   public:
     Sandbox(const Options& options, const fs::path& root)
@@ -183,10 +187,10 @@ class Sandbox {
 };
 
 bool Sandbox::prepare(std::string& failureText) {
-    const fs::path shipped = launcherDirectory(); // the folder of this program too
+    const fs::path shipped = launcherDirectory(); // this program is in the same folder
     const fs::path staged = shipped.parent_path() / "sandbox";
     std::error_code ignored;
-    fs::remove_all(places_.site, ignored); // another run's release has another address
+    fs::remove_all(places_.site, ignored); // the release of an earlier run has another address
     if (!makePlaces(places_, failureText)) return false;
     if (!authority_.writeRoot(places_.authority.string())) {
         failureText = "cannot write " + places_.authority.string();
@@ -194,7 +198,7 @@ bool Sandbox::prepare(std::string& failureText) {
     }
     trust_.emplace(places_.authority.string());
     if (!trust_->isTrusted()) {
-        failureText = "this user's certificates are not touched: on Windows the sandbox runs under Wine only";
+        failureText = "on Windows the sandbox runs under Wine only, because it does not change the user's certificates";
         return false;
     }
 
@@ -202,7 +206,7 @@ bool Sandbox::prepare(std::string& failureText) {
                                   : std::make_unique<IdentityProvider>(authority_, account_);
     updates_ = std::make_unique<UpdateServer>(authority_, places_.site.string());
     if (identity_->port() < 1 || updates_->port() < 1) {
-        failureText = "a server of the sandbox got no port";
+        failureText = "a server of the sandbox found no free port";
         return false;
     }
     identity_->setFaults(options_.identity);
@@ -256,6 +260,7 @@ int Sandbox::run() {
     std::string failure;
     if (!prepare(failure)) return fail(failure);
     enterSandbox(places_, identity_->port());
+    if (!options_.updates.holdFolder.empty()) setEnvironment("VOLO_SANDBOX_HOLD", options_.updates.holdFolder);
     prepareUser();
 
     say("folder: " + places_.root.string());
@@ -281,14 +286,15 @@ int Sandbox::run() {
 
 int run(int count, char** values) {
     Options options;
-    CLI::App app("Starts the launcher with its whole outside world on this machine.", "volo-sandbox");
+    CLI::App app("Runs the launcher against servers on this machine.", "volo-sandbox");
     addOptions(app, options);
     CLI11_PARSE(app, count, values);
     options.identity.tokenDelayMilliseconds = static_cast<int>(options.slowTokenSeconds * 1000.0);
     if (options.token500) options.identity.tokenStatus = 500;
     if (options.tokenGarbage) options.identity.tokenBody = "<html>no JSON";
     if (options.manifestStatus != 0) options.updates.status["manifest.json"] = options.manifestStatus;
-    if (options.asGoogle && !googleIsHere()) return fail("--as-google needs Google's hosts to be 127.0.0.1 here");
+    if (options.asGoogle && !googleIsHere())
+        return fail("--as-google needs Google's host names mapped to 127.0.0.1 in /etc/hosts");
 
     const bool temporary = options.root.empty();
     const fs::path root = temporary ? fs::path(makeTemporaryFolder()) : fs::absolute(options.root).lexically_normal();

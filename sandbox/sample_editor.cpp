@@ -1,11 +1,12 @@
-// The sample editor that the sandbox's launcher installs and opens: a window that shows the project file it was given.
-// Started as the real one is, with the project file as its only argument, in the folder of its executable.
+// The sample editor that the sandbox's launcher installs and opens: a window that shows its project file. As the real
+// editor, it runs in the folder of its executable with the project file as its only argument.
 
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include <imgui.h>

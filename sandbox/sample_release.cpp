@@ -1,5 +1,8 @@
 #include "sandbox/sample_release.h"
 
+#include <cstddef>
+#include <string_view>
+
 #include <miniz.h>
 
 #include "crypto/base64.h"
@@ -25,7 +28,7 @@ bool packEditor(const std::string& archive, const std::string& editor, const std
     return mz_zip_writer_end(&zip) && packed;
 }
 
-// Changes the value of a member of the manifest to another of the same form.
+// Changes the first character of a member's value in the manifest; the value keeps its form.
 bool alterManifest(const std::string& path, std::string_view member, std::string& failureText) {
     constexpr std::size_t kLongestManifest = 64 * 1024;
     std::string text;

@@ -1,6 +1,6 @@
 #pragma once
 
-// What the sandbox's update server offers: the sample editor, published the way a deployer publishes.
+// Publishes the sample editor for the sandbox's update server with the code of volo-publish. Blocking; one thread.
 
 #include <filesystem>
 #include <string>
@@ -10,12 +10,12 @@
 
 inline constexpr char kSampleEditorVersion[] = "1.0.0";
 
-// What can be wrong with a release that arrives undamaged.
+// Faults of a release, beside damage on the way.
 namespace release_fault {
-inline constexpr char kWrongHash[] = "wrong-hash";                // the manifest speaks of another package
-inline constexpr char kWrongArchiveHash[] = "wrong-archive-hash"; // or of another archive inside it
-inline constexpr char kWrongKey[] = "wrong-key";                  // its key does not open the package
-inline constexpr char kUntrusted[] = "untrusted";                 // signed with a key that the launcher does not know
+inline constexpr char kWrongHash[] = "wrong-hash";                // sha256 of the manifest does not match
+inline constexpr char kWrongArchiveHash[] = "wrong-archive-hash"; // plaintext_sha256 of the manifest does not match
+inline constexpr char kWrongKey[] = "wrong-key";                  // the manifest's key does not open the package
+inline constexpr char kUntrusted[] = "untrusted";                 // no pinned key has signed the statement
 inline constexpr char kUnsigned[] = "unsigned";                   // no statement is published
 inline constexpr char kExpired[] = "expired";
 inline constexpr char kRevoked[] = "revoked";
@@ -26,12 +26,12 @@ inline const std::vector<std::string> kReleaseFaults = {
 
 struct SampleRelease {
     std::filesystem::path editor, font;
-    std::filesystem::path archive; // published instead of those two, unless it is empty
+    std::filesystem::path archive; // published instead; empty: pack the two above
     std::filesystem::path workFolder, siteFolder;
     std::string baseUrl;
     std::string fault; // one of the above, or empty
 };
 
 // Packs editor and font, makes a publisher's key in `workFolder` and publishes for this platform in `siteFolder`.
-// False: `failureText` says why.
+// Returns false with the reason in `failureText`.
 [[nodiscard]] bool publishSampleEditor(const SampleRelease& sample, ReleaseResult& result, std::string& failureText);

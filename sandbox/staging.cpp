@@ -1,8 +1,11 @@
 #include "sandbox/staging.h"
 
 #include <array>
-#include <cstdlib>
+#include <cstddef>
 #include <fstream>
+#include <system_error>
+#include <utility>
+#include <vector>
 
 #include "config/launcher_settings.h"
 #include "sandbox/child_process.h"
@@ -29,7 +32,7 @@ bool writeText(const fs::path& file, const std::string& text, std::string& failu
     return !out.fail();
 }
 
-// A program that still runs cannot be written to, but its file can make room for another.
+// Linux refuses to write to the file of a running program (ETXTBSY), but not to remove it.
 bool copyProgram(const fs::path& from, const fs::path& to, std::string& failureText) {
     std::error_code error;
     fs::remove(to, error);
@@ -67,7 +70,7 @@ bool makePlaces(const SandboxPlaces& places, std::string& failureText) {
 
 bool stageLauncher(const SandboxPlaces& places, const fs::path& program, const LauncherConfiguration& configuration,
                    std::string& failureText) {
-    const fs::path assets = launcherDirectory(); // the sandbox stands where the shipped launcher stands
+    const fs::path assets = launcherDirectory(); // the shipped launcher's folder, which is the sandbox's too
     std::error_code error;
     fs::copy_file(assets / kPicture, places.launcher / kPicture, fs::copy_options::overwrite_existing, error);
 

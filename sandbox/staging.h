@@ -1,21 +1,19 @@
 #pragma once
 
-// The sandbox's folder: a user's home, a launcher that is installed for that user, and the files that the servers
-// serve.
+// The sandbox's folder: a user's home, a launcher installed for that user, and the files of the update server. One
+// thread.
 //
 //   <root>/apps/volo/launcher/   the launcher, its font, picture and configuration, and what it installs
 //   <root>/home/                 the user: AppData (Launcher.conf), Documents (projects)
-//   <root>/bin/                  the browser, on Linux as the xdg-open that the launcher finds first
-//   <root>/runtime/              this session's, so that a real launcher's guard and the sandbox's do not meet
-//   <root>/site/                 what the update server serves
+//   <root>/bin/                  the browser; on Linux it is the xdg-open that comes first on PATH
+//   <root>/runtime/              XDG_RUNTIME_DIR, so that the guard of a real launcher is not seen
+//   <root>/site/                 the published directory
 //   <root>/authority.pem         the only certificate authority that the launcher trusts
 //
-// The launcher looks for an editor two levels above itself: nothing of that kind lies there.
+// The launcher looks for an editor two levels above itself: those folders hold none.
 
-#include <cstdint>
 #include <filesystem>
 #include <string>
-#include <vector>
 
 struct SandboxPlaces {
     explicit SandboxPlaces(const std::filesystem::path& rootFolder);
@@ -31,7 +29,7 @@ struct LauncherConfiguration {
     std::string authenticityKeys;
 };
 
-// All return false and say why when something could not be written or was not built.
+// All return false with the reason in `failureText` when a file is missing or cannot be written.
 [[nodiscard]] bool makePlaces(const SandboxPlaces& places, std::string& failureText);
 [[nodiscard]] bool stageLauncher(const SandboxPlaces& places, const std::filesystem::path& program,
                                  const LauncherConfiguration& configuration, std::string& failureText);
@@ -53,15 +51,15 @@ inline constexpr char kSampleEditorProgram[] = "volo-sample-editor";
 [[nodiscard]] bool copyProgram(const std::filesystem::path& from, const std::filesystem::path& to,
                                std::string& failureText);
 
-// `command` is what opens addresses, started with the address behind it; empty: the sandbox's own browser.
+// `command` opens an address, its last argument; empty: use the sandbox's own browser.
 [[nodiscard]] bool stageBrowser(const SandboxPlaces& places, const std::filesystem::path& browser,
                                 const std::string& command, std::string& failureText);
 
-// Keeps what the operating system's desktop would tell apart from the user's own. A part of enterSandbox.
+// The part of enterSandbox that depends on the operating system.
 void enterDesktop(const SandboxPlaces& places);
 
 // Points this program's environment, which the launcher inherits, at the sandbox.
 void enterSandbox(const SandboxPlaces& places, int identityPort);
 
-// Makes projects on disk and lists them in the user's settings, the newest first. Inside the sandbox only.
+// Creates projects on disk and lists them in the user's settings, the newest first. Call after enterSandbox.
 void addMadeUpProjects(const SandboxPlaces& places, int count);

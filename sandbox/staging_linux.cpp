@@ -1,5 +1,9 @@
 #include "sandbox/staging.h"
 
+#include <filesystem>
+#include <string>
+#include <system_error>
+
 #include "sandbox/child_process.h"
 #include "system/operating_system.h"
 
@@ -9,7 +13,7 @@ namespace fs = std::filesystem;
 
 } // namespace
 
-// The launcher asks for xdg-open, and finds this one first.
+// The launcher starts the first xdg-open on PATH.
 bool stageBrowser(const SandboxPlaces& places, const fs::path& browser, const std::string& command,
                   std::string& failureText) {
     const fs::path opener = places.bin / "xdg-open";
@@ -23,7 +27,7 @@ bool stageBrowser(const SandboxPlaces& places, const fs::path& browser, const st
 }
 
 void enterDesktop(const SandboxPlaces& places) {
-    // What finds the display by the user's home or session has to be told before both change.
+    // The X cookie and the Wayland socket are found through HOME and XDG_RUNTIME_DIR: name them before both change.
     const fs::path cookie = fs::path(getEnvironmentString("HOME")) / ".Xauthority";
     std::error_code error;
     if (getEnvironmentString("XAUTHORITY").empty() && fs::exists(cookie, error)) {

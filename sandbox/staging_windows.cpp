@@ -1,8 +1,11 @@
 #include "sandbox/staging.h"
 
+#include <filesystem>
+#include <string>
+
 #include <windows.h>
 
-// The default browser is an entry of the registry: of a Windows of the sandbox's own, see system_trust.h.
+// The default browser is an entry of the registry. Only a Wine prefix of the sandbox is changed: see system_trust.h.
 bool stageBrowser(const SandboxPlaces& places, const std::filesystem::path& browser, const std::string& command,
                   std::string& failureText) {
     const std::filesystem::path copy = places.bin / "volo-sandbox-browser.exe";

@@ -1,11 +1,10 @@
 #pragma once
 
-// Makes this program, and every one that it starts, trust an authority for as long as the object lives, by way of the
-// operating system's trust store: SSL_CERT_FILE on Linux, the store named "ROOT" on Windows. While no other thread
-// reads the environment.
+// Makes this program and its children trust an authority while the object lives. It uses the trust store of the system:
+// SSL_CERT_FILE on Linux, the store "ROOT" on Windows. No other thread may read the environment meanwhile.
 //
-// That store is the user's, so on Windows proper it is left alone; under Wine, in a Windows of the sandbox's own, it is
-// used.
+// On real Windows "ROOT" belongs to the user and is left alone; only under Wine, in a prefix of the sandbox, it is
+// changed.
 
 #include <optional>
 #include <string>
@@ -17,7 +16,7 @@ class SystemTrust {
     SystemTrust(const SystemTrust&) = delete;
     SystemTrust& operator=(const SystemTrust&) = delete;
 
-    // False: refused, or there is no such file.
+    // False when the system refuses, or the file does not exist.
     [[nodiscard]] bool isTrusted() const { return trusted_; }
 
   private:
@@ -25,6 +24,6 @@ class SystemTrust {
 #ifdef _WIN32
     std::string certificate_; // in DER
 #else
-    std::optional<std::string> before_;
+    std::optional<std::string> before_; // the value of SSL_CERT_FILE
 #endif
 };

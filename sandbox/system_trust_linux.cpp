@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <string>
+#include <system_error>
 
 SystemTrust::SystemTrust(const std::string& rootFile) {
     if (const char* before = std::getenv("SSL_CERT_FILE")) before_ = before;

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <string>
 
 #include <windows.h>
 #include <wincrypt.h>
@@ -19,7 +20,7 @@ const BYTE* bytesOf(const std::string& text) {
     return reinterpret_cast<const BYTE*>(text.data());
 }
 
-// The certificate itself, without its armour; empty when there is none.
+// The certificate in DER; empty when the file holds none.
 std::string readCertificate(const std::filesystem::path& file) {
     std::ifstream in(file, std::ios::binary);
     const std::string pem{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
@@ -51,7 +52,7 @@ SystemTrust::~SystemTrust() {
     const CERT_CONTEXT* wanted =
         CertCreateCertificateContext(kEncoding, bytesOf(certificate_), static_cast<DWORD>(certificate_.size()));
     const CERT_CONTEXT* found = CertFindCertificateInStore(store, kEncoding, 0, CERT_FIND_EXISTING, wanted, nullptr);
-    if (found != nullptr) CertDeleteCertificateFromStore(found); // releases it too
+    if (found != nullptr) CertDeleteCertificateFromStore(found); // also releases `found`
     CertFreeCertificateContext(wanted);
     CertCloseStore(store, 0);
 }

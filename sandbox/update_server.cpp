@@ -1,166 +1,124 @@
 #include "sandbox/update_server.h"
 
 #include <algorithm>
-#include <chrono>
-#include <condition_variable>
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <mutex>
+#include <system_error>
+#include <utility>
 
-#include "sandbox/https_server.h"
+#include "sandbox/http_message.h"
+#include "sandbox/tls_server.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kChunk = 64 * 1024;
-
-struct ServedFile {
-    std::ifstream& stream;
-    std::size_t size;
-};
-
-std::size_t atMost(std::size_t size, std::int64_t limit) {
-    return limit < 0 ? size : std::min(size, static_cast<std::size_t>(limit));
-}
+constexpr std::int64_t kChunk = 64 * 1024;
 
 bool isHeld(const UpdateServerFaults& with, const char* what) {
     std::error_code ignored;
     return !with.holdFolder.empty() && fs::exists(fs::path(with.holdFolder) / what, ignored);
 }
 
+// Manifest and statement are held up as a whole. False when the server is being destroyed.
+bool waitWhileHeld(TlsConnection& connection, const UpdateServerFaults& with, const fs::path& name) {
+    const char* what = name == "manifest.json" ? "manifest" : name.extension() == ".txt" ? "statement" : nullptr;
+    while (what && isHeld(with, what))
+        if (!connection.pause(50)) return false;
+    return true;
+}
+
 } // namespace
 
 struct UpdateServer::Service {
     Service(const ServerIdentity& identity, std::string servedDirectory);
-    ~Service();
 
-    void answer(const httplib::Request& request, httplib::Response& response);
-    bool sendPiece(const ServedFile& file, std::size_t offset, const UpdateServerFaults& with, httplib::DataSink& sink);
-    bool waitMilliseconds(std::int64_t milliseconds); // false: the server stops
-    bool waitWhileHeld(const UpdateServerFaults& with, const fs::path& name);
+    void answer(TlsConnection& connection);
+    void send(TlsConnection& connection, std::ifstream& file, std::int64_t size, const UpdateServerFaults& with);
 
     const fs::path directory;
-    LoopbackHttpsServer server;
-    int port = 0;
 
-    std::mutex mutex; // guards everything below
-    std::condition_variable stopping;
-    bool isStopping = false;
+    std::mutex mutex; // guards everything below but the server
     UpdateServerFaults faults;
     std::vector<std::string> events;
+
+    TlsServer server; // last: its threads end before the rest is destroyed
 };
 
 UpdateServer::Service::Service(const ServerIdentity& identity, std::string servedDirectory)
     : directory(std::move(servedDirectory))
-    , server(identity) {
-    server.handlers().Get("/.*", [this](const httplib::Request& request, httplib::Response& response) {
-        answer(request, response);
-        const std::lock_guard<std::mutex> lock(mutex);
-        events.push_back(std::to_string(response.status) + " " + request.path);
-    });
-}
+    , server(identity, [this](TlsConnection& connection) { answer(connection); }) {}
 
-UpdateServer::Service::~Service() {
-    {
-        const std::lock_guard<std::mutex> lock(mutex);
-        isStopping = true;
-    }
-    stopping.notify_all();
-    server.stop();
-}
-
-bool UpdateServer::Service::waitMilliseconds(std::int64_t milliseconds) {
+void UpdateServer::Service::answer(TlsConnection& connection) {
+    const HttpRequest request = parseHttpRequest(connection.readRequest());
+    if (request.method.empty()) return;
     std::unique_lock<std::mutex> lock(mutex);
-    return !stopping.wait_for(lock, std::chrono::milliseconds(milliseconds), [this] { return isStopping; });
-}
-
-// Small files are held whole.
-bool UpdateServer::Service::waitWhileHeld(const UpdateServerFaults& with, const fs::path& name) {
-    const char* what = name == "manifest.json" ? "manifest" : name.extension() == ".txt" ? "statement" : nullptr;
-    while (what && isHeld(with, what)) {
-        if (!waitMilliseconds(50)) return false;
-    }
-    return true;
-}
-
-void UpdateServer::Service::answer(const httplib::Request& request, httplib::Response& response) {
-    UpdateServerFaults with;
-    {
-        const std::lock_guard<std::mutex> lock(mutex);
-        with = faults;
-    }
+    UpdateServerFaults with = faults;
+    lock.unlock();
     const fs::path name = fs::path(request.path).filename();
-    const auto status = with.status.find(name.string());
     const fs::path path = directory / fs::path(request.path).relative_path();
+    const auto fault = with.status.find(name.string());
     std::error_code error;
-    const auto size = static_cast<std::size_t>(fs::file_size(path, error));
+    const auto size = static_cast<std::int64_t>(fs::file_size(path, error));
     const bool isBelow = request.path.find("..") == std::string::npos;
-    response.status = status != with.status.end() ? status->second : error || !isBelow ? 404 : 200;
-    if (response.status != 200) {
-        if (response.status / 100 == 3) response.set_header("Location", "/elsewhere/" + name.string());
-        response.set_content("no such release\n", "text/plain");
+    const int status = fault != with.status.end() ? fault->second : error || !isBelow ? 404 : 200;
+    if (status == 200 && !waitWhileHeld(connection, with, name)) return;
+    if (!name.string().ends_with(with.suffix)) with = {};
+    if (status == 200 && with.delayMilliseconds > 0 && !connection.pause(with.delayMilliseconds)) return;
+    lock.lock();
+    events.push_back(std::to_string(status) + " " + request.path);
+    lock.unlock();
+    if (status != 200) {
+        const std::string location = status / 100 == 3 ? "Location: /elsewhere/" + name.string() + "\r\n" : "";
+        connection.write(httpAnswer(status, "no such release\n", "text/plain", location));
         return;
     }
-    if (!waitWhileHeld(with, name)) return;
-    if (!name.string().ends_with(with.suffix)) with = {};
-    if (with.delayMilliseconds > 0 && !waitMilliseconds(with.delayMilliseconds)) return;
-    const auto file = std::make_shared<std::ifstream>(path, std::ios::binary);
-    response.set_content_provider(size, name.extension() == ".json" ? "application/json" : "application/octet-stream",
-                                  [this, file, size, with](std::size_t offset, std::size_t, httplib::DataSink& sink) {
-                                      return sendPiece({*file, size}, offset, with, sink);
-                                  });
+    const std::string type = name.extension() == ".json" ? "application/json" : "application/octet-stream";
+    std::ifstream file(path, std::ios::binary);
+    if (connection.write(httpHead(200, static_cast<std::size_t>(size), type))) send(connection, file, size, with);
 }
 
-// False ends the connection, whatever length was promised.
-bool UpdateServer::Service::sendPiece(const ServedFile& file, std::size_t offset, const UpdateServerFaults& with,
-                                      httplib::DataSink& sink) {
-    const auto position = static_cast<std::int64_t>(offset);
-    if (with.closeAfter >= 0 && position >= with.closeAfter) return false;
-    if (with.stallAfter >= 0 && position >= with.stallAfter) {
-        while (waitMilliseconds(1000) && sink.is_writable()) {
+// Ends early, whatever length was announced, when a fault says so.
+void UpdateServer::Service::send(TlsConnection& connection, std::ifstream& file, std::int64_t size,
+                                 const UpdateServerFaults& with) {
+    for (std::int64_t position = 0; position < size;) {
+        if (with.closeAfter >= 0 && position >= with.closeAfter) return;
+        if (with.stallAfter >= 0 && position >= with.stallAfter) return connection.stall();
+        std::int64_t want = with.kibPerSecond > 0 ? std::int64_t{with.kibPerSecond} * 1024 / 10 : kChunk;
+        if (with.closeAfter >= 0) want = std::min(want, with.closeAfter - position);
+        if (with.stallAfter >= 0) want = std::min(want, with.stallAfter - position);
+        const bool held = isHeld(with, "package"); // its second half then arrives byte by byte
+        if (held) want = position < size / 2 ? std::min(want, size / 2 - position) : 1;
+
+        std::string bytes(static_cast<std::size_t>(std::max<std::int64_t>(want, 1)), '\0');
+        file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        bytes.resize(static_cast<std::size_t>(file.gcount()));
+        const auto end = position + static_cast<std::int64_t>(bytes.size());
+        if (with.corruptAt >= position && with.corruptAt < end) {
+            char& damaged = bytes[static_cast<std::size_t>(with.corruptAt - position)];
+            damaged = static_cast<char>(~damaged);
         }
-        return false;
+        const bool pauses = with.kibPerSecond > 0 || (held && position >= size / 2);
+        if (bytes.empty() || !connection.write(bytes) || (pauses && !connection.pause(100))) return;
+        position = end;
     }
-    std::size_t want = with.kibPerSecond > 0 ? static_cast<std::size_t>(with.kibPerSecond) * 1024 / 10 : kChunk;
-    if (with.closeAfter >= 0) want = atMost(want, with.closeAfter - position);
-    if (with.stallAfter >= 0) want = atMost(want, with.stallAfter - position);
-
-    // A held package comes in drops after its first half.
-    const auto end = static_cast<std::int64_t>(file.size);
-    const bool held = isHeld(with, "package");
-    if (held) want = position < end / 2 ? atMost(want, end / 2 - position) : 1;
-
-    std::string bytes(std::max<std::size_t>(want, 1), '\0');
-    file.stream.seekg(position);
-    file.stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    const std::int64_t got = file.stream.gcount();
-    file.stream.clear(); // the last piece ends at the end of the file
-    if (got <= 0) return false;
-    if (with.corruptAt >= position && with.corruptAt < position + got) {
-        char& damaged = bytes[static_cast<std::size_t>(with.corruptAt - position)];
-        damaged = static_cast<char>(~damaged);
-    }
-    if (!sink.write(bytes.data(), static_cast<std::size_t>(got))) return false;
-    const bool pauses = with.kibPerSecond > 0 || (held && position >= end / 2);
-    return !pauses || waitMilliseconds(100);
 }
 
 UpdateServer::UpdateServer(const CertificateAuthority& authority, std::string directory)
     : service_(std::make_unique<Service>(
           authority.issue({.dnsNames = {"localhost"}, .ipAddresses = {"127.0.0.1"}, .commonName = "localhost"}),
-          std::move(directory))) {
-    service_->port = service_->server.start();
-}
+          std::move(directory))) {}
 
 UpdateServer::~UpdateServer() = default;
 
 int UpdateServer::port() const {
-    return service_->port;
+    return service_->server.port();
 }
 
 std::string UpdateServer::baseUrl() const {
-    return "https://127.0.0.1:" + std::to_string(service_->port);
+    return "https://127.0.0.1:" + std::to_string(port());
 }
 
 void UpdateServer::setFaults(const UpdateServerFaults& faults) {

@@ -1,7 +1,7 @@
 #pragma once
 
-// The update server: a directory of static files over TLS on loopback, as any static host would serve them, and the
-// faults of one. Faults may be changed while it runs; they count for requests that come afterwards.
+// The update server: serves a directory of static files over TLS on loopback, with faults on demand. Faults can be
+// changed while it runs and apply to later requests. Any thread.
 
 #include <cstdint>
 #include <map>
@@ -12,31 +12,31 @@
 #include "sandbox/certificate_authority.h"
 
 struct UpdateServerFaults {
-    std::map<std::string, int> status; // by the last part of the path: answered with this status and a short body
-    std::string suffix = ".container"; // the other faults are for files whose names end so
+    std::map<std::string, int> status; // file name to status: answered with that status and a short body
+    std::string suffix = ".container"; // the faults below apply to files whose names end so
     int delayMilliseconds = 0;         // before the answer begins
-    int kibPerSecond = 0;              // 0: as fast as it goes
-    std::int64_t closeAfter = -1;      // the connection ends after so many bytes of the promised length
-    std::int64_t stallAfter = -1;      // nothing more comes after so many bytes
-    std::string holdFolder;            // while it has a file "manifest", "package" or "statement", that is held up
-    std::int64_t corruptAt = -1;       // the byte at this offset arrives with all its bits flipped
+    int kibPerSecond = 0;              // 0: no limit
+    std::int64_t closeAfter = -1;      // ends the connection after so many bytes
+    std::int64_t stallAfter = -1;      // sends nothing more after so many bytes
+    std::string holdFolder;            // while it contains a file "manifest", "package" or "statement", that is delayed
+    std::int64_t corruptAt = -1;       // inverts the byte at this offset
 };
 
 class UpdateServer {
   public:
-    // Serves `directory`, which need not exist yet, at 127.0.0.1.
+    // Serves `directory` at 127.0.0.1. The directory may be created later.
     UpdateServer(const CertificateAuthority& authority, std::string directory);
     ~UpdateServer();
     UpdateServer(const UpdateServer&) = delete;
     UpdateServer& operator=(const UpdateServer&) = delete;
 
-    int port() const;            // below 1: none could be had
-    std::string baseUrl() const; // https://127.0.0.1:<port>
+    [[nodiscard]] int port() const;            // 0 when no port was free
+    [[nodiscard]] std::string baseUrl() const; // https://127.0.0.1:<port>
 
     void setFaults(const UpdateServerFaults& faults);
 
     // One line per request, in order: "200 /linux/manifest.json".
-    std::vector<std::string> events() const;
+    [[nodiscard]] std::vector<std::string> events() const;
 
   private:
     struct Service;

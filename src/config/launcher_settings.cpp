@@ -106,7 +106,12 @@ bool LauncherSettings::load() {
     if (filePath_.empty()) return false;
 
     std::string text;
-    if (!readWholeFile(filePath_, text)) return false;
+    fileIsUnreadable_ = false;
+    if (!readWholeFile(filePath_, text)) {
+        std::error_code unknown;
+        fileIsUnreadable_ = fs::exists(fs::symlink_status(filePath_, unknown));
+        return false;
+    }
 
     readGeneral(text);
     const int count = readProjectCount(text);
@@ -141,7 +146,7 @@ void LauncherSettings::readGeneral(std::string_view text) {
     }
 }
 
-bool LauncherSettings::save() const {
+bool LauncherSettings::save() {
     if (filePath_.empty()) return false;
 
     std::string text(kGeneralSection);
@@ -158,9 +163,24 @@ bool LauncherSettings::save() const {
 
     createPrivateFolders(fs::path(filePath_).parent_path().string());
     const std::string temporary = filePath_ + ".tmp";
-    if (!writePrivateFile(temporary, text)) return false;
+    if (!writePrivateFile(temporary, text) || !keepUnreadableFile()) return false;
     std::error_code error;
     fs::rename(temporary, filePath_, error);
+    if (error) return false;
+    syncFolder(fs::path(filePath_).parent_path().string());
+    return true;
+}
+
+// It may hold a session and projects, for example after a start by another user. False when it cannot be renamed.
+bool LauncherSettings::keepUnreadableFile() {
+    if (!fileIsUnreadable_) return true;
+    const std::string firstName = filePath_ + ".unreadable";
+    std::string name = firstName;
+    std::error_code error;
+    for (int number = 2; fs::exists(fs::symlink_status(name, error)); ++number)
+        name = firstName + "-" + std::to_string(number);
+    fs::rename(filePath_, name, error);
+    if (!error) fileIsUnreadable_ = false;
     return !error;
 }
 

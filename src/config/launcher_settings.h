@@ -27,8 +27,9 @@ class LauncherSettings {
     // False when no file could be read. A damaged file does not fail: unreadable values keep their defaults.
     [[nodiscard]] bool load();
 
-    // Replaces the whole file, or leaves it as it was. Only its owner may read it. False when it was not replaced.
-    bool save() const;
+    // Replaces the whole file, or leaves it as it was. Only its owner may read it. False when it was not replaced. When
+    // load found a file that it could not read, the first save keeps that file as "Launcher.conf.unreadable".
+    bool save();
 
     std::string refreshToken() const { return refreshToken_; }
     std::string userName() const { return userName_; }
@@ -58,7 +59,10 @@ class LauncherSettings {
   private:
     void readGeneral(std::string_view text);
 
-    std::string filePath_; // empty: no file
+    [[nodiscard]] bool keepUnreadableFile();
+
+    std::string filePath_;          // empty: no file
+    bool fileIsUnreadable_ = false; // it exists, but load could not read it
     std::string refreshToken_;
     std::string userName_;
     std::string userEmail_;

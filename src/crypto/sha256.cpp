@@ -18,7 +18,7 @@ std::string Sha256::finish() {
     return good_ ? hexEncode(bytes, size) : std::string();
 }
 
-std::string sha256OfFile(const std::string& path) {
+std::string sha256OfFile(const std::string& path, const std::atomic<bool>* stop) {
     std::ifstream file;
     file.rdbuf()->pubsetbuf(nullptr, 0); // no second buffer: the reads below are large
     file.open(path, std::ios::binary);
@@ -26,6 +26,7 @@ std::string sha256OfFile(const std::string& path) {
     Sha256 digest;
     std::vector<char> buffer(262144);
     while (file) {
+        if (stop && *stop) return {};
         file.read(buffer.data(), static_cast<std::streamsize>(buffer.size()));
         digest.update(buffer.data(), static_cast<std::size_t>(file.gcount()));
     }

@@ -2,6 +2,7 @@
 
 // SHA-256 of texts, streams and files. Any thread.
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -22,8 +23,9 @@ class Sha256 {
     bool good_;
 };
 
-// 64 lower-case hexadecimal digits, empty on failure. Reads the file 256 KiB at a time.
-[[nodiscard]] std::string sha256OfFile(const std::string& path);
+// 64 lower-case hexadecimal digits, empty on failure. Reads the file 256 KiB at a time. Setting `stop` from another
+// thread ends it early with an empty text.
+[[nodiscard]] std::string sha256OfFile(const std::string& path, const std::atomic<bool>* stop = nullptr);
 
 // The 32 bytes of the digest, empty on failure.
 [[nodiscard]] std::vector<std::uint8_t> sha256Bytes(const std::string& text);

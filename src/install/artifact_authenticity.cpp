@@ -9,7 +9,7 @@
 #include "system/operating_system.h"
 
 bool verifyArtifactAuthenticity(const ArtifactAuthenticity& pinned, const std::string& version,
-                                const std::string& packagePath, const std::string& decryptedPath,
+                                const std::string& packagePath, const std::string& decryptedPath, const RunStop& stop,
                                 std::string& failureText) {
     const auto fail = [&](const std::string& text) {
         failureText = text;
@@ -20,20 +20,23 @@ bool verifyArtifactAuthenticity(const ArtifactAuthenticity& pinned, const std::s
     if (pinned.url.empty() || keys.empty())
         return fail("the publisher key in the launcher configuration is not usable.");
 
-    // From the files themselves: the manifest's word is what is being checked.
+    // Compute everything from the files: the manifest is what the statement checks.
     PackageIdentity package;
     package.version = version;
     std::error_code error;
     package.size = static_cast<std::int64_t>(std::filesystem::file_size(packagePath, error));
-    package.sha256 = sha256OfFile(packagePath);
+    package.sha256 = sha256OfFile(packagePath, &stop.closing);
     package.plaintextSha256 =
-        decryptedPath.empty() ? std::string(statement::kNoPlaintext) : sha256OfFile(decryptedPath);
+        decryptedPath.empty() ? std::string(statement::kNoPlaintext) : sha256OfFile(decryptedPath, &stop.closing);
 
     HttpsServer server;
     std::string path;
     HttpsAnswer answer;
     server.readTimeoutSeconds = 30;
-    const std::string url = pinned.url + "/" + package.sha256 + std::string(statement::kFileExtension);
+    server.abort = stop.requests;
+    // One slash: object stores answer "//" with 404.
+    const std::string base = pinned.url.ends_with('/') ? pinned.url.substr(0, pinned.url.size() - 1) : pinned.url;
+    const std::string url = base + "/" + package.sha256 + std::string(statement::kFileExtension);
     if (parseHttpsUrl(url, server.host, server.port, path)) answer = httpsGet(server, path, {}, statement::kMaxBytes);
     if (!answer.answered) return fail("the authenticity service could not be reached.");
     if (answer.status != 200) return fail("no release statement is published for this package.");

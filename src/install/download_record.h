@@ -1,6 +1,6 @@
 #pragma once
 
-// One row of the Downloads list: a package transfer of this run of the program.
+// One row of the Downloads screen: a package transfer since the launcher started.
 
 #include <cstdint>
 #include <string>

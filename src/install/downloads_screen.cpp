@@ -12,7 +12,7 @@
 #include "shell/widgets.h"
 #include "system/operating_system.h"
 #include "system/path_text.h"
-#include "ui/ui_keyboard.h"
+#include "ui/ui_list.h"
 #include "ui/ui_palette.h"
 #include "ui/ui_theme.h"
 
@@ -67,17 +67,12 @@ void LauncherApp::drawDownloadsScreen() {
                     "same version is requested again.");
         return;
     }
-    ImGui::SetCursorScreenPos(list);
-    uiThemeJoinNavigation();
-    ImGui::BeginChild(
-        "##DownloadList",
-        {windowMax.x - content.x - uiThemePx(2.0f * kContentInset), windowMax.y - list.y - uiThemePx(kContentTop)},
-        ImGuiChildFlags_None, ImGuiWindowFlags_NoBackground);
-    ImGui::PushStyleVar(ImGuiStyleVar_ItemSpacing, ImVec2(ImGui::GetStyle().ItemSpacing.x, 0.0f));
+    uiThemeBeginList(
+        "##DownloadList", list,
+        {windowMax.x - content.x - uiThemePx(2.0f * kContentInset), windowMax.y - list.y - uiThemePx(kContentTop)});
     for (std::size_t index = 0; index < count; ++index)
         drawDownloadRow(static_cast<int>(index));
-    ImGui::PopStyleVar();
-    ImGui::EndChild();
+    uiThemeEndList();
 }
 
 void LauncherApp::drawDownloadRow(int index) {

@@ -6,33 +6,25 @@
 #include "install/update_pipeline.h"
 
 EditorInstallState::EditorInstallState(const std::string& manifestUrl, const std::string& downloadsDirectory,
-                                       const ArtifactAuthenticity& authenticity)
+                                       const ArtifactAuthenticity& authenticity, const InstallProgress& initial)
     : manifestUrl_(manifestUrl)
     , downloadsDirectory_(downloadsDirectory)
-    , authenticity_(authenticity) {}
+    , authenticity_(authenticity)
+    , progress_(initial) {}
 
 EditorInstallState::~EditorInstallState() {
-    cancelRequested_ = true;
+    stop_.close();
     if (worker_.joinable()) worker_.join();
 }
 
 void EditorInstallState::startUpdate() {
-    {
-        const std::lock_guard lock(mutex_);
-        if (status_ >= EditorInstallStatus::Checking && status_ <= EditorInstallStatus::Installing) return;
-    }
+    const EditorInstallStatus current = status();
+    if (current >= EditorInstallStatus::Checking && current <= EditorInstallStatus::Installing) return;
     if (worker_.joinable()) worker_.join();
-    // A worker shows its outcome shortly before it ends. Its end, if no frame has collected it yet, must not be taken
-    // for the end of the one that starts now: joinIfFinished would then hold a frame for the whole run.
+    // Clear the previous worker's flag, or joinIfFinished would block on the new worker.
     workerFinished_ = false;
-    cancelRequested_ = false;
-    {
-        const std::lock_guard lock(mutex_);
-        status_ = EditorInstallStatus::Checking;
-        statusMessage_ = "Checking for updates…";
-        downloadedBytes_ = 0;
-        totalBytes_ = 0;
-    }
+    stop_.clearCancel();
+    report({UpdateEvent::Started});
     worker_ = std::thread([this] {
         runUpdate();
         workerFinished_ = true;
@@ -40,7 +32,7 @@ void EditorInstallState::startUpdate() {
 }
 
 void EditorInstallState::requestCancel() {
-    cancelRequested_ = true;
+    stop_.cancel();
 }
 
 void EditorInstallState::joinIfFinished() {
@@ -49,50 +41,55 @@ void EditorInstallState::joinIfFinished() {
 
 EditorInstallStatus EditorInstallState::status() const {
     const std::lock_guard lock(mutex_);
-    return status_;
+    return progress_.status;
 }
 
 std::int64_t EditorInstallState::downloadedBytes() const {
     const std::lock_guard lock(mutex_);
-    return downloadedBytes_;
+    return progress_.downloadedBytes;
 }
 
 std::int64_t EditorInstallState::totalBytes() const {
     const std::lock_guard lock(mutex_);
-    return totalBytes_;
+    return progress_.totalBytes;
 }
 
 const std::string& EditorInstallState::statusMessage() {
     const std::lock_guard lock(mutex_);
-    shownMessage_ = statusMessage_;
+    shownMessage_ = progress_.statusMessage;
     return shownMessage_;
 }
 
 std::vector<DownloadRecord> EditorInstallState::downloadsSnapshot() const {
     const std::lock_guard lock(mutex_);
-    return downloads_;
+    return progress_.downloads;
 }
 
 void EditorInstallState::removeDownload(int index) {
     std::string filePath;
     {
         const std::lock_guard lock(mutex_);
-        if (index < 0 || static_cast<std::size_t>(index) >= downloads_.size()) return;
-        const auto row = downloads_.begin() + index;
+        std::vector<DownloadRecord>& rows = progress_.downloads;
+        if (index < 0 || static_cast<std::size_t>(index) >= rows.size()) return;
+        const auto row = rows.begin() + index;
         if (row->status == DownloadStatus::Downloading) return;
         filePath = row->filePath;
-        downloads_.erase(row);
+        rows.erase(row);
     }
     std::error_code ignored;
     if (!filePath.empty()) std::filesystem::remove(filePath, ignored);
 }
 
 void EditorInstallState::runUpdate() {
-    UpdatePipeline(*this).run();
+    const auto onProgress = [this](std::int64_t received, std::int64_t total) {
+        const std::lock_guard lock(mutex_);
+        recordBytes(progress_, received, total);
+    };
+    const auto onEvent = [this](const UpdateEvent& event) { report(event); };
+    report(updateEditor({manifestUrl_, downloadsDirectory_, authenticity_, stop_, onEvent, onProgress}));
 }
 
-void EditorInstallState::failUpdate(const std::string& message) {
+void EditorInstallState::report(const UpdateEvent& event) {
     const std::lock_guard lock(mutex_);
-    status_ = EditorInstallStatus::Failed;
-    statusMessage_ = message;
+    recordEvent(progress_, event);
 }

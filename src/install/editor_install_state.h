@@ -1,9 +1,8 @@
 #pragma once
 
-// The one record through which the install worker and the frame thread talk. The worker runs the whole road from the
-// update manifest to the installed editor (update_pipeline.cpp); the screens read, start and cancel it here.
+// Starts and cancels the install worker, and hands what it reports to the screens.
 //
-// Members are called on the frame thread unless they say otherwise. The mutex is held for a few assignments or one
+// Members are called on the frame thread, except those marked "worker". The mutex is held for a few assignments or one
 // copy, never across network, file or hashing work.
 
 #include <atomic>
@@ -15,23 +14,14 @@
 
 #include "install/artifact_authenticity.h"
 #include "install/download_record.h"
-
-// The order is fixed: values 1 to 3 are busy.
-enum class EditorInstallStatus : std::int32_t {
-    Idle = 0,
-    Checking = 1,
-    Downloading = 2,
-    Installing = 3,
-    Installed = 4,
-    InstalledOffline = 5,
-    Failed = 6
-};
+#include "install/install_progress.h"
+#include "install/run_stop.h"
 
 class EditorInstallState {
   public:
     EditorInstallState(const std::string& manifestUrl, const std::string& downloadsDirectory,
-                       const ArtifactAuthenticity& authenticity = {});
-    ~EditorInstallState(); // cancels and joins; waits for the worker's next cancellation point
+                       const ArtifactAuthenticity& authenticity = {}, const InstallProgress& initial = {});
+    ~EditorInstallState(); // ends the run and joins; waits for decryption, removal, rename and sync
     EditorInstallState(const EditorInstallState&) = delete;
     EditorInstallState& operator=(const EditorInstallState&) = delete;
 
@@ -39,34 +29,28 @@ class EditorInstallState {
     void requestCancel();  // takes effect at the worker's next cancellation point
     void joinIfFinished(); // once per frame; does not block
 
-    EditorInstallStatus status() const;
-    std::int64_t downloadedBytes() const;
-    std::int64_t totalBytes() const;
-    const std::string& statusMessage(); // copy at once; the next call overwrites it
-    std::vector<DownloadRecord> downloadsSnapshot() const;
+    [[nodiscard]] EditorInstallStatus status() const;
+    [[nodiscard]] std::int64_t downloadedBytes() const;
+    [[nodiscard]] std::int64_t totalBytes() const;
+    [[nodiscard]] const std::string& statusMessage(); // copy at once: the next call overwrites it
+    [[nodiscard]] std::vector<DownloadRecord> downloadsSnapshot() const;
 
-    // Deletes a row and its package file. A row that is being downloaded stays.
+    // Deletes a row and its package file. A row that is downloading stays.
     void removeDownload(int index);
 
   private:
-    friend class UpdatePipeline; // the worker's side
-
-    void runUpdate();                            // worker
-    void failUpdate(const std::string& message); // worker
+    void runUpdate();                      // worker
+    void report(const UpdateEvent& event); // worker; the only way in which a run changes progress_, but for its bytes
 
     const std::string manifestUrl_;
     const std::string downloadsDirectory_;
     const ArtifactAuthenticity authenticity_;
 
-    mutable std::mutex mutex_; // guards the next five
-    EditorInstallStatus status_ = EditorInstallStatus::Idle;
-    std::string statusMessage_;
-    std::int64_t downloadedBytes_ = 0;
-    std::int64_t totalBytes_ = 0;           // 0 while unknown
-    std::vector<DownloadRecord> downloads_; // newest first
+    mutable std::mutex mutex_; // guards progress_
+    InstallProgress progress_;
 
-    std::atomic<bool> cancelRequested_ = false; // set by the frame thread, read by the worker and its callbacks
-    std::atomic<bool> workerFinished_ = false;  // the worker's last act
-    std::thread worker_;                        // frame thread only
-    std::string shownMessage_;                  // frame thread only: what statusMessage returned last
+    RunStop stop_;
+    std::atomic<bool> workerFinished_ = false; // set by the worker's last act
+    std::thread worker_;                       // frame thread only
+    std::string shownMessage_;                 // frame thread only: what statusMessage returned last
 };

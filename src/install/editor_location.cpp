@@ -18,7 +18,7 @@ std::string readFirstLine(const std::string& path) {
     std::ifstream file(path);
     std::string line;
     std::getline(file, line);
-    // A tab is no line end and no space: it stays, and so does everything before it.
+    // Only these three bytes are trimmed: a tab stays.
     line.erase(line.find_last_not_of("\n\r ") + 1);
     return line;
 }

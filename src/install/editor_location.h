@@ -1,40 +1,41 @@
 #pragma once
 
-// Where the editor is, and which version the launcher installed. Reads the disk, holds no state, any thread.
-// Every answer is a path or a version as text; empty means there is none.
+// Where the editor is, and which version the launcher installed. Any thread; no state.
+// Every function returns a path or a version as text; empty means that there is none.
 
 #include <array>
 #include <string>
 
 class LauncherApp;
 
-// Where the launcher installs, always: "editor" beside the launcher.
-std::string managedEditorDirectory();
+// The directory into which the launcher always installs: "editor" in the launcher's own directory.
+[[nodiscard]] std::string managedEditorDirectory();
 
-// The marker of a finished install: one line, the version as the manifest gave it.
-std::string editorVersionMarkerPath();
+// The file that records a finished install: one line, the version as the manifest gives it.
+[[nodiscard]] std::string editorVersionMarkerPath();
 
-// The first line of a file, without line ends and spaces at its end.
-std::string readFirstLine(const std::string& path);
+// The first line of a file without trailing line ends and spaces.
+[[nodiscard]] std::string readFirstLine(const std::string& path);
 
 // The version that the marker names; empty means that no managed install is recorded.
-std::string installedEditorVersion();
+[[nodiscard]] std::string installedEditorVersion();
 
-// The editor with its version, for people; without one where none is given.
-std::string editorLabel(const std::string& version);
+// The editor's name for the user, with the version where there is one.
+[[nodiscard]] std::string editorLabel(const std::string& version);
 
-// Where an editor's executable may be under one directory, in the order of the search: editor/editor.exe,
+// The paths that may hold an editor's executable below one directory, in search order: editor/editor.exe,
 // bin/editor.exe, editor.exe.
-std::array<std::string, 3> editorExecutablePlaces(const std::string& directory);
+[[nodiscard]] std::array<std::string, 3> editorExecutablePlaces(const std::string& directory);
 
-// The first of those places that holds a file.
-std::string findEditorExecutable(const std::string& directory);
+// The first of those paths that is a regular file.
+[[nodiscard]] std::string findEditorExecutable(const std::string& directory);
 
-// The search that decides about installing: the launcher's directory and two levels above it.
-std::string findEditorNearLauncher();
+// The search that decides whether an install is needed: the launcher's directory and two levels above it.
+[[nodiscard]] std::string findEditorNearLauncher();
 
-std::string findManagedEditor();
+[[nodiscard]] std::string findManagedEditor();
 
-// The search that screens and the opening of projects use: ZANTOR_DIR, the user's install path, the managed directory,
-// then near the launcher. Deliberately not the search above: neither variable nor setting makes an install unnecessary.
-std::string resolveEditorExecutable(const LauncherApp& app);
+// The search for opening projects and for the screens: ZANTOR_DIR, the user's install path, the managed directory, then
+// near the launcher. It differs from findEditorNearLauncher on purpose: neither the variable nor the setting makes an
+// install unnecessary.
+[[nodiscard]] std::string resolveEditorExecutable(const LauncherApp& app);

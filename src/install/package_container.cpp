@@ -27,15 +27,15 @@ struct ContainerHeader {
     const unsigned char* nonce() const { return bytes.data() + container::kNonceOffset; }
 };
 
-// A container whose header has been found good.
+// A container with a valid header, open at its ciphertext.
 struct OpenContainer {
     std::string key;
     std::ifstream file;
     ContainerHeader header;
 };
 
-// Reads header and tag, and leaves the file at the first byte of the ciphertext. The answer is what is wrong with the
-// container, or null.
+// Reads header and tag, then seeks to the first byte of the ciphertext. Returns what is wrong with the container, or
+// null.
 const char* readHeader(std::ifstream& file, ContainerHeader& header) {
     file.seekg(0, std::ios::end);
     const auto end = static_cast<std::streamoff>(file.tellg());
@@ -63,7 +63,7 @@ const char* readHeader(std::ifstream& file, ContainerHeader& header) {
     return nullptr;
 }
 
-// The answer is what went wrong, or null when the tag has vouched for everything that was passed on.
+// Returns what went wrong, or null when the tag has verified everything that `sink` received.
 const char* decryptPayload(OpenContainer& opened, const PlaintextSink& sink) {
     ContainerHeader& header = opened.header;
     const std::unique_ptr<EVP_CIPHER_CTX, decltype(&EVP_CIPHER_CTX_free)> cipher(EVP_CIPHER_CTX_new(),
@@ -101,7 +101,7 @@ const char* decryptPayload(OpenContainer& opened, const PlaintextSink& sink) {
 }
 
 const char* openContainer(OpenContainer& opened, const std::string& path) {
-    opened.file.rdbuf()->pubsetbuf(nullptr, 0); // chunks are large enough for reads and writes of their own
+    opened.file.rdbuf()->pubsetbuf(nullptr, 0); // unbuffered: the chunks are large
     opened.file.open(path, std::ios::binary);
     if (!opened.file) return "Could not open encrypted file for reading.";
     return readHeader(opened.file, opened.header);

@@ -7,13 +7,13 @@
 //        8     1  format version, 1
 //        9     1  nonce length, 12
 //       10     1  tag length, 16
-//       11     1  reserved: never read, and the tag does not cover it
+//       11     1  reserved: never read, not covered by the tag
 //       12     8  payload size P, big-endian
 //       20    12  nonce
 //       32     P  ciphertext
 //   32 + P    16  tag
 //
-// Any thread; no shared state, so decrypting cannot be cancelled.
+// Any thread; no shared state. Decryption cannot be cancelled.
 
 #include <cstddef>
 #include <cstdint>
@@ -32,22 +32,22 @@ inline constexpr std::size_t kTagSize = 16;
 inline constexpr std::size_t kKeySize = 32;
 } // namespace container
 
-// Whether the file begins with the magic. A file that is short or cannot be read is not one.
-bool isEncryptedPackage(const std::string& path);
+// True when the file begins with the magic. False for a file that is too short or cannot be read.
+[[nodiscard]] bool isEncryptedPackage(const std::string& path);
 
-// The payload size that the header declares. False, with words for the user, when header and file do not hold together.
+// Reads the payload size from the header. False, with a message for the user, when the header does not fit the file.
 [[nodiscard]] bool readContainerSize(const std::string& path, std::uint64_t& payloadSize, std::string& failureText);
 
-// Decrypts a container into a plain archive, 64 KiB at a time. `keyText` is base64 in either alphabet; what belongs to
-// neither is skipped, and "=" ends it. False leaves words for the user in `failureText`.
+// Decrypts a container into a plain archive, 64 KiB at a time. `keyText` is base64 in either alphabet; bytes of neither
+// are skipped, and "=" ends it. False leaves a message for the user in `failureText`.
 //
-// The output is written before the tag at the container's end can be checked. After a failure it may hold anything, up
-// to the whole unauthenticated plaintext, and it stays on disk: nothing may open it unless the answer was true. Errors
-// of writing are not looked at; a short output is for its reader to find.
+// The plaintext is written before the tag at the end of the container can be checked. After a failure the output stays
+// on disk and may hold the whole unauthenticated plaintext: open it only after true. Write errors are ignored; the
+// reader of the archive notices a short output.
 [[nodiscard]] bool decryptPackage(const std::string& containerPath, const std::string& outputPath,
                                   const std::string& keyText, std::string& failureText);
 
-// The same in a stream: `sink` gets the plaintext piece by piece. What it got means nothing unless the answer was true.
+// The same, but `sink` receives the plaintext piece by piece. Use it only after true.
 using PlaintextSink = std::function<void(const unsigned char* bytes, std::size_t count)>;
 [[nodiscard]] bool decryptPackageTo(const PlaintextSink& sink, const std::string& containerPath,
                                     const std::string& keyText, std::string& failureText);

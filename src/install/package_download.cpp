@@ -1,15 +1,17 @@
+#include "install/package_download.h"
+
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <string_view>
 #include <system_error>
 
 #include "crypto/sha256.h"
-#include "install/update_pipeline.h"
-#include "system/http.h"
+#include "system/disk.h"
 
 namespace {
 
-// The part file. What arrives comes in pieces of 16 KiB at most; they are written together.
+// The file that a transfer writes. Data arrives in pieces of 16 KiB at most; the file writes 256 KiB at a time.
 class PartFile {
   public:
     explicit PartFile(const std::string& path) {
@@ -18,7 +20,7 @@ class PartFile {
         gathered_.reserve(kGatherBytes);
     }
 
-    bool write(std::string_view data) {
+    [[nodiscard]] bool write(std::string_view data) {
         if (gathered_.size() + data.size() > kGatherBytes) flush();
         gathered_ += data;
         return good();
@@ -41,75 +43,44 @@ class PartFile {
     std::string gathered_;
 };
 
-} // namespace
-
-bool UpdatePipeline::downloadPackage() {
-    const std::string partPath = packagePath_ + ".part";
-    {
-        const std::lock_guard lock(state_.mutex_);
-        state_.status_ = EditorInstallStatus::Downloading;
-        state_.statusMessage_ = "Downloading editor " + manifest_.version + "…";
-        state_.downloadedBytes_ = 0;
-        state_.totalBytes_ = 0;
-        DownloadRecord row;
-        row.version = manifest_.version;
-        row.filePath = packagePath_;
-        state_.downloads_.insert(state_.downloads_.begin(), row);
-    }
+UpdateEvent::Kind receiveIntoPart(const PackageTransfer& transfer, const std::string& partPath, const RunStop& stop,
+                                  const TransferProgress& onProgress) {
     PartFile part(partPath);
-    if (!part.isOpen()) {
-        state_.failUpdate("Could not write to the downloads directory.");
-        return false;
-    }
+    if (!part.isOpen()) return UpdateEvent::DownloadsNotWritable;
     const auto receive = [&](const char* data, std::size_t size) {
-        return !state_.cancelRequested_ && part.write({data, size});
+        return !stop.cancelRequested && part.write({data, size});
     };
     const auto progress = [&](std::int64_t received, std::int64_t total) {
-        const std::lock_guard lock(state_.mutex_);
-        state_.downloadedBytes_ = received;
-        state_.totalBytes_ = total;
-        if (!state_.downloads_.empty()) {
-            state_.downloads_.front().downloadedBytes = received;
-            state_.downloads_.front().totalBytes = total;
-        }
-        return !state_.cancelRequested_;
+        onProgress(received, total);
+        return !stop.cancelRequested;
     };
-    const HttpsAnswer answer = httpsDownload({packageHost_, packagePort_, 120}, packageUrlPath_, receive, progress);
-    // What the close itself says does not count: everything has been handed to the system by then.
+    const HttpsAnswer answer = httpsDownload(transfer.server, transfer.urlPath, receive, progress);
+    // The result of the close does not count: the flush has given everything to the system.
     part.flush();
     const bool written = part.good();
     part.close();
 
-    if (state_.cancelRequested_) {
-        failTransfer(partPath, "Download cancelled.");
-        return false;
-    }
-    // The body of any other answer has gone to the part file as well; only the status tells.
-    if (!answer.answered || answer.status != 200 || !written) {
-        failTransfer(partPath, "The editor package download failed.");
-        return false;
-    }
-    if (!manifest_.sha256.empty() && sha256OfFile(partPath) != manifest_.sha256) {
-        failTransfer(partPath, "The downloaded package failed its checksum verification.");
-        return false;
-    }
-    std::error_code error;
-    std::filesystem::rename(partPath, packagePath_, error);
-    if (error) {
-        state_.failUpdate("Could not finalize the downloaded package.");
-        return false;
-    }
-    const std::lock_guard lock(state_.mutex_);
-    state_.downloads_.front().status = DownloadStatus::Downloaded;
-    return true;
+    if (stop.cancelRequested) return UpdateEvent::DownloadCancelled;
+    // The part file also receives the body of an answer with another status.
+    if (!answer.answered || answer.status != 200 || !written) return UpdateEvent::DownloadFailed;
+    if (!transfer.sha256.empty() && sha256OfFile(partPath, &stop.closing) != transfer.sha256)
+        return UpdateEvent::ChecksumDiffers;
+    // Sync before the rename: after a loss of power the final name could otherwise hold an empty file.
+    if (!syncFile(partPath)) return UpdateEvent::DownloadFailed;
+    return UpdateEvent::Downloaded;
 }
 
-// The newest row is the one of this transfer: rows are added in front, and one that is being downloaded stays.
-void UpdatePipeline::failTransfer(const std::string& partPath, const std::string& message) {
-    std::error_code ignored;
-    std::filesystem::remove(partPath, ignored);
-    const std::lock_guard lock(state_.mutex_);
-    state_.downloads_.front().status = DownloadStatus::Failed;
-    state_.status_ = EditorInstallStatus::Failed;
-    state_.statusMessage_ = message;
+} // namespace
+
+UpdateEvent::Kind downloadPackage(const PackageTransfer& transfer, const RunStop& stop,
+                                  const TransferProgress& onProgress) {
+    const std::string partPath = transfer.packagePath + ".part";
+    const UpdateEvent::Kind received = receiveIntoPart(transfer, partPath, stop, onProgress);
+    std::error_code error;
+    if (received == UpdateEvent::Downloaded) {
+        std::filesystem::rename(partPath, transfer.packagePath, error);
+        return error ? UpdateEvent::DownloadNotFinalized : UpdateEvent::Downloaded;
+    }
+    if (received != UpdateEvent::DownloadsNotWritable) std::filesystem::remove(partPath, error);
+    return received;
 }

@@ -1,12 +1,19 @@
 #include "install/package_extraction.h"
 
-#include <exception>
+#include <algorithm>
+#include <atomic>
+#include <cstddef>
 #include <filesystem>
 #include <system_error>
+#include <thread>
+#include <unordered_set>
+#include <vector>
 
 #include <miniz.h>
 
+#include "install/archive_plan.h"
 #include "install/editor_location.h"
+#include "system/disk.h"
 
 namespace fs = std::filesystem;
 
@@ -24,38 +31,106 @@ bool isSafeEntryName(std::string_view name) {
 
 namespace {
 
-// The reader writes plain 0644 files. Its system byte says whose permissions the upper half of the attributes holds;
-// an archiver that knows no file type leaves the type bits zero.
-void applyUnixMode(const std::string& path, const mz_zip_archive_file_stat& entry) {
-    constexpr unsigned kMadeOnUnix = 3, kTypeBits = 0170000, kRegular = 0100000;
-    const unsigned mode = entry.m_external_attr >> 16;
-    const unsigned type = mode & kTypeBits;
-    if (entry.m_version_made_by >> 8 != kMadeOnUnix || mode == 0 || (type != 0 && type != kRegular)) return;
-    std::error_code ignored;
-    fs::permissions(path, static_cast<fs::perms>((mode & 0777) | 0600), ignored);
-}
+constexpr std::size_t kMostThreads = 4;
 
-bool extractEntry(mz_zip_archive& archive, mz_uint index, const fs::path& stagingDirectory) {
-    mz_zip_archive_file_stat entry;
-    if (!mz_zip_reader_file_stat(&archive, index, &entry)) return false;
-    const std::string_view name(entry.m_filename);
-    if (name.empty() || name.back() == '/') return true;
-    if (!isSafeEntryName(name)) return false;
-    fs::path destination;
-    try {
-        destination = stagingDirectory / name;
-    } catch (const std::exception&) {
-        return false; // where paths are UTF-16, a name that is no UTF-8 has none
+// A zip reader of one thread. It reads nothing more once the launcher closes.
+class ArchiveReader {
+  public:
+    ArchiveReader(const std::string& path, const std::atomic<bool>& closing)
+        : closing_(closing)
+        , isOpen_(mz_zip_reader_init_file(&archive_, path.c_str(), 0) != 0) {
+        read_ = archive_.m_pRead;
+        readOpaque_ = archive_.m_pIO_opaque;
+        archive_.m_pRead = &ArchiveReader::readUnlessClosing;
+        archive_.m_pIO_opaque = this;
     }
-    std::error_code ignored; // the extraction fails by itself where its directory is missing
-    fs::create_directories(destination.parent_path(), ignored);
-    const std::string destinationText = destination.string();
-    if (!mz_zip_reader_extract_to_file(&archive, index, destinationText.c_str(), 0)) return false;
-    applyUnixMode(destinationText, entry);
-    return true;
+    ~ArchiveReader() {
+        if (isOpen_) mz_zip_reader_end(&archive_);
+    }
+    ArchiveReader(const ArchiveReader&) = delete;
+    ArchiveReader& operator=(const ArchiveReader&) = delete;
+
+    [[nodiscard]] bool isOpen() const { return isOpen_; }
+    mz_zip_archive& archive() { return archive_; }
+
+  private:
+    static std::size_t readUnlessClosing(void* opaque, mz_uint64 offset, void* bytes, std::size_t count) {
+        const auto* self = static_cast<const ArchiveReader*>(opaque);
+        return self->closing_ ? 0 : self->read_(self->readOpaque_, offset, bytes, count);
+    }
+
+    mz_zip_archive archive_{};
+    const std::atomic<bool>& closing_;
+    bool isOpen_;
+    mz_file_read_func read_ = nullptr;
+    void* readOpaque_ = nullptr;
+};
+
+// The files of an archive, handed out to threads by ascending index.
+class Extraction {
+  public:
+    Extraction(const ArchivePlan& plan, const RunStop& stop)
+        : plan_(plan)
+        , stop_(stop) {}
+
+    // Extracts files until there are no more, or until one failed in any thread.
+    void work(mz_zip_archive& archive) {
+        for (;;) {
+            const std::size_t next = next_++;
+            if (next >= plan_.files.size() || failed_) return;
+            if (stop_.cancelRequested || !extract(archive, plan_.files[next])) failed_ = true;
+        }
+    }
+
+    [[nodiscard]] bool failed() const { return failed_; }
+
+  private:
+    static bool extract(mz_zip_archive& archive, const PlannedFile& file) {
+        if (!mz_zip_reader_extract_to_file(&archive, file.index, file.path.c_str(), 0)) return false;
+        std::error_code ignored;
+        if (file.mode != fs::perms::unknown) fs::permissions(file.path, file.mode, ignored);
+        return true;
+    }
+
+    const ArchivePlan& plan_;
+    const RunStop& stop_;
+    std::atomic<std::size_t> next_ = 0;
+    std::atomic<bool> failed_ = false;
+};
+
+// Each directory once, for all threads. A file fails when its directory is missing.
+void createDirectories(const std::vector<PlannedFile>& files) {
+    std::unordered_set<std::string> created;
+    for (const PlannedFile& file : files) {
+        const fs::path directory = fs::path(file.path).parent_path();
+        std::error_code ignored;
+        if (created.insert(directory.string()).second) fs::create_directories(directory, ignored);
+    }
 }
 
-// A package made where there are no such permissions still has to start.
+// Every helper has a reader of its own. A helper that cannot start leaves the files to the other threads.
+bool extractFiles(ArchiveReader& reader, const std::string& archivePath, const ArchivePlan& plan, const RunStop& stop) {
+    Extraction extraction(plan, stop);
+    const std::size_t cores = std::max(1u, std::thread::hardware_concurrency());
+    const std::size_t threads = plan.needsOrder ? 1 : std::min({cores, kMostThreads, plan.files.size()});
+    std::vector<std::thread> helpers;
+    helpers.reserve(threads);
+    try {
+        while (helpers.size() + 1 < threads) {
+            helpers.emplace_back([&] {
+                ArchiveReader own(archivePath, stop.closing);
+                if (own.isOpen()) extraction.work(own.archive());
+            });
+        }
+    } catch (const std::system_error&) { // the system refuses another thread
+    }
+    extraction.work(reader.archive());
+    for (std::thread& helper : helpers)
+        helper.join();
+    return !extraction.failed();
+}
+
+// A package from a system without Unix modes must start too.
 void makeEditorExecutable(const std::string& stagingDirectory) {
     for (const std::string& place : editorExecutablePlaces(stagingDirectory)) {
         std::error_code ignored;
@@ -65,35 +140,25 @@ void makeEditorExecutable(const std::string& stagingDirectory) {
     }
 }
 
+// A file that could not be removed from an earlier run's staging directory would become part of the new editor.
+bool isEmptyOrMissing(const std::string& directory) {
+    std::error_code error;
+    return !fs::exists(directory, error) || fs::is_empty(directory, error);
+}
+
 } // namespace
 
 ExtractionOutcome extractArchive(const std::string& archivePath, const std::string& stagingDirectory,
-                                 const std::atomic<bool>& cancelRequested) {
-    mz_zip_archive archive{};
-    if (!mz_zip_reader_init_file(&archive, archivePath.c_str(), 0)) return ExtractionOutcome::Unreadable;
-    bool done = true;
-    const mz_uint count = mz_zip_reader_get_num_files(&archive);
-    for (mz_uint index = 0; index < count && done; ++index)
-        done = !cancelRequested && extractEntry(archive, index, stagingDirectory);
-    mz_zip_reader_end(&archive);
-    if (!done) return ExtractionOutcome::Failed;
+                                 const RunStop& stop) {
+    ArchiveReader reader(archivePath, stop.closing);
+    if (!reader.isOpen()) return ExtractionOutcome::Unreadable;
+    if (!isEmptyOrMissing(stagingDirectory)) return ExtractionOutcome::Failed;
+    // An archive of directories alone has no file before which a cancel would take effect.
+    if (stop.cancelRequested && mz_zip_reader_get_num_files(&reader.archive()) > 0) return ExtractionOutcome::Failed;
+    const ArchivePlan plan = planArchive(reader.archive(), stagingDirectory);
+    createDirectories(plan.files);
+    if (!extractFiles(reader, archivePath, plan, stop) || plan.endsAtBadEntry) return ExtractionOutcome::Failed;
     makeEditorExecutable(stagingDirectory);
-    return ExtractionOutcome::Done;
-}
-
-bool swapIn(const std::string& stagingDirectory) {
-    const std::string target = managedEditorDirectory();
-    std::error_code ignored;
-    // What makes a directory pass for an editor goes first, so that a half-deleted one is none, should the launcher
-    // die here.
-    if (!fs::is_symlink(target, ignored)) { // of a link only the link goes
-        fs::remove(editorVersionMarkerPath(), ignored);
-        for (const std::string& place : editorExecutablePlaces(target))
-            fs::remove(place, ignored);
-    }
-    fs::remove_all(target, ignored);
-    std::error_code error;
-    fs::rename(stagingDirectory, target, error);
-    if (error) fs::remove_all(stagingDirectory, ignored);
-    return !error;
+    // Sync before the swap deletes anything: after a loss of power the new files would otherwise be empty.
+    return syncTree(stagingDirectory) ? ExtractionOutcome::Done : ExtractionOutcome::Failed;
 }

@@ -8,7 +8,7 @@
 
 namespace {
 
-// Takes one line off the front. False when the text does not begin with a line that ends in a line feed.
+// Removes the first line from the text. False when no line feed ends it.
 bool takeLine(std::string_view& text, std::string_view& line) {
     const std::size_t end = text.find('\n');
     if (end == std::string_view::npos) return false;
@@ -17,7 +17,7 @@ bool takeLine(std::string_view& text, std::string_view& line) {
     return true;
 }
 
-// The value of a line "<name>: <value>".
+// Removes a line "<name>: <value>" from the text.
 bool takeField(std::string_view& text, std::string_view name, std::string_view& value) {
     if (!takeLine(text, value) || !value.starts_with(name)) return false;
     value.remove_prefix(name.size());
@@ -26,7 +26,7 @@ bool takeField(std::string_view& text, std::string_view name, std::string_view& 
     return true;
 }
 
-// Plain decimals only: no sign, no leading zero, nothing behind.
+// Plain decimals only: no sign, no leading zero, nothing after the digits.
 bool parseNumber(const std::string& text, std::int64_t& number) {
     if (text.empty() || text.front() < '0' || text.front() > '9' || (text.front() == '0' && text.size() > 1))
         return false;

@@ -1,8 +1,8 @@
 #pragma once
 
-// The release statement: a publisher's signed, dated word for one package file, published as a small static text at
-// <authenticity url>/<sha256 of the package file>.txt. ASCII, lines ended by one line feed, exactly these in this
-// order:
+// The release statement: a small static text, signed and dated by the publisher, for one package file. Its address is
+// <authenticity url>/<sha256 of the package file>.txt. ASCII; exactly these lines in this order, each ended by one line
+// feed:
 //
 //   release-statement-v1
 //   version: 1.4.2
@@ -25,7 +25,7 @@
 #include <vector>
 
 namespace statement {
-inline constexpr std::string_view kFirstLine = "release-statement-v1"; // separates these signatures from all others
+inline constexpr std::string_view kFirstLine = "release-statement-v1"; // no signature for another purpose begins so
 enum Field : std::size_t { Version, Size, Sha256, PlaintextSha256, NotBefore, NotAfter, Status, kFieldCount };
 inline constexpr std::array<std::string_view, kFieldCount> kFieldNames = {
     "version", "size", "sha256", "plaintext-sha256", "not-before", "not-after", "status"};
@@ -36,23 +36,23 @@ inline constexpr std::string_view kStatusOk = "ok";
 inline constexpr std::string_view kFileExtension = ".txt";
 
 inline constexpr std::size_t kMaxBytes = 4096;
-inline constexpr std::size_t kMaxSignatures = 4; // and as many pinned keys
+inline constexpr std::size_t kMaxSignatures = 4; // also the limit of pinned keys
 inline constexpr std::int64_t kDaySeconds = 86400;
 inline constexpr std::int64_t kMaxLifetimeSeconds = 92 * kDaySeconds;
-inline constexpr std::int64_t kClockToleranceSeconds = kDaySeconds; // at both ends
+inline constexpr std::int64_t kClockToleranceSeconds = kDaySeconds; // before not-before and after not-after
 } // namespace statement
 
-// A statement taken apart; none of its values means anything until a signature has been verified.
+// A parsed statement. Trust none of its values before a signature has been verified.
 struct ReleaseStatement {
     std::string signedText;
     std::array<std::string, statement::kFieldCount> fields;
     std::vector<std::string> signatures; // 64 bytes each
 };
 
-// False unless the text has exactly the form above.
+// False unless the text has exactly this form.
 [[nodiscard]] bool parseReleaseStatement(std::string_view text, ReleaseStatement& release);
 
-// Its numbers. False when they are not plain decimals or the term is not between nothing and the longest allowed.
+// False when a number is not a plain decimal, or when the lifetime is not positive or too long.
 struct StatementNumbers {
     std::int64_t size = 0;
     std::int64_t notBefore = 0;
@@ -60,13 +60,13 @@ struct StatementNumbers {
 };
 [[nodiscard]] bool parseStatementNumbers(const ReleaseStatement& release, StatementNumbers& numbers);
 
-// Whether one of the signatures is by one of the keys, each 32 bytes.
+// True when one of the signatures is by one of the keys, each 32 bytes.
 [[nodiscard]] bool isSignedByAny(const ReleaseStatement& release, const std::vector<std::string>& keys);
 
-// The keys of a configuration text. Empty unless it holds one to four, and all of them are usable.
-std::vector<std::string> parsePublisherKeys(const std::string& text);
+// The keys in a configuration text. Empty unless there are one to four and all of them are usable.
+[[nodiscard]] std::vector<std::string> parsePublisherKeys(const std::string& text);
 
-// What a package is found to be on disk.
+// Computed from the package on disk.
 struct PackageIdentity {
     std::string version;
     std::int64_t size = 0;
@@ -74,6 +74,7 @@ struct PackageIdentity {
     std::string plaintextSha256; // or kNoPlaintext
 };
 
-// What is wrong with a statement that was served for this package, in words for the user; empty: it vouches for it.
-std::string judgeReleaseStatement(std::string_view text, const std::vector<std::string>& keys,
-                                  const PackageIdentity& package, std::int64_t nowSeconds);
+// Returns what is wrong with the statement that was served for this package, as the user reads it; empty when the
+// package is genuine.
+[[nodiscard]] std::string judgeReleaseStatement(std::string_view text, const std::vector<std::string>& keys,
+                                                const PackageIdentity& package, std::int64_t nowSeconds);

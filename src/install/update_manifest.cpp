@@ -1,9 +1,28 @@
 #include "install/update_manifest.h"
 
+#include <filesystem>
+
 #include "system/json.h"
 
 bool isManifestUrlConfigured(const std::string& url) {
     return !url.empty() && url.find("YOUR_") == std::string::npos;
+}
+
+ManifestAnswer fetchManifest(const std::string& manifestUrl, const HttpAbort& abort) {
+    HttpsServer server;
+    std::string path;
+    if (!parseHttpsUrl(manifestUrl, server.host, server.port, path))
+        return BadManifest{"The update manifest URL must be a valid https:// URL."};
+    server.readTimeoutSeconds = 30;
+    server.abort = abort;
+    const HttpsAnswer answer = httpsGet(server, path);
+    if (!answer.answered) return NoAnswer{};
+    if (answer.status != 200)
+        return BadManifest{"The update server returned HTTP " + std::to_string(answer.status) + " for the manifest."};
+    UpdateManifest manifest;
+    std::string failureText;
+    if (!parseUpdateManifest(answer.body, manifest, failureText)) return BadManifest{failureText};
+    return manifest;
 }
 
 bool parseUpdateManifest(const std::string& body, UpdateManifest& manifest, std::string& failureText) {
@@ -16,8 +35,7 @@ bool parseUpdateManifest(const std::string& body, UpdateManifest& manifest, std:
     manifest.url = jsonStringMember(document, "url");
     manifest.sha256 = jsonStringMember(document, "sha256");
     manifest.plaintextSha256 = jsonStringMember(document, "plaintext_sha256");
-    const auto encryption = document.FindMember("encryption");
-    if (encryption != document.MemberEnd()) manifest.encryptionKey = jsonStringMember(encryption->value, "key");
+    if (document.HasMember("encryption")) manifest.encryptionKey = jsonStringMember(document["encryption"], "key");
     if (manifest.version.empty() || manifest.url.empty()) {
         failureText = "The update manifest is missing its version or url field.";
         return false;
@@ -33,4 +51,10 @@ std::string sanitizeVersion(const std::string& version) {
         if (!kept) byte = '_';
     }
     return text;
+}
+
+std::string packagePathIn(const std::string& downloadsDirectory, const std::string& version) {
+    return (std::filesystem::path(downloadsDirectory) /
+            (std::string(kPackageNameStart) + sanitizeVersion(version) + ".zip"))
+        .string();
 }

@@ -1,150 +1,182 @@
 #include "install/update_pipeline.h"
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <string_view>
 #include <system_error>
+#include <thread>
+#include <variant>
 
 #include "crypto/sha256.h"
-#include "install/artifact_authenticity.h"
 #include "install/editor_location.h"
+#include "install/editor_swap.h"
 #include "install/package_container.h"
 #include "install/package_extraction.h"
+#include "install/update_manifest.h"
+#include "system/disk.h"
 #include "system/http.h"
 
-// What fetchManifest leaves as its failure when no server answered. It is not a text for the user.
-static const char kNoAnswer[] = "network";
+namespace fs = std::filesystem;
 
-void UpdatePipeline::run() {
-    if (!isManifestUrlConfigured(state_.manifestUrl_)) {
-        if (!findEditorNearLauncher().empty()) return reportOffline();
-        return report(EditorInstallStatus::Idle, "Update server not configured. Please locate or install VOLO Editor.");
-    }
-    std::string failure;
-    if (!fetchManifest(failure)) {
-        // An answer that is no manifest fails the run even where an editor is installed; silence does not.
-        if (failure != kNoAnswer) return state_.failUpdate(failure);
-        if (!findEditorNearLauncher().empty()) return reportOffline();
-        return state_.failUpdate("Could not reach the update server, and no local editor was found.");
-    }
-    if (!parseHttpsUrl(manifest_.url, packageHost_, packagePort_, packageUrlPath_))
-        return state_.failUpdate("The package URL in the update manifest must be a valid https:// URL.");
-    if (!findEditorNearLauncher().empty() && installedEditorVersion() == manifest_.version)
-        return report(EditorInstallStatus::Installed, installedMessage());
-    if (havePackage() || downloadPackage()) installPackage();
+namespace {
+
+constexpr int kPackageReadTimeoutSeconds = 120;
+
+bool isEditorNearLauncher() {
+    return !findEditorNearLauncher().empty();
 }
 
-bool UpdatePipeline::fetchManifest(std::string& failureText) {
-    HttpsServer server;
-    std::string path;
-    if (!parseHttpsUrl(state_.manifestUrl_, server.host, server.port, path)) {
-        failureText = "The update manifest URL must be a valid https:// URL.";
-        return false;
-    }
-    server.readTimeoutSeconds = 30;
-    const HttpsAnswer answer = httpsGet(server, path);
-    if (!answer.answered) {
-        failureText = kNoAnswer;
-        return false;
-    }
-    if (answer.status != 200) {
-        failureText = "The update server returned HTTP " + std::to_string(answer.status) + " for the manifest.";
-        return false;
-    }
-    return parseUpdateManifest(answer.body, manifest_, failureText);
+bool isUpToDate(const UpdateManifest& manifest) {
+    return isEditorNearLauncher() && installedEditorVersion() == manifest.version;
 }
 
-// Settles where the package lies, and whether what lies there already is good enough.
-bool UpdatePipeline::havePackage() {
-    const std::filesystem::path downloads(state_.downloadsDirectory_);
+// "editor-staging" and the like: next to the target and therefore on the same volume, so that the rename works.
+std::string besideEditor(const char* name) {
+    return (fs::path(managedEditorDirectory()).parent_path() / name).string();
+}
+
+// --- locks ---------------------------------------------------------------------------------------------------------
+
+enum class Waiting { No, Yes, Cancelled };
+
+// Waits while another launcher holds the lock. Without a lock file the run goes on.
+Waiting takeLock(FileLock& lock, const std::string& path, const RunStop& stop) {
+    Waiting waiting = Waiting::No;
+    while (lock.tryToTake(path) == FileLock::Result::Held) {
+        if (stop.cancelRequested) return Waiting::Cancelled;
+        waiting = Waiting::Yes;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return waiting;
+}
+
+// --- package -------------------------------------------------------------------------------------------------------
+
+// Without a checksum in the manifest any file will do.
+bool isUsablePackage(const std::string& path, const std::string& sha256, const RunStop& stop) {
     std::error_code error;
-    std::filesystem::create_directories(downloads, error);
-    packagePath_ = (downloads / ("zantor_editor_" + sanitizeVersion(manifest_.version) + ".zip")).string();
-    if (!std::filesystem::exists(packagePath_, error)) return false;
-    if (manifest_.sha256.empty() || sha256OfFile(packagePath_) == manifest_.sha256) return true;
-    std::filesystem::remove(packagePath_, error);
-    return false;
+    return fs::exists(path, error) && (sha256.empty() || sha256OfFile(path, &stop.closing) == sha256);
 }
 
-void UpdatePipeline::installPackage() {
-    {
-        const std::lock_guard lock(state_.mutex_);
-        state_.status_ = EditorInstallStatus::Installing;
-        state_.statusMessage_ = "Installing editor " + manifest_.version + "…";
-        for (DownloadRecord& row : state_.downloads_) {
-            if (row.version == manifest_.version && row.status == DownloadStatus::Downloaded)
-                row.status = DownloadStatus::Installing;
-        }
-    }
-    // Beside the target, so that the rename at the end stays on one volume.
-    const std::string staging =
-        (std::filesystem::path(managedEditorDirectory()).parent_path() / "editor-staging").string();
+// Uses the package on disk or downloads it. Returns Downloaded, or the event that ends the run.
+UpdateEvent::Kind bringPackage(const UpdateRun& run, const UpdateManifest& manifest, PackageTransfer& transfer) {
+    if (isUsablePackage(transfer.packagePath, manifest.sha256, run.stop)) return UpdateEvent::Downloaded;
+    if (run.stop.closing) return UpdateEvent::WaitCancelled; // the checksum is unknown: keep the package
     std::error_code ignored;
-    std::filesystem::remove_all(staging, ignored);
-    std::filesystem::create_directories(staging, ignored);
-
-    std::string decryptedPath;
-    if (isEncryptedPackage(packagePath_) && !openContainer(decryptedPath)) return;
-
-    const auto discardDecrypted = [&] {
-        if (!decryptedPath.empty()) std::filesystem::remove(decryptedPath, ignored);
-    };
-    std::string failure;
-    if (!verifyArtifactAuthenticity(state_.authenticity_, manifest_.version, packagePath_, decryptedPath, failure)) {
-        discardDecrypted();
-        return state_.failUpdate("Authenticity check failed: " + failure);
-    }
-    const std::string& archivePath = decryptedPath.empty() ? packagePath_ : decryptedPath;
-    const ExtractionOutcome outcome = extractArchive(archivePath, staging, state_.cancelRequested_);
-    discardDecrypted();
-    if (outcome == ExtractionOutcome::Unreadable)
-        return state_.failUpdate("The editor package is not a readable zip archive.");
-    if (outcome == ExtractionOutcome::Failed) {
-        std::filesystem::remove_all(staging, ignored);
-        // A failure in the entry during which the user cancelled is a cancel.
-        if (state_.cancelRequested_)
-            return reportRows(DownloadStatus::Failed, EditorInstallStatus::Failed, "Install cancelled.");
-        return state_.failUpdate("Extracting the editor package failed.");
-    }
-    if (!swapIn(staging)) return state_.failUpdate("Could not move the extracted editor into place.");
-    std::ofstream(editorVersionMarkerPath()) << manifest_.version << '\n';
-    reportRows(DownloadStatus::Installed, EditorInstallStatus::Installed, installedMessage());
+    fs::remove(transfer.packagePath, ignored);
+    transfer.server.readTimeoutSeconds = kPackageReadTimeoutSeconds;
+    transfer.server.abort = run.stop.transfer;
+    transfer.sha256 = manifest.sha256;
+    run.onEvent({UpdateEvent::DownloadStarted, manifest.version, transfer.packagePath});
+    const UpdateEvent::Kind ended = downloadPackage(transfer, run.stop, run.onProgress);
+    if (ended == UpdateEvent::Downloaded) run.onEvent({ended, manifest.version});
+    return ended;
 }
 
-bool UpdatePipeline::openContainer(std::string& decryptedPath) {
-    decryptedPath = packagePath_ + ".decrypted.zip";
-    std::string failure;
-    if (!decryptPackage(packagePath_, decryptedPath, manifest_.encryptionKey, failure)) {
-        state_.failUpdate("Decrypting editor package failed: " + failure);
-        return false;
-    }
-    if (!manifest_.plaintextSha256.empty() && sha256OfFile(decryptedPath) != manifest_.plaintextSha256) {
+// Removes what killed runs left in the downloads directory: part files and decrypted packages. Packages stay.
+void removeLeftovers(const std::string& downloadsDirectory, const std::string& packagePath) {
+    std::error_code error;
+    for (fs::directory_iterator at(downloadsDirectory, error), end; !error && at != end; at.increment(error)) {
+        const std::string name = at->path().filename().string();
+        const bool isOurs = name.starts_with(kPackageNameStart) && at->path() != fs::path(packagePath);
         std::error_code ignored;
-        std::filesystem::remove(decryptedPath, ignored);
-        state_.failUpdate("The decrypted editor package failed plaintext checksum verification.");
-        return false;
+        if (isOurs && (name.ends_with(".zip.part") || name.ends_with(".zip.decrypted.zip")))
+            fs::remove(at->path(), ignored);
     }
-    return true;
 }
 
-void UpdatePipeline::report(EditorInstallStatus status, const std::string& message) {
-    const std::lock_guard lock(state_.mutex_);
-    state_.status_ = status;
-    state_.statusMessage_ = message;
-}
+// --- install -------------------------------------------------------------------------------------------------------
 
-void UpdatePipeline::reportRows(DownloadStatus rowStatus, EditorInstallStatus status, const std::string& message) {
-    const std::lock_guard lock(state_.mutex_);
-    for (DownloadRecord& row : state_.downloads_) {
-        if (row.version == manifest_.version) row.status = rowStatus;
+// Verifies the package and extracts it. `decryptedPath` is the archive from a container, empty for a plain package.
+UpdateEvent verifyAndExtract(const UpdateRun& run, const UpdateManifest& manifest, const std::string& packagePath,
+                             const std::string& decryptedPath, const std::string& staging) {
+    if (!decryptedPath.empty() && !manifest.plaintextSha256.empty() &&
+        sha256OfFile(decryptedPath, &run.stop.closing) != manifest.plaintextSha256)
+        return {UpdateEvent::PlaintextDiffers};
+    std::string cause;
+    if (!verifyArtifactAuthenticity(run.authenticity, manifest.version, packagePath, decryptedPath, run.stop, cause))
+        return {UpdateEvent::NotAuthentic, manifest.version, cause};
+    switch (extractArchive(decryptedPath.empty() ? packagePath : decryptedPath, staging, run.stop)) {
+    case ExtractionOutcome::Unreadable:
+        return {UpdateEvent::NotAnArchive};
+    case ExtractionOutcome::Failed:
+        return {UpdateEvent::ExtractionFailed};
+    case ExtractionOutcome::Done:
+        break;
     }
-    state_.status_ = status;
-    state_.statusMessage_ = message;
+    return {UpdateEvent::Installed, manifest.version};
 }
 
-void UpdatePipeline::reportOffline() {
-    report(EditorInstallStatus::InstalledOffline, "Installed (offline mode)");
+void writeMarker(const std::string& version) {
+    std::ofstream(editorVersionMarkerPath()) << version << '\n';
+    (void)syncFile(editorVersionMarkerPath()); // a marker that cannot be written fails no run
 }
 
-std::string UpdatePipeline::installedMessage() const {
-    return "Installed — version " + manifest_.version;
+UpdateEvent installPackage(const UpdateRun& run, const UpdateManifest& manifest, const std::string& packagePath) {
+    const std::string staging = besideEditor("editor-staging");
+    std::error_code ignored; // the extraction notices a staging directory that is not empty
+    fs::remove_all(staging, ignored);
+    fs::create_directories(staging, ignored);
+    std::string decryptedPath;
+    if (isEncryptedPackage(packagePath)) {
+        decryptedPath = packagePath + ".decrypted.zip";
+        std::string cause;
+        // After this failure alone the decrypted file stays.
+        if (!decryptPackage(packagePath, decryptedPath, manifest.encryptionKey, cause))
+            return {UpdateEvent::DecryptionFailed, manifest.version, cause};
+    }
+    UpdateEvent end = verifyAndExtract(run, manifest, packagePath, decryptedPath, staging);
+    if (!decryptedPath.empty()) fs::remove(decryptedPath, ignored);
+    if (end.kind == UpdateEvent::ExtractionFailed) {
+        fs::remove_all(staging, ignored);
+        // A failure in the entry during which the user cancelled is a cancel.
+        if (run.stop.cancelRequested) return {UpdateEvent::InstallCancelled, manifest.version};
+    }
+    if (end.kind != UpdateEvent::Installed) return end;
+    if (!swapIn(staging, run.stop)) return {UpdateEvent::SwapFailed};
+    writeMarker(manifest.version);
+    return end;
+}
+
+// Everything after the manifest: from here on the run changes the disk.
+UpdateEvent updateFromManifest(const UpdateRun& run, const UpdateManifest& manifest, PackageTransfer& transfer) {
+    const fs::path downloads(run.downloadsDirectory);
+    std::error_code ignored; // the download reports a directory that is missing
+    fs::create_directories(downloads, ignored);
+    FileLock downloadsLock;
+    FileLock stagingLock;
+    const Waiting first = takeLock(downloadsLock, (downloads / "zantor_editor.lock").string(), run.stop);
+    if (first == Waiting::Cancelled) return {UpdateEvent::WaitCancelled};
+    const Waiting second = takeLock(stagingLock, besideEditor("editor-staging.lock"), run.stop);
+    if (second == Waiting::Cancelled) return {UpdateEvent::WaitCancelled};
+    const bool waited = first == Waiting::Yes || second == Waiting::Yes;
+    if (waited && isUpToDate(manifest)) return {UpdateEvent::UpToDate, manifest.version};
+
+    transfer.packagePath = packagePathIn(run.downloadsDirectory, manifest.version);
+    const UpdateEvent::Kind brought = bringPackage(run, manifest, transfer);
+    if (brought != UpdateEvent::Downloaded) return {brought, manifest.version};
+    run.onEvent({UpdateEvent::InstallStarted, manifest.version});
+    UpdateEvent end = installPackage(run, manifest, transfer.packagePath);
+    if (end.kind == UpdateEvent::Installed) removeLeftovers(run.downloadsDirectory, transfer.packagePath);
+    return end;
+}
+
+} // namespace
+
+UpdateEvent updateEditor(const UpdateRun& run) {
+    if (!isManifestUrlConfigured(run.manifestUrl))
+        return {isEditorNearLauncher() ? UpdateEvent::Offline : UpdateEvent::NotConfigured};
+    const ManifestAnswer answer = fetchManifest(run.manifestUrl, run.stop.requests);
+    // No answer falls back to the installed editor. A bad answer fails the run.
+    if (std::holds_alternative<NoAnswer>(answer))
+        return {isEditorNearLauncher() ? UpdateEvent::Offline : UpdateEvent::Unreachable};
+    if (const auto* bad = std::get_if<BadManifest>(&answer)) return {UpdateEvent::ManifestFailed, {}, bad->failureText};
+    const auto& manifest = std::get<UpdateManifest>(answer);
+
+    PackageTransfer transfer;
+    if (!parseHttpsUrl(manifest.url, transfer.server.host, transfer.server.port, transfer.urlPath))
+        return {UpdateEvent::PackageUrlInvalid};
+    if (isUpToDate(manifest)) return {UpdateEvent::UpToDate, manifest.version};
+    return updateFromManifest(run, manifest, transfer);
 }

@@ -1,40 +1,27 @@
 #pragma once
 
-// One run of the install worker: from the update manifest to the installed editor. Lives on the worker's stack for the
-// length of the run; whatever comes of it is told through the EditorInstallState, whose mutex it takes for a few
-// assignments at a time. Cancel is heard during the transfer and before each entry of the archive, nowhere else.
+// One update run, from the manifest to the installed editor. Blocking; install worker only. It shares nothing but what
+// UpdateRun holds.
+//
+// From the first change on the disk to the end the run holds two file locks, always taken in the same order: one in the
+// downloads directory, one next to the staging directory. A second launcher waits for them.
 
+#include <functional>
 #include <string>
 
-#include "install/editor_install_state.h"
-#include "install/update_manifest.h"
+#include "install/artifact_authenticity.h"
+#include "install/install_progress.h"
+#include "install/package_download.h"
+#include "install/run_stop.h"
 
-class UpdatePipeline {
-  public:
-    explicit UpdatePipeline(EditorInstallState& state)
-        : state_(state) {}
-    void run();
-
-  private:
-    [[nodiscard]] bool fetchManifest(std::string& failureText);
-    [[nodiscard]] bool havePackage();
-    void installPackage();
-    [[nodiscard]] bool openContainer(std::string& decryptedPath); // on false it has reported
-
-    // package_download.cpp. On false it has reported.
-    [[nodiscard]] bool downloadPackage();
-    void failTransfer(const std::string& partPath, const std::string& message);
-
-    void report(EditorInstallStatus status, const std::string& message);
-    // The same, and every row of this version gets `rowStatus`, whatever became of it before.
-    void reportRows(DownloadStatus rowStatus, EditorInstallStatus status, const std::string& message);
-    void reportOffline();
-    std::string installedMessage() const;
-
-    EditorInstallState& state_;
-    UpdateManifest manifest_;
-    std::string packageHost_; // this and the next two are the package's URL
-    int packagePort_ = 443;
-    std::string packageUrlPath_;
-    std::string packagePath_; // on disk
+struct UpdateRun {
+    std::string manifestUrl;
+    std::string downloadsDirectory;
+    ArtifactAuthenticity authenticity;
+    const RunStop& stop;
+    std::function<void(const UpdateEvent&)> onEvent; // the events that the run passes through
+    TransferProgress onProgress;
 };
+
+// Returns the event that ends the run.
+[[nodiscard]] UpdateEvent updateEditor(const UpdateRun& run);

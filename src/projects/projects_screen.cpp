@@ -198,7 +198,7 @@ LauncherApp::SearchKey LauncherApp::drawSearchBox(const ProjectsLayout& at) {
     if ((active || hadKeyboard) && ImGui::IsKeyPressed(ImGuiKey_Escape)) clearSearch();
 
     if (hadText) drawClearGlyph(drawList, {max.x, middle}, clearHovered);
-    if (!active && uiThemeFocusShows(id)) uiThemeFocusRing(drawList, min, max, uiThemePx(palette::kRounding));
+    if (uiThemeFocusShows(id)) uiThemeFocusRing(drawList, min, max, uiThemePx(palette::kRounding));
     drawList->AddRect(min, max,
                       active       ? kSearchBorderActive
                       : boxHovered ? kSearchBorderHovered

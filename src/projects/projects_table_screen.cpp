@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string>
 
 #include <imgui_internal.h>
 
@@ -11,6 +12,7 @@
 #include "shell/widgets.h"
 #include "system/operating_system.h"
 #include "ui/ui_keyboard.h"
+#include "ui/ui_list.h"
 #include "ui/ui_palette.h"
 #include "ui/ui_popups.h"
 #include "ui/ui_theme.h"
@@ -163,13 +165,8 @@ void LauncherApp::drawSortHeader(const TableHeader& header, const char* label, f
 
 void LauncherApp::drawProjectTable(const ProjectsLayout& at, const ProjectRows& rows, float top, float height) {
     RowRequest request;
-    ImGui::SetCursorScreenPos({at.contentMin.x + uiThemePx(kTableInset), top});
-    uiThemeJoinNavigation();
-    ImGui::BeginChild("##ProjectsTableList",
-                      {at.contentMax.x - at.contentMin.x - uiThemePx(2.0f * kTableInset), height}, ImGuiChildFlags_None,
-                      ImGuiWindowFlags_NoBackground);
-    ImGui::PushStyleVar(ImGuiStyleVar_ItemSpacing,
-                        ImVec2(ImGui::GetStyle().ItemSpacing.x, 0.0f)); // no gap between rows
+    uiThemeBeginList("##ProjectsTableList", {at.contentMin.x + uiThemePx(kTableInset), top},
+                     {at.contentMax.x - at.contentMin.x - uiThemePx(2.0f * kTableInset), height});
     ImGuiListClipper clipper;
     clipper.Begin(static_cast<int>(rows.indices.size()), uiThemePx(kRowHeight));
     const auto toFocus = std::find(rows.indices.begin(), rows.indices.end(), rows.focusIndex);
@@ -179,8 +176,7 @@ void LauncherApp::drawProjectTable(const ProjectsLayout& at, const ProjectRows& 
             drawProjectRow(rows, static_cast<std::size_t>(position), request);
         }
     }
-    ImGui::PopStyleVar();
-    ImGui::EndChild();
+    uiThemeEndList();
 
     handleRowKeys(rows, request);
     if (request.openIndex >= 0) openProjectRow(request.openIndex);
@@ -280,13 +276,17 @@ void LauncherApp::drawRowTexts(const ProjectRows& rows, const ProjectEntry& entr
     ImDrawList* drawList = ImGui::GetWindowDrawList();
     const float width = max.x - min.x;
     const float platformX = min.x + kPlatformColumn * width, textX = min.x + uiThemePx(kNameColumn);
-    // Long names and paths are cut before the next column.
-    drawList->PushClipRect({textX, min.y}, {platformX - uiThemePx(kNameClipGap), max.y}, true);
-    uiThemeText(drawList, uiThemeFont(14.0f), {textX, min.y + uiThemePx(kNameTop)}, exists ? kName : kMissingName,
-                entry.name);
-    uiThemeText(drawList, uiThemeFont(11.5f), {textX, min.y + uiThemePx(kPathTop)}, exists ? kPath : kMissingPath,
-                exists ? entry.path : entry.path + " - missing");
+    const std::string path = exists ? entry.path : entry.path + " - missing";
+    // Long names and paths are cut before the next column. A tooltip shows them in full.
+    const ImRect texts(textX, min.y, platformX - uiThemePx(kNameClipGap), max.y);
+    ImFont* nameFont = uiThemeFont(14.0f);
+    ImFont* pathFont = uiThemeFont(11.5f);
+    drawList->PushClipRect(texts.Min, texts.Max, true);
+    uiThemeText(drawList, nameFont, {textX, min.y + uiThemePx(kNameTop)}, exists ? kName : kMissingName, entry.name);
+    uiThemeText(drawList, pathFont, {textX, min.y + uiThemePx(kPathTop)}, exists ? kPath : kMissingPath, path);
     drawList->PopClipRect();
+    const float widest = std::max(uiThemeTextSize(nameFont, entry.name).x, uiThemeTextSize(pathFont, path).x);
+    if (widest > texts.GetWidth()) uiThemeTooltip(ImGui::GetID("##project_row"), texts, entry.name + "\n" + path);
 
     ImFont* font = uiThemeFont(12.5f);
     const float top = (min.y + max.y - uiThemeFontSize(font)) * 0.5f;

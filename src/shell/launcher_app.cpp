@@ -35,11 +35,7 @@ void LauncherApp::restoreStoredSession() {
 }
 
 void LauncherApp::drawFrame(float /*deltaSeconds*/) {
-    if (signIn) signIn->pollSignIn();
-    if (install) {
-        install->joinIfFinished();
-        servicePendingOpen();
-    }
+    collectResults();
     if (signIn && !sessionRestoreStarted && signIn->state == SignInState::SignedOut) restoreStoredSession();
 
     const ImGuiViewport* viewport = ImGui::GetMainViewport();
@@ -76,6 +72,26 @@ void LauncherApp::drawFrame(float /*deltaSeconds*/) {
     drawProjectDialogs();
     uiThemeReveal(drawList, min, max);
     ImGui::End();
+}
+
+// Takes over what the workers have finished.
+void LauncherApp::collectResults() {
+    if (signIn) {
+        const bool signingIn = signIn->state == SignInState::SigningIn;
+        signIn->pollSignIn();
+        if (signingIn && signIn->state != SignInState::SigningIn) attentionWanted = true;
+    }
+    if (install) {
+        install->joinIfFinished();
+        const bool projectWaits = !pendingOpenProjectPath.empty();
+        servicePendingOpen();
+        if (projectWaits && pendingOpenProjectPath.empty()) attentionWanted = true;
+    }
+}
+
+float LauncherApp::downloadProgress() const {
+    if (!install || install->status() != EditorInstallStatus::Downloading || install->totalBytes() <= 0) return -1.0f;
+    return static_cast<float>(install->downloadedBytes()) / static_cast<float>(install->totalBytes());
 }
 
 void LauncherApp::drawSignedInShell() {

@@ -72,7 +72,11 @@ class LauncherApp {
     std::string noticeText;             // the notice on the Projects screen; empty: none
     std::int64_t lastEditorLaunchTime = 0;
 
+    bool attentionWanted = false; // a sign-in, or an install that a project waits for, has ended; main clears it
+    [[nodiscard]] float downloadProgress() const; // from 0 to 1; negative while no download runs
+
   private:
+    void collectResults();
     void drawNotConfiguredScreen();
     void drawSignInScreen();
     void drawSignedInShell();

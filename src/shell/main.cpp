@@ -5,11 +5,13 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "shell/launcher_app.h"
 #include "signin/loopback_listener.h"
 #include "system/dialog_hook.h"
+#include "system/http.h"
 #include "system/operating_system.h"
 #include "system/platform.h"
 #include "system/single_instance.h"
@@ -73,6 +75,8 @@ int run() {
         uiThemeTick(host.deltaSeconds);
         uiThemeApplyStyle();
         app.drawFrame(host.deltaSeconds);
+        if (std::exchange(app.attentionWanted, false)) host.requestAttention();
+        host.setProgress(app.downloadProgress());
         float clearColour[4];
         uiThemeBackgroundFloat(clearColour);
         if (!host.presentFrame(clearColour)) break;
@@ -88,6 +92,6 @@ int run() {
 
 int main() {
     const int status = run();
-    if (LoopbackListener::hasLeftThreads()) std::_Exit(status);
+    if (LoopbackListener::hasLeftThreads() || unfinishedRequests() > 0) std::_Exit(status);
     return status;
 }

@@ -1,7 +1,7 @@
 // The two modal popups. They are drawn at the root window's level, so that their identifiers do not depend on the
 // caller.
 
-#include <cstdio>
+#include <string>
 
 #include <imgui.h>
 
@@ -91,13 +91,9 @@ void LauncherApp::drawCreateProjectPopup() {
     bool onButton = uiThemeFocusRingOfItem();
 
     gap(6.0f);
-    ImGui::PushTextWrapPos(ImGui::GetCursorPosX() +
-                           uiThemePx(kBodyWidth)); // otherwise a long path would widen the popup
-    ImGui::TextDisabled("%s/%s", newProjectLocation, newProjectName);
-    if (!createProjectError.empty()) {
-        ImGui::TextColored(ImGui::ColorConvertU32ToFloat4(uiThemeDestructive()), "%s", createProjectError.c_str());
-    }
-    ImGui::PopTextWrapPos();
+    const std::string preview = std::string(newProjectLocation) + "/" + newProjectName;
+    uiThemeParagraph(preview, uiThemeMutedForeground(), uiThemePx(kBodyWidth));
+    if (!createProjectError.empty()) uiThemeParagraph(createProjectError, uiThemeDestructive(), uiThemePx(kBodyWidth));
 
     gap(12.0f);
     bool closes = ImGui::Button(kCancelLabel, {uiThemePx(kButtonWidth), 0.0f}) || uiThemeCancelKeyPressed();
@@ -116,9 +112,7 @@ void LauncherApp::drawCreateProjectPopup() {
 }
 
 void LauncherApp::drawOpenErrorPopup() {
-    ImGui::PushTextWrapPos(ImGui::GetCursorPosX() + uiThemePx(kBodyWidth));
-    ImGui::TextUnformatted(openErrorMessage.c_str());
-    ImGui::PopTextWrapPos();
+    uiThemeParagraph(openErrorMessage, uiThemeForeground(), uiThemePx(kBodyWidth));
     gap(12.0f);
     const bool confirmed = uiThemeDefaultButton("OK", uiThemePx(kButtonWidth));
     uiThemeFocusRingOfItem();

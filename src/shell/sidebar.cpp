@@ -70,8 +70,7 @@ void drawNavigationRow(const NavigationRow& row, ImVec2 min, ImVec2 max, Launche
     row.drawIcon(drawList, min + uiThemePx({kRowIconInset, kRowIconInset}), uiThemePx(kRowIconSize),
                  active ? kActiveRow : kInactiveRowIcon);
     ImFont* font = uiThemeFont(13.5f);
-    uiThemeText(drawList, font,
-                {min.x + uiThemePx(kRowLabelInset), min.y + (max.y - min.y - uiThemeFontSize(font)) * 0.5f},
+    uiThemeText(drawList, font, {min.x + uiThemePx(kRowLabelInset), uiThemeTextTop(font, min.y, max.y)},
                 active ? kActiveRow : kInactiveRowLabel, row.label);
     if (area.focused) uiThemeFocusRing(drawList, min, max, rounding);
 }

@@ -5,6 +5,9 @@
 
 #include <imgui_internal.h>
 
+#include "ui/ui_palette.h"
+#include "ui/ui_theme.h"
+
 namespace {
 
 struct EditedText {
@@ -29,6 +32,12 @@ int onTextEvent(ImGuiInputTextCallbackData* data) {
     return 0;
 }
 
+// Dear ImGui 1.92 draws the caret on the last pixel of the letter before it.
+void moveCaretOffLetter(ImDrawList& drawList, int firstVertex) {
+    for (int i = firstVertex; i < drawList.VtxBuffer.Size; ++i)
+        if (drawList.VtxBuffer[i].col == palette::kCaret) drawList.VtxBuffer[i].pos.x += uiThemePx(1.0f);
+}
+
 } // namespace
 
 std::size_t wholeCharacters(std::string_view text, std::size_t limit) {
@@ -40,9 +49,12 @@ std::size_t wholeCharacters(std::string_view text, std::size_t limit) {
 
 bool drawTextField(const char* label, const char* hint, char* buffer, std::size_t size) {
     EditedText edited = {buffer, size - 1};
+    ImDrawList& drawList = *ImGui::GetWindowDrawList();
+    const int firstVertex = drawList.VtxBuffer.Size;
     const bool changed = ImGui::InputTextWithHint(label, hint, edited.text.data(), edited.text.capacity() + 1,
                                                   ImGuiInputTextFlags_CallbackResize | ImGuiInputTextFlags_CallbackEdit,
                                                   onTextEvent, &edited);
+    moveCaretOffLetter(drawList, firstVertex);
     if (changed) buffer[edited.text.copy(buffer, wholeCharacters(edited.text, size - 1))] = '\0';
     return changed;
 }

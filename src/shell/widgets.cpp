@@ -41,8 +41,8 @@ bool drawButton(const char* label, ImVec2 position, ImVec2 size, float fontSize,
     if (look.outline != 0) uiThemeBorder(drawList, drawnMin, drawnMax, rounding, 1.0f, look.outline);
 
     ImFont* font = uiThemeFont(fontSize);
-    const ImVec2 textSize = uiThemeTextSize(font, label);
-    uiThemeText(drawList, font, position + (size - textSize) * 0.5f, look.text, label);
+    const float left = position.x + (size.x - uiThemeTextSize(font, label).x) * 0.5f;
+    uiThemeText(drawList, font, {left, uiThemeTextTop(font, position.y, max.y)}, look.text, label);
     if (area.focused) uiThemeFocusRing(drawList, drawnMin, drawnMax, rounding);
     return area.clicked;
 }
@@ -118,8 +118,10 @@ void drawStarIcon(ImDrawList* drawList, ImVec2 centre, float radius, ImU32 colou
 void drawFolderIcon(ImDrawList* drawList, ImVec2 topLeft, float size, ImU32 colour) {
     const float x = topLeft.x, y = topLeft.y, height = 0.75f * size;
     drawList->AddRect({x, y + 0.28f * height}, {x + size, y + height}, colour, 1.0f, 0, 1.2f);
-    const ImVec2 tab[4] = {
+    ImVec2 tab[4] = {
         {x, y + 0.28f * height}, {x, y}, {x + 0.38f * size, y}, {x + 0.38f * size + 2.0f, y + 0.28f * height}};
+    for (ImVec2& point : tab)
+        point += ImVec2(0.5f, 0.5f); // AddRect adds half a pixel to its corners, AddPolyline does not
     drawList->AddPolyline(tab, 4, colour, ImDrawFlags_None, 1.2f);
 }
 

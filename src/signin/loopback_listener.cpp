@@ -10,8 +10,9 @@
 
 #include <httplib.h>
 
+#include "signin/bounded_server.h"
 #include "signin/connection_threads.h"
-#include "system/platform.h"
+#include "system/sockets.h"
 
 namespace {
 
@@ -30,12 +31,8 @@ constexpr char kRedirectPage[] =
     "style=\"text-align:center\"><h2>Sign-in complete</h2><p>You can close this tab and return to VOLO Launcher.</p>"
     "</div></body></html>";
 
-// Any program on the machine may connect, so a silent connection must not keep its thread for long.
 void configure(httplib::Server& server) {
     server.new_task_queue = [] { return new ConnectionThreads; };
-    server.set_keep_alive_max_count(1);
-    server.set_keep_alive_timeout(1);
-    server.set_read_timeout(1, 0);
     server.set_write_timeout(1, 0);
     server.set_payload_max_length(kBodyLimitBytes);
     // The library's own options would let a second program bind the same port and take the code.
@@ -60,7 +57,7 @@ void reportRedirect(SignInMailbox& mailbox, const SignInAttempt& attempt, const 
 } // namespace
 
 struct LoopbackListener::Running {
-    httplib::Server server;
+    BoundedServer server; // any program on the machine may connect and stay silent
     std::thread acceptThread;
     std::atomic<bool> acceptEnded = false; // a failed accept ends the library's loop for good
 

@@ -4,9 +4,9 @@
 // GET "/", and it answers every request to it with the same page, whatever it reported. Frame thread only.
 //
 // Browsers open spare connections and keep them, and any program on the machine may connect and stay silent. So each
-// connection has a thread (see connection_threads.h), reads time out soon, and stop() never waits for a client: it
-// closes the listening socket at once and leaves the joining of the connection threads to a janitor thread. A request
-// that such a thread still answers reports nothing.
+// connection has a thread (see connection_threads.h) and a time limit (see bounded_server.h), and stop() never waits
+// for a client: it closes the listening socket at once and leaves the joining of the connection threads to a janitor
+// thread. A request that such a thread still answers reports nothing.
 
 #include <memory>
 #include <string>

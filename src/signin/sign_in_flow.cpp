@@ -43,14 +43,14 @@ SignInFlow::SignInFlow(const std::string& clientId, const std::string& clientSec
 SignInFlow::~SignInFlow() {
     stopListener();
     abandonAttempt();
-    joinWorker();
+    endWorker();
 }
 
 // --- browser sign-in -----------------------------------------------------------------------------------------------
 
 void SignInFlow::startSignIn() {
     stopListener();
-    joinWorker();
+    endWorker();
     attempt_ = {};
     attempt_.generation = mailbox_->startAttempt();
     errorMessage.clear();
@@ -79,7 +79,7 @@ void SignInFlow::startSignIn() {
 void SignInFlow::cancelSignIn() {
     stopListener();
     abandonAttempt();
-    joinWorker();
+    endWorker();
     state = SignInState::SignedOut;
     errorMessage.clear();
 }
@@ -128,7 +128,7 @@ void SignInFlow::restoreSession() {
     errorMessage.clear();
     failedOnRestore = false;
     state = SignInState::RestoringSession;
-    joinWorker();
+    endWorker();
     mailbox_->discardResult();
     startWorker({}, refreshToken, true, {});
 }
@@ -136,7 +136,7 @@ void SignInFlow::restoreSession() {
 void SignInFlow::signOut() {
     stopListener();
     abandonAttempt();
-    joinWorker();
+    endWorker();
     settings_->clearSession();
     settings_->save();
     userName.clear();
@@ -160,11 +160,18 @@ void SignInFlow::startWorker(const std::string& code, const std::string& refresh
     work.isRefresh = isRefresh;
     work.attempt = attempt_;
     work.attempt.redirectUri = redirectUri;
+    workerAbort_ = HttpAbort();
+    work.abort = workerAbort_;
     workerThread_ = std::thread(runSignInWorker, std::move(work));
 }
 
 void SignInFlow::joinWorker() {
     if (workerThread_.joinable()) workerThread_.join();
+}
+
+void SignInFlow::endWorker() {
+    workerAbort_.abort();
+    joinWorker();
 }
 
 // The worker finds its generation outdated and its result is dropped.

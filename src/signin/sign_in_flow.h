@@ -4,8 +4,8 @@
 // redirect to a loopback listener (RFC 8252), and a worker thread that fetches tokens and user information.
 //
 // Frame thread only. Results of other threads arrive in a mailbox that pollSignIn empties at the top of every frame.
-// startSignIn, cancelSignIn, signOut, restoreSession and the destructor join the worker and so block for as long as its
-// network calls last. Nothing else here blocks. Failures appear in `state` and `errorMessage`.
+// startSignIn, cancelSignIn, signOut, restoreSession and the destructor abort the worker's requests and join it.
+// Failures appear in `state` and `errorMessage`.
 
 #include <cstdint>
 #include <memory>
@@ -15,6 +15,7 @@
 #include "signin/loopback_listener.h"
 #include "signin/sign_in_attempt.h"
 #include "signin/sign_in_mailbox.h"
+#include "system/http.h"
 
 class LauncherSettings;
 
@@ -48,6 +49,7 @@ class SignInFlow {
     void startWorker(const std::string& code, const std::string& refreshToken, bool isRefresh,
                      const std::string& redirectUri);
     void joinWorker();
+    void endWorker();
     void abandonAttempt();
 
     const std::string clientId_;
@@ -56,5 +58,6 @@ class SignInFlow {
     SignInAttempt attempt_; // the current one
     std::shared_ptr<SignInMailbox> mailbox_;
     LoopbackListener listener_;
+    HttpAbort workerAbort_;    // of the current worker
     std::thread workerThread_; // joinable until the next operation joins it
 };

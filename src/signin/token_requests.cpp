@@ -10,9 +10,9 @@ namespace {
 
 constexpr int kHttpOk = 200;
 
-HttpsAnswer postToTokenEndpoint(const HttpFields& fields) {
+HttpsAnswer postToTokenEndpoint(const HttpFields& fields, const HttpAbort& abort) {
     const GoogleEndpoints google = googleEndpoints();
-    return httpsPostForm({google.tokenHost, google.tokenPort}, "/token", fields);
+    return httpsPostForm({google.tokenHost, google.tokenPort, 0, abort}, "/token", fields);
 }
 
 TokenResponse failedResponse(const std::string& message) {
@@ -38,9 +38,9 @@ TokenResponse readTokenAnswer(const HttpsAnswer& answer, const std::string& refu
 }
 
 // Fills in the account's name and e-mail address. Returns the text for the user on failure, otherwise empty.
-std::string requestUserInfo(const std::string& accessToken, SignInResult& result) {
+std::string requestUserInfo(const std::string& accessToken, const HttpAbort& abort, SignInResult& result) {
     const GoogleEndpoints google = googleEndpoints();
-    const HttpsAnswer answer = httpsGet({google.userInfoHost, google.userInfoPort}, "/v1/userinfo",
+    const HttpsAnswer answer = httpsGet({google.userInfoHost, google.userInfoPort, 0, abort}, "/v1/userinfo",
                                         {{"Authorization", "Bearer " + accessToken}});
     if (!answer.answered) return "Could not reach Google's userinfo endpoint.";
     if (answer.status != kHttpOk) {
@@ -57,38 +57,40 @@ std::string requestUserInfo(const std::string& accessToken, SignInResult& result
 
 TokenResponse exchangeCodeForTokens(const std::string& clientId, const std::string& clientSecret,
                                     const std::string& code, const std::string& redirectUri,
-                                    const std::string& codeVerifier) {
+                                    const std::string& codeVerifier, const HttpAbort& abort) {
     const HttpsAnswer answer = postToTokenEndpoint({{"client_id", clientId},
                                                     {"client_secret", clientSecret},
                                                     {"code", code},
                                                     {"code_verifier", codeVerifier},
                                                     {"grant_type", "authorization_code"},
-                                                    {"redirect_uri", redirectUri}});
+                                                    {"redirect_uri", redirectUri}},
+                                                   abort);
     return readTokenAnswer(answer, "Google rejected the sign-in (token endpoint returned HTTP " +
                                        std::to_string(answer.status) + ").");
 }
 
 TokenResponse refreshAccessToken(const std::string& clientId, const std::string& clientSecret,
-                                 const std::string& refreshToken) {
+                                 const std::string& refreshToken, const HttpAbort& abort) {
     const HttpsAnswer answer = postToTokenEndpoint({{"client_id", clientId},
                                                     {"client_secret", clientSecret},
                                                     {"grant_type", "refresh_token"},
-                                                    {"refresh_token", refreshToken}});
+                                                    {"refresh_token", refreshToken}},
+                                                   abort);
     TokenResponse response = readTokenAnswer(answer, "The stored session is no longer valid.");
     response.refreshToken.clear(); // the stored one stays, even when Google sends a new one
     return response;
 }
 
 void runSignInWorker(const SignInWork& work) {
-    const TokenResponse tokens = work.isRefresh
-                                     ? refreshAccessToken(work.clientId, work.clientSecret, work.refreshToken)
-                                     : exchangeCodeForTokens(work.clientId, work.clientSecret, work.code,
-                                                             work.attempt.redirectUri, work.attempt.codeVerifier);
+    const TokenResponse tokens =
+        work.isRefresh ? refreshAccessToken(work.clientId, work.clientSecret, work.refreshToken, work.abort)
+                       : exchangeCodeForTokens(work.clientId, work.clientSecret, work.code, work.attempt.redirectUri,
+                                               work.attempt.codeVerifier, work.abort);
     SignInResult result;
     result.hasResult = true;
     result.fromRestore = work.isRefresh;
     result.refreshToken = tokens.refreshToken;
-    result.errorMessage = tokens.ok ? requestUserInfo(tokens.accessToken, result) : tokens.errorMessage;
+    result.errorMessage = tokens.ok ? requestUserInfo(tokens.accessToken, work.abort, result) : tokens.errorMessage;
     result.success = result.errorMessage.empty();
 
     work.mailbox->reportResult(work.attempt.generation, std::move(result));

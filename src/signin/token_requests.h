@@ -9,6 +9,7 @@
 
 #include "signin/sign_in_attempt.h"
 #include "signin/sign_in_mailbox.h"
+#include "system/http.h"
 
 struct TokenResponse {
     bool ok = false;
@@ -19,10 +20,10 @@ struct TokenResponse {
 
 [[nodiscard]] TokenResponse exchangeCodeForTokens(const std::string& clientId, const std::string& clientSecret,
                                                   const std::string& code, const std::string& redirectUri,
-                                                  const std::string& codeVerifier);
+                                                  const std::string& codeVerifier, const HttpAbort& abort = {});
 
 [[nodiscard]] TokenResponse refreshAccessToken(const std::string& clientId, const std::string& clientSecret,
-                                               const std::string& refreshToken);
+                                               const std::string& refreshToken, const HttpAbort& abort = {});
 
 // The worker's own copy of what it needs.
 struct SignInWork {
@@ -32,6 +33,7 @@ struct SignInWork {
     std::string code;         // empty when restoring
     std::string refreshToken; // empty for a browser sign-in
     bool isRefresh = false;   // restore the stored session
+    HttpAbort abort;          // ends the worker's requests
     SignInAttempt attempt;
 };
 

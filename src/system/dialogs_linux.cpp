@@ -10,13 +10,13 @@
 #include <unistd.h>
 
 #include "system/dialog_hook.h"
+#include "system/dialog_problem.h"
 #include "system/operating_system.h"
+#include "system/portal_linux.h"
 #include "system/spawn_linux.h"
 #include "system/system_texts.h"
 
 namespace {
-
-enum class DialogOutcome { NoProgram, Answered };
 
 constexpr int kHookPeriodMs = 30;
 
@@ -37,29 +37,40 @@ std::string readToEnd(int descriptor, pid_t dialog) {
     }
 }
 
-// Runs a dialog program and waits for it. On a choice the program prints it with a line feed and exits with 0.
+// Runs a dialog program and waits for it. On a choice the program prints it with a line feed and exits with 0; on a
+// cancel it exits with 1. Unavailable when the program is not installed or fails.
 DialogOutcome runDialog(const std::vector<std::string>& arguments, std::string& choice) {
     int output[2];
-    if (::pipe2(output, O_CLOEXEC) != 0) return DialogOutcome::NoProgram;
+    if (::pipe2(output, O_CLOEXEC) != 0) return DialogOutcome::Unavailable;
     const SpawnResult dialog = spawnProgram(arguments, output[1]);
     ::close(output[1]);
     if (dialog.error == 0) choice = readToEnd(output[0], dialog.process);
     ::close(output[0]);
-    if (dialog.error != 0) return DialogOutcome::NoProgram;
+    if (dialog.error != 0) return DialogOutcome::Unavailable;
 
     int status = 0;
     while (::waitpid(dialog.process, &status, 0) < 0 && errno == EINTR) {
     }
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) choice.clear();
+    if (!WIFEXITED(status) || WEXITSTATUS(status) > 1) return DialogOutcome::Unavailable;
+    if (WEXITSTATUS(status) == 1) choice.clear();
     if (choice.ends_with('\n')) choice.pop_back(); // only one: the name itself may end in line feeds
     return DialogOutcome::Answered;
 }
 
-// Asks with GNOME's dialog program, or with KDE's when there is none.
-std::string askUser(const std::vector<std::string>& zenity, const std::vector<std::string>& kdialog) {
+// Asks with the first of these that can show a dialog: the desktop portal, GNOME's zenity, KDE's kdialog.
+std::string askUser(bool chooseFolder, const std::string& title, const std::string& start,
+                    const std::vector<std::string>& zenity, const std::vector<std::string>& kdialog) {
+    std::error_code unknown;
+    const std::filesystem::path path = start;
+    const bool isFolder = std::filesystem::is_directory(path, unknown);
+    const std::string folder = isFolder ? start : path.parent_path().string();
     std::string choice;
-    if (runDialog(zenity, choice) == DialogOutcome::Answered) return choice;
-    if (runDialog(kdialog, choice) == DialogOutcome::Answered) return choice;
+    if (askPortal(title, folder, chooseFolder, choice) == DialogOutcome::Answered) return choice;
+    for (const std::vector<std::string>& program : {zenity, kdialog}) {
+        choice.clear();
+        if (runDialog(program, choice) == DialogOutcome::Answered) return choice;
+    }
+    currentDialogProblem = kNoDialogText;
     return {};
 }
 
@@ -78,12 +89,14 @@ std::vector<std::string> startingAt(const std::string& path, std::vector<std::st
 } // namespace
 
 std::string browseForFolder(const std::string& title, const std::string& startPath) {
-    return askUser(startingAt(startPath, {"zenity", "--file-selection", "--directory", "--title=" + title}),
+    return askUser(true, title, startPath,
+                   startingAt(startPath, {"zenity", "--file-selection", "--directory", "--title=" + title}),
                    {"kdialog", "--title", title, "--getexistingdirectory", orCurrent(startPath)});
 }
 
 std::string pickProjectFile(const std::string& title, const std::string& initialPath) {
     const std::string filter = std::string("--file-filter=") + kProjectFilterText + " | " + kProjectFilterPattern;
-    return askUser(startingAt(initialPath, {"zenity", "--file-selection", "--title=" + title, filter}),
+    return askUser(false, title, initialPath,
+                   startingAt(initialPath, {"zenity", "--file-selection", "--title=" + title, filter}),
                    {"kdialog", "--title", title, "--getopenfilename", orCurrent(initialPath), kProjectFilterText});
 }

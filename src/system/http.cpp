@@ -1,17 +1,22 @@
 #include "system/http.h"
 
 #include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <string>
 #include <utility>
 
 #include <httplib.h>
 #include <openssl/ssl.h>
 #include <openssl/x509v3.h>
 
+#include "system/http_exchange.h"
 #include "system/percent_encoding.h"
 
 namespace {
 
 constexpr int kConnectionTimeoutSeconds = 15;
+constexpr int kDefaultReadTimeoutSeconds = 300; // the library's
 
 // cpp-httplib 0.53.1 hides OpenSSL's context behind tls_context() and deprecates ssl_context().
 template<class Client>
@@ -32,13 +37,6 @@ bool requireHostInCertificate(SSL_CTX* context, const std::string& host) {
            X509_VERIFY_PARAM_set1_host(rules, host.data(), host.size()) == 1;
 }
 
-// cpp-httplib 0.18.7 sends no User-Agent on a request whose body goes to a receiver. Every request carries it.
-httplib::Headers withAgent(const HttpFields& headers) {
-    httplib::Headers all(headers.begin(), headers.end());
-    all.emplace("User-Agent", std::string("cpp-httplib/") + CPPHTTPLIB_VERSION);
-    return all;
-}
-
 // Encoded here because the library's versions encode Params differently: cpp-httplib 0.53.1 writes a space as "+".
 std::string formBody(HttpFields fields) {
     std::sort(fields.begin(), fields.end());
@@ -50,72 +48,94 @@ std::string formBody(HttpFields fields) {
     return body;
 }
 
-// One client for one request. Every request of the launcher is set up here.
-class Request {
-  public:
-    explicit Request(const HttpsServer& server)
-        : client_(server.host, server.port) {
-        client_.set_connection_timeout(kConnectionTimeoutSeconds, 0);
-        if (server.readTimeoutSeconds > 0) client_.set_read_timeout(server.readTimeoutSeconds, 0);
-        client_.enable_server_certificate_verification(true);
-        usable_ = client_.is_valid() && requireHostInCertificate(tlsContext(client_), server.host);
+// The name of the progress callback differs between cpp-httplib 0.18.7 and 0.53.1.
+template<class Request, class Progress>
+void setProgress(Request& request, const Progress& progress) {
+    if constexpr (requires { request.download_progress; }) {
+        request.download_progress = progress;
+    } else {
+        request.progress = progress;
     }
+}
 
-    template<class Send>
-    HttpsAnswer answerTo(const Send& send) {
-        HttpsAnswer answer;
-        if (!usable_) return answer;
-        httplib::Result result = send(client_);
-        if (!result) return answer;
-        answer.answered = true;
-        answer.status = result->status;
-        answer.body = std::move(result->body);
-        return answer;
-    }
+httplib::Request newRequest(const char* method, const std::string& path, const HttpFields& headers) {
+    httplib::Request request;
+    request.method = method;
+    request.path = path;
+    request.headers.insert(headers.begin(), headers.end());
+    // cpp-httplib 0.18.7 sends no User-Agent on a request whose body goes to a receiver.
+    request.headers.emplace("User-Agent", std::string("cpp-httplib/") + CPPHTTPLIB_VERSION);
+    return request;
+}
 
-  private:
-    httplib::SSLClient client_;
-    bool usable_ = false;
-};
+// Every request of the launcher is sent here, with a client of its own.
+HttpsAnswer send(HttpExchange& exchange, const HttpsServer& server, const httplib::Request& request) {
+    httplib::SSLClient client(server.host, server.port);
+    client.set_connection_timeout(kConnectionTimeoutSeconds, 0);
+    if (server.readTimeoutSeconds > 0) client.set_read_timeout(server.readTimeoutSeconds, 0);
+    client.enable_server_certificate_verification(true);
+    client.set_socket_options([&exchange](socket_t socket) { exchange.watch(static_cast<std::intptr_t>(socket)); });
+    HttpsAnswer answer;
+    if (!client.is_valid() || !requireHostInCertificate(tlsContext(client), server.host)) return answer;
+    const httplib::Result result = client.send(request);
+    if (!result) return answer;
+    answer.answered = true;
+    answer.status = result->status;
+    return answer;
+}
+
+// Sends a request whose answer is kept in memory up to `bodyLimit`, and ends as a whole after twice the read time-out.
+HttpsAnswer sendForSmallAnswer(const HttpsServer& server, const httplib::Request& request, std::size_t bodyLimit) {
+    const int readTimeout = server.readTimeoutSeconds > 0 ? server.readTimeoutSeconds : kDefaultReadTimeoutSeconds;
+    return HttpExchange::run(
+        server.abort, std::chrono::seconds(2 * readTimeout),
+        [server, request = request, bodyLimit](HttpExchange& exchange) mutable {
+            int status = 0;
+            std::string body;
+            request.response_handler = [&](const httplib::Response& response) {
+                status = response.status;
+                return true;
+            };
+            request.content_receiver = [&](const char* data, std::size_t size, std::uint64_t, std::uint64_t) {
+                body.append(data, size);
+                return body.size() <= bodyLimit;
+            };
+            HttpsAnswer answer = send(exchange, server, request);
+            if (body.size() > bodyLimit) { // our receiver ended the request, which the library reports as no answer
+                answer.answered = true;
+                answer.status = status;
+            }
+            if (answer.answered) answer.body = std::move(body);
+            return answer;
+        });
+}
 
 } // namespace
 
 HttpsAnswer httpsGet(const HttpsServer& server, const std::string& path, const HttpFields& headers,
                      std::size_t bodyLimit) {
-    int status = 0;
-    std::string body;
-    const httplib::ResponseHandler onHeaders = [&](const httplib::Response& response) {
-        status = response.status;
-        return true;
-    };
-    const httplib::ContentReceiver onBody = [&](const char* data, std::size_t size) {
-        body.append(data, size);
-        return body.size() <= bodyLimit;
-    };
-    HttpsAnswer answer = Request(server).answerTo(
-        [&](httplib::SSLClient& client) { return client.Get(path, withAgent(headers), onHeaders, onBody); });
-    if (body.size() > bodyLimit) { // our receiver ended the request, which the library reports as no answer
-        answer.answered = true;
-        answer.status = status;
-    }
-    if (answer.answered) answer.body = std::move(body);
-    return answer;
+    return sendForSmallAnswer(server, newRequest("GET", path, headers), bodyLimit);
 }
 
 HttpsAnswer httpsPostForm(const HttpsServer& server, const std::string& path, const HttpFields& fields) {
-    const std::string form = formBody(fields);
-    return Request(server).answerTo([&](httplib::SSLClient& client) {
-        return client.Post(path, withAgent({}), form, "application/x-www-form-urlencoded");
-    });
+    httplib::Request request = newRequest("POST", path, {{"Content-Type", "application/x-www-form-urlencoded"}});
+    request.body = formBody(fields);
+    return sendForSmallAnswer(server, request, kDefaultBodyLimit);
 }
 
 HttpsAnswer httpsDownload(const HttpsServer& server, const std::string& path,
                           const std::function<bool(const char* data, std::size_t size)>& receive,
                           const std::function<bool(std::int64_t received, std::int64_t total)>& progress) {
-    const httplib::ContentReceiver onBody = receive;
-    return Request(server).answerTo([&](httplib::SSLClient& client) {
-        return client.Get(path, withAgent({}), onBody, [&](std::uint64_t received, std::uint64_t total) {
-            return progress(static_cast<std::int64_t>(received), static_cast<std::int64_t>(total));
+    constexpr auto unlimited = std::chrono::seconds(0);
+    return HttpExchange::run(server.abort, unlimited, [server, path, receive, progress](HttpExchange& exchange) {
+        httplib::Request request = newRequest("GET", path, {});
+        request.content_receiver = [&](const char* data, std::size_t size, std::uint64_t, std::uint64_t) {
+            return exchange.deliver([&] { return receive(data, size); });
+        };
+        setProgress(request, [&](std::uint64_t received, std::uint64_t total) {
+            return exchange.deliver(
+                [&] { return progress(static_cast<std::int64_t>(received), static_cast<std::int64_t>(total)); });
         });
+        return send(exchange, server, request);
     });
 }

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -16,14 +17,38 @@
 // outputs are then meaningless.
 [[nodiscard]] bool parseHttpsUrl(const std::string& url, std::string& host, int& port, std::string& path);
 
+// Ends requests from another thread. Copies share one state: keep one, and pass the other with the request. Any thread.
+class HttpAbort {
+  public:
+    HttpAbort();
+
+    // The requests that use this state, now and later, end with no answer; a running one within 100 ms, whether it
+    // looks up a name, connects, shakes hands, waits or reads. There is no way back: use a new object for new requests.
+    void abort();
+
+    [[nodiscard]] bool isAborted() const;
+
+    struct State;
+
+  private:
+    friend class HttpExchange;
+    std::shared_ptr<State> state_;
+};
+
+// The number of requests whose thread still runs: an aborted request can leave a thread behind that waits for a name
+// server. main must leave by std::_Exit when there are some, because they still use static objects.
+[[nodiscard]] int unfinishedRequests();
+
 struct HttpsServer {
     std::string host;
     int port = 443;
     int readTimeoutSeconds = 0; // 0: the library's default of 300 seconds
+    HttpAbort abort = {};
 };
 
-// A request has three outcomes: no answer (no connection, TLS or certificate failure, time-out, truncated body), an
-// answer with another status, and an answer with status 200 and its body. Callers test the status for exactly 200.
+// httpsGet and httpsPostForm end as a whole, headers included, after twice the read time-out. httpsDownload has no such
+// limit. A request has three outcomes: no answer (no connection, TLS or certificate failure, time-out, truncated body),
+// an answer with another status, and an answer with status 200 and its body. Callers test the status for exactly 200.
 struct HttpsAnswer {
     bool answered = false;
     int status = 0;
@@ -43,9 +68,9 @@ inline constexpr std::size_t kDefaultBodyLimit = 4u << 20;
 [[nodiscard]] HttpsAnswer httpsPostForm(const HttpsServer& server, const std::string& path, const HttpFields& fields);
 
 // Streams the body of a GET to `receive` in pieces of the library's choosing; the answer's `body` stays empty. Bodies
-// of answers other than 200 arrive too: only the status afterwards tells. A callback that returns false ends the
-// request, and the result is no answer. `progress` gets the bytes so far and the announced total; it may never be
-// called when no length was announced.
+// of answers other than 200 arrive too: only the status afterwards tells. The callbacks run on another thread
+// while the caller waits. One that returns false ends the request, and the result is no answer. `progress` gets the
+// bytes so far and the announced total; it may never be called when no length was announced.
 [[nodiscard]] HttpsAnswer httpsDownload(const HttpsServer& server, const std::string& path,
                                         const std::function<bool(const char* data, std::size_t size)>& receive,
                                         const std::function<bool(std::int64_t received, std::int64_t total)>& progress);

@@ -2,8 +2,9 @@
 
 // Small differences between the platforms, one function each. Any thread.
 
-#include <cstdint>
+#include <cstddef>
 #include <ctime>
+#include <functional>
 
 // The name that the update server knows this platform by: "linux" or "windows".
 [[nodiscard]] const char* platformName();
@@ -14,5 +15,5 @@
 // Makes a write to a broken connection fail instead of ending the process. Call it once, before any connection.
 void ignoreBrokenPipes();
 
-// Keeps other programs from binding the same port. `socket` is not yet bound.
-void keepPortExclusive(std::intptr_t socket);
+// Runs `work` on a new thread with a stack of this size. Nobody joins the thread. False when the system refuses it.
+[[nodiscard]] bool startThread(std::size_t stackBytes, std::function<void()> work);

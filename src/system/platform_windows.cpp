@@ -1,6 +1,11 @@
 #include "system/platform.h"
 
-#include <winsock2.h>
+#include <cstdint>
+#include <memory>
+#include <utility>
+
+#include <windows.h>
+#include <process.h>
 
 const char* platformName() {
     return "windows";
@@ -13,9 +18,17 @@ bool toLocalTime(std::time_t seconds, std::tm& local) {
 // Windows reports a broken connection to the writer only.
 void ignoreBrokenPipes() {}
 
-// Without this option a second socket with SO_REUSEADDR could bind the port and take its connections.
-void keepPortExclusive(std::intptr_t socket) {
-    const BOOL yes = TRUE;
-    ::setsockopt(static_cast<SOCKET>(socket), SOL_SOCKET, SO_EXCLUSIVEADDRUSE, reinterpret_cast<const char*>(&yes),
-                 sizeof yes);
+bool startThread(std::size_t stackBytes, std::function<void()> work) {
+    auto owned = std::make_unique<std::function<void()>>(std::move(work));
+    const auto run = [](void* argument) -> unsigned {
+        const std::unique_ptr<std::function<void()>> started(static_cast<std::function<void()>*>(argument));
+        (*started)();
+        return 0;
+    };
+    const std::uintptr_t thread = ::_beginthreadex(nullptr, static_cast<unsigned>(stackBytes), run, owned.get(),
+                                                   STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
+    if (thread == 0) return false;
+    (void)owned.release(); // the thread deletes it
+    ::CloseHandle(reinterpret_cast<HANDLE>(thread));
+    return true;
 }

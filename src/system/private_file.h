@@ -12,3 +12,6 @@ void createPrivateFolders(const std::string& path);
 // On Linux the file has mode 0600 before the first byte is written, even when it existed with a wider mode. On failure
 // a part of the file may stay behind.
 [[nodiscard]] bool writePrivateFile(const std::string& path, const std::string& text);
+
+// Makes a rename in this folder safe against a power cut. Windows needs nothing for that.
+void syncFolder(const std::string& path);

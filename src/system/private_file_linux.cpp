@@ -37,3 +37,10 @@ bool writePrivateFile(const std::string& path, const std::string& text) {
     const bool written = ::fchmod(file, 0600) == 0 && writeAll(file, text) && ::fsync(file) == 0;
     return ::close(file) == 0 && written;
 }
+
+void syncFolder(const std::string& path) {
+    const int folder = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (folder < 0) return;
+    ::fsync(folder);
+    ::close(folder);
+}

@@ -1,12 +1,12 @@
 #include "ui/ui_fonts.h"
 
 #include <array>
-#include <bitset>
 #include <cmath>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <unordered_set>
 #include <vector>
 
 #include <imgui_internal.h>
@@ -39,7 +39,7 @@ struct Fonts {
     int fileBytes = 0;
     std::vector<SizedFont> sized;
     std::vector<std::unique_ptr<FallbackFace>> faces;
-    std::bitset<0x10000> missing; // characters that no font has
+    std::unordered_set<ImWchar> missing; // characters that no font has
 };
 Fonts fonts;
 
@@ -87,13 +87,13 @@ bool initializeFace(FallbackFace& face) {
 }
 
 bool isWorthAsking(ImWchar character) {
-    const bool surrogateOrPrivate = character >= 0xD800 && character < 0xF900;
-    return character >= 0xA0 && !surrogateOrPrivate &&
-           character < 0xFFF0; // the last sixteen are no characters for display
+    const bool surrogateOrPrivate = (character >= 0xD800 && character < 0xF900) || character >= 0xF0000;
+    const bool special = (character & 0xFFFFu) >= 0xFFF0; // no characters for display
+    return character >= 0xA0 && !surrogateOrPrivate && !special;
 }
 
 ImFontConfig* faceWith(ImWchar character) {
-    if (!fonts.atlas || !isWorthAsking(character) || fonts.missing[character]) return nullptr;
+    if (!fonts.atlas || !isWorthAsking(character) || fonts.missing.contains(character)) return nullptr;
     const ImFontLoader* loader = ImFontAtlasGetFontLoaderForStbTruetype();
     for (const auto& face : fonts.faces)
         if (loader->FontSrcContainsGlyph(fonts.atlas, &face->config, character)) return &face->config;
@@ -107,7 +107,7 @@ ImFontConfig* faceWith(ImWchar character) {
             if (loader->FontSrcContainsGlyph(fonts.atlas, config, character)) return config;
         }
     }
-    fonts.missing.set(character);
+    fonts.missing.insert(character);
     return nullptr;
 }
 

@@ -1,5 +1,7 @@
 #include "ui/ui_host.h"
 
+#include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <span>
 
@@ -12,10 +14,12 @@
 #include "ui/ui_host_platform.h"
 #include "ui/ui_host_window.h"
 #include "ui/ui_pacing.h"
+#include "ui/ui_popups.h"
 
 namespace {
 
 constexpr const char* kPlacementFile = "Launcher.window";
+constexpr double kFootLineSeconds = 8.0;
 
 } // namespace
 
@@ -63,6 +67,7 @@ bool UiHost::beginFrame() {
     pacer.setIconified(glfwGetWindowAttrib(window.handle, GLFW_ICONIFIED) == GLFW_TRUE);
     pacer.frameStarted(glfwGetTime());
     window.followScale();
+    window.rememberSettledPlacement();
     ImGui_ImplOpenGL3_NewFrame();
     ImGui_ImplGlfw_NewFrame();
     ImGui::NewFrame();
@@ -74,6 +79,7 @@ bool UiHost::beginFrame() {
 
 bool UiHost::presentFrame(const float* clearColour) {
     Window& window = *window_;
+    if (ImGui::GetTime() < window.footLineUntil) uiThemeFootLine(window.footLine);
     ImGui::Render();
     ++window.integration.framesBuilt;
     ImDrawData& frame = *ImGui::GetDrawData();
@@ -84,6 +90,23 @@ bool UiHost::presentFrame(const float* clearColour) {
     window.lastImage.keep(frame, clear);
     ++window.integration.framesPresented;
     return true;
+}
+
+void UiHost::requestAttention() {
+    if (glfwGetWindowAttrib(window_->handle, GLFW_FOCUSED) == GLFW_FALSE) glfwRequestWindowAttention(window_->handle);
+}
+
+void UiHost::setProgress(float fraction) {
+    const int percent = fraction < 0.0f ? -1 : static_cast<int>(std::lround(100.0f * std::min(fraction, 1.0f)));
+    if (percent == window_->progressPercent) return;
+    window_->progressPercent = percent;
+    showTaskbarProgress(window_->handle, percent);
+}
+
+void UiHost::say(const std::string& text) {
+    if (text.empty()) return;
+    window_->footLine = text;
+    window_->footLineUntil = ImGui::GetTime() + kFootLineSeconds;
 }
 
 void UiHost::repaintBehindDialog(std::int64_t dialog) {

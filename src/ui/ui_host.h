@@ -35,13 +35,23 @@ class UiHost {
     [[nodiscard]] bool initialize(const UiHostDesc& desc, std::string& errorText);
 
     [[nodiscard]] bool beginFrame();                           // false: end the loop
-    [[nodiscard]] float dpiScale() const;                      // screen coordinates per unit, in this frame
+    [[nodiscard]] float dpiScale() const;                      // screen coordinates per unit, with the user's zoom
     [[nodiscard]] bool presentFrame(const float* clearColour); // red, green, blue, alpha; false: end the loop
     void shutdown();                                           // saves the window's placement
 
     // Call repeatedly while a dialog of the process `dialog` blocks the frame thread. Answers the window system,
     // repaints the last image after damage, keeps the dialog in front, and discards input to the window. Runs no frame.
     void repaintBehindDialog(std::int64_t dialog);
+
+    // Asks the user to come back, as the desktop does it (the task bar flashes). Does nothing while the window has the
+    // focus.
+    void requestAttention();
+
+    // Shows the progress of a download in the task bar, from 0 to 1. Negative: none runs.
+    void setProgress(float fraction);
+
+    // Shows a line over the foot of the window for some seconds. An empty text does nothing.
+    void say(const std::string& text);
 
     // The folder of the file that holds the window's placement between runs, UTF-8. Set it before initialize. Empty:
     // the placement is neither read nor written.

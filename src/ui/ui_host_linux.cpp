@@ -1,8 +1,11 @@
+#include <algorithm>
+#include <utility>
 #include <vector>
 
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
+#include <systemd/sd-bus.h>
 
 #include "ui/ui_host_platform.h"
 
@@ -11,6 +14,8 @@ extern "C" __attribute__((weak)) Display* glfwGetX11Display();
 extern "C" __attribute__((weak)) Window glfwGetX11Window(GLFWwindow* window);
 
 namespace {
+
+constexpr const char* kDesktopEntry = "application://volo-launcher.desktop";
 
 // The numbers in a property of a window. Empty if the window has no such property.
 std::vector<unsigned long> numbersIn(Display* display, Window window, const char* property, Atom type) {
@@ -50,6 +55,20 @@ void darkenTitleBar(GLFWwindow* /*window*/) {} // window managers of X11 and Way
 
 // zenity 3.44 ignores the parent window that it is given for its file chooser, so the hint is set on its windows from
 // here.
+// The signal of the Unity launcher, which the docks of several desktops show. It is sent to whoever listens, and no
+// answer is awaited. Without a session bus nothing happens.
+void showTaskbarProgress(GLFWwindow* /*window*/, int percent) {
+    static sd_bus* bus =
+        nullptr; // open until the process ends: docks forget the progress of a connection that is closed
+    static bool tried = false;
+    if (!std::exchange(tried, true) && sd_bus_open_user(&bus) < 0) bus = nullptr;
+    if (bus == nullptr) return;
+    sd_bus_emit_signal(bus, "/com/canonical/unity/launcherentry/1", "com.canonical.Unity.LauncherEntry", "Update",
+                       "sa{sv}", kDesktopEntry, 2, "progress", "d", std::max(percent, 0) / 100.0, "progress-visible",
+                       "b", percent >= 0);
+    sd_bus_flush(bus);
+}
+
 bool keepInFront(std::int64_t process, GLFWwindow* owner) {
     Display* display = glfwGetX11Display && glfwGetX11Window ? glfwGetX11Display() : nullptr;
     if (display == nullptr) return false;

@@ -1,8 +1,7 @@
-// Size, scale and place of the window.
+// Size, scale, zoom and place of the window.
 
 #include <algorithm>
 #include <cmath>
-#include <vector>
 
 #include <GLFW/glfw3.h>
 
@@ -10,18 +9,7 @@
 
 namespace {
 
-// The primary monitor's area is the first.
-std::vector<ScreenArea> screenAreas() {
-    std::vector<ScreenArea> areas;
-    int count = 0;
-    GLFWmonitor** monitors = glfwGetMonitors(&count);
-    for (int i = 0; i < count; ++i) {
-        ScreenArea area;
-        glfwGetMonitorWorkarea(monitors[i], &area.x, &area.y, &area.width, &area.height);
-        if (area.width > 0 && area.height > 0) areas.push_back(area);
-    }
-    return areas;
-}
+constexpr double kSettleSeconds = 0.5;
 
 int scaled(int units, float scale) {
     return static_cast<int>(std::lround(static_cast<float>(units) * scale));
@@ -43,47 +31,94 @@ float UiHost::Window::contentScale() const {
     return monitor > 0.0f ? monitor : 1.0f;
 }
 
+// The monitors' areas for the window's content, the primary monitor's first.
+std::vector<ScreenArea> UiHost::Window::contentAreas() const {
+    WindowFrame frame;
+    glfwGetWindowFrameSize(handle, &frame.left, &frame.top, &frame.right, &frame.bottom);
+    std::vector<ScreenArea> areas;
+    int count = 0;
+    GLFWmonitor** monitors = glfwGetMonitors(&count);
+    for (int i = 0; i < count; ++i) {
+        ScreenArea area;
+        glfwGetMonitorWorkarea(monitors[i], &area.x, &area.y, &area.width, &area.height);
+        if (area.width > 0 && area.height > 0) areas.push_back(insideFrame(area, frame));
+    }
+    return areas;
+}
+
+ScreenArea UiHost::Window::minimumSize(int atZoom) const {
+    const float factor = contentScale() * static_cast<float>(atZoom) / 100.0f;
+    return {0, 0, scaled(desc.minWidth, factor), scaled(desc.minHeight, factor)};
+}
+
+void UiHost::Window::limitSize() {
+    ScreenArea minimum = minimumSize(zoom);
+    for (const ScreenArea& area : contentAreas()) { // a minimum larger than a monitor would push the window off it
+        minimum.width = std::min(minimum.width, area.width);
+        minimum.height = std::min(minimum.height, area.height);
+    }
+    glfwSetWindowSizeLimits(handle, minimum.width, minimum.height, GLFW_DONT_CARE, GLFW_DONT_CARE);
+}
+
 void UiHost::Window::followScale() {
-    const float now = contentScale();
+    const float now = contentScale() * static_cast<float>(zoom) / 100.0f;
     if (now == scale) return;
     scale = now;
-    int minWidth = scaled(desc.minWidth, scale);
-    int minHeight = scaled(desc.minHeight, scale);
-    for (const ScreenArea& area : screenAreas()) { // a minimum larger than a monitor would push the window off it
-        minWidth = std::min(minWidth, area.width);
-        minHeight = std::min(minHeight, area.height);
-    }
-    glfwSetWindowSizeLimits(handle, minWidth, minHeight, GLFW_DONT_CARE, GLFW_DONT_CARE);
+    limitSize();
+}
+
+void UiHost::Window::zoomBy(int steps) {
+    const std::vector<ScreenArea> areas = contentAreas();
+    const int wanted = steps == 0 ? 100 : stepZoom(zoom, steps, largestZoom(areas, minimumSize(100)));
+    if (wanted == zoom) return;
+    zoom = wanted;
+    followScale();
+    placementChangedAt = glfwGetTime();
+    if (glfwGetWindowAttrib(handle, GLFW_MAXIMIZED) == GLFW_TRUE) return;
+    WindowPlacement now;
+    glfwGetWindowPos(handle, &now.x, &now.y);
+    glfwGetWindowSize(handle, &now.width, &now.height);
+    const WindowPlacement fitted = fitPlacement(now, areas, minimumSize(zoom));
+    if (fitted == now) return;
+    glfwSetWindowSize(handle, fitted.width, fitted.height);
+    glfwSetWindowPos(handle, fitted.x, fitted.y);
 }
 
 void UiHost::Window::place() {
-    followScale();
-    const std::vector<ScreenArea> areas = screenAreas();
     constexpr int kNowhere = -100'000; // on no area, so fitPlacement centres the window on the first
-    WindowPlacement wanted{kNowhere, kNowhere, desc.width, desc.height, false};
+    WindowPlacement wanted{kNowhere, kNowhere, desc.width, desc.height};
     if (!placementFile.empty() && (placement = readPlacement(placementFile))) wanted = *placement;
-    wanted.width = scaled(wanted.width, scale);
-    wanted.height = scaled(wanted.height, scale);
-    const WindowPlacement fitted =
-        fitPlacement(wanted, areas, {0, 0, scaled(desc.minWidth, scale), scaled(desc.minHeight, scale)});
+    const std::vector<ScreenArea> areas = contentAreas();
+    zoom = std::min(wanted.zoom, largestZoom(areas, minimumSize(100)));
+    followScale();
+    wanted.width = scaled(wanted.width, contentScale());
+    wanted.height = scaled(wanted.height, contentScale());
+    const WindowPlacement fitted = fitPlacement(wanted, areas, minimumSize(zoom));
     glfwSetWindowSize(handle, fitted.width, fitted.height);
     if (!areas.empty()) glfwSetWindowPos(handle, fitted.x, fitted.y);
     if (fitted.maximized) glfwMaximizeWindow(handle);
 }
 
 void UiHost::Window::rememberPlacement() {
+    placementChangedAt = 0.0;
     if (placementFile.empty()) return;
     const bool maximized = glfwGetWindowAttrib(handle, GLFW_MAXIMIZED) == GLFW_TRUE;
     const bool iconified = glfwGetWindowAttrib(handle, GLFW_ICONIFIED) == GLFW_TRUE;
-    WindowPlacement now = placement.value_or(WindowPlacement{0, 0, desc.width, desc.height, false});
+    WindowPlacement now = placement.value_or(WindowPlacement{0, 0, desc.width, desc.height});
     // A maximized or iconified window does not know the size it will be restored to, so the last known size stays.
     if (!maximized && !iconified) {
         glfwGetWindowPos(handle, &now.x, &now.y);
         glfwGetWindowSize(handle, &now.width, &now.height);
-        now.width = scaled(now.width, 1.0f / scale);
-        now.height = scaled(now.height, 1.0f / scale);
+        now.width = scaled(now.width, 1.0f / contentScale());
+        now.height = scaled(now.height, 1.0f / contentScale());
     }
     now.maximized = maximized;
+    now.zoom = zoom;
     if (now == placement) return;
-    static_cast<void>(writePlacement(placementFile, now)); // a failure costs only convenience
+    if (writePlacement(placementFile, now)) placement = now; // a failure costs only convenience
+}
+
+// A session that ends, SIGTERM and Ctrl+C end the process without a regular shutdown.
+void UiHost::Window::rememberSettledPlacement() {
+    if (placementChangedAt > 0.0 && glfwGetTime() - placementChangedAt >= kSettleSeconds) rememberPlacement();
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <string_view>
 #include <vector>
 
 #include <GLFW/glfw3.h>
@@ -221,9 +222,25 @@ void UiHost::Window::noteDamage(GLFWwindow* source) {
     if (window.context->WithinFrameScope && !window.behindDialog) window.repaintDamage();
 }
 
+void UiHost::Window::notePlacement(GLFWwindow* source) {
+    of(source).placementChangedAt = glfwGetTime();
+    noteEvent(source);
+}
+
+// Ctrl with +, - and 0 zoom. The keys are compared by their character, because "+" is another key on every layout.
+void UiHost::Window::noteKey(GLFWwindow* source, int key, int scanCode, int action, int modifiers) {
+    noteEvent(source);
+    if (action == GLFW_RELEASE || (modifiers & GLFW_MOD_CONTROL) == 0 || (modifiers & GLFW_MOD_ALT) != 0) return;
+    const char* name = glfwGetKeyName(key, scanCode);
+    const std::string_view character = name ? name : "";
+    if (character == "+" || character == "=") of(source).zoomBy(1);
+    if (character == "-") of(source).zoomBy(-1);
+    if (character == "0") of(source).zoomBy(0);
+}
+
 void UiHost::Window::watchEvents() {
     glfwSetWindowUserPointer(handle, this);
-    glfwSetKeyCallback(handle, [](GLFWwindow* source, int, int, int, int) { noteEvent(source); });
+    glfwSetKeyCallback(handle, noteKey);
     glfwSetCharCallback(handle, [](GLFWwindow* source, unsigned int) { noteEvent(source); });
     glfwSetMouseButtonCallback(handle, [](GLFWwindow* source, int, int, int) { notePointer(source); });
     glfwSetCursorPosCallback(handle, [](GLFWwindow* source, double, double) { noteEvent(source); });
@@ -234,6 +251,9 @@ void UiHost::Window::watchEvents() {
         pointed ? notePointer(source) : noteEvent(source);
     });
     glfwSetWindowContentScaleCallback(handle, [](GLFWwindow* source, float, float) { noteEvent(source); });
+    glfwSetWindowPosCallback(handle, [](GLFWwindow* source, int, int) { notePlacement(source); });
+    glfwSetWindowSizeCallback(handle, [](GLFWwindow* source, int, int) { notePlacement(source); });
+    glfwSetWindowMaximizeCallback(handle, [](GLFWwindow* source, int) { notePlacement(source); });
     glfwSetFramebufferSizeCallback(handle, [](GLFWwindow* source, int, int) { noteDamage(source); });
     glfwSetWindowRefreshCallback(handle, noteDamage);
 }

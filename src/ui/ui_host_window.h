@@ -9,6 +9,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 #include <imgui.h>
 
@@ -42,9 +43,14 @@ struct UiHost::Window {
 
     FramePacer pacer;
     LastImage lastImage;
+    int zoom = 100;                  // percent
+    double placementChangedAt = 0.0; // when the window was moved or resized last, by glfwGetTime; 0: it has been saved
+    int progressPercent = -1;        // in the task bar; -1: none
+    std::string footLine;
+    double footLineUntil = 0.0;     // by ImGui::GetTime
     bool behindDialog = false;      // repaintBehindDialog is polling for events
     std::int64_t dialogInFront = 0; // the dialog process whose windows were made transient last
-    float scale = 0.0f;             // screen coordinates per unit, in this frame
+    float scale = 0.0f;             // screen coordinates per unit, zoom included, in this frame
 
     ~Window();
     [[nodiscard]] bool open(std::string& errorText);
@@ -52,17 +58,24 @@ struct UiHost::Window {
     void draw(ImDrawData& frame, std::span<const float, 4> clear) const;
     void followScale();
     void rememberPlacement();
+    void rememberSettledPlacement(); // once nothing has changed for half a second
+    void zoomBy(int steps);          // 0: back to 100%
     static void notePointer(GLFWwindow* source);
 
   private:
     static Window& of(GLFWwindow* source);
     static void noteEvent(GLFWwindow* source);
     static void noteDamage(GLFWwindow* source);
+    static void notePlacement(GLFWwindow* source);
+    static void noteKey(GLFWwindow* source, int key, int scanCode, int action, int modifiers);
     [[nodiscard]] bool createWindow(std::string& errorText);
     [[nodiscard]] bool createContext(std::string& errorText);
     void setIcon();
     void watchEvents();
     void show();
     void place();
+    void limitSize();
     [[nodiscard]] float contentScale() const;
+    [[nodiscard]] std::vector<ScreenArea> contentAreas() const;
+    [[nodiscard]] ScreenArea minimumSize(int atZoom) const;
 };

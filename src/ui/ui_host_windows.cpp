@@ -4,6 +4,7 @@
 #include <GLFW/glfw3.h>
 #include <GLFW/glfw3native.h>
 #include <dwmapi.h>
+#include <shobjidl.h>
 
 void darkenTitleBar(GLFWwindow* window) {
     const HWND handle = glfwGetWin32Window(window);
@@ -12,6 +13,21 @@ void darkenTitleBar(GLFWwindow* window) {
     constexpr DWORD kUseDarkMode = 20;
     if (FAILED(DwmSetWindowAttribute(handle, kUseDarkMode, &dark, sizeof dark)))
         DwmSetWindowAttribute(handle, kUseDarkMode - 1, &dark, sizeof dark);
+}
+
+void showTaskbarProgress(GLFWwindow* window, int percent) {
+    static ITaskbarList3* taskbar = nullptr; // released by the end of the process
+    if (taskbar == nullptr) {
+        if (FAILED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) ||
+            FAILED(CoCreateInstance(CLSID_TaskbarList, nullptr, CLSCTX_INPROC_SERVER, IID_ITaskbarList3,
+                                    reinterpret_cast<void**>(&taskbar))) ||
+            FAILED(taskbar->HrInit())) {
+            return;
+        }
+    }
+    const HWND handle = glfwGetWin32Window(window);
+    taskbar->SetProgressState(handle, percent < 0 ? TBPF_NOPROGRESS : TBPF_NORMAL);
+    if (percent >= 0) taskbar->SetProgressValue(handle, static_cast<ULONGLONG>(percent), 100);
 }
 
 bool keepInFront(std::int64_t /*process*/, GLFWwindow* /*owner*/) {

@@ -23,12 +23,13 @@ inline constexpr ImU32 kNone = 0x00000000;
 // Lines.
 inline constexpr ImU32 kBorder = 0xFF302E2E;
 inline constexpr ImU32 kBorderStrong = 0xFF423F3F;
-inline constexpr ImU32 kGrab = 0xFF484545;
-inline constexpr ImU32 kGrabHovered = 0xFF5C5858;
-inline constexpr ImU32 kGrabHeld = 0xFF706C6C;
+inline constexpr ImU32 kGrab = 0xFF706C6C; // of scroll bars
+inline constexpr ImU32 kGrabHovered = 0xFF8A8686;
+inline constexpr ImU32 kGrabHeld = 0xFFA3A0A0;
 
 // Text.
 inline constexpr ImU32 kForeground = 0xFFF5F5F5;
+inline constexpr ImU32 kCaret = 0xFFF4F5F5; // of nothing else: text_field.cpp finds the caret by it
 inline constexpr ImU32 kMuted = 0xFFA8A4A3;
 inline constexpr ImU32 kDestructive = 0xFF7878F5;
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstddef>
 #include <cstdint>
 #include <fstream>
 
@@ -10,6 +11,7 @@ namespace {
 
 constexpr int kFarthest = 100'000; // beyond any desktop; sums of two stay inside an int
 constexpr std::size_t kMaxFileBytes = 128;
+constexpr std::array kZooms = {80, 90, 100, 110, 125, 150, 175, 200}; // percent
 
 std::int64_t overlap(int a, int aLength, int b, int bLength) {
     return std::max(0, std::min(a + aLength, b + bLength) - std::max(a, b));
@@ -18,10 +20,12 @@ std::int64_t overlap(int a, int aLength, int b, int bLength) {
 } // namespace
 
 std::optional<WindowPlacement> parsePlacement(std::string_view text) {
-    std::array<int, 6> numbers{};
+    std::array<int, 7> numbers{};
+    numbers.back() = 100;
     const char* at = text.data();
     const char* const end = at + text.size();
-    for (std::size_t i = 0; i < numbers.size(); ++i) {
+    const std::size_t count = text.starts_with("1 ") ? 6 : 7;
+    for (std::size_t i = 0; i < count; ++i) {
         if (i > 0 && (at == end || *at++ != ' ')) return std::nullopt;
         const auto [next, error] = std::from_chars(at, end, numbers[i]);
         if (error != std::errc{}) return std::nullopt;
@@ -29,17 +33,18 @@ std::optional<WindowPlacement> parsePlacement(std::string_view text) {
     }
     if (std::string_view(at, static_cast<std::size_t>(end - at)) != "\n") return std::nullopt;
 
-    const auto [version, x, y, width, height, maximized] = numbers;
+    const auto [version, x, y, width, height, maximized, zoom] = numbers;
     const auto within = [](int value, int lowest) { return value >= lowest && value <= kFarthest; };
-    if (version != 1 || !within(x, -kFarthest) || !within(y, -kFarthest) || !within(width, 1) || !within(height, 1) ||
-        (maximized != 0 && maximized != 1))
+    if ((version != 1 && version != 2) || !within(x, -kFarthest) || !within(y, -kFarthest) || !within(width, 1) ||
+        !within(height, 1) || (maximized != 0 && maximized != 1) || std::ranges::find(kZooms, zoom) == kZooms.end())
         return std::nullopt;
-    return WindowPlacement{x, y, width, height, maximized == 1};
+    return WindowPlacement{x, y, width, height, maximized == 1, zoom};
 }
 
 std::string formatPlacement(const WindowPlacement& placement) {
-    std::string text = "1";
-    for (const int number : {placement.x, placement.y, placement.width, placement.height, placement.maximized ? 1 : 0})
+    std::string text = "2";
+    for (const int number :
+         {placement.x, placement.y, placement.width, placement.height, placement.maximized ? 1 : 0, placement.zoom})
         text += ' ' + std::to_string(number);
     return text + '\n';
 }
@@ -67,6 +72,24 @@ bool writePlacement(const std::filesystem::path& file, const WindowPlacement& pl
     std::error_code ignored;
     if (error) std::filesystem::remove(unfinished, ignored);
     return !error;
+}
+
+ScreenArea insideFrame(const ScreenArea& area, const WindowFrame& frame) {
+    return {area.x + frame.left, area.y + frame.top, std::max(1, area.width - frame.left - frame.right),
+            std::max(1, area.height - frame.top - frame.bottom)};
+}
+
+int stepZoom(int zoom, int steps, int most) {
+    const auto at = std::ranges::lower_bound(kZooms, zoom) - kZooms.begin();
+    const auto last = std::ranges::upper_bound(kZooms, most) - kZooms.begin() - 1;
+    return kZooms[static_cast<std::size_t>(std::clamp<std::ptrdiff_t>(at + steps, 0, last))];
+}
+
+int largestZoom(std::span<const ScreenArea> areas, const ScreenArea& minimum) {
+    int most = 100;
+    for (const ScreenArea& area : areas)
+        most = std::max(most, std::min(100 * area.width / minimum.width, 100 * area.height / minimum.height));
+    return std::min(most, kZooms.back());
 }
 
 WindowPlacement fitPlacement(const WindowPlacement& wanted, std::span<const ScreenArea> areas,

@@ -6,6 +6,7 @@
 
 #include "ui/ui_keyboard.h"
 #include "ui/ui_palette.h"
+#include "ui/ui_text.h"
 #include "ui/ui_theme.h"
 
 namespace {
@@ -15,6 +16,9 @@ constexpr ImVec2 kMenuSpacing = {16.0f, 14.0f}; // the highlight of an entry cov
 constexpr ImVec2 kModalPadding = {20.0f, 18.0f};
 constexpr ImVec2 kModalTitlePadding = {20.0f, 12.0f};
 constexpr ImVec2 kModalSpacing = {8.0f, 8.0f};
+constexpr float kParagraphLineGap = 4.0f;
+constexpr ImVec2 kTooltipPadding = {10.0f, 8.0f};
+constexpr float kTooltipWidth = 480.0f;
 
 struct Opening {
     ImGuiID window = 0;
@@ -31,6 +35,19 @@ void fadeIn(const ImGuiWindow& window) {
     uiThemeFade(window.DrawList, opacity);
 }
 
+// Moves a modal popup back inside when the viewport has become smaller or the popup larger. At other times the user may
+// drag it anywhere.
+void keepInside(ImGuiWindow* popup) {
+    static ImVec2 checkedViewport, checkedSize;
+    const ImGuiViewport& viewport = *ImGui::GetMainViewport();
+    if (viewport.WorkSize == checkedViewport && popup->Size == checkedSize) return;
+    checkedViewport = viewport.WorkSize;
+    checkedSize = popup->Size;
+    const ImVec2 last = viewport.WorkPos + viewport.WorkSize - popup->Size;
+    const ImVec2 inside = ImMax(ImMin(popup->Pos, last), viewport.WorkPos);
+    if (inside != popup->Pos) ImGui::SetWindowPos(popup, inside);
+}
+
 } // namespace
 
 bool uiThemeBeginMenu(const char* name) {
@@ -45,12 +62,16 @@ bool uiThemeBeginModal(const char* name) {
     ImFont* title = uiThemeFont(palette::kTitleSize);
     ImGui::PushFont(title, uiThemeFontSize(title));
     ImGui::PushStyleVar(ImGuiStyleVar_WindowPadding, uiThemePx(kModalPadding));
-    ImGui::PushStyleVar(ImGuiStyleVar_FramePadding, uiThemePx(kModalTitlePadding));
+    ImVec2 titlePadding = uiThemePx(kModalTitlePadding);
+    titlePadding.x -= ImGui::GetStyle().WindowBorderSize; // Dear ImGui 1.92 adds it to the title, but not to the content
+    ImGui::PushStyleVar(ImGuiStyleVar_FramePadding, titlePadding);
     const bool open = ImGui::BeginPopupModal(name, nullptr, ImGuiWindowFlags_AlwaysAutoResize);
     ImGui::PopStyleVar(2);
     ImGui::PopFont();
-    if (open) ImGui::PushStyleVar(ImGuiStyleVar_ItemSpacing, uiThemePx(kModalSpacing));
-    return open;
+    if (!open) return false;
+    keepInside(ImGui::GetCurrentWindow());
+    ImGui::PushStyleVar(ImGuiStyleVar_ItemSpacing, uiThemePx(kModalSpacing));
+    return true;
 }
 
 void uiThemeEndPopup() {
@@ -77,6 +98,54 @@ bool uiThemeMenuItem(const char* label, bool enabled) {
     }
     drawList->ChannelsMerge();
     return chosen;
+}
+
+void uiThemeParagraph(std::string_view text, ImU32 colour, float width) {
+    ImFont* font = uiThemeFont(palette::kTextSize);
+    ImGui::PushStyleColor(ImGuiCol_Text, colour);
+    ImGui::PushStyleVarY(ImGuiStyleVar_ItemSpacing, uiThemePx(kParagraphLineGap));
+    ImGui::BeginGroup();
+    for (const std::string_view line : wrapText(font, text, width))
+        ImGui::TextUnformatted(line.data(), line.data() + line.size());
+    ImGui::EndGroup();
+    ImGui::PopStyleVar();
+    ImGui::PopStyleColor();
+}
+
+void uiThemeTooltip(ImGuiID item, const ImRect& rectangle, std::string_view text) {
+    constexpr float kDelaySeconds = 0.5f;
+    static ImGuiID pointedItem = 0;
+    static double since = 0.0;
+    if (!ImGui::IsWindowHovered() || !rectangle.Contains(ImGui::GetIO().MousePos)) {
+        if (pointedItem == item) pointedItem = 0;
+        return;
+    }
+    if (pointedItem != item || ImGui::IsMouseDown(ImGuiMouseButton_Left)) since = ImGui::GetTime();
+    pointedItem = item;
+    if (ImGui::GetTime() - since < kDelaySeconds) return;
+    ImGui::PushStyleVar(ImGuiStyleVar_WindowPadding, uiThemePx(kTooltipPadding));
+    if (ImGui::BeginTooltip()) {
+        uiThemeParagraph(text, palette::kForeground, uiThemePx(kTooltipWidth));
+        ImGui::EndTooltip();
+    }
+    ImGui::PopStyleVar();
+}
+
+void uiThemeFootLine(std::string_view text) {
+    constexpr ImVec2 kPadding = {16.0f, 10.0f};
+    constexpr float kAboveBottom = 24.0f;
+    ImFont* font = uiThemeFont(13.0f);
+    const ImGuiViewport& viewport = *ImGui::GetMainViewport();
+    const ImVec2 padding = uiThemePx(kPadding);
+    const float width = viewport.WorkSize.x - 4.0f * padding.x;
+    const ImVec2 size = uiThemeTextSize(font, text, width) + padding * 2.0f;
+    const ImVec2 min =
+        uiThemeWholePixels({viewport.WorkPos.x + (viewport.WorkSize.x - size.x) * 0.5f,
+                            viewport.WorkPos.y + viewport.WorkSize.y - uiThemePx(kAboveBottom) - size.y});
+    ImDrawList* drawList = ImGui::GetForegroundDrawList();
+    uiThemeRoundedPanel(drawList, min, min + size, palette::kControl, uiThemePx(palette::kRounding));
+    uiThemeBorder(drawList, min, min + size, uiThemePx(palette::kRounding), 1.0f, palette::kBorderStrong);
+    uiThemeTextWrapped(drawList, font, min + padding, palette::kForeground, text, width, 0.0f);
 }
 
 bool uiThemeDefaultButton(const char* label, float width) {

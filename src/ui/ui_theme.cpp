@@ -9,6 +9,7 @@
 #include "ui/ui_fonts.h"
 #include "ui/ui_integration.h"
 #include "ui/ui_palette.h"
+#include "ui/ui_text.h"
 
 namespace {
 
@@ -28,7 +29,7 @@ constexpr std::pair<ImGuiCol, ImU32> kStyleColours[] = {
     {ImGuiCol_TextDisabled, palette::kMuted},
     {ImGuiCol_TextLink, palette::kPrimaryLight},
     {ImGuiCol_TextSelectedBg, palette::kSelection},
-    {ImGuiCol_InputTextCursor, palette::kForeground},
+    {ImGuiCol_InputTextCursor, palette::kCaret},
     {ImGuiCol_WindowBg, palette::kCard},
     {ImGuiCol_ChildBg, palette::kNone},
     {ImGuiCol_PopupBg, palette::kPopup},
@@ -111,7 +112,8 @@ ImGuiStyle styleAtScaleOne() {
     style.FrameBorderSize = 1.0f;
     style.WindowTitleAlign = {0.0f, 0.5f};
     style.WindowMenuButtonPosition = ImGuiDir_None;
-    style.DisabledAlpha = 0.45f;
+    style.DisplaySafeAreaPadding = {8.0f, 8.0f}; // between a menu and the window's edge
+    style.DisabledAlpha = 0.5f; // texts of disabled entries keep a contrast of 4.5 : 1
     return style;
 }
 
@@ -129,25 +131,6 @@ void applyDefaultFont() {
     ImGui::SetCurrentFont(font, size, 0.0f);
 }
 
-// Calls line(begin, end) for every line of a text that is wrapped at words.
-template<typename Line>
-void forEachLine(ImFont* font, std::string_view text, float wrapWidth, const Line& line) {
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    while (at < end) {
-        const char* const paragraphEnd = std::find(at, end, '\n');
-        do {
-            const char* lineEnd = paragraphEnd;
-            if (wrapWidth > 0.0f) lineEnd = font->CalcWordWrapPosition(font->LegacySize, at, paragraphEnd, wrapWidth);
-            line(at, lineEnd);
-            at = lineEnd;
-            while (at < paragraphEnd && ImCharIsBlankA(*at))
-                ++at; // blanks at a wrap are not drawn
-        } while (at < paragraphEnd);
-        if (at < end) ++at;
-    }
-}
-
 } // namespace
 
 // --- once, and once per frame ----------------------------------------------------------------------------------------
@@ -157,6 +140,7 @@ void uiThemeInitialize(UiIntegration* integration) {
     theme.seconds = 0.0f;
     fontsInitialize(integration ? integration->fontPath : std::string{}, theme.scale);
     applyDefaultFont();
+    ImGui::GetIO().ConfigWindowsMoveFromTitleBarOnly = true; // popups
 }
 
 void uiThemeShutdown() {
@@ -244,8 +228,22 @@ float uiThemeFontSize(ImFont* font) {
 
 ImVec2 uiThemeTextSize(ImFont* font, std::string_view text, float wrapWidth) {
     if (text.empty()) return {0.0f, font->LegacySize};
-    return font->CalcTextSizeA(font->LegacySize, FLT_MAX, std::max(0.0f, wrapWidth), text.data(),
-                               text.data() + text.size());
+    if (wrapWidth <= 0.0f)
+        return font->CalcTextSizeA(font->LegacySize, FLT_MAX, 0.0f, text.data(), text.data() + text.size());
+    ImVec2 size;
+    for (const std::string_view line : wrapText(font, text, wrapWidth)) {
+        const char* const end = line.data() + line.size();
+        size.x = std::max(size.x, font->CalcTextSizeA(font->LegacySize, FLT_MAX, 0.0f, line.data(), end).x);
+        size.y += font->LegacySize;
+    }
+    return size;
+}
+
+float uiThemeTextTop(ImFont* font, float top, float bottom) {
+    constexpr float kAscentShare = 1900.0f / 2400.0f; // of Roboto's line height
+    const ImFontBaked* baked = font->GetFontBaked(font->LegacySize);
+    const float drawnAscent = std::round(std::round(baked->Ascent) * font->LegacySize / baked->Size);
+    return std::round((top + bottom - font->LegacySize) * 0.5f + font->LegacySize * kAscentShare) - drawnAscent;
 }
 
 // --- shapes ----------------------------------------------------------------------------------------------------------
@@ -303,10 +301,10 @@ void uiThemeTextTracked(ImDrawList* drawList, ImFont* font, ImVec2 position, ImU
 
 void uiThemeTextWrapped(ImDrawList* drawList, ImFont* font, ImVec2 position, ImU32 colour, std::string_view text,
                         float wrapWidth, float lineGap) {
-    forEachLine(font, text, wrapWidth, [&](const char* begin, const char* end) {
-        uiThemeText(drawList, font, position, colour, {begin, static_cast<std::size_t>(end - begin)});
+    for (const std::string_view line : wrapText(font, text, wrapWidth)) {
+        uiThemeText(drawList, font, position, colour, line);
         position.y += font->LegacySize + lineGap;
-    });
+    }
 }
 
 void uiThemeSpinner(ImDrawList* drawList, ImVec2 centre, float radius, float timeSeconds, ImU32 colour) {
@@ -334,8 +332,7 @@ void uiThemeBadge(const char* identifier, ImDrawList* drawList, ImVec2 position,
     const std::size_t index = std::min(static_cast<std::size_t>(status), std::size(palette::kBadges) - 1);
     uiThemeRoundedPanel(drawList, position, max, palette::kBadges[index].fill, (max.y - position.y) * 0.5f);
     ImFont* font = uiThemeFont(palette::kBadgeTextSize);
-    const ImVec2 textMin{position.x + uiThemePx(palette::kBadgePadding),
-                         (position.y + max.y - font->LegacySize) * 0.5f};
+    const ImVec2 textMin{position.x + uiThemePx(palette::kBadgePadding), uiThemeTextTop(font, position.y, max.y)};
     uiThemeText(drawList, font, textMin, palette::kBadges[index].text, text);
 }
 

@@ -46,7 +46,11 @@ void uiThemeBackgroundFloat(float* colour); // red, green, blue, alpha
 [[nodiscard]] ImFont* uiThemeFont(float nominalSize);
 [[nodiscard]] float uiThemeFontSize(ImFont* font); // LegacySize, in pixels
 
-// The size of a text in the font's own size. A wrapWidth above 0 wraps at words.
+// Where to draw a line of text so that it is centred between `top` and `bottom` in pixels. Texts of different sizes get
+// the same baseline, which rounding would otherwise move by a pixel.
+[[nodiscard]] float uiThemeTextTop(ImFont* font, float top, float bottom);
+
+// The size of a text in the font's own size. A wrapWidth above 0 wraps it as ui_text.h tells.
 [[nodiscard]] ImVec2 uiThemeTextSize(ImFont* font, std::string_view text, float wrapWidth = 0.0f);
 
 // --- shapes ----------------------------------------------------------------------------------------------------------

@@ -122,6 +122,17 @@ TEST_F(Settings, SavedBytesComeBack) {
     }
 }
 
+// A directory stands for a file without read permission, which the superuser could read.
+TEST_F(Settings, FirstSaveKeepsAnUnreadableFileUnderAnotherName) {
+    folder_.write("ZANTOR/Launcher.conf.unreadable", "older");
+    folder_.write("ZANTOR/Launcher.conf/inside", "kept");
+    LauncherSettings settings;
+    EXPECT_FALSE(settings.load());
+    EXPECT_TRUE(settings.save() && settings.save() && settings.load());
+    EXPECT_EQ(readFileBytes(folder_ / "ZANTOR/Launcher.conf.unreadable"), "older");
+    EXPECT_EQ(readFileBytes(folder_ / "ZANTOR/Launcher.conf.unreadable-2/inside"), "kept");
+}
+
 TEST_F(Settings, OnlyTheOwnerMayReadTheFileEvenOverAWiderLeftover) {
     folder_.write("ZANTOR/Launcher.conf.tmp", std::string(100000, 'x'));
     fs::permissions(folder_ / "ZANTOR/Launcher.conf.tmp", fs::perms(0666));

@@ -1,37 +1,37 @@
-"""A desktop for a robot: a virtual screen, windows on it, real mouse and keys, and eyes that read.
+"""A virtual screen whose windows a script operates: mouse and keys through the X server, reading through a text
+recogniser. Nothing here depends on how the programs are made. Places are pixels inside a window."""
 
-Everything goes through the X server and a text recogniser, as a person's hands and eyes would; nothing here knows how
-the programs on the screen are made. Places are pixels inside a window."""
-
-import contextlib
 import ctypes
 import ctypes.util
 import os
 import re
 import shutil
-import signal
 import subprocess
-import tempfile
 import time
 
-DEADLINE = float(os.environ.get("VOLO_E2E_DEADLINE", "30"))  # for whatever is waited for
-ENLARGED = 3  # times, before reading
+DEADLINE = float(os.environ.get("VOLO_E2E_DEADLINE", "30"))  # seconds, for everything that is waited for
+ENLARGED = 3  # factor before reading
 
 
 class NotSeen(Exception):
     """What should have shown or happened did not, within the deadline."""
 
 
-def wait_for(what, condition, deadline=DEADLINE, pause=0.03):
-    """Returns the first true answer of `condition`."""
+def check(what, fact):
+    if not fact:
+        raise NotSeen(what)
+
+
+def wait_for(what, condition, deadline=DEADLINE):
+    """Returns the first true result of `condition`. `what` is a text, or a function that returns one."""
     end = time.monotonic() + deadline
     while True:
-        answer = condition()
-        if answer:
-            return answer
+        result = condition()
+        if result:
+            return result
         if time.monotonic() > end:
-            raise NotSeen(f"{what}, within {deadline:.0f} s")
-        time.sleep(pause)
+            raise NotSeen(f"{what() if callable(what) else what}, within {deadline:.0f} s")
+        time.sleep(0.03)
 
 
 def missing_programs():
@@ -39,26 +39,22 @@ def missing_programs():
 
 
 class Desktop:
-    """A virtual screen of its own, gone when the `with` block ends."""
-
-    def __init__(self, width=1280, height=800):
-        self.size = f"{width}x{height}x24"
+    """A virtual screen. It exists inside a `with` block."""
 
     def __enter__(self):
         read, write = os.pipe()
         self.server = subprocess.Popen(
-            # Without -noreset it starts anew whenever its last client leaves, and throws out who just comes in.
-            ["Xvfb", "-displayfd", str(write), "-screen", "0", self.size, "-nolisten", "tcp", "-noreset"],
+            # Without -noreset Xvfb restarts when its last client leaves, and disconnects a client that just arrives.
+            ["Xvfb", "-displayfd", str(write), "-screen", "0", "1280x800x24", "-nolisten", "tcp", "-noreset"],
             pass_fds=[write], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         os.close(write)
         with os.fdopen(read) as answer:
-            number = answer.readline().strip()  # Xvfb picks a free one, and tells once it can be used
-        if not number:
-            raise NotSeen("the virtual screen")
+            number = answer.readline().strip()  # Xvfb writes a free number as soon as it accepts clients
+        check("the virtual screen", number)
         self.display = ":" + number
         self.environment = {**os.environ, "DISPLAY": self.display, "OMP_THREAD_LIMIT": "1"}
-        self.environment.pop("WAYLAND_DISPLAY", None)
-        self.environment.pop("XAUTHORITY", None)
+        for name in ("WAYLAND_DISPLAY", "XAUTHORITY"):
+            self.environment.pop(name, None)
         return self
 
     def __exit__(self, *_):
@@ -69,16 +65,16 @@ class Desktop:
         try:
             done = subprocess.run(command, env=self.environment, input=text_in, capture_output=True, check=False,
                                   timeout=DEADLINE)
-        except subprocess.TimeoutExpired:  # some tools wait for ever for a window that has gone
+        except subprocess.TimeoutExpired:  # xdotool waits for ever for a window that has closed
             raise NotSeen(f"an answer of {command[0]}") from None
         return done.returncode, done.stdout
 
     def windows(self, title):
-        """The windows with exactly this title that a person can see."""
+        """The visible windows with exactly this title."""
         return self.run("xdotool", "search", "--onlyvisible", "--name", f"^{title}$")[1].decode().split()
 
-    def window(self, title, deadline=DEADLINE):
-        return Window(self, wait_for(f'a window "{title}"', lambda: self.windows(title), deadline)[-1])
+    def window(self, title):
+        return Window(self, wait_for(f'a window "{title}"', lambda: self.windows(title))[-1])
 
 
 class Window:
@@ -89,19 +85,18 @@ class Window:
 
     def tool(self, *arguments):
         status, output = self.desktop.run("xdotool", *arguments)
-        if status != 0:
-            raise NotSeen("xdotool " + " ".join(arguments) + " worked")
+        check("success of xdotool " + " ".join(arguments), status == 0)
         return output.decode()
 
     def come_forward(self):
-        """There is no window manager: what a click on the title bar would do is done here."""
+        """Raises and focuses the window, as a window manager would after a click on the title bar."""
         self.tool("windowraise", self.identifier, "windowfocus", "--sync", self.identifier)
 
     def size(self):
         fields = dict(re.findall(r"(\w+)=(\d+)", self.tool("getwindowgeometry", "--shell", self.identifier)))
         return int(fields["WIDTH"]), int(fields["HEIGHT"])
 
-    # --- hands ---------------------------------------------------------------------------------------------------
+    # --- mouse and keys ------------------------------------------------------------------------------------------
 
     def point(self, x, y):
         self.tool("mousemove", "--window", self.identifier, str(round(x)), str(round(y)))
@@ -117,10 +112,10 @@ class Window:
         self.tool("key", "--delay", "15", *keys)
 
     def close(self):
-        """The cross of the title bar: asks the program, which may take its time."""
+        """Asks the program to close the window, as the cross of the title bar does."""
         close_window(self.desktop.display, int(self.identifier))
 
-    # --- eyes ----------------------------------------------------------------------------------------------------
+    # --- reading -------------------------------------------------------------------------------------------------
 
     def picture(self, path):
         self.desktop.run("import", "-silent", "-window", self.identifier, path)
@@ -131,73 +126,58 @@ class Window:
         return self.desktop.run("import", "-silent", "-window", self.identifier, "-crop",
                                 f"{width}x{height}+{left}+{top}", "+repage", "-depth", "8", "ppm:-")[1]
 
-    def read(self, box):
-        return self.words_in(self.look(box))
-
-    def words_in(self, pixels):
-        return " ".join(self.recognise(pixels, "--psm", "6").split())
-
-    def recognise(self, pixels, *how):
-        """The recogniser likes large dark letters on a light ground."""
-        enlarged = self.desktop.run("convert", "ppm:-", "-colorspace", "Gray", "-negate", "-auto-level", "-filter",
-                                    "Lanczos", "-resize", f"{ENLARGED}00%", "pgm:-", text_in=pixels)[1]
-        return self.desktop.run("tesseract", "-", "-", *how, text_in=enlarged)[1].decode()
-
-    def see(self, text, box, deadline=DEADLINE):
-        """Waits until a text can be read in the box. Reads again only when something there has changed."""
-        last = {"pixels": None, "words": ""}
-
-        def there():
-            pixels = self.look(box)
-            if pixels != last["pixels"]:
-                last.update(pixels=pixels, words=self.words_in(pixels))
-            return reads(text, last["words"])
-
-        with told(lambda: f'"{text}" in the window; what stands there reads "{last["words"]}"'):
-            wait_for("", there, deadline)
-
-    def see_no(self, text, box, deadline=DEADLINE):
-        wait_for(f'"{text}" gone from the window', lambda: not reads(text, self.read(box)), deadline)
-
-    def find(self, text, box, deadline=DEADLINE):
-        """Waits until a text can be read in the box, and returns the place of its middle."""
-        return wait_for(f'"{text}" in the window', lambda: self.place_of(text, box), deadline)
-
-    def place_of(self, text, box):
-        rows = [line.split("\t") for line in self.recognise(self.look(box), "--psm", "11", "tsv").splitlines()[1:]]
-        words = [(row[11], *map(int, row[6:10])) for row in rows if len(row) > 11 and row[11].strip()]
-        wanted = [plain(word) for word in text.split()]
-        for first in range(len(words) - len(wanted) + 1):
-            found = words[first:first + len(wanted)]
-            if [plain(word[0]) for word in found] == wanted:
-                left, right = found[0][1], found[-1][1] + found[-1][3]
-                middle = (left + right) / 2, found[0][2] + found[0][4] / 2
-                return box[0] + middle[0] / ENLARGED, box[1] + middle[1] / ENLARGED
-        return None
-
     def colour(self, x, y):
         """Red, green and blue of one pixel."""
         return tuple(self.look((x, y, 1, 1))[-3:])
 
+    def recognise(self, pixels, *options):
+        # tesseract reads large dark letters on a light ground best.
+        enlarged = self.desktop.run("convert", "ppm:-", "-colorspace", "Gray", "-negate", "-auto-level", "-filter",
+                                    "Lanczos", "-resize", f"{ENLARGED}00%", "pgm:-", text_in=pixels)[1]
+        return self.desktop.run("tesseract", "-", "-", *options, text_in=enlarged)[1].decode()
 
-@contextlib.contextmanager
-def told(words):
-    try:
-        yield
-    except NotSeen:
-        raise NotSeen(words()) from None
+    def see(self, text, box, gone=False):
+        """Waits until a text can be read in the box, or no longer. Reads again only when the pixels have changed."""
+        pixels = words = None
+
+        def seen():
+            nonlocal pixels, words
+            before, pixels = pixels, self.look(box)
+            if pixels != before:
+                words = " ".join(self.recognise(pixels, "--psm", "6").split())
+            return reads(text, words) != gone
+
+        wait_for(lambda: f'"{text}" {"gone from" if gone else "in"} the window, which reads "{words}"', seen)
+
+    def see_no(self, text, box):
+        self.see(text, box, gone=True)
+
+    def find(self, text, box):
+        """Waits until a text can be read in the box, and returns its middle."""
+        return wait_for(f'"{text}" in the window', lambda: self.place_of(text, box))
+
+    def place_of(self, text, box):
+        rows = [line.split("\t") for line in self.recognise(self.look(box), "--psm", "11", "tsv").splitlines()[1:]]
+        words = [(plain(row[11]), *map(int, row[6:10])) for row in rows if len(row) > 11 and row[11].strip()]
+        wanted = [plain(word) for word in text.split()]
+        for first in range(len(words) - len(wanted) + 1):
+            found = words[first:first + len(wanted)]
+            if [word[0] for word in found] == wanted:
+                middle = (found[0][1] + found[-1][1] + found[-1][3]) / 2, found[0][2] + found[0][4] / 2
+                return box[0] + middle[0] / ENLARGED, box[1] + middle[1] / ENLARGED
+        return None
 
 
 def plain(text):
-    """What remains when the recogniser's doubts about blanks, case and look-alikes are left out."""
+    """The text without blanks, case and punctuation, and with look-alike letters made equal."""
     text = re.sub(r"[^a-z0-9@.:/+]", "", text.lower().replace("…", "..."))
     return text.translate(str.maketrans("l1|0", "iiio"))
 
 
 def reads(text, words):
-    """Whether a text stands in what was read. In long ones a letter in 25 may have been misread; short ones are exact."""
+    """Whether a text is a part of what was read. One letter in 25 may be misread; shorter texts must match exactly."""
     text, words = plain(text), plain(words)
-    mistakes = [0] * (len(words) + 1)  # of the text so far, ending at each place of what was read
+    mistakes = [0] * (len(words) + 1)  # of the best match of the text so far that ends at each place of `words`
     for number, letter in enumerate(text, 1):
         above, mistakes[0] = mistakes[0], number
         for place, seen in enumerate(words, 1):
@@ -207,29 +187,17 @@ def reads(text, words):
 
 
 def close_window(display, window):
-    """Sends WM_DELETE_WINDOW, as a window manager does."""
+    """Sends WM_DELETE_WINDOW: xdotool 3.20160805 can only destroy a window."""
     library = ctypes.CDLL(ctypes.util.find_library("X11") or "libX11.so.6")
-
-    class ClientMessage(ctypes.Structure):
-        _fields_ = [("type", ctypes.c_int), ("serial", ctypes.c_ulong), ("send_event", ctypes.c_int),
-                    ("display", ctypes.c_void_p), ("window", ctypes.c_ulong), ("message_type", ctypes.c_ulong),
-                    ("format", ctypes.c_int), ("data", ctypes.c_long * 5), ("padding", ctypes.c_long * 12)]
-
-    library.XOpenDisplay.restype = ctypes.c_void_p
-    library.XOpenDisplay.argtypes = [ctypes.c_char_p]
-    library.XInternAtom.restype = ctypes.c_ulong
-    library.XInternAtom.argtypes = [ctypes.c_void_p, ctypes.c_char_p, ctypes.c_int]
-    library.XSendEvent.argtypes = [ctypes.c_void_p, ctypes.c_ulong, ctypes.c_int, ctypes.c_long, ctypes.c_void_p]
-    library.XSync.argtypes = [ctypes.c_void_p, ctypes.c_int]
-    library.XCloseDisplay.argtypes = [ctypes.c_void_p]
-    connection = library.XOpenDisplay(display.encode())
-    if not connection:
-        raise NotSeen("the display")
+    pointer, number = ctypes.c_void_p, ctypes.c_ulong
+    library.XOpenDisplay.restype = pointer
+    library.XInternAtom.restype = number
+    connection = pointer(library.XOpenDisplay(display.encode()))
+    check("the display", connection)
+    protocols, delete = (library.XInternAtom(connection, name, 0) for name in (b"WM_PROTOCOLS", b"WM_DELETE_WINDOW"))
     client_message, format_long = 33, 32
-    protocols = library.XInternAtom(connection, b"WM_PROTOCOLS", 0)
-    delete = library.XInternAtom(connection, b"WM_DELETE_WINDOW", 0)
-    event = ClientMessage(type=client_message, window=window, message_type=protocols, format=format_long)
-    event.data[0] = delete
-    library.XSendEvent(connection, window, 0, 0, ctypes.byref(event))
+    # An XClientMessageEvent on a 64-bit system: type, serial, send_event, display, window, message type, format, data.
+    event = (number * 24)(client_message, 0, 0, 0, window, protocols, format_long, delete)
+    library.XSendEvent(connection, number(window), 0, ctypes.c_long(0), event)
     library.XSync(connection, 0)
     library.XCloseDisplay(connection)

@@ -1,4 +1,4 @@
-"""One run of the sandbox on a desktop, and what the disk and the process list tell about it."""
+"""One run of the sandbox on a desktop, with what the disk and the process list show of it."""
 
 import os
 import pathlib
@@ -8,7 +8,7 @@ import sys
 import tempfile
 import threading
 
-from desktop import NotSeen, wait_for
+from desktop import check, wait_for
 
 ISOLATED = "VOLO_E2E_ISOLATED"
 WINE = str(pathlib.Path(__file__).resolve().parents[2] / "cmake/wine-run")
@@ -26,32 +26,23 @@ def command_of(build, program):
     return [WINE, path + ".exe"] if is_for_windows(build) else [path]
 
 
-def permitted_namespaces(*kinds):
-    """The command that runs another in namespaces of its own; None where the machine does not permit that. An ordinary
-    user may have to be root of a user namespace for it."""
-    for who in ([], ["--map-root-user"]):
-        command = ["unshare", *who, "--pid", "--mount", "--fork", "--mount-proc", "--kill-child", *kinds]
-        if shutil.which("unshare") and subprocess.run(command + ["true"], capture_output=True, check=False).returncode == 0:
-            return command
-    return None
-
-
 def isolate(*kinds):
-    """Goes on in a process list of its own, and what else is named; False where that is not permitted. The launcher
-    refuses to open a project while any "editor.exe" runs on the machine, another test's included."""
+    """Restarts this script in a process namespace, and in namespaces of the given kinds; False when that is not
+    permitted. The launcher opens no project while any "editor.exe" runs on the machine, so other tests must not be seen."""
     if ISOLATED in os.environ:
         return True
-    command = permitted_namespaces(*kinds)
-    if command is None:
-        return False
-    os.environ[ISOLATED] = "1"
-    sys.stdout.flush()
-    os.execvp("unshare", command + [sys.executable, *sys.argv])
+    for who in ([], ["--map-root-user"]):  # an ordinary user has to be root of a user namespace
+        command = ["unshare", *who, "--pid", "--mount", "--fork", "--mount-proc", "--kill-child", *kinds]
+        if shutil.which("unshare") and subprocess.run(command + ["true"], capture_output=True, check=False).returncode == 0:
+            os.environ[ISOLATED] = "1"
+            sys.stdout.flush()
+            os.execvp("unshare", command + [sys.executable, *sys.argv])
+    return False
 
 
 def stand_apart(build):
-    """Keeps other tests' programs out of sight: by a process list of our own, or a Windows that starts anew. That one is
-    also needed because its desktop stays on the screen on which it first came up, which may have been none."""
+    """Hides the programs of other tests: by a process namespace, or by a restart of Wine. Wine also needs the restart
+    because its desktop stays on the screen of its first program."""
     if is_for_windows(build):
         subprocess.run([WINE, "--end"], check=False)
     else:
@@ -59,7 +50,7 @@ def stand_apart(build):
 
 
 class Sandbox:
-    """Started by `with`; at its end the launcher, the sandbox and all that they started are gone."""
+    """Runs inside a `with` block. At its end the sandbox, the launcher and their children have ended."""
 
     def __init__(self, desktop, build, *options, root=None):
         self.desktop = desktop
@@ -77,7 +68,8 @@ class Sandbox:
     def __enter__(self):
         self.process = subprocess.Popen(self.command, env=self.desktop.environment, stdin=subprocess.DEVNULL,
                                         stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
-        self.reader = threading.Thread(target=self.collect, daemon=True)
+        self.reader = threading.Thread(
+            target=lambda: self.lines.extend(line.rstrip("\n") for line in self.process.stdout), daemon=True)
         self.reader.start()
         return self
 
@@ -93,43 +85,38 @@ class Sandbox:
         if self.temporary:
             self.temporary.cleanup()
 
-    def collect(self):
-        for line in self.process.stdout:
-            self.lines.append(line.rstrip("\n"))
+    def close(self, window):
+        """Closes the launcher's window and checks that it ends with status 0."""
+        window.close()
+        check("exit status 0", self.process.wait(20) == 0)
 
-    def told(self, text):
+    def see(self, text):
         wait_for(f'a line "{text}" of the sandbox', lambda: any(text in line for line in self.lines))
 
     def publish(self, version):
-        """Another version of the sample editor, published as a deployer does it."""
+        """Publishes another version of the sample editor with volo-publish."""
         address = next(line for line in self.lines if "update server: https" in line).split()[-1]
         done = subprocess.run(
             self.call("volo-publish", "release", "--zip", self.root / "sample-editor.zip", "--version", version,
                       "--platform", "windows" if self.windows else "linux", "--base-url", address,
                       "--sign-key", self.root / "publisher.key", "--out", self.root / "site"),
             capture_output=True, text=True, check=False)
-        if done.returncode != 0:
-            raise NotSeen(f"version {version} published: {done.stderr}")
-
-    def status(self, deadline=20):
-        """The launcher's exit status, once it has ended by itself."""
-        return self.process.wait(deadline)
+        check(f"version {version} published: {done.stderr}", done.returncode == 0)
 
     def name_of(self, path):
-        """How the programs call a path."""
+        """A path as the programs see it."""
         return "Z:" + str(path).replace("/", "\\") if self.windows else str(path)
 
     def call(self, program, *arguments):
-        """The command that runs one of our programs; paths among the arguments are told as it calls them."""
-        told = [self.name_of(one) if isinstance(one, pathlib.Path) else one for one in arguments]
-        return command_of(self.build, program) + told
+        """The command that runs one of our programs. Arguments may be paths."""
+        return command_of(self.build, program) + [
+            self.name_of(one) if isinstance(one, pathlib.Path) else one for one in arguments]
 
     def settings(self):
         """Launcher.conf as a dictionary of its lines."""
-        try:
-            lines = self.settings_file.read_text(encoding="utf-8").splitlines()
-        except FileNotFoundError:
+        if not self.settings_file.exists():
             return {}
+        lines = self.settings_file.read_text(encoding="utf-8").splitlines()
         return dict(line.split("=", 1) for line in lines if "=" in line)
 
     def listed(self):
@@ -138,24 +125,19 @@ class Sandbox:
         return [settings[f"Projects%5C{number}%5Cname"]
                 for number in range(1, int(settings.get("Projects%5Csize", "0")) + 1)]
 
-    def favourites(self):
-        settings = self.settings()
-        return [name for number, name in enumerate(self.listed(), 1)
-                if settings[f"Projects%5C{number}%5Cfavorite"] == "true"]
-
     def processes(self, program):
-        """The living processes of this run whose executable has this name: a list of their folders in /proc."""
+        """The folders in /proc of this run's processes whose executable has this name."""
         found = []
         for process in pathlib.Path("/proc").glob("[0-9]*"):
             try:
-                if self.windows:  # what runs there is Wine; the program is what it was asked to run
+                if self.windows:  # the executable is Wine's; the program is its first argument
                     name = (self.arguments(process) or [""])[0].replace("\\", "/").removeprefix("Z:")
                 else:
                     name = os.readlink(process / "exe")
                 executable = pathlib.Path(name)
                 if executable.name == program and self.root in executable.parents:
                     found.append(process)
-            except OSError:  # gone meanwhile, or not ours to look at
+            except OSError:  # the process has ended, or belongs to another user
                 pass
         return found
 

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""The tour: a robot uses the launcher as a person does, in its sandbox, and looks at everything that should happen: on
-the screen, on the disk, in the process list. One line and one picture for each step; exit status 0 if all were seen."""
+"""The tour: operates the launcher in its sandbox with mouse and keys, and checks screen, disk and processes after every
+step. Prints a line and saves a picture for each step; exit status 0 if every step succeeded."""
 
 import argparse
 import pathlib
@@ -9,10 +9,11 @@ import sys
 import tempfile
 import time
 
-from desktop import Desktop, NotSeen, missing_programs, wait_for
+from desktop import Desktop, NotSeen, check, missing_programs, wait_for
 from sandbox_run import Sandbox, stand_apart
 
-# Where things are in a launcher window of 1180 x 740 at scale 1: places (x, y) and boxes (left, top, width, height).
+# The layout of a launcher window of 1180 x 740 at scale 1: places (x, y) and boxes (left, top, width, height).
+SIGN_IN = (236, 383)
 SIGN_IN_COLUMN = (70, 200, 340, 330)
 SIGN_IN_BUTTON = (180, 366, 112, 34)
 USER_CARD = (50, 636, 146, 42)
@@ -53,55 +54,57 @@ def is_yellow(colour):
     return red > 180 and blue < 80
 
 
-def check(what, fact):
-    if not fact:
-        raise NotSeen(what)
-
-
 class Tour:
-    def __init__(self, desktop, sandbox, hold, pictures):
-        self.desktop, self.sandbox, self.hold, self.pictures = desktop, sandbox, hold, pictures
+    def __init__(self, desktop, hold, pictures):
+        self.desktop, self.hold, self.pictures = desktop, hold, pictures
+        self.sandbox = None
         self.window = None
         self.number = 0
 
-    def step(self, name, what, action):
+    def step(self, action):
+        """Runs one of the steps below. Its name and description are those of the function."""
         self.number += 1
-        label = f"{self.number:02} {name}"
+        name = f"{self.number:02} {action.__name__}"
         failure = None
         try:
-            action()
+            action(self)
         except (NotSeen, OSError, subprocess.TimeoutExpired) as error:
             failure = str(error)
         if self.window:
-            self.window.picture(str(self.pictures / f"{self.number:02}-{name}.png"))
-        print(f"FAIL {label}: not seen: {failure}" if failure else f"ok   {label}: {what}", flush=True)
+            self.window.picture(str(self.pictures / f"{name.replace(' ', '-')}.png"))
+        print(f"FAIL {name}: not seen: {failure}" if failure else f"ok   {name}: {action.__doc__}", flush=True)
         if failure:
             raise SystemExit(1)
 
     # --- signing in ------------------------------------------------------------------------------------------------
 
-    def sign_in_screen(self):
+    def start(self):
+        """the window shows the sign-in screen"""
         self.window = self.desktop.window("VOLO Launcher")
         wait_for("a window of 1180 x 740", lambda: self.window.size() == (1180, 740))
         self.window.see("Welcome to VOLO Launcher", SIGN_IN_COLUMN)
         self.window.see("Sign in", SIGN_IN_BUTTON)
 
     def browser(self):
-        self.window.click((236, 383))
+        """the launcher waits for the browser"""
+        self.window.click(SIGN_IN)
         self.window.see("Finish signing in in your browser.", SIGN_IN_COLUMN)
-        self.sandbox.told("identity provider: consent")
+        self.release_held("browser")
+        self.sandbox.see("identity provider: consent")
 
     def shell(self):
+        """Ada Sandbox is signed in"""
         self.window.see("Ada Sandbox ada@sandbox.test", USER_CARD)
-        self.sandbox.told("identity provider: userinfo")
-        self.sandbox.told("reads: Sign-in complete")
+        self.sandbox.see("identity provider: userinfo")
+        self.sandbox.see("reads: Sign-in complete")
         check("the session in Launcher.conf", self.sandbox.settings().get("auth%2FrefreshToken", "").startswith("1//0"))
-        check("Launcher.conf for its owner alone",
+        check("Launcher.conf readable by its owner only",
               self.sandbox.windows or self.sandbox.settings_file.stat().st_mode & 0o777 == 0o600)
 
     # --- a project, from nothing to the editor -------------------------------------------------------------------------
 
     def dialog(self):
+        """a new project gets a name"""
         self.window.click(NEW_PROJECT)
         self.window.see("Create a new project", DIALOG)
         self.window.click(self.window.find("VOLO project", DIALOG))  # the hint
@@ -109,43 +112,163 @@ class Tour:
         self.window.see(self.sandbox.name_of(self.sandbox.projects / NAME)[-len(f"VOLO Projects/{NAME}"):], DIALOG)
 
     def creation(self):
-        self.window.press("Return")  # the reader does not make out white on blue
+        """the project is first in the list and its file is on disk"""
+        self.window.press("Return")  # tesseract cannot read the white label of the blue button
         self.window.see_no("Create a new project", DIALOG)
         self.window.see(NAME, name_box(0))
         self.window.see("Cholecystectomy", name_box(1))
         file = self.sandbox.projects / NAME / f"{NAME}.zantorproj"
-        check(f"the project file, byte for byte, at {file}",
+        check("the bytes of the project file",
               file.read_bytes() == PROJECT_FILE.replace("\n", self.sandbox.line_end).encode())
         check("the project first in Launcher.conf", self.sandbox.listed() == [NAME, *MADE_UP])
 
     def installation(self):
+        """opening the project first installs the editor, and the project waits"""
         self.window.click(row(0))
         self.window.see("Downloading", INSTALLS_CARD)
         self.window.see("Cancel download", INSTALL_ACTION)
-
-    def waiting_project(self):
         self.window.click(PROJECTS_TAB)
         self.window.see("Installing VOLO Editor before opening this project...", NOTICE)
-        check("no editor yet", not self.sandbox.processes("editor.exe"))
 
     def verification(self):
+        """nothing is installed before the publisher's statement arrives"""
         self.window.click(INSTALLS_TAB)
         self.release_held("package")
         self.window.see("Installing editor 1.0.0", INSTALLS_CARD)
+        check("no editor process", not self.sandbox.processes("editor.exe"))
         check("no editor yet", not (self.sandbox.launcher / "editor/editor.exe").exists())
 
     def editor(self):
+        """the editor is installed and shows the waiting project"""
         self.release_held("statement")
         self.see_editor(NAME)
         self.see_marker("1.0.0")
         self.window.come_forward()
         self.window.see("Installed — version 1.0.0", INSTALLS_CARD)
-
-    def version_in_list(self):
         self.window.click(PROJECTS_TAB)
         self.window.see("VOLO 1.0.0", EDITOR_COLUMN)
 
+    def second_click(self):
+        """a second editor is refused"""
+        self.window.click(row(1))
+        self.window.see("VOLO Editor is already open.", NOTICE)
+        check("one editor", len(self.sandbox.processes("editor.exe")) == 1)
+
+    def another_project(self):
+        """another project opens after the editor is closed"""
+        self.close_editor()
+        time.sleep(2)  # the launcher ignores clicks for two seconds after starting an editor
+        self.window.click(row(3, shift=NOTICE_HEIGHT))
+        self.see_editor("Hernia repair")
+        self.close_editor()
+        self.window.see("Hernia repair", name_box(0))
+        check("the opened project first", self.sandbox.listed()[:2] == ["Hernia repair", NAME])
+
     # --- the editor kept current ---------------------------------------------------------------------------------------
+
+    def update(self):
+        """a newer version is found and installed"""
+        self.sandbox.publish("1.1.0")
+        self.window.click(INSTALLS_TAB)
+        (self.hold / "manifest").touch()
+        self.window.click(self.window.find("Check for updates", INSTALL_ACTION))
+        self.window.see("Checking for updates", INSTALLS_CARD)
+        self.release_held("manifest")
+        self.window.see("Installed — version 1.1.0", INSTALLS_CARD)
+        self.see_marker("1.1.0")
+
+    def cancel(self):
+        """a download is cancelled and the editor stays"""
+        self.sandbox.publish("1.2.0")
+        (self.hold / "package").touch()
+        self.window.click(self.window.find("Check for updates", INSTALL_ACTION))
+        self.window.click(self.window.find("Cancel download", INSTALL_ACTION))
+        self.window.see("Download cancelled.", INSTALLS_CARD)
+        self.see_marker("1.1.0")
+        check("no partial package", not list(self.sandbox.launcher.rglob("*.part")))
+
+    def retry(self):
+        """the second attempt installs the version"""
+        self.release_held("package")
+        self.window.click(self.window.find("Retry", INSTALL_ACTION))
+        self.window.see("Installed — version 1.2.0", INSTALLS_CARD)
+        self.see_marker("1.2.0")
+
+    # --- the list ------------------------------------------------------------------------------------------------------
+
+    def search(self):
+        """the search narrows the list, and its cross clears it"""
+        self.window.click(PROJECTS_TAB)
+        self.window.click(SEARCH)
+        self.window.type("scop")
+        self.window.see("Colonoscopy", name_box(0))
+        self.window.type("xx")
+        self.window.see("No matching projects", EMPTY_LIST)
+        self.window.click(SEARCH_CLEAR)
+        self.window.see("Hernia repair", name_box(0))
+
+    def sort(self):
+        """the list sorts by name in both directions"""
+        stored = self.sandbox.listed()
+        for order in (sorted(stored, key=str.lower), sorted(stored, key=str.lower, reverse=True)):
+            self.window.click(NAME_HEADER)
+            for number, name in enumerate(order):
+                self.window.see(name, name_box(number))
+        check("the stored order unchanged", self.sandbox.listed() == stored)
+
+    def star(self):
+        """a project becomes a favorite"""
+        x, y = row(0, STAR_X)
+        check("no star yet", not is_yellow(self.window.colour(x, y)))
+        self.window.click((x, y))
+        wait_for("a yellow star", lambda: is_yellow(self.window.colour(x, y)))
+        entry = self.sandbox.listed().index(NAME) + 1
+        wait_for("the favorite in Launcher.conf",
+                 lambda: self.sandbox.settings()[f"Projects%5C{entry}%5Cfavorite"] == "true")
+
+    def menu(self):
+        """the project's menu opens its folder"""
+        self.window.click(row(0), button=3)
+        self.window.see("Remove from Favorites", WHOLE)
+        self.window.click(self.window.find("Show in File Manager", WHOLE))
+        if self.sandbox.windows:  # Wine's file manager opens a window
+            self.desktop.window(NAME).close()
+            wait_for("the folder's window closed", lambda: not self.desktop.windows(NAME))
+            self.window.come_forward()
+        else:
+            self.sandbox.see(f"browser: shows the folder {self.sandbox.projects / NAME}")
+
+    def removal(self):
+        """a project leaves the list and stays on disk"""
+        self.window.click(row(4, DOTS_X))
+        self.window.click(self.window.find("Remove From List", WHOLE))
+        wait_for("one project fewer in Launcher.conf", lambda: "Appendectomy" not in self.sandbox.listed())
+        self.window.see_no("Appendectomy", LIST)
+        check("the project still on disk", (self.sandbox.projects / "Appendectomy/Appendectomy.zantorproj").is_file())
+
+    # --- the end -------------------------------------------------------------------------------------------------------
+
+    def sign_out(self):
+        """the sign-in screen returns and the session is removed"""
+        self.window.click(SIGN_OUT)
+        self.window.see("Sign in", SIGN_IN_BUTTON)
+        check("no session in Launcher.conf", self.sandbox.settings()["auth%2FrefreshToken"] == "")
+        check("the projects still in Launcher.conf", len(self.sandbox.listed()) == len(MADE_UP))
+
+    def close(self):
+        """the launcher ends with its window"""
+        window, self.window = self.window, None
+        self.sandbox.close(window)
+
+    def stored_session(self):
+        """the next start needs no sign-in"""
+        self.window = self.desktop.window("VOLO Launcher")
+        self.window.see("Ada Sandbox ada@sandbox.test", USER_CARD)
+        self.window.see("Hernia repair", name_box(0))
+        self.sandbox.see("identity provider: refresh")
+        check("no consent asked", not any("consent" in line for line in self.sandbox.lines))
+
+    # --- what several steps need ---------------------------------------------------------------------------------------
 
     def release_held(self, what):
         (self.hold / what).unlink()
@@ -153,37 +276,6 @@ class Tour:
     def see_marker(self, version):
         marker = self.sandbox.launcher / "editor/.zantor_editor_version"
         check(f"the version marker {version}", marker.read_text(encoding="utf-8").strip() == version)
-
-    def checking(self):
-        self.sandbox.publish("1.1.0")
-        self.window.click(INSTALLS_TAB)
-        (self.hold / "manifest").touch()
-        self.window.click(self.window.find("Check for updates", INSTALL_ACTION))
-        self.window.see("Checking for updates", INSTALLS_CARD)
-
-    def update(self):
-        self.release_held("manifest")
-        self.window.see("Installed — version 1.1.0", INSTALLS_CARD)
-        self.window.see("VOLO 1.1.0", INSTALLS_CARD)
-        self.see_marker("1.1.0")
-
-    def cancel(self):
-        self.sandbox.publish("1.2.0")
-        (self.hold / "package").touch()
-        self.window.click(self.window.find("Check for updates", INSTALL_ACTION))
-        self.window.click(self.window.find("Cancel download", INSTALL_ACTION))
-        self.window.see("Download cancelled.", INSTALLS_CARD)
-        self.window.see("VOLO 1.1.0", INSTALLS_CARD)
-        self.see_marker("1.1.0")
-        check("no part of a package", not list(self.sandbox.launcher.rglob("*.part")))
-
-    def retry(self):
-        self.release_held("package")
-        self.window.click(self.window.find("Retry", INSTALL_ACTION))
-        self.window.see("Installed — version 1.2.0", INSTALLS_CARD)
-        self.see_marker("1.2.0")
-        self.window.click(PROJECTS_TAB)
-        self.window.see("VOLO 1.2.0", EDITOR_COLUMN)
 
     def see_editor(self, name):
         window = self.desktop.window("VOLO Editor")
@@ -197,98 +289,16 @@ class Tour:
         check("the editor in its own folder", (process / "cwd").readlink() == folder)
         window.picture(str(self.pictures / f"{self.number:02}-editor-window.png"))
 
-    def second_click(self):
-        self.window.click(row(1))
-        self.window.see("VOLO Editor is already open.", NOTICE)
-        check("one editor", len(self.sandbox.processes("editor.exe")) == 1)
-
     def close_editor(self):
         self.desktop.window("VOLO Editor").close()
-        wait_for("the editor ended", lambda: not self.sandbox.processes("editor.exe"))
+        wait_for("the end of the editor", lambda: not self.sandbox.processes("editor.exe"))
         self.window.come_forward()
 
-    def another_project(self):
-        self.close_editor()
-        time.sleep(2)  # a click within two seconds of the last start is refused, as the step before has seen
-        self.window.click(row(3, shift=NOTICE_HEIGHT))
-        self.see_editor("Hernia repair")
-        self.close_editor()
-        self.window.see("Hernia repair", name_box(0))
-        check("the opened project first", self.sandbox.listed()[:2] == ["Hernia repair", NAME])
 
-    # --- the list ------------------------------------------------------------------------------------------------------
-
-    def search(self):
-        self.window.click(SEARCH)
-        self.window.type("scop")
-        self.window.see("Colonoscopy", name_box(0))
-        self.window.see_no("zantorproj", (272, 154, 480, 100))
-        self.window.type("xx")
-        self.window.see("No matching projects", EMPTY_LIST)
-
-    def clear_search(self):
-        self.window.click(SEARCH_CLEAR)
-        self.window.see("Hernia repair", name_box(0))
-        self.window.see("Colonoscopy", LIST)
-
-    def sort(self):
-        stored = self.sandbox.listed()
-        for order in (sorted(stored, key=str.lower), sorted(stored, key=str.lower, reverse=True)):
-            self.window.click(NAME_HEADER)
-            for number, name in enumerate(order):
-                self.window.see(name, name_box(number))
-        check("the stored order untouched", self.sandbox.listed() == stored)
-
-    def star(self):
-        x, y = row(0, STAR_X)
-        check("no star yet", not is_yellow(self.window.colour(x, y)))
-        self.window.click((x, y))
-        wait_for("a yellow star", lambda: is_yellow(self.window.colour(x, y)))
-        self.check_favourite(NAME, "true")
-        check("no editor opened", not self.sandbox.processes("editor.exe"))
-
-    def check_favourite(self, name, value):
-        number = self.sandbox.listed().index(name) + 1
-        wait_for(f"favorite={value} in Launcher.conf",
-                 lambda: self.sandbox.settings()[f"Projects%5C{number}%5Cfavorite"] == value)
-
-    def menu(self):
-        self.window.click(row(0), button=3)
-        self.window.see("Remove from Favorites", WHOLE)
-        self.window.click(self.window.find("Show in File Manager", WHOLE))
-        if self.sandbox.windows:  # its file manager is a program with a window of its own
-            self.desktop.window(NAME).close()
-            wait_for("the folder's window closed", lambda: not self.desktop.windows(NAME))
-            self.window.come_forward()
-        else:
-            self.sandbox.told(f"browser: shows the folder {self.sandbox.projects / NAME}")
-
-    def removal(self):
-        self.window.click(row(4, DOTS_X))
-        self.window.click(self.window.find("Remove From List", WHOLE))
-        wait_for("one project fewer in Launcher.conf", lambda: "Appendectomy" not in self.sandbox.listed())
-        self.window.see_no("Appendectomy", LIST)
-        check("the project still on disk", (self.sandbox.projects / "Appendectomy/Appendectomy.zantorproj").is_file())
-
-    # --- the end -------------------------------------------------------------------------------------------------------
-
-    def sign_out(self):
-        self.window.click(SIGN_OUT)
-        self.window.see("Sign in", SIGN_IN_BUTTON)
-        check("no session in Launcher.conf", self.sandbox.settings()["auth%2FrefreshToken"] == "")
-        check("the projects still in Launcher.conf", len(self.sandbox.listed()) == len(MADE_UP))
-
-    def close(self):
-        window, self.window = self.window, None  # nothing left to take a picture of
-        window.close()
-        check("exit status 0", self.sandbox.status() == 0)
-
-    def stored_session(self):
-        self.window = self.desktop.window("VOLO Launcher")
-        self.window.see("Ada Sandbox ada@sandbox.test", USER_CARD)
-        self.window.see("Hernia repair", name_box(0))
-        self.sandbox.told("identity provider: refresh")
-        check("no consent asked", not any("consent" in line for line in self.sandbox.lines))
+FIRST_RUN = (Tour.start, Tour.browser, Tour.shell, Tour.dialog, Tour.creation, Tour.installation, Tour.verification,
+             Tour.editor, Tour.second_click, Tour.another_project, Tour.update, Tour.cancel, Tour.retry, Tour.search,
+             Tour.sort, Tour.star, Tour.menu, Tour.removal, Tour.sign_out, Tour.close)
+SECOND_RUN = (Tour.stored_session, Tour.close)
 
 
 def take(build, pictures):
@@ -296,44 +306,20 @@ def take(build, pictures):
         root = pathlib.Path(folder) / "world"
         hold = pathlib.Path(folder) / "hold"
         hold.mkdir()
-        for what in ("package", "statement"):
+        for what in ("browser", "package", "statement"):
             (hold / what).touch()
-        with Sandbox(desktop, build, "--projects", str(len(MADE_UP)), "--hold", hold, root=root) as sandbox:
-            tour = Tour(desktop, sandbox, hold, pictures)
-            tour.step("sign-in", "the sign-in screen", tour.sign_in_screen)
-            tour.step("browser", "waiting for the browser", tour.browser)
-            tour.step("shell", "signed in as Ada Sandbox", tour.shell)
-            tour.step("dialog", "a name for a new project", tour.dialog)
-            tour.step("creation", "the project stands first, and on disk byte for byte", tour.creation)
-            tour.step("installation", "opening it begins with installing the editor", tour.installation)
-            tour.step("waiting", "the project waits for it", tour.waiting_project)
-            tour.step("verification", "the package is verified before anything of it is used", tour.verification)
-            tour.step("editor", "the editor is installed and shows the project that waited", tour.editor)
-            tour.step("version", "the list tells the editor's version", tour.version_in_list)
-            tour.step("second-click", "a second editor is refused", tour.second_click)
-            tour.step("another", "with the editor closed another project opens", tour.another_project)
-            tour.step("checking", "the launcher looks for another version", tour.checking)
-            tour.step("update", "and takes it in", tour.update)
-            tour.step("cancel", "a download is cancelled, and the editor stays", tour.cancel)
-            tour.step("retry", "and comes in at the second try", tour.retry)
-            tour.step("search", "the search narrows the list", tour.search)
-            tour.step("clear", "the cross brings all back", tour.clear_search)
-            tour.step("sort", "the list sorts by name, both ways", tour.sort)
-            tour.step("star", "a project becomes a favourite", tour.star)
-            tour.step("menu", "its menu shows the project's folder", tour.menu)
-            tour.step("removal", "a project leaves the list and stays on disk", tour.removal)
-            tour.step("sign-out", "the sign-in screen again", tour.sign_out)
-            tour.step("close", "the launcher ends with its window", tour.close)
-        with Sandbox(desktop, build, "--stored-session", root=root) as sandbox:
-            tour.sandbox = sandbox
-            tour.step("restart", "a stored session shows the shell at once", tour.stored_session)
-            tour.step("end", "the launcher ends with its window", tour.close)
+        tour = Tour(desktop, hold, pictures)
+        for steps, options in ((FIRST_RUN, ("--projects", str(len(MADE_UP)), "--hold", hold)),
+                               (SECOND_RUN, ("--stored-session",))):
+            with Sandbox(desktop, build, *options, root=root) as tour.sandbox:
+                for step in steps:
+                    tour.step(step)
 
 
 def main():
     options = argparse.ArgumentParser(description=__doc__)
-    options.add_argument("--build", default="build/linux", help="where the programs were built")
-    options.add_argument("--out", default="out/tour", help="where the pictures go")
+    options.add_argument("--build", default="build/linux", help="the folder of the built programs")
+    options.add_argument("--out", default="out/tour", help="the folder for the pictures")
     arguments = options.parse_args()
     if missing_programs():
         sys.exit("not installed: " + ", ".join(missing_programs()))
@@ -342,7 +328,7 @@ def main():
     pictures.mkdir(parents=True, exist_ok=True)
     began = time.monotonic()
     take(arguments.build, pictures)
-    print(f"[tour] all seen in {time.monotonic() - began:.0f} s; the pictures are in {pictures}")
+    print(f"[tour] every step succeeded in {time.monotonic() - began:.0f} s; the pictures are in {pictures}")
 
 
 if __name__ == "__main__":

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "support/eventually.h"
+#include "support/platform.h"
 #include "support/recording_system.h"
 
 namespace fs = std::filesystem;
@@ -10,9 +11,16 @@ namespace fs = std::filesystem;
 Tree treeOf(const fs::path& directory) {
     Tree tree;
     std::error_code error;
-    for (const auto& entry : fs::recursive_directory_iterator(directory, error))
+    for (const auto& entry : fs::recursive_directory_iterator(directory, error)) {
+        if (entry.path().extension() == ".lock") continue;
         tree[entry.path().lexically_relative(directory).generic_string()] =
             entry.is_directory() ? "<directory>" : readFileBytes(entry.path());
+    }
+    return tree;
+}
+
+Tree withMarker(Tree tree, const std::string& version) {
+    tree[".zantor_editor_version"] = asTextFile(version + "\n");
     return tree;
 }
 
@@ -44,40 +52,32 @@ void InstallWorld::serve(const std::string& path, Answer answer) {
     answers_[path] = std::move(answer);
 }
 
-void InstallWorld::serve(const std::string& path, const std::string& body, int status) {
-    serve(path, [body, status](TlsConnection& connection) { connection.write(httpAnswer(status, body)); });
+void InstallWorld::serve(const std::string& path, const std::string& bytes) {
+    serve(path,
+          [bytes](TlsConnection& connection) { bytes.empty() ? connection.reset() : (void)connection.write(bytes); });
 }
 
 std::string InstallWorld::url(const std::string& path) const {
     return "https://127.0.0.1:" + std::to_string(server_.port()) + path;
 }
 
-std::vector<std::string> InstallWorld::requestedPaths() const {
-    std::vector<std::string> paths;
-    for (const std::string& request : server_.requests())
-        paths.push_back(request.substr(4, request.find(' ', 4) - 4));
-    return paths;
-}
-
 void InstallWorld::release(const std::string& version, const std::string& package, const std::string& extraMembers) {
-    serve("/package", package);
-    serve("/manifest", "{" + extraMembers + "\"version\":\"" + version + "\",\"url\":\"" + url("/package") +
-                           "\",\"sha256\":\"" + sha256Hex(package) + "\"}");
+    serve("/package", httpAnswer(200, package));
+    serve("/manifest", httpAnswer(200, "{" + extraMembers + "\"version\":\"" + version + "\",\"url\":\"" +
+                                           url("/package") + "\",\"sha256\":\"" + sha256Hex(package) + "\"}"));
 }
-
-static const Tree kOldEditor = {{"editor.exe", "old"},
-                                {"data", "<directory>"},
-                                {"data/model.bin", "old data"},
-                                {".zantor_editor_version", "1.0\n"}};
 
 void InstallWorld::installOldEditor() const {
-    for (const auto& [name, bytes] : kOldEditor) {
-        if (bytes != "<directory>") folder.write(editor / name, bytes);
-    }
+    for (const auto& [name, bytes] : withMarker({{"editor.exe", "old"}, {"data/model.bin", "old"}}, "1.0"))
+        folder.write(editor / name, bytes);
 }
 
-bool InstallWorld::oldEditorIsUntouched() const {
-    return treeOf(editor) == kOldEditor;
+void InstallWorld::expectOldEditor(const Tree& downloaded, bool stagingStays) const {
+    EXPECT_EQ(treeOf(editor),
+              withMarker({{"editor.exe", "old"}, {"data", "<directory>"}, {"data/model.bin", "old"}}, "1.0"));
+    EXPECT_EQ(treeOf(downloads), downloaded);
+    EXPECT_EQ(fs::exists(staging), stagingStays);
+    EXPECT_EQ(treeOf(staging), Tree{});
 }
 
 EditorInstallState& InstallWorld::state(const ArtifactAuthenticity& authenticity) {
@@ -85,37 +85,22 @@ EditorInstallState& InstallWorld::state(const ArtifactAuthenticity& authenticity
     return *state_;
 }
 
-std::ostream& operator<<(std::ostream& out, const Outcome& outcome) {
-    out << "status " << static_cast<int>(outcome.status) << ", " << outcome.message << ", rows";
-    for (const DownloadStatus row : outcome.rows)
-        out << ' ' << static_cast<int>(row);
-    return out;
-}
-
-Outcome failed(const std::string& message, std::vector<DownloadStatus> rows) {
-    return {EditorInstallStatus::Failed, message, std::move(rows)};
-}
-
-Outcome installed(const std::string& version, std::size_t rows) {
-    return {EditorInstallStatus::Installed, "Installed — version " + version,
-            std::vector(rows, DownloadStatus::Installed)};
-}
-
-Outcome InstallWorld::run() {
+std::string InstallWorld::run() {
     state().startUpdate();
     return finish();
 }
 
-Outcome InstallWorld::finish() {
-    EXPECT_TRUE(eventually(
-        [this] {
-            const EditorInstallStatus status = state().status();
-            return status < EditorInstallStatus::Checking || status > EditorInstallStatus::Installing;
-        },
-        std::chrono::seconds(60)));
+std::string InstallWorld::finish() {
+    static const char* const kStatus[] = {"Idle",      "Checking",         "Downloading", "Installing",
+                                          "Installed", "InstalledOffline", "Failed"};
+    static const char* const kRow[] = {"Downloading", "Downloaded", "Installing", "Installed", "Failed"};
+    const auto isBusy = [this] {
+        return state().status() >= EditorInstallStatus::Checking && state().status() <= EditorInstallStatus::Installing;
+    };
+    EXPECT_TRUE(eventually([&] { return !isBusy(); }, std::chrono::seconds(60)));
     state().joinIfFinished();
-    Outcome outcome{state().status(), state().statusMessage(), {}};
+    std::string rows;
     for (const DownloadRecord& row : state().downloadsSnapshot())
-        outcome.rows.push_back(row.status);
-    return outcome;
+        rows += (rows.empty() ? "" : " ") + std::string(kRow[static_cast<int>(row.status)]);
+    return kStatus[static_cast<int>(state().status())] + (": " + state().statusMessage()) + " [" + rows + "]";
 }

@@ -1,59 +1,61 @@
 #pragma once
 
-// A launcher's directory, its downloads, and an update server with a trusted certificate: what an install run needs.
+// What an install run needs: a launcher's directory, a downloads directory, and an update server with a trusted
+// certificate. Used by the test's own thread.
 
+#include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <string>
+#include <vector>
 
 #include "install/editor_install_state.h"
 #include "support/package_making.h"
+#include "support/temporary_folder.h"
 #include "support/tls_server.h"
 #include "support/trusted_authority.h"
 
-// Names below a directory, "/" between parts; the value is a file's bytes, or "<directory>".
+// The content of a directory without lock files: relative paths with "/", and for each the bytes of the file or
+// "<directory>".
 using Tree = std::map<std::string, std::string>;
 Tree treeOf(const std::filesystem::path& directory);
 
-// What a run ended with.
-struct Outcome {
-    EditorInstallStatus status = EditorInstallStatus::Idle;
-    std::string message;
-    std::vector<DownloadStatus> rows; // newest first
-    bool operator==(const Outcome&) const = default;
-};
-std::ostream& operator<<(std::ostream& out, const Outcome& outcome);
-Outcome failed(const std::string& message, std::vector<DownloadStatus> rows);
-Outcome installed(const std::string& version, std::size_t rows); // each of them installed
+// The content of an editor directory with the marker of this version.
+Tree withMarker(Tree tree, const std::string& version);
 
 class InstallWorld {
   public:
     InstallWorld();
 
     TemporaryFolder folder;
-    const std::filesystem::path launcher; // three levels down: the search looks two levels up
+    const std::filesystem::path launcher; // three levels down: the launcher searches two levels up
     const std::filesystem::path downloads;
     const std::filesystem::path editor;
     const std::filesystem::path staging;
 
-    // What the server says to a path; the request has been read already. Any other path is a 404 with a body.
+    // Sets the server's answer for a path: raw bytes (empty: the connection is reset), or a function that runs on a
+    // server thread. Every other path is answered with 404.
     using Answer = std::function<void(TlsConnection&)>;
     void serve(const std::string& path, Answer answer);
-    void serve(const std::string& path, const std::string& body, int status = 200);
+    void serve(const std::string& path, const std::string& bytes);
     std::string url(const std::string& path) const;
-    std::vector<std::string> requestedPaths() const;
+    std::size_t requestCount() const { return server_.requests().size(); }
 
-    // Serves a manifest for this package with correct checksums. `extraMembers` come first, so they win.
+    // Serves the package, and a manifest with its checksum. `extraMembers` come first in the manifest and win.
     void release(const std::string& version, const std::string& package, const std::string& extraMembers = {});
 
-    // An editor of version 1.0 with its marker, and what there is of it now.
-    void installOldEditor() const;
-    [[nodiscard]] bool oldEditorIsUntouched() const;
+    void installOldEditor() const; // version 1.0
+    // Expects the old editor, these files in the downloads directory, and an empty staging directory or none.
+    void expectOldEditor(const Tree& downloaded, bool stagingStays) const;
 
-    std::string manifestUrl; // to be changed ahead of the first run
+    std::string manifestUrl; // change it before the first run
     EditorInstallState& state(const ArtifactAuthenticity& authenticity = {});
-    Outcome run();    // one whole run of state()
-    Outcome finish(); // of a run that has been started
+    void close() { state_.reset(); } // as the launcher does when its window closes
+    // Both return what the user sees at the end: "Failed: Install cancelled. [Failed Installed]", newest row first.
+    std::string run();
+    std::string finish(); // of a started run
 
   private:
     void answer(TlsConnection& connection);

@@ -1,9 +1,12 @@
-// The install stage as a whole: what every way through it leaves on disk and in the rows.
+// The install stage of a run: what each of its ends leaves on disk and in the rows.
+
+#include <thread>
 
 #include <gtest/gtest.h>
 
 #include "install/install_world.h"
-#include "support/platform.h"
+#include "support/eventually.h"
+#include "system/disk.h"
 
 namespace fs = std::filesystem;
 
@@ -12,91 +15,71 @@ namespace {
 const std::string kContentKey(32, 'k');
 const std::string kArchive = makeZip({{"editor.exe", "new", true}, {"data/new.bin", "new data"}});
 const Tree kNewEditor = {{"editor.exe", "new"}, {"data", "<directory>"}, {"data/new.bin", "new data"}};
-
-Tree withMarker(Tree tree, const std::string& version) {
-    tree[".zantor_editor_version"] = asTextFile(version + "\n");
-    return tree;
-}
-
-std::string encryption(const std::string& key) {
-    return "\"encryption\":{\"key\":\"" + toBase64(key) + "\"},";
-}
+const std::string kEncryption = "\"encryption\":{\"key\":\"" + toBase64(kContentKey) + "\"},";
 
 } // namespace
 
-TEST(InstallPipeline, EveryFailureLeavesExactlyWhatItShould) {
+TEST(InstallPipeline, EveryFailureLeavesTheOldEditorAndARunnableLauncher) {
     const std::string sealed = sealContainer(kArchive, kContentKey);
     std::string tampered = sealed;
     tampered[sealed.size() - 20] ^= 1;
     const std::string decrypting = "Decrypting editor package failed: ";
-    const std::string forged =
-        decrypting + "Authentication tag verification failed: artifact has been tampered with or key is invalid.";
     const std::string noZip = "The editor package is not a readable zip archive.";
-    const std::string unsafe = "Extracting the editor package failed.";
+    const std::string extracting = "Extracting the editor package failed.";
+    ZipEntry damaged{"data/new.bin", "new data"};
+    damaged.claimedCrc = 1;
     const struct {
         const char* what;
-        std::string package, extraMembers, message;
-        bool decryptedStays = false, stagingStays = true;
+        std::string package, extraMembers, message, decrypted = {};
     } cases[] = {
         {"no key", sealed, "", decrypting + "Invalid decryption key length."},
-        {"wrong key", sealed, encryption(std::string(32, 'x')), forged, true},
-        {"tampered", tampered, encryption(kContentKey), forged, true},
-        {"container cut", sealed.substr(0, 60), encryption(kContentKey),
-         decrypting + "Container file size does not match declared payload size."},
-        {"plaintext differs", sealed, encryption(kContentKey) + R"("plaintext_sha256":"00",)",
+        {"tampered", tampered, kEncryption,
+         decrypting + "Authentication tag verification failed: artifact has been tampered with or key is invalid.",
+         "stays"},
+        {"other plaintext", sealed, kEncryption + R"("plaintext_sha256":"00",)",
          "The decrypted editor package failed plaintext checksum verification."},
-        {"no archive", "nothing like a zip", "", noZip},
-        {"no archive inside", sealContainer("nothing like a zip", kContentKey), encryption(kContentKey), noZip},
-        {"magic cut", "ZANTOR1", "", noZip},
-        {"unsafe name", makeZip({{"editor.exe", "new"}, {"../evil", "x"}}), "", unsafe, false, false},
+        {"no archive", "no zip", "", noZip},
+        {"no archive in the container", sealContainer("no zip", kContentKey), kEncryption, noZip},
+        {"shorter than the magic", "ZANTOR1", "", noZip},
+        {"unsafe name", makeZip({{"editor.exe", "new"}, {"../evil", "x"}}), "", extracting},
+        {"damaged entry", makeZip({{"editor.exe", "new"}, damaged}), "", extracting},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
         InstallWorld world;
         world.installOldEditor();
         world.release("2.0", c.package, c.extraMembers);
-        EXPECT_EQ(world.run(), failed(c.message, {DownloadStatus::Installing})) << c.what;
-        EXPECT_TRUE(world.oldEditorIsUntouched()) << c.what;
-        Tree downloads = treeOf(world.downloads);
-        EXPECT_EQ(downloads.erase("zantor_editor_2.0.zip.decrypted.zip"), c.decryptedStays ? 1u : 0u) << c.what;
-        EXPECT_EQ(downloads, (Tree{{"zantor_editor_2.0.zip", c.package}})) << c.what;
-        EXPECT_EQ(fs::exists(world.staging), c.stagingStays) << c.what;
-        EXPECT_TRUE(treeOf(world.staging).empty()) << c.what;
-
-        // A retry reuses the package: the same failure, and no second row.
-        EXPECT_EQ(world.run(), failed(c.message, {DownloadStatus::Installing})) << c.what;
-        // A good package of the same version puts everything right, the stuck row included.
+        for (int attempt = 0; attempt < 2; ++attempt) { // the second reuses the package and adds no row
+            EXPECT_EQ(world.run(), "Failed: " + c.message + " [Installing]");
+            const fs::path decrypted = world.downloads / "zantor_editor_2.0.zip.decrypted.zip";
+            EXPECT_EQ(fs::remove(decrypted), !c.decrypted.empty());
+            world.expectOldEditor({{"zantor_editor_2.0.zip", c.package}}, c.message != extracting);
+        }
         world.release("2.0", kArchive);
-        EXPECT_EQ(world.run(), installed("2.0", 2)) << c.what;
-        EXPECT_EQ(treeOf(world.editor), withMarker(kNewEditor, "2.0")) << c.what;
-        EXPECT_FALSE(fs::exists(world.staging)) << c.what;
+        EXPECT_EQ(world.run(), "Installed: Installed — version 2.0 [Installed Installed]");
+        EXPECT_EQ(treeOf(world.editor), withMarker(kNewEditor, "2.0"));
     }
 }
 
-TEST(InstallPipeline, InstallsAlternatingVersionsTenTimesWithoutAResidue) {
+TEST(InstallPipeline, AlternatingVersionsLeaveNoResidue) {
     InstallWorld world;
-    world.folder.write(world.staging / "left/over", "from a run that was killed");
-    world.folder.write("downloads/zantor_editor_2.0.zip.part", "and from its transfer");
-    const std::string sealed = sealContainer(kArchive, kContentKey);
-    for (int round = 0; round < 10; ++round) {
-        const bool plain = round % 2 == 0;
-        const std::string version = plain ? "2.0" : "1.9/β";
-        world.release(version, plain ? makeZip({{"bin/editor.exe", "plain"}}) : sealed,
-                      plain ? "" : encryption(kContentKey) + R"("plaintext_sha256":")" + sha256Hex(kArchive) + "\",");
-        EXPECT_EQ(world.run(), installed(version, round == 0 ? 1 : 2));
-        const Tree want = plain ? Tree{{"bin", "<directory>"}, {"bin/editor.exe", "plain"}} : kNewEditor;
-        EXPECT_EQ(treeOf(world.editor), withMarker(want, version));
-        // Nothing beside the editor, and one package per version: three quarters of the runs did not download.
-        EXPECT_EQ(std::distance(fs::directory_iterator(world.launcher), {}), 1);
-        EXPECT_EQ(treeOf(world.downloads).size(), round == 0 ? 1u : 2u);
+    world.folder.write(world.staging / "left/over", "of a run that was killed");
+    for (const char* name :
+         {"zantor_editor_2.0.zip.part", "zantor_editor_3.zip.part", "zantor_editor_3.zip.decrypted.zip"})
+        world.folder.write(world.downloads / name, "of a run that was killed");
+    world.folder.write("downloads/another.part", "not ours");
+    const std::string plaintextSha256 = R"("plaintext_sha256":")" + sha256Hex(kArchive) + "\",";
+    const std::string container = sealContainer(kArchive, kContentKey); // once: each seal has a nonce of its own
+    for (int round = 0; round < 4; ++round) {
+        const bool sealed = round % 2 == 1;
+        const std::string version = sealed ? "1.9/β" : "2.0";
+        world.release(version, sealed ? container : makeZip({}), sealed ? kEncryption + plaintextSha256 : "");
+        EXPECT_EQ(world.run(), "Installed: Installed — version " + version +
+                                   (round == 0 ? " [Installed]" : " [Installed Installed]"));
+        EXPECT_EQ(treeOf(world.editor), withMarker(sealed ? kNewEditor : Tree{}, version));
+        EXPECT_FALSE(fs::exists(world.staging));
+        EXPECT_EQ(treeOf(world.downloads).size(), round == 0 ? 2u : 3u) << "one package per version, the foreign file";
     }
-}
-
-TEST(InstallPipeline, AnEmptyArchiveReplacesTheEditorWithNothing) {
-    InstallWorld world;
-    world.installOldEditor();
-    world.release("2.0", makeZip({}));
-    EXPECT_EQ(world.run(), installed("2.0", 1));
-    EXPECT_EQ(treeOf(world.editor), withMarker({}, "2.0"));
 }
 
 TEST(InstallPipeline, CancelBeforeAnEntryFailsEveryRowOfTheVersion) {
@@ -104,16 +87,63 @@ TEST(InstallPipeline, CancelBeforeAnEntryFailsEveryRowOfTheVersion) {
     for (int i = 0; i < 4000; ++i)
         entries.push_back({"data/" + std::to_string(i), "x"});
     InstallWorld world;
+    world.release("1.9", kArchive);
+    world.run(); // a row of another version
+    fs::remove_all(world.editor);
     world.installOldEditor();
     world.release("2.0", "no archive");
-    world.run(); // leaves a row of this version that reads "Installing"
+    EXPECT_EQ(world.run(), "Failed: The editor package is not a readable zip archive. [Installing Installed]");
     world.release("2.0", makeZip(entries));
     world.state().startUpdate();
     while (world.state().status() != EditorInstallStatus::Failed && !fs::exists(world.staging / "editor.exe"))
         std::this_thread::yield();
     world.state().requestCancel();
-    EXPECT_EQ(world.finish(), failed("Install cancelled.", {DownloadStatus::Failed, DownloadStatus::Failed}));
-    EXPECT_TRUE(world.oldEditorIsUntouched());
-    EXPECT_FALSE(fs::exists(world.staging));
-    EXPECT_EQ(treeOf(world.downloads).size(), 1u); // the package stays for the retry
+    EXPECT_EQ(world.finish(), "Failed: Install cancelled. [Failed Failed Installed]");
+    world.expectOldEditor({{"zantor_editor_1.9.zip", kArchive}, {"zantor_editor_2.0.zip", makeZip(entries)}}, false);
+    world.release("2.0", "no archive");
+    EXPECT_EQ(world.run(),
+              "Failed: The editor package is not a readable zip archive. [Installing Failed Failed Installed]");
+}
+
+TEST(InstallPipeline, ClosingInterruptsAnEntryAndKeepsTheOldEditor) {
+    const std::string package = makeZip({{"editor.exe", std::string(100'000'000, 'n')}});
+    InstallWorld world;
+    world.installOldEditor();
+    world.release("2.0", package);
+    world.state().startUpdate();
+    while (world.state().status() <= EditorInstallStatus::Installing && !fs::exists(world.staging / "editor.exe"))
+        std::this_thread::yield();
+    world.close();
+    world.expectOldEditor({{"zantor_editor_2.0.zip", package}}, false);
+}
+
+// Another launcher that installs at the same time is a lock that somebody else holds.
+TEST(InstallLocks, ARunWaitsForAnotherLauncherAndThenLooksAgain) {
+    for (const std::string name :
+         {"downloads/zantor_editor.lock", "some/wo anders/Läuncher 日本/editor-staging.lock"}) {
+        SCOPED_TRACE(name);
+        InstallWorld world;
+        world.release("1.0", kArchive);
+        const std::string path = world.folder.write(name, "").string();
+        auto lock = std::make_unique<FileLock>();
+        ASSERT_EQ(lock->tryToTake(path), FileLock::Result::Taken);
+        world.state().startUpdate();
+        ASSERT_TRUE(eventually([&] { return world.requestCount() == 1; }));
+        EXPECT_EQ(world.state().statusMessage(), "Checking for updates…");
+        world.state().requestCancel();
+        EXPECT_EQ(world.finish(), "Failed: Install cancelled. []");
+
+        world.state().startUpdate();
+        ASSERT_TRUE(eventually([&] { return world.requestCount() == 2; }));
+        world.installOldEditor(); // by the other launcher: version 1.0
+        lock.reset();
+        EXPECT_EQ(world.finish(), "Installed: Installed — version 1.0 []");
+        world.expectOldEditor({}, false);
+
+        world.release("2.0", kArchive);
+        fs::remove(path);
+        fs::create_directory(path); // no lock file can be made
+        EXPECT_EQ(world.run(), "Installed: Installed — version 2.0 [Installed]");
+        world.close();
+    }
 }

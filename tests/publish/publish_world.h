@@ -1,14 +1,17 @@
 #pragma once
 
-// A publisher's workplace: an archive, two keys, a directory to publish, and a clock that stands.
+// A publisher's workplace: an archive, two keys, a directory to publish, and a fixed time.
 
+#include <cstdint>
 #include <filesystem>
 #include <map>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "publish/keys.h"
 #include "publish/release.h"
-#include "publish/statement_writer.h"
+#include "publish/site.h"
 #include "support/package_making.h"
 #include "support/temporary_folder.h"
 
@@ -32,9 +35,8 @@ class PublishWorld {
         request.siteDirectory = site;
         request.nowSeconds = kNow;
         std::string ignored;
-        if (!makeKeyFile(keyFile("first"), false, ignored, failure) ||
-            !makeKeyFile(keyFile("second"), false, ignored, failure))
-            throw std::runtime_error(failure);
+        for (const char* name : {"first", "second"})
+            if (!makeKeyFile(keyFile(name), false, ignored, failure)) throw std::runtime_error(failure);
     }
 
     std::string keyFile(const std::string& name) const { return (folder / (name + ".key")).string(); }
@@ -47,19 +49,14 @@ class PublishWorld {
             if (!read.emplace_back().read(keyFile(name), warnings, why)) throw std::runtime_error(why);
         return read;
     }
-    std::vector<std::string> publicKeys(const std::vector<std::string>& names) const {
-        std::vector<std::string> found;
-        for (const PublisherKey& key : keys(names))
-            found.push_back(key.publicKey());
-        return found;
-    }
+    std::string publicKey(const std::string& name) const { return keys({name}).front().publicKey(); }
 
     // The failure text, or empty.
-    std::string publish(const std::vector<std::string>& keyNames = {"first"}) {
+    std::string publish() {
         failure.clear();
         result = {};
-        const bool done = publishRelease(request, keys(keyNames), result, failure);
-        return done ? "" : failure.empty() ? "(no words)" : failure;
+        const bool done = publishRelease(request, keys(), result, failure);
+        return done ? "" : failure.empty() ? "(no text)" : failure;
     }
     std::string publishBytes(const std::string& bytes) {
         folder.write("editor.zip", bytes);
@@ -69,7 +66,6 @@ class PublishWorld {
     // Every file below the site, with its bytes.
     std::map<std::string, std::string> files() const {
         std::map<std::string, std::string> found;
-        if (!std::filesystem::exists(site)) return found;
         for (const auto& entry : std::filesystem::recursive_directory_iterator(site))
             if (entry.is_regular_file())
                 found[std::filesystem::relative(entry.path(), site).generic_string()] = readFileBytes(entry.path());
@@ -83,15 +79,15 @@ class PublishWorld {
         return published.manifest;
     }
 
-    // What a launcher that pins these keys says of the statement of this package; empty when it takes it.
-    std::string verdict(const std::string& sha256, const std::vector<std::string>& keyNames,
+    // The launcher's verdict on the statement of a package with one pinned key; empty when it accepts.
+    std::string verdict(const std::string& sha256, const std::string& keyName = "first",
                         std::int64_t now = kNow) const {
-        const std::string text = readFileBytes(folder / "site/statements" / (sha256 + ".txt"));
+        const std::string text = readFileBytes(statementPath(site, sha256));
         ReleaseStatement release;
         if (!parseReleaseStatement(text, release)) return "malformed";
         const auto& field = release.fields;
         return judgeReleaseStatement(
-            text, publicKeys(keyNames),
+            text, {publicKey(keyName)},
             {field[statement::Version], std::stoll(field[statement::Size]), sha256, field[statement::PlaintextSha256]},
             now);
     }

@@ -1,6 +1,10 @@
 #include "publish/release.h"
 
+#include <cstddef>
+#include <filesystem>
 #include <set>
+#include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -10,97 +14,53 @@
 
 namespace fs = std::filesystem;
 
-namespace {
-
-std::string packageName(const PublishWorld& world) {
-    return fs::path(world.result.packagePath).filename().string();
-}
-
-} // namespace
-
-TEST(Release, LeavesWhatTheLauncherTakes) {
-    for (const bool encrypt : {true, false}) {
-        PublishWorld world;
-        world.request.encrypt = encrypt;
-        world.request.baseUrl += "/"; // one more slash changes nothing
-        ASSERT_EQ(world.publish(), "");
-        const UpdateManifest manifest = world.manifest();
-        const std::string package = readFileBytes(world.result.packagePath);
-        EXPECT_EQ(manifest.version, "1.4.2");
-        EXPECT_EQ(manifest.url, "https://updates.example/linux/" + packageName(world));
-        EXPECT_EQ(manifest.sha256, sha256Hex(package));
-        EXPECT_EQ(packageName(world),
-                  "editor-1.4.2-" + manifest.sha256.substr(0, 16) + (encrypt ? ".container" : ".zip"));
-        EXPECT_EQ(parsePublisherKeys(world.result.authenticityKeys), world.publicKeys({"first"}));
-        EXPECT_EQ(world.files().size(), 3u) << "something else was left behind";
-        EXPECT_EQ(manifest.encryptionKey.empty(), !encrypt);
-        const std::string opened = (world.folder / "opened").string();
-        EXPECT_EQ(decryptPackage(world.result.packagePath, opened, manifest.encryptionKey, world.failure), encrypt);
-        EXPECT_EQ(encrypt ? readFileBytes(opened) : package, world.archive);
-        EXPECT_EQ(manifest.plaintextSha256, encrypt ? sha256Hex(world.archive) : "");
-        EXPECT_EQ(world.verdict(manifest.sha256, {"first"}, kNow + 31 * kDay), "");
-        EXPECT_NE(world.verdict(manifest.sha256, {"first"}, kNow + 32 * kDay), "");
-    }
-}
-
-TEST(Release, SealsEveryReleaseWithAKeyAndANonceOfItsOwn) {
+TEST(Release, SealsEveryPackageWithItsOwnNonce) {
     PublishWorld world;
     const std::string zip = (world.folder / "p").string(), sealed = zip + ".sealed", opened = zip + ".opened";
+    const std::string key(32, 'k');
     WrittenPackage written;
-    std::set<std::string> keys, nonces;
-    for (const std::size_t size : {0, 1, 65535, 65536, 65537, 200000}) {
+    std::set<std::string> nonces;
+    for (const std::size_t size : {0, 65536, 65537}) {
         const std::string bytes(size, 'p');
         world.folder.write("p", bytes);
-        ASSERT_TRUE(sealPackage(zip, sealed, written, world.failure)) << size;
-        const std::string container = readFileBytes(sealed);
-        keys.insert(written.keyText);
-        nonces.insert(container.substr(20, 12));
-        EXPECT_TRUE(decryptPackage(sealed, opened, written.keyText, world.failure)) << world.failure;
+        ASSERT_TRUE(sealPackage(zip, sealed, key, written, world.failure)) << size;
+        nonces.insert(readFileBytes(sealed).substr(20, 12));
+        EXPECT_TRUE(decryptPackage(sealed, opened, toBase64(key), world.failure)) << world.failure;
         EXPECT_EQ(readFileBytes(opened), bytes);
-        EXPECT_EQ(written.size, size + 48);
-        EXPECT_EQ(written.sha256 + written.plaintextSha256, sha256Hex(container) + sha256Hex(bytes));
     }
-    EXPECT_EQ(keys.size() + nonces.size(), 12u);
-    fs::resize_file(zip, kMaxSealedBytes + 1); // a hole
-    EXPECT_FALSE(sealPackage(zip, sealed, written, world.failure));
+    EXPECT_EQ(nonces.size(), 3u);
+    fs::resize_file(zip, kMaxSealedBytes + 1); // a sparse file
+    EXPECT_FALSE(sealPackage(zip, sealed, key, written, world.failure));
     EXPECT_NE(world.failure.find("too large"), std::string::npos);
 }
 
 TEST(Release, RefusesVersionsAndAddressesThatLaunchersMisread) {
-    for (const std::string good : {"1", "1.4.2", "1.4.2 beta 3", "v1+b/7", "!~", "YOUR_"})
+    for (const std::string good : {"1", "1.4.2 beta 3", "v1+b/7", "!~", "YOUR_"})
         EXPECT_EQ(versionProblem(good), "") << good;
-    for (const std::string bad : {"", " ", " 1", "1 ", "1  2", "1\t2", "1\n", "1\r", "1\x7F", "1\xC3\xA9", "1\x1F"})
+    for (const std::string bad : {"", " 1", "1 ", "1  2", "1\t2", "1\r", "1\x7F", "1\xC3\xA9"})
         EXPECT_NE(versionProblem(bad), "") << bad;
-    EXPECT_NE(versionProblem(std::string("1\0", 2)), "");
     for (const std::size_t length : {128, 129})
         EXPECT_EQ(versionProblem(std::string(length, '1')).empty(), length == 128);
 
-    for (const std::string good : {"https://a", "https://a/b/c", "https://a:8443/b%20c", "https://127.0.0.1:1"})
+    for (const std::string good : {"https://a", "https://a:8443/b%20c", "https://127.0.0.1:1"})
         EXPECT_EQ(baseUrlProblem(good), "") << good;
     for (const std::string bad :
-         {"", "http://a", "HTTPS://a", "https://", "https://:1", "https://a:0", "https://a:65536", "https://[::1]/",
-          "https://a/?b", "https://a/#b", "https://u@a", "https://a b", "https://a\"b", "https://a/\xC3\xA9",
-          "https://YOUR_HOST/x", "https://a/platform=linux/x", "https://a\n"})
+         {"http://a", "https://a:0", "https://a/?b", "https://a/#b", "https://u@a", "https://a b", "https://a/\xC3\xA9",
+          "https://YOUR_HOST/x", "https://a/platform=linux/x"})
         EXPECT_NE(baseUrlProblem(bad), "") << bad;
 }
 
-TEST(Release, TouchesNothingWhenItRefuses) {
+TEST(Release, ARefusalChangesNothing) {
     const std::pair<const char*, void (*)(PublishWorld&)> cases[] = {
-        {"version", [](PublishWorld& w) { w.request.version = " 2"; }},
         {"other platform", [](PublishWorld& w) { w.request.platform = "windows"; }},
         {"too many days", [](PublishWorld& w) { w.request.days = 93; }},
-        {"bad archive",
-         [](PublishWorld& w) {
-             w.folder.write("editor.zip", makeZip({{"../x", ""}}));
-         }},
-        {"same version, other bytes", [](PublishWorld& w) { w.request.version = "1.4.2"; }},
         {"old version, other bytes", [](PublishWorld& w) { w.request.version = "1.4.1"; }},
-        {"only the manifest tells",
+        {"version on offer without its statement",
          [](PublishWorld& w) {
              w.request.version = "1.4.2";
              fs::remove_all(w.folder / "site/statements");
          }},
-        {"no manifest", [](PublishWorld& w) { w.folder.write("site/manifest.json", "[]"); }},
+        {"damaged manifest", [](PublishWorld& w) { w.folder.write("site/manifest.json", "[]"); }},
     };
     for (const auto& [what, spoil] : cases) {
         PublishWorld world;
@@ -117,31 +77,28 @@ TEST(Release, TouchesNothingWhenItRefuses) {
     }
 }
 
-// The disk's refusals are played by folders that stand where a file is to be written.
-TEST(Release, OffersTheOldReleaseWholeWhenAStepFails) {
-    for (const std::string step : {"package.tmp", "editor-2-HASH.zip", "statements/SHA256.txt.tmp",
-                                   "statements/SHA256.txt", "manifest.json.tmp"}) {
+// A folder in the place of a file makes the step that writes the file fail.
+TEST(Release, OffersTheOldReleaseWhenAStepFails) {
+    const std::string next = makeZip({{"editor.exe", "next"}});
+    const std::string hash = sha256Hex(next);
+    for (const std::string& step :
+         {"editor-2-" + hash.substr(0, 16) + ".zip", "statements/" + hash + ".txt", std::string("manifest.json.tmp")}) {
         PublishWorld world;
         world.request.encrypt = false;
         ASSERT_EQ(world.publish(), "");
-        const std::string next = makeZip({{"editor.exe", "next"}});
-        std::string obstacle = step;
-        if (const auto at = obstacle.find("SHA256"); at != std::string::npos) obstacle.replace(at, 6, sha256Hex(next));
-        if (const auto at = obstacle.find("HASH"); at != std::string::npos)
-            obstacle.replace(at, 4, sha256Hex(next).substr(0, 16));
-        world.folder.write("site/" + obstacle + "/in the way", "");
+        world.folder.write("site/" + step + "/obstacle", "");
         const auto before = world.files();
         world.request.version = "2";
         EXPECT_NE(world.publishBytes(next), "") << step;
         EXPECT_EQ(world.files(), before) << step;
-        fs::remove_all(world.folder / "site" / obstacle);
+        fs::remove_all(world.folder / "site" / step);
         EXPECT_EQ(world.publish(), "") << step;
         EXPECT_EQ(world.manifest().version, "2");
-        EXPECT_EQ(world.verdict(world.manifest().sha256, {"first"}), "");
+        EXPECT_EQ(world.verdict(hash), "");
     }
 }
 
-TEST(Release, APlainArchiveIsOneVersionOnly) {
+TEST(Release, APlainArchiveHasOneVersionOnly) {
     PublishWorld world;
     world.request.encrypt = false;
     ASSERT_EQ(world.publish(), "");
@@ -149,20 +106,22 @@ TEST(Release, APlainArchiveIsOneVersionOnly) {
     const auto before = world.files();
     EXPECT_NE(world.publish().find("as version 1.4.2"), std::string::npos);
     world.request.force = true;
-    fs::create_directories(world.folder / "site/manifest.json.tmp/in the way");
+    fs::create_directories(world.folder / "site/manifest.json.tmp/obstacle");
     EXPECT_NE(world.publish(), "");
-    EXPECT_EQ(world.files(), before) << "the statement of what is offered still is gone";
+    EXPECT_EQ(world.files(), before) << "the release on offer has lost its statement";
     fs::remove_all(world.folder / "site/manifest.json.tmp");
     EXPECT_EQ(world.publish(), "");
-    EXPECT_EQ(world.verdict(world.manifest().sha256, {"first"}), "");
+    EXPECT_EQ(world.verdict(world.manifest().sha256), "");
 }
 
-TEST(Release, AgainChangesOnlyTheStatement) {
+TEST(Release, PublishingAgainChangesOnlyTheStatement) {
     for (const bool encrypt : {true, false}) {
         PublishWorld world;
         world.request.encrypt = encrypt;
+        world.request.baseUrl += "/"; // ignored
         ASSERT_EQ(world.publish(), "");
         const auto before = world.files();
+        EXPECT_EQ(before.size(), 3u) << "another file was left behind";
         world.request.nowSeconds += kDay;
         EXPECT_EQ(world.publish(), "");
         EXPECT_TRUE(world.result.packageKept);
@@ -172,24 +131,22 @@ TEST(Release, AgainChangesOnlyTheStatement) {
         after[statement] = before.at(statement);
         EXPECT_EQ(after, before);
 
-        // A package that has been damaged meanwhile is not kept.
-        world.folder.write(fs::path("site") / packageName(world), "damaged");
+        // A damaged package is written again.
+        world.folder.write(world.result.packagePath, "damaged");
         EXPECT_EQ(world.publish(), "");
         EXPECT_FALSE(world.result.packageKept);
-        if (encrypt) { // nor one that the manifest's key does not open
+        if (encrypt) { // and so is one that the manifest's key does not open
             std::string manifest = readFileBytes(world.result.manifestPath);
             const std::size_t key = manifest.find("\"key\": \"") + 8;
             world.folder.write("site/manifest.json", manifest.replace(key, 4, "AAAA"));
             EXPECT_EQ(world.publish(), "");
             EXPECT_FALSE(world.result.packageKept);
         }
-        EXPECT_EQ(sha256Hex(readFileBytes(world.result.packagePath)), world.manifest().sha256);
-
-        // Back to an older release: its bytes are known.
+        // Rolling back to an older release: its bytes are known.
         world.request.version = "2";
         EXPECT_EQ(world.publishBytes(makeZip({{"editor.exe", "two"}})), "");
         world.request.version = "1.4.2";
         EXPECT_EQ(world.publishBytes(world.archive), "");
-        EXPECT_EQ(world.verdict(world.manifest().sha256, {"first"}), "");
+        EXPECT_EQ(world.verdict(world.manifest().sha256), "");
     }
 }

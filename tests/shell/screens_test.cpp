@@ -1,5 +1,6 @@
 // Which screen is shown, how the screens scale, and the Downloads screen with real downloads.
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <fstream>
@@ -11,11 +12,13 @@
 
 #include "install/format_bytes.h"
 #include "shell/user_initials.h"
+#include "shell/widgets.h"
 #include "signin/picture_crop.h"
 #include "support/eventually.h"
 #include "support/tls_server.h"
 #include "support/trusted_authority.h"
 #include "support/ui_harness.h"
+#include "ui/ui_theme.h"
 
 namespace {
 
@@ -56,6 +59,13 @@ TEST(Routing, EverySignInChecksForUpdatesOnce) {
     ui.frame();
     EXPECT_TRUE(app.updateCheckStarted);
     ASSERT_TRUE(eventually([&] { return app.install->status() == EditorInstallStatus::Failed; }));
+    EXPECT_FALSE(app.attentionWanted);
+    app.pendingOpenProjectPath = "/a/project that waits.zantorproj";
+    ui.frame();
+    EXPECT_TRUE(app.attentionWanted) << "the install that a project waited for has ended";
+    ui.frames(3);
+    ui.key(ImGuiKey_Escape); // closes the popup that tells so
+    ui.frames(3);
 
     ASSERT_TRUE(ui.click(kRoot, {"Installs"}));
     ASSERT_TRUE(ui.click(kRoot, {"Sign out"}));
@@ -112,6 +122,52 @@ TEST(Layout, DoublesAtScaleTwo) {
             EXPECT_NEAR(off, 0.0f, 1.01f) << i;
         EXPECT_TRUE(ImRect(0, 0, 900, 560).Contains(normal[i])) << i << " is outside the smallest window";
     }
+}
+
+TEST(List, ItsScrollBarTakesNoWidthAndMovesTheRows) {
+    UiHarness ui;
+    LauncherApp& app = ui.startSignedIn();
+    app.settings->setProjects(std::vector<ProjectEntry>(100, ui.makeProject("a", 1)));
+    ui.frames(3);
+    const ImRect row = *ui.rect(kProjectList, {0, "##project_row"});
+    EXPECT_FLOAT_EQ(row.Max.x, 1180.0f - 16.0f);
+    ui.moveTo({1180.0f - 8.0f, row.GetCenter().y});
+    ui.press(ImGuiMouseButton_Left);
+    ui.moveTo({1180.0f - 8.0f, 730.0f});
+    ui.release(ImGuiMouseButton_Left);
+    ui.frame();
+    EXPECT_FALSE(ui.rect(kProjectList, {0, "##project_row"}));
+    EXPECT_TRUE(ui.rect(kProjectList, {99, "##project_row"}));
+}
+
+TEST(List, ACutTextHasATooltip) {
+    UiHarness ui;
+    LauncherApp& app = ui.startSignedIn();
+    app.settings->setProjects({ui.makeProject("a", 2), ui.makeProject(std::string(200, 'b'), 1)});
+    ui.frames(2);
+    for (const int index : {0, 1}) {
+        ui.moveTo(ui.rect(kProjectList, {index, "##project_row"})->Min + ImVec2(80.0f, 26.0f));
+        ui.frames(60);
+        EXPECT_EQ(ui.popupOpen("##Tooltip_00"), index == 1);
+    }
+}
+
+TEST(Shell, AProgressBarShowsADotForASmallPart) {
+    UiFrames frames;
+    const auto filledWidth = [&](float fraction) {
+        float left = 100.0f, right = 0.0f;
+        frames.build([&](ImDrawList& list) {
+            drawProgressBar(&list, {0.0f, 0.0f}, {100.0f, 8.0f}, fraction);
+            for (const ImDrawVert& corner : list.VtxBuffer) {
+                if (corner.col != uiThemeForeground()) continue;
+                left = std::min(left, corner.pos.x);
+                right = std::max(right, corner.pos.x);
+            }
+        });
+        return std::max(0.0f, right - left);
+    };
+    for (const auto& [fraction, width] : {std::pair{0.0005f, 0.0f}, {0.002f, 8.0f}, {0.5f, 50.0f}, {1.5f, 100.0f}})
+        EXPECT_NEAR(filledWidth(fraction), width, 1.01f) << fraction;
 }
 
 TEST(Texts, Initials) {

@@ -22,6 +22,7 @@
 #include "support/scoped_environment.h"
 #include "support/temporary_folder.h"
 #include "support/trusted_authority.h"
+#include "system/http.h"
 
 class SignInTest : public testing::Test {
   protected:
@@ -29,6 +30,11 @@ class SignInTest : public testing::Test {
         recordingSystem() = {};
         recordingSystem().userDataDirectory = folder_.string();
         startNextRun();
+    }
+
+    void TearDown() override {
+        flow_.reset();
+        EXPECT_TRUE(eventually([] { return unfinishedRequests() == 0; })); // they read the environment
     }
 
     // The launcher's next run: the settings are read from disk again.

@@ -68,6 +68,8 @@ TEST_F(TokenRequests, EveryAnswerHasItsOutcome) {
         {"all well", tokens, user, "", ""},
         {"no token answer", "", user, kNoToken, kNoToken},
         {"token body cut", "HTTP/1.1 200 OK\r\nContent-Length: 999\r\n\r\n" + kTokens, user, kNoToken, kNoToken},
+        {"token body without end", "HTTP/1.1 200 OK\r\nContent-Length: 1000000000000000\r\n\r\n" + kTokens, user,
+         kNoToken, kNoToken},
         {"token body cut, no length", kWithoutLength + R"({"access_token":"a")", user, kBadToken, kBadToken},
         {"token refused", httpAnswer(400, kTokens), user, rejected(400), kInvalid},
         {"created is not OK", httpAnswer(201, kTokens), user, rejected(201), kInvalid},

@@ -1,9 +1,13 @@
 #include "support/package_making.h"
 
-#include <memory>
+#include <stdexcept>
 
 #include <miniz.h>
-#include <openssl/evp.h>
+
+#include "crypto/base64.h"
+#include "crypto/sha256.h"
+#include "publish/container_writer.h"
+#include "support/temporary_folder.h"
 
 namespace {
 
@@ -23,10 +27,6 @@ std::string deflate(const std::string& data) {
 
 const unsigned char* asBytes(const std::string& text) {
     return reinterpret_cast<const unsigned char*>(text.data());
-}
-
-unsigned char* asBytes(std::string& text) {
-    return reinterpret_cast<unsigned char*>(text.data());
 }
 
 } // namespace
@@ -77,58 +77,30 @@ std::string makeZip(const std::vector<ZipEntry>& entries) {
 }
 
 std::string sha256Hex(const std::string& bytes) {
-    unsigned char digest[32];
-    EVP_Digest(bytes.data(), bytes.size(), digest, nullptr, EVP_sha256(), nullptr);
-    std::string text;
-    for (const unsigned char byte : digest) {
-        char digits[3];
-        std::snprintf(digits, sizeof digits, "%02x", byte);
-        text += digits;
-    }
-    return text;
+    const std::vector<std::uint8_t> digest = sha256Bytes(bytes);
+    return hexEncode(digest.data(), digest.size());
 }
 
 std::string toBase64(const std::string& bytes) {
-    std::string text((bytes.size() + 2) / 3 * 4 + 1, '\0');
-    text.resize(
-        static_cast<std::size_t>(EVP_EncodeBlock(asBytes(text), asBytes(bytes), static_cast<int>(bytes.size()))));
-    return text;
+    return base64Encode(bytes);
 }
 
 std::string sealContainer(const std::string& plaintext, const std::string& key) {
-    std::string size;
-    for (int shift = 56; shift >= 0; shift -= 8)
-        size += static_cast<char>(plaintext.size() >> shift & 0xFF);
-    const std::string nonce = "twelve bytes";
-    std::string ciphertext(plaintext.size(), '\0');
-    std::string tag(16, '\0');
-    int count = 0;
-    EVP_CIPHER_CTX* cipher = EVP_CIPHER_CTX_new();
-    EVP_EncryptInit_ex(cipher, EVP_aes_256_gcm(), nullptr, asBytes(key), asBytes(nonce));
-    EVP_EncryptUpdate(cipher, asBytes(ciphertext), &count, asBytes(plaintext), static_cast<int>(plaintext.size()));
-    EVP_EncryptFinal_ex(cipher, asBytes(tag), &count);
-    EVP_CIPHER_CTX_ctrl(cipher, EVP_CTRL_GCM_GET_TAG, 16, tag.data());
-    EVP_CIPHER_CTX_free(cipher);
-    return std::string("ZANTOR1\0\1\x0C\x10\0", 12) + size + nonce + ciphertext + tag;
+    const TemporaryFolder folder;
+    const std::string sealed = (folder / "sealed").string();
+    WrittenPackage written;
+    std::string failure;
+    if (!sealPackage(folder.write("plain", plaintext).string(), sealed, key, written, failure))
+        throw std::runtime_error(failure);
+    return readFileBytes(sealed);
 }
 
-std::string SigningKey::publicKey() const {
-    std::string key(32, '\0');
-    std::size_t size = key.size();
-    EVP_PKEY* pair = EVP_PKEY_new_raw_private_key(EVP_PKEY_ED25519, nullptr, asBytes(seed_), seed_.size());
-    EVP_PKEY_get_raw_public_key(pair, asBytes(key), &size);
-    EVP_PKEY_free(pair);
-    return key;
-}
-
-std::string SigningKey::sign(const std::string& text) const {
-    std::string signature(64, '\0');
-    std::size_t size = signature.size();
-    EVP_PKEY* pair = EVP_PKEY_new_raw_private_key(EVP_PKEY_ED25519, nullptr, asBytes(seed_), seed_.size());
-    EVP_MD_CTX* context = EVP_MD_CTX_new();
-    EVP_DigestSignInit(context, nullptr, nullptr, nullptr, pair);
-    EVP_DigestSign(context, asBytes(signature), &size, asBytes(text), text.size());
-    EVP_MD_CTX_free(context);
-    EVP_PKEY_free(pair);
-    return signature;
+SigningKey::SigningKey(char name) {
+    const TemporaryFolder folder;
+    const std::string file = (folder / std::string(1, name)).string();
+    std::string ignored;
+    std::vector<std::string> warnings;
+    std::string failure;
+    if (!makeKeyFile(file, false, ignored, failure) || !read(file, warnings, failure))
+        throw std::runtime_error(failure);
 }

@@ -1,10 +1,11 @@
 #pragma once
 
-// A certificate authority that this process trusts while the object lives, and the servers on loopback it vouches for.
-// Only while no other thread of the test reads the environment.
+// A certificate authority that this process trusts while the object lives, with a certificate for loopback servers.
+// No other thread of the test may read the environment when it is made or destroyed.
 
 #include <optional>
 #include <stdexcept>
+#include <string>
 
 #include "sandbox/certificate_authority.h"
 #include "sandbox/system_trust.h"
@@ -15,10 +16,10 @@ class TrustedAuthority {
     TrustedAuthority() {
         if (!authority().writeRoot(rootFile())) throw std::runtime_error("cannot write " + rootFile());
         trust_.emplace(rootFile());
-        if (!trust_->isTrusted()) throw std::runtime_error("the system does not take " + rootFile());
+        if (!trust_->isTrusted()) throw std::runtime_error("the system does not accept " + rootFile());
     }
 
-    // One authority and one good certificate for all: keys take their time.
+    // One authority and one good certificate for all tests: making keys is slow.
     static const CertificateAuthority& authority() {
         static const CertificateAuthority one;
         return one;

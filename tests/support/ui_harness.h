@@ -49,6 +49,7 @@ class UiHarness {
     // The rectangle of an item in the last frame, or nothing if it was not submitted. A window is named by the start of
     // its name. A menu entry is found by its label.
     [[nodiscard]] std::optional<ImRect> rect(const char* window, IdPath path) const;
+    [[nodiscard]] ImGuiID identify(const char* window, IdPath path) const; // 0: not submitted in the last frame
     [[nodiscard]] std::optional<ImRect> menuEntry(const std::string& label, bool* disabled = nullptr) const;
     [[nodiscard]] bool popupOpen(const char* name) const;
     [[nodiscard]] bool focused(const char* window, IdPath path) const; // has the focus ring
@@ -70,6 +71,4 @@ class UiHarness {
     std::function<void()> present = UiFrames::takeTextures; // called with every built frame
     std::unique_ptr<LauncherApp> app;
 
-  private:
-    [[nodiscard]] ImGuiID identify(const char* window, IdPath path) const; // 0: not submitted in the last frame
 };

@@ -17,6 +17,7 @@
 #include "support/eventually.h"
 #include "support/scoped_environment.h"
 #include "support/temporary_folder.h"
+#include "system/dialog_problem.h"
 #include "system/local_time.h"
 #include "system/operating_system.h"
 
@@ -37,6 +38,7 @@ class Desktop : public testing::Test {
 
     TemporaryFolder folder_;
     ScopedEnvironment path_{"PATH", (folder_ / "bin").string()};
+    ScopedEnvironment noBus_{"DBUS_SESSION_BUS_ADDRESS", "unix:path=/none"}; // the user's portal must not be asked
 };
 
 TEST_F(Desktop, DialogGivesTheChoiceOrNothing) {
@@ -44,7 +46,6 @@ TEST_F(Desktop, DialogGivesTheChoiceOrNothing) {
         {"echo noise >&2; printf '/a b/\303\274 \"x\"\\n'", "/a b/\xC3\xBC \"x\""},
         {"printf '/ends in one\\n\\n'", "/ends in one\n"},
         {"printf '/tmp\\n'; exit 1", ""},
-        {"printf '/tmp\\n'; kill -9 $$", ""},
         {"[ -e /proc/$$/fd/77 ] && echo leaked", ""},
     };
     const int leak = ::fcntl(STDERR_FILENO, F_DUPFD, 77);
@@ -57,8 +58,14 @@ TEST_F(Desktop, DialogGivesTheChoiceOrNothing) {
 }
 
 TEST_F(Desktop, DialogProgramGetsTitleAndStartUnchanged) {
-    EXPECT_EQ(browseForFolder("T", "/s"), "") << "no dialog program is a cancel";
+    EXPECT_EQ(browseForFolder("T", "/s"), "");
+    EXPECT_NE(takeDialogProblem(), "") << "the user must learn why no dialog opened";
+    program("zenity", "echo /z; kill -9 $$");
     program("kdialog", "echo /k");
+    EXPECT_EQ(browseForFolder("T", "/s"), "/k") << "a zenity that fails is no cancel";
+    EXPECT_EQ(takeDialogProblem(), "");
+    fs::remove(folder_ / "bin/zenity");
+    fs::remove(folder_ / "record");
     EXPECT_EQ(browseForFolder("Pick a \"folder\"; $(x)", "/a b"), "/k");
     EXPECT_EQ(pickProjectFile("Add", "/a b/p.zantorproj"), "/k");
     program("zenity", "echo /z");

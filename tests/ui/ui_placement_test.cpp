@@ -1,6 +1,7 @@
 #include "ui/ui_placement.h"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -13,7 +14,8 @@ TEST(Placement, ComesBackAsItWasWritten) {
     const TemporaryFolder folder;
     const fs::path file = folder / "Läuncher.window";
     EXPECT_FALSE(readPlacement(file)) << "no file";
-    for (const WindowPlacement& placement : {WindowPlacement{-1920, 40, 1180, 740, false}, {0, 0, 900, 560, true}}) {
+    for (const WindowPlacement& placement :
+         {WindowPlacement{-1920, 40, 1180, 740, false, 150}, {0, 0, 900, 560, true}}) {
         ASSERT_TRUE(writePlacement(file, placement));
         EXPECT_EQ(readPlacement(file), placement);
     }
@@ -24,11 +26,27 @@ TEST(Placement, ComesBackAsItWasWritten) {
 }
 
 TEST(Placement, AnInvalidFileIsIgnored) {
-    for (const std::string text :
-         {"", "\n", "1 2 3 4 5", "1 2 3 400 500 0", "1 2 3 400 500 0\n\n", "1 2 3 400 500 0 7\n", "1  2 3 400 500 0\n",
-          "1 +2 3 400 500 0\n", "1 2 3 400.5 500 0\n", "2 2 3 400 500 0\n", "1 2 3 0 500 0\n", "1 2 3 400 -500 0\n",
-          "1 2 3 400 500 2\n", "1 2147483647 3 400 500 0\n", "1 99999999999999999999 3 400 500 0\n",
-          "1 2 3 2147483647 500 0\n", "1 nan inf 400 500 0\n", "\xFF\xFE\x01"})
+    EXPECT_EQ(parsePlacement("1 2 3 400 500 0\n"), (WindowPlacement{2, 3, 400, 500})) << "of an older version";
+    for (const std::string text : {"",
+                                   "\n",
+                                   "1 2 3 4 5",
+                                   "1 2 3 400 500 0",
+                                   "1 2 3 400 500 0\n\n",
+                                   "1 2 3 400 500 0 7\n",
+                                   "1  2 3 400 500 0\n",
+                                   "1 +2 3 400 500 0\n",
+                                   "1 2 3 400.5 500 0\n",
+                                   "2 2 3 400 500 0\n",
+                                   "1 2 3 0 500 0\n",
+                                   "1 2 3 400 -500 0\n",
+                                   "1 2 3 400 500 2\n",
+                                   "1 2147483647 3 400 500 0\n",
+                                   "1 99999999999999999999 3 400 500 0\n",
+                                   "1 2 3 2147483647 500 0\n",
+                                   "1 nan inf 400 500 0\n",
+                                   "2 2 3 400 500 0 95\n",
+                                   "3 2 3 400 500 0 100\n",
+                                   "\xFF\xFE\x01"})
         EXPECT_FALSE(parsePlacement(text)) << text;
 }
 
@@ -54,4 +72,27 @@ TEST(FitPlacement, TheWholeWindowIsOnAMonitor) {
     };
     for (const auto& c : cases)
         EXPECT_EQ(fitPlacement(c.wanted, c.areas, minimum), c.fitted) << c.what;
+}
+
+TEST(FitPlacement, TheTitleBarAndTheBottomAreOnALaptopsScreen) {
+    const ScreenArea area{0, 0, 1366, 728}; // above the task bar
+    const ScreenArea content = insideFrame(area, {8, 31, 8, 8});
+    for (const float scale : {1.0f, 1.5f}) {
+        const auto scaled = [&](int units) { return static_cast<int>(static_cast<float>(units) * scale); };
+        const WindowPlacement fitted =
+            fitPlacement({-99999, -99999, scaled(1180), scaled(740)}, {{content}}, {0, 0, scaled(900), scaled(560)});
+        EXPECT_GE(fitted.y - 31, 0) << scale;
+        EXPECT_LE(fitted.y + fitted.height + 8, area.height) << scale;
+    }
+}
+
+TEST(Zoom, StepsAsFarAsTheMonitorHasRoom) {
+    const ScreenArea minimum{0, 0, 900, 560};
+    EXPECT_EQ(largestZoom({{ScreenArea{0, 0, 1920, 1080}}}, minimum), 192);
+    EXPECT_EQ(largestZoom({{ScreenArea{0, 0, 800, 600}}}, minimum), 100);
+    int zoom = 100;
+    for (const auto& [steps, expected] : {std::pair{1, 110}, {1, 125}, {9, 175}, {-9, 80}}) {
+        zoom = stepZoom(zoom, steps, 192);
+        EXPECT_EQ(zoom, expected);
+    }
 }

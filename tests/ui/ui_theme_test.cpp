@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
-#include <span>
 #include <string>
+#include <string_view>
 
 #include <gtest/gtest.h>
 #include <imgui_internal.h>
@@ -16,6 +16,7 @@
 #include "ui/ui_integration.h"
 #include "ui/ui_palette.h"
 #include "ui/ui_popups.h"
+#include "ui/ui_text.h"
 
 namespace {
 
@@ -138,4 +139,37 @@ TEST(Popups, FadeIn) {
     }
     EXPECT_LT(firstAlpha, 180u);
     EXPECT_EQ(alpha, 255u);
+}
+
+TEST(Popups, StayInsideAShrinkingWindow) {
+    Themed themed;
+    const auto frames = [&](ImVec2 size) {
+        ImGui::GetIO().DisplaySize = size;
+        for (int i = 0; i < 3; ++i)
+            themed.frame([&](ImDrawList&) {
+                if (!ImGui::IsPopupOpen("popup")) ImGui::OpenPopup("popup");
+                ImGui::SetNextWindowPos(size * 0.5f, ImGuiCond_Appearing, {0.5f, 0.5f});
+                if (!uiThemeBeginModal("popup")) return;
+                ImGui::Dummy({460.0f, 300.0f});
+                uiThemeEndPopup();
+            });
+        return ImGui::FindWindowByName("popup")->Rect();
+    };
+    EXPECT_GT(frames({1590.0f, 940.0f}).Max.x, 900.0f);
+    EXPECT_TRUE(ImRect(0, 0, 900, 560).Contains(frames({900.0f, 560.0f})));
+}
+
+TEST(ThemeText, WrappedLinesKeepAddressesWholeAndLeaveNoSingleWord) {
+    Themed themed;
+    themed.frame([](ImDrawList&) {
+        ImFont* font = uiThemeFont(16.0f);
+        const auto subtitle = wrapText(font, "Manage all your projects and editor installations in one app.", 320.0f);
+        ASSERT_EQ(subtitle.size(), 2u);
+        EXPECT_GT(subtitle[1].size(), 20u) << subtitle[1];
+        const auto address = wrapText(font, "The server is busy; see https://example.org/status.", 300.0f);
+        EXPECT_EQ(address.back(), "https://example.org/status.");
+        for (const std::string_view line : wrapText(font, "https://example.org/a-very-long-path/that-is-cut", 150.0f))
+            EXPECT_LE(uiThemeTextSize(font, line).x, 150.0f);
+        EXPECT_EQ(wrapText(font, "a\n\nb", 100.0f).size(), 3u) << "an empty line stays";
+    });
 }

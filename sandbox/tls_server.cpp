@@ -1,29 +1,28 @@
-#include "support/tls_server.h"
+#include "sandbox/tls_server.h"
 
 #include <chrono>
 #include <condition_variable>
 #include <csignal>
+#include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <list>
 #include <mutex>
 #include <thread>
+#include <utility>
 
-#include <httplib.h> // for the sockets, under their names on this platform
+#include <httplib.h> // declares socket_t and includes the socket headers of the platform
 #include <openssl/pem.h>
 #include <openssl/ssl.h>
 
-using httplib::detail::close_socket;
-
-static void shutdown_socket(socket_t socket) {
-    constexpr int bothDirections = 2; // SHUT_RDWR on Linux, SD_BOTH on Windows
-    ::shutdown(socket, bothDirections);
-}
+#include "system/sockets.h"
 
 struct TlsConnection::State {
     TlsServer::Shared& shared;
     SSL* ssl;
     socket_t socket; // INVALID_SOCKET once closed; guarded by the server's mutex
     std::thread thread;
+    bool hasEnded = false; // its thread has nothing left to do; guarded by the server's mutex
 };
 
 struct TlsServer::Shared {
@@ -42,15 +41,16 @@ struct TlsServer::Shared {
     void acceptLoop();
     void serve(TlsConnection::State& state);
     void close(TlsConnection::State& state, bool withReset);
+    void joinEnded();
 };
 
 void TlsServer::Shared::close(TlsConnection::State& state, bool withReset) {
     const std::lock_guard<std::mutex> lock(mutex);
     if (state.socket == INVALID_SOCKET) return;
-    const linger discard{1, 0};
+    const linger discard{1, 0}; // makes the close an RST
     if (withReset)
         setsockopt(state.socket, SOL_SOCKET, SO_LINGER, reinterpret_cast<const char*>(&discard), sizeof discard);
-    close_socket(state.socket);
+    closeSocket(static_cast<std::intptr_t>(state.socket));
     state.socket = INVALID_SOCKET;
 }
 
@@ -62,6 +62,15 @@ void TlsServer::Shared::serve(TlsConnection::State& state) {
     }
     close(state, false);
     SSL_free(state.ssl);
+    const std::lock_guard<std::mutex> lock(mutex);
+    state.hasEnded = true;
+}
+
+// With the mutex held.
+void TlsServer::Shared::joinEnded() {
+    for (TlsConnection::State& state : connections)
+        if (state.hasEnded) state.thread.join();
+    connections.remove_if([](const TlsConnection::State& state) { return state.hasEnded; });
 }
 
 void TlsServer::Shared::acceptLoop() {
@@ -69,47 +78,65 @@ void TlsServer::Shared::acceptLoop() {
         const socket_t socket = accept(listener, nullptr, nullptr);
         const std::lock_guard<std::mutex> lock(mutex);
         if (stopping || socket == INVALID_SOCKET) {
-            if (socket != INVALID_SOCKET) close_socket(socket);
+            if (socket != INVALID_SOCKET) closeSocket(static_cast<std::intptr_t>(socket));
             return;
         }
+        joinEnded();
         SSL* ssl = SSL_new(context);
         SSL_set_fd(ssl, static_cast<int>(socket));
-        TlsConnection::State& state = connections.emplace_back(*this, ssl, socket, std::thread());
+        TlsConnection::State& state = connections.emplace_back(TlsConnection::State{*this, ssl, socket, {}});
         state.thread = std::thread([this, &state] { serve(state); });
     }
 }
 
-TlsServer::TlsServer(const ServerIdentity& identity, Script script)
-    : shared_(std::make_unique<Shared>()) {
-#ifdef SIGPIPE
-    std::signal(SIGPIPE, SIG_IGN); // writing to a client that has gone is an everyday matter here
-#endif
-    shared_->script = std::move(script);
-    shared_->context = SSL_CTX_new(TLS_server_method());
-    BIO* certificateText =
-        BIO_new_mem_buf(identity.certificatePem.data(), static_cast<int>(identity.certificatePem.size()));
-    BIO* keyText = BIO_new_mem_buf(identity.privateKeyPem.data(), static_cast<int>(identity.privateKeyPem.size()));
-    X509* certificate = PEM_read_bio_X509(certificateText, nullptr, nullptr, nullptr);
-    EVP_PKEY* key = PEM_read_bio_PrivateKey(keyText, nullptr, nullptr, nullptr);
-    SSL_CTX_use_certificate(shared_->context, certificate);
-    SSL_CTX_use_PrivateKey(shared_->context, key);
-    X509_free(certificate);
-    EVP_PKEY_free(key);
-    BIO_free(certificateText);
-    BIO_free(keyText);
+namespace {
 
-    shared_->listener = socket(AF_INET, SOCK_STREAM, 0);
+// With an unusable identity every handshake fails.
+SSL_CTX* newContext(const ServerIdentity& identity) {
+    const auto reader = [](const std::string& pem) {
+        return std::unique_ptr<BIO, decltype(&BIO_free)>(BIO_new_mem_buf(pem.data(), static_cast<int>(pem.size())),
+                                                         &BIO_free);
+    };
+    const std::unique_ptr<X509, decltype(&X509_free)> certificate(
+        PEM_read_bio_X509(reader(identity.certificatePem).get(), nullptr, nullptr, nullptr), &X509_free);
+    const std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)> key(
+        PEM_read_bio_PrivateKey(reader(identity.privateKeyPem).get(), nullptr, nullptr, nullptr), &EVP_PKEY_free);
+    SSL_CTX* context = SSL_CTX_new(TLS_server_method());
+    SSL_CTX_use_certificate(context, certificate.get());
+    SSL_CTX_use_PrivateKey(context, key.get());
+    return context;
+}
+
+// The port that the socket listens at; 0 when `port` is not free.
+int listenAt(socket_t listener, int port) {
     sockaddr_in address{};
     address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<std::uint16_t>(port));
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t size = sizeof address;
-    if (bind(shared_->listener, reinterpret_cast<sockaddr*>(&address), size) != 0 ||
-        listen(shared_->listener, 64) != 0 ||
-        getsockname(shared_->listener, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
-        std::abort(); // no test can go on without its server
-    }
-    shared_->port = ntohs(address.sin_port);
-    shared_->acceptThread = std::thread([shared = shared_.get()] { shared->acceptLoop(); });
+#ifndef _WIN32
+    const int yes = 1; // a fixed port is free again as soon as its last server has ended
+    setsockopt(listener, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+#endif
+    const bool listens = bind(listener, reinterpret_cast<sockaddr*>(&address), size) == 0 &&
+                         listen(listener, 64) == 0 &&
+                         getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size) == 0;
+    return listens ? ntohs(address.sin_port) : 0;
+}
+
+} // namespace
+
+TlsServer::TlsServer(const ServerIdentity& identity, Script script, int port)
+    : shared_(std::make_unique<Shared>()) {
+#ifdef SIGPIPE
+    std::signal(SIGPIPE,
+                SIG_IGN); // OpenSSL 3 writes without MSG_NOSIGNAL: a client that has gone would end the process
+#endif
+    shared_->script = std::move(script);
+    shared_->context = newContext(identity);
+    shared_->listener = socket(AF_INET, SOCK_STREAM, 0);
+    shared_->port = listenAt(shared_->listener, port);
+    if (shared_->port > 0) shared_->acceptThread = std::thread([shared = shared_.get()] { shared->acceptLoop(); });
 }
 
 TlsServer::~TlsServer() {
@@ -117,20 +144,21 @@ TlsServer::~TlsServer() {
         const std::lock_guard<std::mutex> lock(shared_->mutex);
         shared_->stopping = true;
 #ifdef _WIN32
-        close_socket(shared_->listener); // what ends a blocked accept
+        closeSocket(static_cast<std::intptr_t>(shared_->listener)); // a shutdown ends accept() on Linux only
 #else
-        shutdown_socket(shared_->listener);
+        shutDownSocket(static_cast<std::intptr_t>(shared_->listener));
 #endif
         for (TlsConnection::State& state : shared_->connections) {
-            if (state.socket != INVALID_SOCKET) shutdown_socket(state.socket); // ends a blocked read or write
+            if (state.socket != INVALID_SOCKET)
+                shutDownSocket(static_cast<std::intptr_t>(state.socket)); // ends a blocked read or write
         }
     }
     shared_->stopped.notify_all();
-    shared_->acceptThread.join();
+    if (shared_->acceptThread.joinable()) shared_->acceptThread.join();
     for (TlsConnection::State& state : shared_->connections)
         state.thread.join();
 #ifndef _WIN32
-    close_socket(shared_->listener);
+    closeSocket(static_cast<std::intptr_t>(shared_->listener));
 #endif
     SSL_CTX_free(shared_->context);
 }
@@ -186,10 +214,4 @@ bool TlsConnection::pause(int milliseconds) {
     std::unique_lock<std::mutex> lock(state_.shared.mutex);
     return !state_.shared.stopped.wait_for(lock, std::chrono::milliseconds(milliseconds),
                                            [this] { return state_.shared.stopping; });
-}
-
-std::string httpAnswer(int status, const std::string& body) {
-    return "HTTP/1.1 " + std::to_string(status) +
-           " Told\r\nContent-Type: application/json\r\nContent-Length: " + std::to_string(body.size()) +
-           "\r\nConnection: close\r\n\r\n" + body;
 }
