@@ -89,7 +89,7 @@ void LauncherApp::drawInstallsScreen() {
     const std::string statusLine = message.empty() ? "Channel: Stable - Linux x86_64" : message;
     uiThemeText(drawList, small, min + uiThemePx({kTextLeft, kStatusTop}), kStatusLine, statusLine);
     drawList->PopClipRect();
-    if (ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_C)) ImGui::SetClipboardText(statusLine.c_str());
+    copyOnCtrlC(statusLine);
     drawInstallAction(status, min.x, {max.x, max.y - uiThemePx(kActionAboveBottom)});
 }
 

@@ -87,6 +87,11 @@ void ringAround(ImDrawList* drawList, ImVec2 centre, float reach) {
     uiThemeFocusRing(drawList, centre - corner, centre + corner, corner.x, -2.0f);
 }
 
+void drawDots(ImDrawList* drawList, ImVec2 centre, ImU32 colour) {
+    for (const float offset : {-kDotPitch, 0.0f, kDotPitch})
+        drawList->AddCircleFilled({centre.x + uiThemePx(offset), centre.y}, kDotRadius, colour);
+}
+
 void drawCentred(ImDrawList* drawList, float fontSize, float centreX, float top, ImU32 colour, const char* text) {
     ImFont* font = uiThemeFont(fontSize);
     uiThemeText(drawList, font, {std::floor(centreX - uiThemeTextSize(font, text).x * 0.5f), top}, colour, text);
@@ -182,7 +187,7 @@ void LauncherApp::handleRowKeys(const ProjectRows& rows, RowRequest& request) {
     const auto pathOf = [&](std::int32_t index) { return settings->projects()[static_cast<std::size_t>(index)].path; };
     if (rows.openFirst && !isProjectMissing(pathOf(rows.indices.front()))) request.openIndex = rows.indices.front();
     if (request.focusedIndex < 0) return;
-    if (ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_C)) ImGui::SetClipboardText(pathOf(request.focusedIndex).c_str());
+    copyOnCtrlC(pathOf(request.focusedIndex));
     if (!ImGui::Shortcut(ImGuiKey_Delete)) return;
     request.removeIndex = request.focusedIndex;
     // The ring moves to the row below, or to the one above the last row.
@@ -248,10 +253,7 @@ void LauncherApp::drawProjectRow(const ProjectRows& rows, std::size_t position, 
                  entry.favorite);
     const bool exists = !isProjectMissing(entry.path);
     drawRowTexts(rows, entry, exists, min, max);
-    for (const float offset : {-kDotPitch, 0.0f, kDotPitch}) {
-        drawList->AddCircleFilled({dotsCentre.x + uiThemePx(offset), middle}, kDotRadius,
-                                  dots.hovered ? kDotsHovered : kDots);
-    }
+    drawDots(drawList, dotsCentre, dots.hovered ? kDotsHovered : kDots);
 
     const bool focused = row.focused || star.focused || dots.focused;
     if (focused) request.focusedIndex = index;

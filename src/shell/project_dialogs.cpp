@@ -116,6 +116,6 @@ void LauncherApp::drawOpenErrorPopup() {
     gap(12.0f);
     const bool confirmed = uiThemeDefaultButton("OK", uiThemePx(kButtonWidth));
     uiThemeFocusRingOfItem();
-    if (ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_C)) ImGui::SetClipboardText(openErrorMessage.c_str());
+    copyOnCtrlC(openErrorMessage);
     if (confirmed || uiThemeConfirmKeyPressed() || uiThemeCancelKeyPressed()) ImGui::CloseCurrentPopup();
 }

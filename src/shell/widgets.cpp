@@ -67,6 +67,10 @@ HitArea hitArea(ImGuiID id, ImVec2 min, ImVec2 max) {
     return area;
 }
 
+void copyOnCtrlC(const std::string& text) {
+    if (ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_C)) ImGui::SetClipboardText(text.c_str());
+}
+
 ImVec2 drawContentArea(const char* title) {
     ImDrawList* drawList = ImGui::GetWindowDrawList();
     const ImVec2 min = ImGui::GetWindowPos() + uiThemePx({kSidebarWidth, 0.0f});

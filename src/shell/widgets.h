@@ -4,6 +4,8 @@
 // Dear ImGui only for hit testing and navigation. Positions and sizes are pixels, already scaled; font sizes are
 // nominal. Main thread only, inside a frame.
 
+#include <string>
+
 #include <imgui.h>
 
 // Labels that several screens show.
@@ -23,6 +25,9 @@ void drawEditorIcon(ImDrawList* drawList, ImVec2 topLeft, float size, ImU32 colo
 
 // Fills the content area right of the sidebar and draws the screen's title. Returns the area's top left corner.
 ImVec2 drawContentArea(const char* title);
+
+// Copies a text that is on screen while Ctrl+C is pressed. Text fields and open popups use the keys themselves.
+void copyOnCtrlC(const std::string& text);
 
 // A clickable rectangle that draws nothing. Every custom control of the launcher is built on it.
 struct HitArea {

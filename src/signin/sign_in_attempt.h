@@ -11,4 +11,5 @@ struct SignInAttempt {
     std::string oauthState;       // the redirect must bring it back
     std::string codeVerifier;     // PKCE verifier; only the token request reveals it
     std::string redirectUri;      // as sent in the authorization URL
+    std::string authorizationUrl; // the page that the browser opens
 };

@@ -72,7 +72,8 @@ void SignInFlow::startSignIn() {
         return;
     }
     attempt_.redirectUri = redirectUriFor(listener_.port());
-    openUrlInBrowser(authorizationUrl(clientId_, challenge, attempt_));
+    attempt_.authorizationUrl = authorizationUrl(clientId_, challenge, attempt_);
+    openUrlInBrowser(attempt_.authorizationUrl);
 }
 
 void SignInFlow::cancelSignIn() {

@@ -35,6 +35,9 @@ class SignInFlow {
     void restoreSession(); // with the stored refresh token
     void signOut();        // on this machine only; the tokens are not revoked
 
+    // The page that the browser opens. The user can open it by hand if the browser did not.
+    [[nodiscard]] const std::string& browserAddress() const { return attempt_.authorizationUrl; }
+
     SignInState state = SignInState::SignedOut;
     std::string userName;
     std::string userEmail;

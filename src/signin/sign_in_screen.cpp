@@ -90,15 +90,22 @@ void drawSupportLabel(ImDrawList* drawList, float panelLeft, float panelWidth, f
     drawList->AddLine(tip, tip + ImVec2(0.0f, uiThemePx(5.0f)), colour, kArrowThickness);
 }
 
+// Enter presses the screen's only button without the focus on it.
+bool enterPressed() {
+    return ImGui::Shortcut(ImGuiKey_Enter) || ImGui::Shortcut(ImGuiKey_KeypadEnter);
+}
+
 void drawSignedOutControls(ImDrawList* drawList, SignInFlow& signIn, Column column, float top) {
     const float buttonTop = top + uiThemePx(kSignInGap);
-    if (drawPrimaryButton("Sign in", {column.left, buttonTop}, {column.width, uiThemePx(kControlHeight)}, 16.5f)) {
+    if (drawPrimaryButton("Sign in", {column.left, buttonTop}, {column.width, uiThemePx(kControlHeight)}, 16.5f) ||
+        enterPressed()) {
         signIn.startSignIn();
     }
     if (signIn.errorMessage.empty()) return; // including the error of a start that failed in this frame
     uiThemeTextWrapped(drawList, uiThemeFont(13.0f),
                        {column.left, buttonTop + uiThemePx(kControlHeight) + uiThemePx(kErrorGap)},
                        uiThemeDestructive(), signIn.errorMessage, column.width, kLineGap);
+    copyOnCtrlC(signIn.errorMessage);
 }
 
 void drawSigningInControls(ImDrawList* drawList, SignInFlow& signIn, Column column, float top, float clock) {
@@ -111,8 +118,10 @@ void drawSigningInControls(ImDrawList* drawList, SignInFlow& signIn, Column colu
     const float textTop = spinnerY + uiThemePx(kBusyTextDrop);
     uiThemeTextWrapped(drawList, font, {middle - text.x * 0.5f, textTop}, uiThemeMutedForeground(), kWaiting,
                        column.width, kLineGap);
+    copyOnCtrlC(signIn.browserAddress());
     if (drawSecondaryButton(kCancelLabel, {column.left, textTop + text.y + uiThemePx(kCancelGap)},
-                            {column.width, uiThemePx(kControlHeight)}, 15.0f)) {
+                            {column.width, uiThemePx(kControlHeight)}, 15.0f) ||
+        enterPressed() || ImGui::Shortcut(ImGuiKey_Escape)) {
         signIn.cancelSignIn();
     }
 }

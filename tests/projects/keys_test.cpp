@@ -5,16 +5,8 @@
 namespace {
 
 struct Keys : ProjectsTest {
-    Keys() { ImGui::GetIO().ConfigFlags |= ImGuiConfigFlags_NavEnableKeyboard; }
-
-    void chord(ImGuiKey pressed) {
-        ImGui::GetIO().AddKeyEvent(ImGuiMod_Ctrl, true);
-        key(pressed);
-        ImGui::GetIO().AddKeyEvent(ImGuiMod_Ctrl, false);
-        frame();
-    }
     void openCreatePopup() {
-        chord(ImGuiKey_N);
+        key(ImGuiKey_N, ImGuiMod_Ctrl);
         frames(3);
         ASSERT_TRUE(popupOpen(kCreatePopup));
     }
@@ -23,11 +15,11 @@ struct Keys : ProjectsTest {
         frames(2);
         ASSERT_TRUE(ringOn(index));
     }
-    bool ringOn(int index) const {
-        const ImGuiContext& context = *ImGui::GetCurrentContext();
-        return context.NavCursorVisible && context.NavId == identify(kProjectList, {index, "##project_row"});
+    bool ringOn(int index) const { return focused(kProjectList, {index, "##project_row"}); }
+    std::string copied() {
+        key(ImGuiKey_C, ImGuiMod_Ctrl);
+        return ImGui::GetClipboardText();
     }
-    static std::string clipboard() { return ImGui::GetClipboardText(); }
 };
 
 TEST_F(Keys, RightClickOnTheStarOfTheFocusedRowOpensItsMenu) {
@@ -43,7 +35,7 @@ TEST_F(Keys, TypingStartsASearchWhoseHitsDownAndEnterReach) {
     EXPECT_EQ(shown(), Names{"b"});
     key(ImGuiKey_DownArrow);
     EXPECT_TRUE(ringOn(1));
-    chord(ImGuiKey_F);
+    key(ImGuiKey_F, ImGuiMod_Ctrl);
     key(ImGuiKey_Enter);
     EXPECT_EQ(system.launches.at(0).argument, projects()[0].path);
     EXPECT_EQ(listed(), (Names{"b", "c", "a"}));
@@ -55,29 +47,26 @@ TEST_F(Keys, DeleteRemovesTheFocusedRowAndUndoBringsItBackOnce) {
     key(ImGuiKey_Delete);
     EXPECT_EQ(listed(), (Names{"c", "a"}));
     EXPECT_TRUE(ringOn(1)) << "the row below";
-    chord(ImGuiKey_Z);
+    key(ImGuiKey_Z, ImGuiMod_Ctrl);
     EXPECT_EQ(projects(), before);
     EXPECT_EQ(storedProjects(), before);
     app->removeProject(0);
     app->settings->setProjects(before); // lists the same path again
-    chord(ImGuiKey_Z);
+    key(ImGuiKey_Z, ImGuiMod_Ctrl);
     EXPECT_EQ(projects(), before);
 }
 
 TEST_F(Keys, CopyTheFocusedPathTheStatusAndTheError) {
     focusRow(2);
-    chord(ImGuiKey_C);
-    EXPECT_EQ(clipboard(), projects()[2].path);
-    chord(ImGuiKey_2);
-    chord(ImGuiKey_C);
-    EXPECT_EQ(clipboard(), "Channel: Stable - Linux x86_64");
-    chord(ImGuiKey_1);
+    EXPECT_EQ(copied(), projects()[2].path);
+    key(ImGuiKey_2, ImGuiMod_Ctrl);
+    EXPECT_EQ(copied(), "Channel: Stable - Linux x86_64");
+    key(ImGuiKey_1, ImGuiMod_Ctrl);
     EXPECT_EQ(app->activeTab, LauncherTab::Projects);
     app->openErrorMessage = "the reason";
     app->openErrorRequested = true;
     frames(3);
-    chord(ImGuiKey_C);
-    EXPECT_EQ(clipboard(), "the reason");
+    EXPECT_EQ(copied(), "the reason");
 }
 
 TEST_F(Keys, ARefusedNameKeepsTheKeyboardAndANewProjectGetsIt) {
@@ -87,7 +76,6 @@ TEST_F(Keys, ARefusedNameKeepsTheKeyboardAndANewProjectGetsIt) {
     EXPECT_NE(app->createProjectError, "");
     type("c");
     EXPECT_STREQ(app->newProjectName, "a/bc");
-    key(ImGuiKey_Escape);
     key(ImGuiKey_Escape);
     openCreatePopup();
     type("new");
@@ -121,8 +109,28 @@ TEST_F(Keys, ATextThatIsTooLongIsCutAtAWholeCharacter) {
     ImGui::SetClipboardText(umlauts.c_str());
     type("<>");
     key(ImGuiKey_LeftArrow);
-    chord(ImGuiKey_V);
+    key(ImGuiKey_V, ImGuiMod_Ctrl);
     EXPECT_EQ(app->newProjectName, "<" + umlauts.substr(0, 156) + ">") << "the text around the caret stays";
+}
+
+TEST(SignInKeys, EnterPressesTheOneButtonEscapeCancelsAndCtrlCCopies) {
+    UiHarness ui;
+    ui.configure();
+    SignInFlow& signIn = *ui.start().signIn;
+    const auto copied = [&] {
+        ui.key(ImGuiKey_C, ImGuiMod_Ctrl);
+        return std::string(ImGui::GetClipboardText());
+    };
+    signIn.errorMessage = "the reason";
+    ui.frames(2);
+    EXPECT_EQ(copied(), "the reason");
+    for (const ImGuiKey cancel : {ImGuiKey_Escape, ImGuiKey_Enter}) {
+        ui.key(ImGuiKey_Enter);
+        EXPECT_EQ(signIn.state, SignInState::SigningIn);
+        EXPECT_EQ(copied(), recordingSystem().openedUrls.back());
+        ui.key(cancel);
+        EXPECT_EQ(signIn.state, SignInState::SignedOut);
+    }
 }
 
 } // namespace

@@ -1,7 +1,6 @@
 #include "support/ui_harness.h"
 
 #include <algorithm>
-#include <ctime>
 #include <map>
 #include <string_view>
 
@@ -115,12 +114,6 @@ void UiHarness::frame() {
 void UiHarness::frames(int count) {
     for (int i = 0; i < count; ++i)
         frame();
-}
-
-double UiHarness::frameMilliseconds() {
-    const std::clock_t before = std::clock();
-    frame();
-    return 1000.0 * static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC;
 }
 
 // --- items -----------------------------------------------------------------------------------------------------------

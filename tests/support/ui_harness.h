@@ -45,7 +45,6 @@ class UiHarness {
     void resize(float width, float height, float scale = 1.0f); // units
     void frame();
     void frames(int count);
-    double frameMilliseconds(); // processor time of one frame
 
     // The rectangle of an item in the last frame, or nothing if it was not submitted. A window is named by the start of
     // its name. A menu entry is found by its label.
