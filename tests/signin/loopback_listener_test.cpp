@@ -25,7 +25,7 @@ class Listener : public testing::Test {
   protected:
     void start(const std::string& state = "state-1") {
         generation_ = mailbox_->startAttempt();
-        ASSERT_TRUE(listener_->start(mailbox_, {generation_, state, "", ""}));
+        ASSERT_TRUE(listener_->start(mailbox_, {generation_, state, "", "", ""}));
     }
 
     // The code that arrived, then the failure in brackets. Empties the mailbox and lets the listener go on.

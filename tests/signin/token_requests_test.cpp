@@ -42,7 +42,7 @@ class TokenRequests : public testing::Test {
         const ScopedEnvironment port("VOLO_SANDBOX_IDENTITY_PORT", std::to_string(google.port()));
         SignInWork work;
         work.mailbox = std::make_shared<SignInMailbox>();
-        work.attempt = {work.mailbox->startAttempt(), "", "verifier", "http://127.0.0.1:4711"};
+        work.attempt = {work.mailbox->startAttempt(), "", "verifier", "http://127.0.0.1:4711", ""};
         work.clientId = "an id";
         work.clientSecret = "a&secret";
         work.code = "a/code";
