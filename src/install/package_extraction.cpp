@@ -146,6 +146,13 @@ bool isEmptyOrMissing(const std::string& directory) {
     return !fs::exists(directory, error) || fs::is_empty(directory, error);
 }
 
+std::vector<std::string> pathsOf(const std::vector<PlannedFile>& files) {
+    std::vector<std::string> paths;
+    for (const PlannedFile& file : files)
+        paths.push_back(file.path);
+    return paths;
+}
+
 } // namespace
 
 ExtractionOutcome extractArchive(const std::string& archivePath, const std::string& stagingDirectory,
@@ -160,5 +167,5 @@ ExtractionOutcome extractArchive(const std::string& archivePath, const std::stri
     if (!extractFiles(reader, archivePath, plan, stop) || plan.endsAtBadEntry) return ExtractionOutcome::Failed;
     makeEditorExecutable(stagingDirectory);
     // Sync before the swap deletes anything: after a loss of power the new files would otherwise be empty.
-    return syncTree(stagingDirectory) ? ExtractionOutcome::Done : ExtractionOutcome::Failed;
+    return syncFiles(pathsOf(plan.files)) ? ExtractionOutcome::Done : ExtractionOutcome::Failed;
 }

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 #include <system_error>
+#include <vector>
 
 // An exclusive lock on a file. The operating system releases it when the process ends, however it ends. The file is
 // created when it is missing and never removed: two processes could otherwise lock two files of the same name.
@@ -30,7 +31,7 @@ class FileLock {
 
 // Both bring written data to the disk, so that it survives a loss of power. False when the disk reports an error.
 [[nodiscard]] bool syncFile(const std::string& path);
-[[nodiscard]] bool syncTree(const std::string& directory); // every file below it
+[[nodiscard]] bool syncFiles(const std::vector<std::string>& files); // all of them on one file system
 
 // True when a removal or rename may succeed a moment later, because another program holds the file. Windows only: Linux
 // removes and renames files that are open.

@@ -38,8 +38,8 @@ bool syncFile(const std::string& path) {
 }
 
 // The whole file system in one call: much faster than a sync of each file.
-bool syncTree(const std::string& directory) {
-    return syncPath(directory, [](int file) { return ::syncfs(file); });
+bool syncFiles(const std::vector<std::string>& files) {
+    return files.empty() || syncPath(files.front(), [](int file) { return ::syncfs(file); });
 }
 
 bool isFileInUse(const std::error_code&) {

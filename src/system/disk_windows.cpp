@@ -1,5 +1,6 @@
 #include "system/disk.h"
 
+#include <algorithm>
 #include <filesystem>
 
 #include <windows.h>
@@ -41,13 +42,8 @@ bool syncFile(const std::string& path) {
     return syncOne(path);
 }
 
-bool syncTree(const std::string& directory) {
-    std::error_code error;
-    for (fs::recursive_directory_iterator at(directory, error), end; !error && at != end; at.increment(error)) {
-        std::error_code ignored;
-        if (at->is_regular_file(ignored) && !syncOne(at->path())) return false;
-    }
-    return !error;
+bool syncFiles(const std::vector<std::string>& files) {
+    return std::all_of(files.begin(), files.end(), syncOne);
 }
 
 // libstdc++ 12 reports a sharing violation of MoveFileEx as EIO.

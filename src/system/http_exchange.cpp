@@ -119,7 +119,7 @@ HttpsAnswer HttpExchange::wait(std::chrono::seconds limit) {
     return {};
 }
 
-// Shuts the connection down and waits. Repeated, because on Windows it has no effect while the socket connects.
+// Shuts the connection down and waits. Callers repeat it, because on Windows one call may come too early.
 bool HttpExchange::endWithin(milliseconds limit) {
     std::unique_lock<std::mutex> lock(state_->mutex);
     if (!finished_) shutDownSocket(socket_);

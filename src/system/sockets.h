@@ -15,7 +15,8 @@ void keepPortExclusive(std::intptr_t socket);
 [[nodiscard]] std::intptr_t duplicateSocket(std::intptr_t socket);
 
 // Ends the connection in both directions: threads that wait for it return. On Linux this also ends an attempt to
-// connect; on Windows it has no effect before the connection is established.
+// connect. On Windows it has no effect before the connection is established, and a thread that starts to wait
+// afterwards is not woken: call it again until the thread has returned.
 void shutDownSocket(std::intptr_t socket);
 
 void closeSocket(std::intptr_t socket);

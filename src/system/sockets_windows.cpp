@@ -19,8 +19,10 @@ std::intptr_t duplicateSocket(std::intptr_t socket) {
                                                    WSA_FLAG_OVERLAPPED | WSA_FLAG_NO_HANDLE_INHERIT));
 }
 
+// shutdown() alone leaves a thread in WSAPoll() or recv() until the peer sends or closes (seen in Wine 8).
 void shutDownSocket(std::intptr_t socket) {
     ::shutdown(static_cast<SOCKET>(socket), SD_BOTH);
+    ::CancelIoEx(reinterpret_cast<HANDLE>(socket), nullptr);
 }
 
 void closeSocket(std::intptr_t socket) {
