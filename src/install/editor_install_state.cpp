@@ -1,9 +1,15 @@
 #include "install/editor_install_state.h"
 
+#include <chrono>
 #include <filesystem>
 #include <system_error>
 
 #include "install/update_pipeline.h"
+#include "system/frame_wake.h"
+
+using std::chrono::steady_clock;
+
+static constexpr std::chrono::milliseconds kProgressPeriod{33}; // a frame for every chunk would cost more than it shows
 
 EditorInstallState::EditorInstallState(const std::string& manifestUrl, const std::string& downloadsDirectory,
                                        const ArtifactAuthenticity& authenticity, const InstallProgress& initial)
@@ -28,6 +34,7 @@ void EditorInstallState::startUpdate() {
     worker_ = std::thread([this] {
         runUpdate();
         workerFinished_ = true;
+        wakeFrame();
     });
 }
 
@@ -81,15 +88,25 @@ void EditorInstallState::removeDownload(int index) {
 }
 
 void EditorInstallState::runUpdate() {
-    const auto onProgress = [this](std::int64_t received, std::int64_t total) {
-        const std::lock_guard lock(mutex_);
-        recordBytes(progress_, received, total);
+    const auto onProgress = [this, shown = steady_clock::time_point()](std::int64_t received,
+                                                                       std::int64_t total) mutable {
+        {
+            const std::lock_guard lock(mutex_);
+            recordBytes(progress_, received, total);
+        }
+        const auto now = steady_clock::now();
+        if (now - shown < kProgressPeriod) return;
+        shown = now;
+        wakeFrame();
     };
     const auto onEvent = [this](const UpdateEvent& event) { report(event); };
     report(updateEditor({manifestUrl_, downloadsDirectory_, authenticity_, stop_, onEvent, onProgress}));
 }
 
 void EditorInstallState::report(const UpdateEvent& event) {
-    const std::lock_guard lock(mutex_);
-    recordEvent(progress_, event);
+    {
+        const std::lock_guard lock(mutex_);
+        recordEvent(progress_, event);
+    }
+    wakeFrame();
 }

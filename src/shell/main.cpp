@@ -12,6 +12,7 @@
 #include "signin/loopback_listener.h"
 #include "system/dialog_hook.h"
 #include "system/dialog_problem.h"
+#include "system/frame_wake.h"
 #include "system/http.h"
 #include "system/operating_system.h"
 #include "system/platform.h"
@@ -71,6 +72,7 @@ int run() {
 
     uiThemeInitialize(host.integration);
     setDialogHook([&host](std::int64_t dialog) { host.repaintBehindDialog(dialog); });
+    setFrameWake(&UiHost::wake);
     while (host.beginFrame()) {
         uiThemeSetScale(host.dpiScale());
         uiThemeTick(host.deltaSeconds);
@@ -85,6 +87,7 @@ int run() {
     }
 
     setDialogHook(nullptr);
+    setFrameWake(nullptr); // workers may still run
     host.shutdown();
     guard.release(); // before the workers are joined, so that a new instance can start at once
     return 0;

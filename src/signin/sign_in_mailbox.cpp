@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "system/frame_wake.h"
+
 std::uint32_t SignInMailbox::startAttempt() {
     const std::lock_guard<std::mutex> lock(mutex_);
     result_ = {};
@@ -32,7 +34,9 @@ SignInMailbox::Arrivals SignInMailbox::take() {
 
 void SignInMailbox::reportCode(std::uint32_t generation, const std::string& code) {
     const std::lock_guard<std::mutex> lock(mutex_);
-    if (openGeneration_ == generation) pendingCode_ = code;
+    if (openGeneration_ != generation) return;
+    pendingCode_ = code;
+    wakeFrame();
 }
 
 void SignInMailbox::reportFailure(std::uint32_t generation, const std::string& message) {
@@ -41,9 +45,12 @@ void SignInMailbox::reportFailure(std::uint32_t generation, const std::string& m
     result_ = {};
     result_.hasResult = true;
     result_.errorMessage = message;
+    wakeFrame();
 }
 
 void SignInMailbox::reportResult(std::uint32_t generation, SignInResult result) {
     const std::lock_guard<std::mutex> lock(mutex_);
-    if (generation_ == generation) result_ = std::move(result);
+    if (generation_ != generation) return;
+    result_ = std::move(result);
+    wakeFrame();
 }

@@ -55,7 +55,7 @@ bool UiHost::beginFrame() {
     Window& window = *window_;
     FramePacer& pacer = window.pacer;
     if (pacer.idle()) {
-        glfwWaitEventsTimeout(FramePacer::kIdleWaitSeconds);
+        glfwWaitEventsTimeout(pacer.idleWaitSeconds());
     } else {
         double wait = pacer.secondsUntilDue(glfwGetTime());
         for (; wait > 0.0; wait = pacer.secondsUntilDue(glfwGetTime()))
@@ -64,12 +64,14 @@ bool UiHost::beginFrame() {
     }
     if (glfwWindowShouldClose(window.handle)) return false;
 
-    pacer.setIconified(glfwGetWindowAttrib(window.handle, GLFW_ICONIFIED) == GLFW_TRUE);
-    pacer.frameStarted(glfwGetTime());
-    window.followScale();
     window.rememberSettledPlacement();
     ImGui_ImplOpenGL3_NewFrame();
-    ImGui_ImplGlfw_NewFrame();
+    // A frame without an event asks the window system nothing: size, scale, cursor and focus are as they were.
+    if (!pacer.hasNoEvents()) {
+        window.followScale();
+        ImGui_ImplGlfw_NewFrame();
+    }
+    ImGui::GetIO().DeltaTime = pacer.frameStarted(glfwGetTime());
     ImGui::NewFrame();
     // Dear ImGui spreads queued input over several frames. These frames must not come at the idle pace.
     if (window.context->InputEventsQueue.Size > 0) pacer.noteEvent();
@@ -80,6 +82,7 @@ bool UiHost::beginFrame() {
 bool UiHost::presentFrame(const float* clearColour) {
     Window& window = *window_;
     if (ImGui::GetTime() < window.footLineUntil) uiThemeFootLine(window.footLine);
+    window.pacer.setTimersRun(ImGui::GetIO().WantTextInput || ImGui::IsAnyMouseDown() || uiThemeTooltipWaits());
     ImGui::Render();
     ++window.integration.framesBuilt;
     ImDrawData& frame = *ImGui::GetDrawData();
@@ -90,6 +93,10 @@ bool UiHost::presentFrame(const float* clearColour) {
     window.lastImage.keep(frame, clear);
     ++window.integration.framesPresented;
     return true;
+}
+
+void UiHost::wake() {
+    glfwPostEmptyEvent();
 }
 
 void UiHost::requestAttention() {

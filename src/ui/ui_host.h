@@ -1,11 +1,12 @@
 #pragma once
 
-// The window: GLFW, OpenGL 3 and Dear ImGui behind one object. Main thread only.
+// The window: GLFW, OpenGL 3 and Dear ImGui behind one object. Main thread only, but for wake.
 //
 // The host does all pacing. While something moves or input arrives, frames follow the display's rate. Once a built
 // frame equals the one on screen and nothing is pending, beginFrame waits for events and presentFrame presents nothing.
-// The wait is at most 100 ms, because frames collect the results of worker threads. An iconified window presents
-// nothing but goes on building frames at that wait.
+// Worker threads end the wait with wake. It lasts at most a second, so that changes on disk show. A frame after a wait
+// without events asks the window system nothing. An iconified window presents nothing but goes on building frames at
+// that wait.
 
 #include <cstdint>
 #include <memory>
@@ -38,6 +39,9 @@ class UiHost {
     [[nodiscard]] float dpiScale() const;                      // screen coordinates per unit, with the user's zoom
     [[nodiscard]] bool presentFrame(const float* clearColour); // red, green, blue, alpha; false: end the loop
     void shutdown();                                           // saves the window's placement
+
+    // Any thread, between initialize and shutdown: ends the wait of beginFrame.
+    static void wake();
 
     // Call repeatedly while a dialog of the process `dialog` blocks the frame thread. Answers the window system,
     // repaints the last image after damage, keeps the dialog in front, and discards input to the window. Runs no frame.

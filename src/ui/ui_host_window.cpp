@@ -253,6 +253,8 @@ void UiHost::Window::watchEvents() {
     glfwSetWindowContentScaleCallback(handle, [](GLFWwindow* source, float, float) { noteEvent(source); });
     glfwSetWindowPosCallback(handle, [](GLFWwindow* source, int, int) { notePlacement(source); });
     glfwSetWindowSizeCallback(handle, [](GLFWwindow* source, int, int) { notePlacement(source); });
+    glfwSetWindowIconifyCallback(
+        handle, [](GLFWwindow* source, int iconified) { of(source).pacer.setIconified(iconified == GLFW_TRUE); });
     glfwSetWindowMaximizeCallback(handle, [](GLFWwindow* source, int) { notePlacement(source); });
     glfwSetFramebufferSizeCallback(handle, [](GLFWwindow* source, int, int) { noteDamage(source); });
     glfwSetWindowRefreshCallback(handle, noteDamage);

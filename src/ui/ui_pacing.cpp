@@ -72,6 +72,11 @@ void FramePacer::setIconified(bool iconified) {
     iconified_ = iconified;
 }
 
+float FramePacer::frameStarted(double now) {
+    const double since = now - std::exchange(lastStart_, now);
+    return static_cast<float>(std::max(since, 1e-5)); // Dear ImGui needs time that goes on, even if the clock does not
+}
+
 double FramePacer::secondsUntilDue(double now) const {
     return std::clamp(lastStart_ + secondsPerFrame_ - now, 0.0, secondsPerFrame_);
 }

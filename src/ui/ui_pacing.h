@@ -18,8 +18,9 @@
 
 class FramePacer {
   public:
-    static constexpr double kIdleWaitSeconds = 0.1; // frames collect the results of worker threads
-    static constexpr int kSettleFrames = 3;         // Dear ImGui 1.92 needs up to this many to size a popup
+    static constexpr double kIdleWaitSeconds = 1.0;  // what changes on disk shows within this time
+    static constexpr double kTimerWaitSeconds = 0.1; // while Dear ImGui's own timers run
+    static constexpr int kSettleFrames = 3;          // Dear ImGui 1.92 needs up to this many to size a popup
 
     explicit FramePacer(double secondsPerFrame = 1.0 / 60.0)
         : secondsPerFrame_(secondsPerFrame) {}
@@ -29,12 +30,16 @@ class FramePacer {
     [[nodiscard]] bool takeDamage();             // true: the caller must repaint; clears the damage
     void setIconified(bool iconified);
 
-    // Idle: wait up to kIdleWaitSeconds for an event. Otherwise build the next frame in secondsUntilDue, with or
-    // without events. That is 0 if presenting has already waited for the display.
+    // Idle: wait up to idleWaitSeconds for an event. Otherwise build the next frame in secondsUntilDue, with or without
+    // events. That is 0 if presenting has already waited for the display.
     [[nodiscard]] bool idle() const { return iconified_ || awake_ == 0; }
+    [[nodiscard]] bool hasNoEvents() const { return awake_ == 0; } // since the screen has settled
+    [[nodiscard]] double idleWaitSeconds() const { return timersRun_ ? kTimerWaitSeconds : kIdleWaitSeconds; }
     [[nodiscard]] double secondsUntilDue(double now) const;
 
-    void frameStarted(double now) { lastStart_ = now; }
+    void setTimersRun(bool run) { timersRun_ = run; } // a caret blinks, a tooltip waits, a button is held
+
+    float frameStarted(double now); // returns the seconds since the previous frame
     [[nodiscard]] bool frameBuilt(std::uint64_t fingerprint, bool newPixels); // true: present it
 
   private:
@@ -44,4 +49,5 @@ class FramePacer {
     int awake_ = kSettleFrames; // frames still to be built without waiting
     bool damaged_ = true;
     bool iconified_ = false;
+    bool timersRun_ = false;
 };

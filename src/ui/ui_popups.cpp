@@ -114,6 +114,12 @@ void uiThemeParagraph(std::string_view text, ImU32 colour, float width) {
     ImGui::PopStyleColor();
 }
 
+static int tooltipWaitsInFrame = -1;
+
+bool uiThemeTooltipWaits() {
+    return tooltipWaitsInFrame == ImGui::GetFrameCount();
+}
+
 void uiThemeTooltip(ImGuiID item, const ImRect& rectangle, std::string_view text) {
     constexpr float kDelaySeconds = 0.5f;
     static ImGuiID pointedItem = 0;
@@ -124,7 +130,10 @@ void uiThemeTooltip(ImGuiID item, const ImRect& rectangle, std::string_view text
     }
     if (pointedItem != item || ImGui::IsMouseDown(ImGuiMouseButton_Left)) since = ImGui::GetTime();
     pointedItem = item;
-    if (ImGui::GetTime() - since < kDelaySeconds) return;
+    if (ImGui::GetTime() - since < kDelaySeconds) {
+        tooltipWaitsInFrame = ImGui::GetFrameCount();
+        return;
+    }
     ImGui::PushStyleVar(ImGuiStyleVar_WindowPadding, uiThemePx(kTooltipPadding));
     if (ImGui::BeginTooltip()) {
         uiThemeParagraph(text, palette::kForeground, uiThemePx(kTooltipWidth));

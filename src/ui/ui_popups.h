@@ -21,6 +21,9 @@ void uiThemeParagraph(std::string_view text, ImU32 colour, float width);
 // A tooltip for an item of the current window, once the pointer has rested on it for a moment.
 void uiThemeTooltip(ImGuiID item, const ImRect& rectangle, std::string_view text);
 
+// True while the pointer rests on an item whose tooltip comes in a moment: a frame must follow without an event.
+[[nodiscard]] bool uiThemeTooltipWaits();
+
 // A line over the foot of the window, above everything else. It takes no input.
 void uiThemeFootLine(std::string_view text);
 

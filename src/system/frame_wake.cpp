@@ -1,0 +1,20 @@
+#include "system/frame_wake.h"
+
+#include <mutex>
+
+namespace {
+
+std::mutex mutex; // held during the call
+void (*currentWake)() = nullptr;
+
+} // namespace
+
+void setFrameWake(void (*wake)()) {
+    const std::lock_guard lock(mutex);
+    currentWake = wake;
+}
+
+void wakeFrame() {
+    const std::lock_guard lock(mutex);
+    if (currentWake) currentWake();
+}
