@@ -82,7 +82,7 @@ TEST(InstallPipeline, EverythingIsOnTheDiskBeforeWhatReplacesOrRecordsIt) {
         if (path == package.string() + ".part") {
             EXPECT_FALSE(fs::exists(package));
         }
-        if (path == world.staging) {
+        if (path == world.staging / "editor.exe") {
             EXPECT_EQ(readFileBytes(world.editor / "editor.exe"), "old");
         }
         if (path == marker) {
@@ -91,7 +91,7 @@ TEST(InstallPipeline, EverythingIsOnTheDiskBeforeWhatReplacesOrRecordsIt) {
     };
     EXPECT_EQ(world.run(), "Installed: Installed — version 2.0 [Installed]");
     onSync = nullptr;
-    EXPECT_EQ(synced, (std::vector<std::string>{package.string() + ".part", world.staging, marker}));
+    EXPECT_EQ(synced, (std::vector<std::string>{package.string() + ".part", world.staging / "editor.exe", marker}));
 }
 
 TEST(InstallPipeline, ReplacesAnEditorThatIsALinkAndKeepsItsTarget) {

@@ -1,0 +1,78 @@
+// Runs one operation of the launcher on files in a folder, for the scripts of this directory, which kill it or let its
+// system calls fail.
+//
+//   volo_long_driver install ROOT VERSION   one update run, against a server of its own that offers this version
+//   volo_long_driver settings ROOT COUNT    loads Launcher.conf, lists COUNT projects, and saves it
+//   volo_long_driver create ROOT NAME       creates a project in ROOT/projects
+//
+// The exit status is 0 if the operation reported success. All of its system calls come from the main thread.
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "config/launcher_settings.h"
+#include "install/update_pipeline.h"
+#include "projects/project_file.h"
+#include "support/package_making.h"
+#include "support/recording_system.h"
+#include "support/tls_server.h"
+#include "support/trusted_authority.h"
+
+namespace {
+
+// A package whose every file tells its version.
+std::string packageOf(const std::string& version) {
+    std::vector<ZipEntry> entries;
+    for (const char* name : {"editor.exe", "data/model.bin", "data/picture.bin", "lib/part"}) {
+        std::string bytes;
+        while (bytes.size() < 40000)
+            bytes += version + " ";
+        entries.push_back({name, bytes, true});
+    }
+    return makeZip(entries);
+}
+
+bool install(const std::string& root, const std::string& version) {
+    recordingSystem().launcherDirectory = root + "/launcher";
+    const TrustedAuthority trust;
+    const std::string package = packageOf(version);
+    std::string manifest;
+    const TlsServer server(TrustedAuthority::loopback(), [&](TlsConnection& connection) {
+        const bool wantsPackage = connection.readRequest().starts_with("GET /package ");
+        connection.write(httpAnswer(200, wantsPackage ? package : manifest));
+    });
+    const std::string address = "https://127.0.0.1:" + std::to_string(server.port());
+    manifest =
+        R"({"version":")" + version + R"(","url":")" + address + R"(/package","sha256":")" + sha256Hex(package) + "\"}";
+    const RunStop stop;
+    const UpdateEvent end = updateEditor({address + "/manifest", root + "/downloads", {}, stop, [](auto&) {}, {}});
+    return end.kind == UpdateEvent::Installed || end.kind == UpdateEvent::UpToDate;
+}
+
+bool saveSettings(const std::string& root, int count) {
+    recordingSystem().userDataDirectory = root;
+    LauncherSettings settings;
+    (void)settings.load();
+    std::vector<ProjectEntry> projects(static_cast<std::size_t>(count));
+    for (ProjectEntry& project : projects)
+        project.path = root + "/projects/one";
+    settings.setProjects(projects);
+    return settings.save();
+}
+
+bool create(const std::string& root, const std::string& name) {
+    std::string error;
+    return !createProjectOnDisk(root + "/projects", name, error).empty();
+}
+
+} // namespace
+
+int main(int count, char** arguments) {
+    if (count != 4) return 2;
+    const std::string operation = arguments[1], root = arguments[2], value = arguments[3];
+    if (operation == "install") return install(root, value) ? 0 : 1;
+    if (operation == "settings") return saveSettings(root, std::atoi(value.c_str())) ? 0 : 1;
+    return create(root, value) ? 0 : 1;
+}
