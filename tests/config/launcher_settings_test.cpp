@@ -57,16 +57,15 @@ TEST_F(Settings, FileHasTheDocumentedForm) {
     LauncherSettings read;
     ASSERT_TRUE(read.load());
     EXPECT_EQ(read.projects(), settings.projects());
+    EXPECT_EQ(read.refreshToken(), settings.refreshToken());
 }
 
 TEST_F(Settings, GeneralKeysCountInTheirSectionOnly) {
     const struct {
         std::string text, token;
     } cases[] = {
-        {"[General]\nauth/refreshToken=t", "t"},
         {"  [General]\t\r\nauth%2frefreshToken = \t t \r\n", "t"},
         {"[General]\nauth/refreshToken=a\nauth/refreshToken=b\n", "b"},
-        {"[General]\nauth/refreshToken=a=b==\n", "a=b=="},
         {"[General]\nauth/refreshToken=%zz%4g%g4%2541%4\n", "%zz%4g%g4%41%4"},
         {"[General]\nauth/refreshToken=%20 t %09\n", "  t \t"},
         {"[General]\n#auth/refreshToken=t\n ;auth/refreshToken=t\n", ""},

@@ -24,6 +24,10 @@ constexpr const char* kNoServer = "https://127.0.0.1:1/manifest";
 
 TEST(Routing, TheScreenFollowsTheStateOfTheSignIn) {
     UiHarness ui;
+    ui.start();
+    ui.frames(2);
+    EXPECT_FALSE(ui.app->signIn || ui.app->install) << "there is no configuration";
+    EXPECT_FALSE(ui.rect(kRoot, {"Sign in"}) || ui.rect(kRoot, {"Sign out"}));
     ui.configure(kNoServer);
     LauncherApp& app = ui.start();
     const struct {
@@ -41,14 +45,6 @@ TEST(Routing, TheScreenFollowsTheStateOfTheSignIn) {
         for (const char* item : {"Sign in", "Cancel", "Sign out"})
             EXPECT_EQ(ui.rect(kRoot, {item}).has_value(), item == std::string(shown.item)) << item << shown.item;
     }
-}
-
-TEST(Routing, WithoutAConfigurationThereIsOnlyTheCard) {
-    UiHarness ui;
-    const LauncherApp& app = ui.start();
-    ui.frames(2);
-    EXPECT_FALSE(app.signIn || app.install);
-    EXPECT_FALSE(ui.rect(kRoot, {"Sign in"}) || ui.rect(kRoot, {"Sign out"}));
 }
 
 TEST(Routing, EverySignInChecksForUpdatesOnce) {
@@ -95,23 +91,16 @@ TEST(Layout, DoublesAtScaleTwo) {
     app.settings->setProjects({ui.makeProject("a", 2), ui.makeProject("b", 1)});
     app.noticeText = "notice";
     const auto rectangles = [&](float scale) {
-        std::vector<ImRect> found;
         ui.resize(900, 560, scale);
-        for (const LauncherTab tab : {LauncherTab::Projects, LauncherTab::Installs, LauncherTab::Downloads}) {
-            app.activeTab = tab;
-            ui.frames(2);
-            for (const char* item :
-                 {"Installs", "Sign out", "+ New project", "Add project from disk", "##ProjectSearch",
-                  "##header_star_sort", "Check for updates", "Open downloads folder"})
-                if (const auto rect = ui.rect(kRoot, {item})) found.push_back(*rect);
-            for (const char* item : {"##project_row", "##star_toggle", "##dots_menu"})
-                if (const auto rect = ui.rect(kProjectList, {1, item})) found.push_back(*rect);
-        }
+        ui.frames(2);
+        std::vector<ImRect> found;
+        for (const char* item : {"Installs", "Sign out", "+ New project", "Add project from disk", "##ProjectSearch"})
+            found.push_back(ui.rect(kRoot, {item}).value());
+        for (const char* item : {"##project_row", "##star_toggle", "##dots_menu"})
+            found.push_back(ui.rect(kProjectList, {1, item}).value());
         return found;
     };
     const std::vector<ImRect> normal = rectangles(1.0f), doubled = rectangles(2.0f);
-    ASSERT_EQ(normal.size(), doubled.size());
-    ASSERT_GT(normal.size(), 12u);
     for (std::size_t i = 0; i < normal.size(); ++i) {
         const ImVec2 offMin = doubled[i].Min - normal[i].Min * 2.0f, offMax = doubled[i].Max - normal[i].Max * 2.0f;
         for (const float off : {offMin.x, offMin.y, offMax.x, offMax.y})
@@ -151,16 +140,13 @@ TEST(List, ACutTextHasATooltip) {
 TEST(Shell, AProgressBarShowsADotForASmallPart) {
     UiFrames frames;
     const auto filledWidth = [&](float fraction) {
-        float left = 100.0f, right = 0.0f;
+        float width = 0.0f;
         frames.build([&](ImDrawList& list) {
             drawProgressBar(&list, {0.0f, 0.0f}, {100.0f, 8.0f}, fraction);
-            for (const ImDrawVert& corner : list.VtxBuffer) {
-                if (corner.col != uiThemeForeground()) continue;
-                left = std::min(left, corner.pos.x);
-                right = std::max(right, corner.pos.x);
-            }
+            for (const ImDrawVert& corner : list.VtxBuffer)
+                if (corner.col == uiThemeForeground()) width = std::max(width, corner.pos.x);
         });
-        return std::max(0.0f, right - left);
+        return width;
     };
     for (const auto& [fraction, width] : {std::pair{0.0005f, 0.0f}, {0.002f, 8.0f}, {0.5f, 50.0f}, {1.5f, 100.0f}})
         EXPECT_NEAR(filledWidth(fraction), width, 1.01f) << fraction;

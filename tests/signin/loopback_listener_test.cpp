@@ -54,7 +54,6 @@ TEST_F(Listener, EveryRequestGetsItsAnswerAndTheFirstRuleThatApplies) {
         {"/?state=state-1&code=abc", "abc"},
         {"/?code=a%2Fb%2B%20c&state=state-1&scope=openid&error=", "a/b+ c"},
         {"/", kMismatch},
-        {"/?code=abc", kMismatch},
         {"/?state=state-11&code=abc", kMismatch},
         {"/?state=wrong&state=state-1&code=abc", kMismatch},
         {"/?state=state-1%00&code=abc", kMismatch},

@@ -2,13 +2,16 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 
 #include <gtest/gtest.h>
 #include <imgui_internal.h>
 
+#include "support/platform.h"
 #include "support/temporary_folder.h"
 #include "support/ui_frames.h"
 #include "ui/ui_fonts.h"
@@ -80,6 +83,15 @@ TEST(ThemeFonts, CharactersThatTheFileLacksComeFromTheSystem) {
         EXPECT_NEAR(knight->Y1 - knight->Y0, 22 * 0.85f, 22 * 0.45f);
         EXPECT_FALSE(baked->FindGlyphNoFallback(0xE123)) << "private characters differ from font to font";
     });
+}
+
+TEST(ThemeFonts, ASystemFontHasTheLetterThatItWasAskedFor) {
+    EXPECT_EQ(findSystemFont(0x0378), nullptr) << "an unassigned character";
+    for (const std::uint32_t letter : {0xE9u, 0x416u, 0x3A9u}) { // Latin, Cyrillic, Greek
+        const std::unique_ptr<SystemFont> font = findSystemFont(letter);
+        if (!kOnWindows && !font) GTEST_SKIP() << "no system font has the letter";
+        EXPECT_TRUE(font && isUsableFontFile(font->file, font->faceIndex)) << letter;
+    }
 }
 
 TEST(ThemeText, IsSharpInEverySizeAndScale) {
