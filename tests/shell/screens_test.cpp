@@ -74,14 +74,12 @@ TEST(Routing, EverySignInChecksForUpdatesOnce) {
 
 TEST(Routing, AnyOtherTabValueShowsTheDownloads) {
     UiHarness ui;
-    LauncherApp& app = ui.startSignedIn();
-    for (const int value : {0, 1, 2, 3, -1}) {
-        app.activeTab = static_cast<LauncherTab>(value);
+    for (const int value : {2, 3, -1}) {
+        ui.startSignedIn().activeTab = static_cast<LauncherTab>(value);
         ui.frame();
-        EXPECT_EQ(ui.rect(kRoot, {"Open downloads folder"}).has_value(), value != 0 && value != 1) << value;
+        ASSERT_TRUE(ui.click(kRoot, {"Open downloads folder"})) << value;
+        EXPECT_EQ(recordingSystem().openedFolders.back(), (ui.launcher / "downloads").string());
     }
-    ASSERT_TRUE(ui.click(kRoot, {"Open downloads folder"}));
-    EXPECT_EQ(recordingSystem().openedFolders, std::vector<std::string>{(ui.launcher / "downloads").string()});
 }
 
 // Fixed sizes and places double at scale 2. Something that is not scaled, or is scaled twice, does not.
