@@ -72,13 +72,6 @@ TEST_F(Row, APressThatSlipsOntoTheStarOpensNothingLater) {
     EXPECT_TRUE(projects()[1].favorite);
 }
 
-TEST_F(Row, IsNotDrawnOutsideTheVisiblePartOfTheList) {
-    app->settings->setProjects(std::vector<ProjectEntry>(10000));
-    frame();
-    EXPECT_TRUE(rect(kProjectList, {5, "##project_row"}));
-    EXPECT_FALSE(rect(kProjectList, {50, "##project_row"}));
-}
-
 struct Menu : ProjectsTest {
     bool open(int row, const char* item = "##project_row") {
         frames(2); // a menu that was open before closes

@@ -22,14 +22,18 @@ namespace {
 
 constexpr const char* kNoServer = "https://127.0.0.1:1/manifest";
 
-TEST(Routing, TheScreenFollowsTheStateOfTheSignIn) {
-    UiHarness ui;
-    ui.start();
-    ui.frames(2);
-    EXPECT_FALSE(ui.app->signIn || ui.app->install) << "there is no configuration";
-    EXPECT_FALSE(ui.rect(kRoot, {"Sign in"}) || ui.rect(kRoot, {"Sign out"}));
-    ui.configure(kNoServer);
-    LauncherApp& app = ui.start();
+struct Screens : testing::Test, UiHarness {};
+using Routing = Screens;
+using Layout = Screens;
+using List = Screens;
+
+TEST_F(Routing, TheScreenFollowsTheStateOfTheSignIn) {
+    start();
+    frames(2);
+    EXPECT_FALSE(app->signIn || app->install) << "there is no configuration";
+    EXPECT_FALSE(rect(kRoot, {"Sign in"}) || rect(kRoot, {"Sign out"}));
+    configure(kNoServer);
+    start();
     const struct {
         SignInState state;
         const char* item; // on no other screen
@@ -40,62 +44,59 @@ TEST(Routing, TheScreenFollowsTheStateOfTheSignIn) {
         {SignInState::SignedIn, "Sign out"},
     };
     for (const auto& shown : cases) {
-        app.signIn->state = shown.state;
-        ui.frame();
+        app->signIn->state = shown.state;
+        frame();
         for (const char* item : {"Sign in", "Cancel", "Sign out"})
-            EXPECT_EQ(ui.rect(kRoot, {item}).has_value(), item == std::string(shown.item)) << item << shown.item;
+            EXPECT_EQ(rect(kRoot, {item}).has_value(), item == std::string(shown.item)) << item << shown.item;
     }
 }
 
-TEST(Routing, EverySignInChecksForUpdatesOnce) {
-    UiHarness ui;
-    LauncherApp& app = ui.startSignedIn(kNoServer);
-    ui.frame();
-    EXPECT_TRUE(app.updateCheckStarted);
-    ASSERT_TRUE(eventually([&] { return app.install->status() == EditorInstallStatus::Failed; }));
+TEST_F(Routing, EverySignInChecksForUpdatesOnce) {
+    startSignedIn(kNoServer);
+    frame();
+    EXPECT_TRUE(app->updateCheckStarted);
+    ASSERT_TRUE(eventually([&] { return app->install->status() == EditorInstallStatus::Failed; }));
 
-    ASSERT_TRUE(ui.click(kRoot, {"Installs"}));
-    ASSERT_TRUE(ui.click(kRoot, {"Sign out"}));
-    ui.frame();
-    EXPECT_TRUE(ui.rect(kRoot, {"Sign in"}));
-    EXPECT_FALSE(app.updateCheckStarted);
+    ASSERT_TRUE(click(kRoot, {"Installs"}));
+    ASSERT_TRUE(click(kRoot, {"Sign out"}));
+    frame();
+    EXPECT_TRUE(rect(kRoot, {"Sign in"}));
+    EXPECT_FALSE(app->updateCheckStarted);
 
-    ui.installEditor(); // so that the second check ends in another status
-    app.signIn->state = SignInState::SignedIn;
-    ui.frame();
-    EXPECT_EQ(app.activeTab, LauncherTab::Installs) << "the tab is kept";
-    EXPECT_TRUE(eventually([&] { return app.install->status() == EditorInstallStatus::InstalledOffline; }));
+    installEditor(); // so that the second check ends in another status
+    app->signIn->state = SignInState::SignedIn;
+    frame();
+    EXPECT_EQ(app->activeTab, LauncherTab::Installs) << "the tab is kept";
+    EXPECT_TRUE(eventually([&] { return app->install->status() == EditorInstallStatus::InstalledOffline; }));
 
-    EXPECT_FALSE(app.attentionWanted);
-    app.pendingOpenProjectPath = "/a/project that waits.zantorproj";
-    ui.frame();
-    EXPECT_TRUE(app.attentionWanted) << "the install that a project waited for has ended";
+    EXPECT_FALSE(app->attentionWanted);
+    app->pendingOpenProjectPath = "/a/project that waits.zantorproj";
+    frame();
+    EXPECT_TRUE(app->attentionWanted) << "the install that a project waited for has ended";
 }
 
-TEST(Routing, AnyOtherTabValueShowsTheDownloads) {
-    UiHarness ui;
+TEST_F(Routing, AnyOtherTabValueShowsTheDownloads) {
     for (const int value : {2, 3, -1}) {
-        ui.startSignedIn().activeTab = static_cast<LauncherTab>(value);
-        ui.frame();
-        ASSERT_TRUE(ui.click(kRoot, {"Open downloads folder"})) << value;
-        EXPECT_EQ(recordingSystem().openedFolders.back(), (ui.launcher / "downloads").string());
+        startSignedIn().activeTab = static_cast<LauncherTab>(value);
+        frame();
+        ASSERT_TRUE(click(kRoot, {"Open downloads folder"})) << value;
+        EXPECT_EQ(recordingSystem().openedFolders.back(), (launcher / "downloads").string());
     }
 }
 
 // Fixed sizes and places double at scale 2. Something that is not scaled, or is scaled twice, does not.
-TEST(Layout, DoublesAtScaleTwo) {
-    UiHarness ui;
-    LauncherApp& app = ui.startSignedIn();
-    app.settings->setProjects({ui.makeProject("a", 2), ui.makeProject("b", 1)});
-    app.noticeText = "notice";
+TEST_F(Layout, DoublesAtScaleTwo) {
+    startSignedIn();
+    app->settings->setProjects({makeProject("a", 2), makeProject("b", 1)});
+    app->noticeText = "notice";
     const auto rectangles = [&](float scale) {
-        ui.resize(900, 560, scale);
-        ui.frames(2);
+        resize(900, 560, scale);
+        frames(2);
         std::vector<ImRect> found;
         for (const char* item : {"Installs", "Sign out", "+ New project", "Add project from disk", "##ProjectSearch"})
-            found.push_back(ui.rect(kRoot, {item}).value());
+            found.push_back(rect(kRoot, {item}).value());
         for (const char* item : {"##project_row", "##star_toggle", "##dots_menu"})
-            found.push_back(ui.rect(kProjectList, {1, item}).value());
+            found.push_back(rect(kProjectList, {1, item}).value());
         return found;
     };
     const std::vector<ImRect> normal = rectangles(1.0f), doubled = rectangles(2.0f);
@@ -107,31 +108,29 @@ TEST(Layout, DoublesAtScaleTwo) {
     }
 }
 
-TEST(List, ItsScrollBarTakesNoWidthAndMovesTheRows) {
-    UiHarness ui;
-    LauncherApp& app = ui.startSignedIn();
-    app.settings->setProjects(std::vector<ProjectEntry>(100, ui.makeProject("a", 1)));
-    ui.frames(3);
-    const ImRect row = *ui.rect(kProjectList, {0, "##project_row"});
+TEST_F(List, ItsScrollBarTakesNoWidthAndMovesTheRows) {
+    startSignedIn();
+    app->settings->setProjects(std::vector<ProjectEntry>(100, makeProject("a", 1)));
+    frames(3);
+    const ImRect row = *rect(kProjectList, {0, "##project_row"});
     EXPECT_FLOAT_EQ(row.Max.x, 1180.0f - 16.0f);
-    ui.moveTo({1180.0f - 8.0f, row.GetCenter().y});
-    ui.press(ImGuiMouseButton_Left);
-    ui.moveTo({1180.0f - 8.0f, 730.0f});
-    ui.release(ImGuiMouseButton_Left);
-    ui.frame();
-    EXPECT_FALSE(ui.rect(kProjectList, {0, "##project_row"}));
-    EXPECT_TRUE(ui.rect(kProjectList, {99, "##project_row"}));
+    moveTo({1180.0f - 8.0f, row.GetCenter().y});
+    press(ImGuiMouseButton_Left);
+    moveTo({1180.0f - 8.0f, 730.0f});
+    release(ImGuiMouseButton_Left);
+    frame();
+    EXPECT_FALSE(rect(kProjectList, {0, "##project_row"}));
+    EXPECT_TRUE(rect(kProjectList, {99, "##project_row"}));
 }
 
-TEST(List, ACutTextHasATooltip) {
-    UiHarness ui;
-    LauncherApp& app = ui.startSignedIn();
-    app.settings->setProjects({ui.makeProject("a", 2), ui.makeProject(std::string(200, 'b'), 1)});
-    ui.frames(2);
+TEST_F(List, ACutTextHasATooltip) {
+    startSignedIn();
+    app->settings->setProjects({makeProject("a", 2), makeProject(std::string(200, 'b'), 1)});
+    frames(2);
     for (const int index : {0, 1}) {
-        ui.moveTo(ui.rect(kProjectList, {index, "##project_row"})->Min + ImVec2(80.0f, 26.0f));
-        ui.frames(60);
-        EXPECT_EQ(ui.popupOpen("##Tooltip_00"), index == 1);
+        moveTo(rect(kProjectList, {index, "##project_row"})->Min + ImVec2(80.0f, 26.0f));
+        frames(60);
+        EXPECT_EQ(popupOpen("##Tooltip_00"), index == 1);
     }
 }
 
