@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Checks which files of src/ may include which headers.
-
-usage: check_includes.py <folder of the repository> <platform>..."""
+# Checks which files of src/ may include which headers.
+#
+# usage: check_includes.py <folder of the repository> <platform>...
 
 import pathlib
 import re
@@ -62,8 +62,6 @@ def problems_of(path, inside, text, platforms):
             yield f"includes {included}, an operating-system header, outside of the platform's files"
         if quoted and not re.match(r"^[a-z]+/\w+\.h$", quoted):
             yield f'includes "{quoted}" without its folder: use folder/file.h'
-        if included.endswith(".cpp"):
-            yield f"includes the source {included}"
 
 
 def main():

@@ -56,9 +56,6 @@ TEST(FitPlacement, TheWholeWindowIsOnAMonitor) {
     };
     for (const auto& c : cases)
         EXPECT_EQ(fitPlacement(c.wanted, c.areas, minimum), c.fitted) << c.what;
-}
-
-TEST(FitPlacement, TheAreaLeavesRoomForTheFrame) {
     EXPECT_EQ(insideFrame({100, 10, 1366, 728}, {8, 31, 7, 9}), (ScreenArea{108, 41, 1351, 688}));
 }
 
