@@ -64,14 +64,13 @@ TEST_F(Keys, ReachEverythingOnARow) {
 
 TEST_F(Keys, AndTheMouseDoNotDisturbEachOther) {
     focusRow(1);
-    moveTo(rect(kProjectList, {1, "##star_toggle"})->GetCenter());
-    key(ImGuiKey_Enter);
-    EXPECT_EQ(system.launches.size(), 1u);
-    EXPECT_FALSE(projects()[0].favorite) << "Enter clicked what is under the pointer";
     ASSERT_TRUE(click(kProjectList, {1, "##star_toggle"}, ImGuiMouseButton_Right));
     EXPECT_TRUE(menuEntry("Remove From List")) << "although the row has the focus";
     key(ImGuiKey_Escape);
-    frames(2);
+    focusRow(1);
+    key(ImGuiKey_Enter);
+    EXPECT_EQ(system.launches.size(), 1u);
+    EXPECT_FALSE(projects()[0].favorite) << "Enter clicked what is under the pointer";
     ASSERT_TRUE(click(kProjectList, {1, "##star_toggle"}));
     EXPECT_FALSE(ImGui::GetCurrentContext()->NavCursorVisible) << "a click ends the focus ring";
     EXPECT_EQ(system.launches.size(), 1u);
