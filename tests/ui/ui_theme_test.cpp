@@ -67,8 +67,6 @@ TEST(ThemeFonts, AnUnusableFileGivesTheBuiltInFont) {
         Themed themed(1.0f, folder.write("ünusable", bytes).string());
         EXPECT_STREQ(uiThemeFont(15)->GetDebugName(), "ProggyClean.ttf") << bytes.size();
     }
-    Themed themed(1.0f, folder.string());
-    EXPECT_STREQ(uiThemeFont(15)->GetDebugName(), "ProggyClean.ttf") << "a folder";
 }
 
 TEST(ThemeFonts, CharactersThatTheFontLacksComeFromTheSystem) {
