@@ -49,27 +49,21 @@ TEST_F(SortHeaders, SortTheRowsButNotTheStoredList) {
     EXPECT_EQ(listed(), (Names{"c", "b", "a"}));
 }
 
-TEST_F(Row, AClickOpensTheProjectAndAClickOnItsStarDoesNot) {
-    ASSERT_TRUE(click(kProjectList, {1, "##star_toggle"}));
+TEST_F(Row, OpensOnAClickButNotOnAClickOnItsStar) {
+    const ImVec2 row = rect(kProjectList, {1, "##project_row"})->GetCenter();
+    const ImVec2 star = rect(kProjectList, {1, "##star_toggle"})->GetCenter();
+    moveTo(row);
+    press(ImGuiMouseButton_Left);
+    moveTo(star);
+    release(ImGuiMouseButton_Left); // a press that slips onto the star opens nothing, not even later
+    moveTo(row);
+    clickAt(star);
     EXPECT_TRUE(storedProjects().at(1).favorite);
     EXPECT_TRUE(system.launches.empty());
     ASSERT_TRUE(click(kProjectList, {2, "##project_row"}));
     EXPECT_EQ(listed(), (Names{"a", "c", "b"}));
     const RecordedLaunch launch = {editor.string(), projects()[0].path, editor.parent_path().string()};
     EXPECT_EQ(system.launches, std::vector{launch});
-}
-
-TEST_F(Row, APressThatSlipsOntoTheStarOpensNothingLater) {
-    const ImVec2 row = rect(kProjectList, {1, "##project_row"})->GetCenter();
-    const ImVec2 star = rect(kProjectList, {1, "##star_toggle"})->GetCenter();
-    moveTo(row);
-    press(ImGuiMouseButton_Left);
-    moveTo(star);
-    release(ImGuiMouseButton_Left);
-    moveTo(row);
-    EXPECT_TRUE(system.launches.empty());
-    clickAt(star);
-    EXPECT_TRUE(projects()[1].favorite);
 }
 
 struct Menu : ProjectsTest {
