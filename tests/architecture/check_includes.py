@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Checks which files of src/ may include which headers.
-
-usage: check_includes.py <folder of the repository> <platform>..."""
+# Checks which files of src/ may include which headers.
+#
+# usage: check_includes.py <folder of the repository> <platform>...
 
 import pathlib
 import re
@@ -32,16 +32,13 @@ def is_screen(path):
     return path.name.endswith(("_screen.cpp", "_screen.h", "_widgets.cpp", "_widgets.h"))
 
 
-def may_use_operating_system(path, inside, platforms):
-    return (
-        (inside.startswith("system/") and path.stem.endswith(tuple(f"_{platform}" for platform in platforms)))
+def problems_of(path, inside, text, platforms):
+    folder = inside.split("/")[0]
+    is_platform_file = (
+        (folder == "system" and path.stem.endswith(tuple(f"_{platform}" for platform in platforms)))
         or inside.startswith("ui/ui_host")
         or inside == "shell/main.cpp"
     )
-
-
-def problems_of(path, inside, text, platforms):
-    folder = inside.split("/")[0]
     uses_hub = is_screen(path) or folder == "shell" or TAKES_THE_APPLICATION.search(text)
     for quoted, angled in INCLUDE.findall(text):
         included = quoted or angled
@@ -58,12 +55,10 @@ def problems_of(path, inside, text, platforms):
             yield f"includes {included}: only screens include screens"
         if re.search(r"\bim(gui|gui_\w+)\.h$", included) and folder not in ("ui", "shell") and not is_screen(path):
             yield f"includes {included}: only ui/, shell/ and the screens include Dear ImGui"
-        if OPERATING_SYSTEM.search(included) and not may_use_operating_system(path, inside, platforms):
+        if OPERATING_SYSTEM.search(included) and not is_platform_file:
             yield f"includes {included}, an operating-system header, outside of the platform's files"
         if quoted and not re.match(r"^[a-z]+/\w+\.h$", quoted):
             yield f'includes "{quoted}" without its folder: use folder/file.h'
-        if included.endswith(".cpp"):
-            yield f"includes the source {included}"
 
 
 def main():

@@ -1,8 +1,27 @@
-// The keys of the Projects screen and of its popups.
+// The launcher under the keyboard: the Projects screen, its popups, and the sign-in screen.
 
 #include "projects_fixture.h"
 
 namespace {
+
+// Presses Tab or another key until an item has the focus.
+bool goTo(UiHarness& ui, const char* window, IdPath path, ImGuiKey by = ImGuiKey_Tab) {
+    for (int i = 0; i < 40 && !ui.focused(window, path); ++i)
+        ui.key(by);
+    return ui.focused(window, path);
+}
+
+bool activate(UiHarness& ui, const char* window, IdPath path) {
+    if (!goTo(ui, window, path)) return false;
+    ui.key(ImGuiKey_Enter);
+    ui.frames(3); // a popup needs some frames to open
+    return true;
+}
+
+std::string copied(UiHarness& ui) {
+    ui.key(ImGuiKey_C, ImGuiMod_Ctrl);
+    return ImGui::GetClipboardText();
+}
 
 struct Keys : ProjectsTest {
     void openCreatePopup() {
@@ -15,17 +34,46 @@ struct Keys : ProjectsTest {
         frames(2);
         ASSERT_TRUE(ringOn(index));
     }
-    bool ringOn(int index) const { return focused(kProjectList, {index, "##project_row"}); }
-    std::string copied() {
-        key(ImGuiKey_C, ImGuiMod_Ctrl);
-        return ImGui::GetClipboardText();
-    }
+    bool ringOn(int index, const char* item = "##project_row") const { return focused(kProjectList, {index, item}); }
 };
 
-TEST_F(Keys, RightClickOnTheStarOfTheFocusedRowOpensItsMenu) {
+TEST_F(Keys, ReachEverythingOnARow) {
+    ASSERT_TRUE(goTo(*this, kProjectList, {0, "##project_row"}));
+    key(ImGuiKey_DownArrow);
+    EXPECT_TRUE(ringOn(1));
+    key(ImGuiKey_LeftArrow);
+    ASSERT_TRUE(ringOn(1, "##star_toggle"));
+    key(ImGuiKey_Space);
+    EXPECT_TRUE(projects()[1].favorite);
+    ASSERT_TRUE(goTo(*this, kProjectList, {1, "##dots_menu"}, ImGuiKey_RightArrow));
+    ASSERT_TRUE(activate(*this, kProjectList, {1, "##dots_menu"}));
+    EXPECT_TRUE(menuEntry("Remove from Favorites"));
+    key(ImGuiKey_Escape);
+    frames(2);
+    EXPECT_FALSE(menuEntry("Remove from Favorites"));
+    EXPECT_TRUE(ringOn(1, "##dots_menu")) << "the focus returns to where the menu was opened";
+
+    key(ImGuiKey_Menu);
+    frames(3);
+    for (const ImGuiKey pressed : {ImGuiKey_DownArrow, ImGuiKey_DownArrow, ImGuiKey_Enter})
+        key(pressed);
+    EXPECT_EQ(system.openedFolders.size(), 1u) << "the third entry is \"Show in File Manager\"";
+    ASSERT_TRUE(activate(*this, kRoot, {"##header_star_sort"}));
+    EXPECT_TRUE(app->sortStarredFirst);
+}
+
+TEST_F(Keys, AndTheMouseDoNotDisturbEachOther) {
     focusRow(1);
     ASSERT_TRUE(click(kProjectList, {1, "##star_toggle"}, ImGuiMouseButton_Right));
-    EXPECT_TRUE(menuEntry("Remove From List"));
+    EXPECT_TRUE(menuEntry("Remove From List")) << "although the row has the focus";
+    key(ImGuiKey_Escape);
+    focusRow(1);
+    key(ImGuiKey_Enter);
+    EXPECT_EQ(system.launches.size(), 1u);
+    EXPECT_FALSE(projects()[0].favorite) << "Enter clicked what is under the pointer";
+    ASSERT_TRUE(click(kProjectList, {1, "##star_toggle"}));
+    EXPECT_FALSE(ImGui::GetCurrentContext()->NavCursorVisible) << "a click ends the focus ring";
+    EXPECT_EQ(system.launches.size(), 1u);
 }
 
 TEST_F(Keys, TypingStartsASearchWhoseHitsDownAndEnterReach) {
@@ -39,6 +87,10 @@ TEST_F(Keys, TypingStartsASearchWhoseHitsDownAndEnterReach) {
     key(ImGuiKey_Enter);
     EXPECT_EQ(system.launches.at(0).argument, projects()[0].path);
     EXPECT_EQ(listed(), (Names{"b", "c", "a"}));
+    key(ImGuiKey_F, ImGuiMod_Ctrl);
+    type("x");
+    key(ImGuiKey_Escape);
+    EXPECT_STREQ(app->searchText, "");
 }
 
 TEST_F(Keys, DeleteRemovesTheFocusedRowAndUndoBringsItBackOnce) {
@@ -56,45 +108,55 @@ TEST_F(Keys, DeleteRemovesTheFocusedRowAndUndoBringsItBackOnce) {
     EXPECT_EQ(projects(), before);
 }
 
-TEST_F(Keys, CopyTheFocusedPathTheStatusAndTheError) {
+TEST_F(Keys, CopyTheFocusedPathAndTheStatus) {
     focusRow(2);
-    EXPECT_EQ(copied(), projects()[2].path);
+    EXPECT_EQ(copied(*this), projects()[2].path);
     key(ImGuiKey_2, ImGuiMod_Ctrl);
-    EXPECT_EQ(copied(), "Channel: Stable - Linux x86_64");
+    EXPECT_EQ(copied(*this), "Channel: Stable - Linux x86_64");
     key(ImGuiKey_1, ImGuiMod_Ctrl);
     EXPECT_EQ(app->activeTab, LauncherTab::Projects);
-    app->openErrorMessage = "the reason";
-    app->openErrorRequested = true;
-    frames(3);
-    EXPECT_EQ(copied(), "the reason");
 }
 
-TEST_F(Keys, ARefusedNameKeepsTheKeyboardAndANewProjectGetsIt) {
-    openCreatePopup();
+TEST_F(Keys, CreateAProjectInThePopup) {
+    ASSERT_TRUE(activate(*this, kRoot, {"+ New project"}));
+    EXPECT_EQ(app->createProjectError, "") << "the key press that opens the popup does not confirm it";
     type("a/b");
     key(ImGuiKey_Enter);
     EXPECT_NE(app->createProjectError, "");
     type("c");
-    EXPECT_STREQ(app->newProjectName, "a/bc");
+    EXPECT_STREQ(app->newProjectName, "a/bc") << "a refused name keeps the keyboard";
     key(ImGuiKey_Escape);
-    openCreatePopup();
-    type("new");
-    key(ImGuiKey_Enter);
     frames(2);
-    EXPECT_EQ(listed(), (Names{"new", "c", "b", "a"}));
-    EXPECT_TRUE(ringOn(0));
+    EXPECT_FALSE(popupOpen(kCreatePopup));
+
+    openCreatePopup();
+    const std::string name = "Hernia \xF0\x9F\x98\x80\xF0\x9F\xAB\x80"; // two characters beyond U+FFFF
+    type(name);
+    ASSERT_TRUE(activate(*this, kCreatePopup, {"Browse"}));
+    EXPECT_EQ(system.folderDialogs.size(), 1u);
+    EXPECT_TRUE(popupOpen(kCreatePopup)) << "Enter on a button presses only that button";
+    ASSERT_TRUE(activate(*this, kCreatePopup, {"##NewProjectName"}));
+    EXPECT_EQ(listed(), (Names{name, "c", "b", "a"}));
+    EXPECT_TRUE(ringOn(0)) << "on the new project";
 }
 
-TEST_F(Keys, AnInstallErrorWaitsUntilTheCreatePopupIsClosed) {
+TEST_F(Keys, AnErrorWaitsUntilTheCreatePopupIsClosed) {
     openCreatePopup();
     type("half");
+    app->openErrorMessage = "the reason";
     app->openErrorRequested = true;
     frames(2);
     EXPECT_FALSE(popupOpen(kErrorPopup));
     EXPECT_STREQ(app->newProjectName, "half");
     ASSERT_TRUE(click(kCreatePopup, {"Cancel"}));
-    frames(2);
-    EXPECT_TRUE(popupOpen(kErrorPopup));
+    for (const ImGuiKey closing : {ImGuiKey_Enter, ImGuiKey_Escape}) {
+        frames(3);
+        EXPECT_EQ(copied(*this), "the reason");
+        key(closing);
+        frames(2);
+        EXPECT_FALSE(popupOpen(kErrorPopup));
+        app->openErrorRequested = true;
+    }
 }
 
 TEST_F(Keys, ATextThatIsTooLongIsCutAtAWholeCharacter) {
@@ -113,24 +175,26 @@ TEST_F(Keys, ATextThatIsTooLongIsCutAtAWholeCharacter) {
     EXPECT_EQ(app->newProjectName, "<" + umlauts.substr(0, 156) + ">") << "the text around the caret stays";
 }
 
-TEST(SignInKeys, EnterPressesTheOneButtonEscapeCancelsAndCtrlCCopies) {
+TEST(SignInKeys, SignInCancelCopyAndSignOut) {
     UiHarness ui;
     ui.configure();
     SignInFlow& signIn = *ui.start().signIn;
-    const auto copied = [&] {
-        ui.key(ImGuiKey_C, ImGuiMod_Ctrl);
-        return std::string(ImGui::GetClipboardText());
-    };
     signIn.errorMessage = "the reason";
     ui.frames(2);
-    EXPECT_EQ(copied(), "the reason");
+    EXPECT_EQ(copied(ui), "the reason");
     for (const ImGuiKey cancel : {ImGuiKey_Escape, ImGuiKey_Enter}) {
         ui.key(ImGuiKey_Enter);
         EXPECT_EQ(signIn.state, SignInState::SigningIn);
-        EXPECT_EQ(copied(), recordingSystem().openedUrls.back());
+        EXPECT_EQ(copied(ui), recordingSystem().openedUrls.back());
         ui.key(cancel);
         EXPECT_EQ(signIn.state, SignInState::SignedOut);
     }
+    ui.key(ImGuiKey_DownArrow);
+    EXPECT_TRUE(ui.focused(kRoot, {"Sign in"})) << "any first key shows the focus";
+    signIn.state = SignInState::SignedIn;
+    ui.frames(2);
+    ASSERT_TRUE(activate(ui, kRoot, {"Sign out"}));
+    EXPECT_EQ(signIn.state, SignInState::SignedOut);
 }
 
 } // namespace

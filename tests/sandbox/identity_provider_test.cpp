@@ -48,7 +48,6 @@ class StrictProvider : public testing::Test {
                                  {"redirect_uri", "http://127.0.0.1:1"}});
         client_.Post("/token", encoded(changes), type);
     }
-    void expectLast(const std::string& event) { EXPECT_EQ(provider_.events().back(), event); }
 
     TrustedAuthority trust_;
     IdentityProvider provider_{TrustedAuthority::authority(), {}};
@@ -57,34 +56,32 @@ class StrictProvider : public testing::Test {
 
 TEST_F(StrictProvider, RefusesWrongRequests) {
     client_.set_ca_cert_path(trust_.rootFile());
-    const std::pair<Parameters, const char*> authorizations[] = {
-        {{{"client_id", "other"}}, "unknown client_id"},
-        {{{"redirect_uri", "http://127.0.0.1.test:1"}}, "redirect_uri is not a loopback address"},
-        {{{"code_challenge_method", "plain"}}, "code_challenge_method is not S256"},
-        {{{"state", "s&state=s"}}, "state is missing"},
-    };
-    for (const auto& [changes, why] : authorizations) {
-        EXPECT_EQ(code(changes), "");
-        expectLast(std::string("refused: ") + why);
-    }
     const std::string used = code();
     exchange({{"code", used}});
-    expectLast("token");
-    const std::pair<Parameters, const char*> exchanges[] = {
-        {{{"code", used}}, "unknown code"},
-        {{{"code_verifier", std::string(43, 'v')}}, "code_verifier does not match"},
-        {{{"redirect_uri", "http://127.0.0.1:2"}}, "redirect_uri differs"},
-        {{{"client_secret", "other"}}, "wrong client credentials"},
-        {{{"grant_type", "refresh_token"}, {"refresh_token", "unknown"}}, "unknown refresh token"},
+    EXPECT_EQ(provider_.events().back(), "token");
+    const struct {
+        bool exchanges;
+        Parameters changes;
+        std::string why;
+        std::string type = "application/x-www-form-urlencoded";
+    } cases[] = {
+        {false, {{"client_id", "other"}}, "unknown client_id"},
+        {false, {{"redirect_uri", "http://127.0.0.1.test:1"}}, "redirect_uri is not a loopback address"},
+        {false, {{"code_challenge_method", "plain"}}, "code_challenge_method is not S256"},
+        {false, {{"state", "s&state=s"}}, "state is missing"},
+        {true, {{"code", used}}, "unknown code"},
+        {true, {{"code_verifier", std::string(43, 'v')}}, "code_verifier does not match"},
+        {true, {{"redirect_uri", "http://127.0.0.1:2"}}, "redirect_uri differs"},
+        {true, {{"client_secret", "other"}}, "wrong client credentials"},
+        {true, {{"grant_type", "refresh_token"}, {"refresh_token", "unknown"}}, "unknown refresh token"},
+        {true, {}, "not a form", "text/plain"},
     };
-    for (const auto& [changes, why] : exchanges) {
-        exchange(changes);
-        expectLast(std::string("refused: ") + why);
+    for (const auto& [exchanges, changes, why, type] : cases) {
+        exchanges ? exchange(changes, type) : (void)code(changes);
+        EXPECT_EQ(provider_.events().back(), "refused: " + why);
     }
-    exchange({}, "text/plain");
-    expectLast("refused: not a form");
     client_.Get("/v1/userinfo", {{"Authorization", "Bearer unknown"}});
-    expectLast("refused: unknown access token");
+    EXPECT_EQ(provider_.events().back(), "refused: unknown access token");
 }
 
 } // namespace

@@ -9,38 +9,31 @@
 
 namespace {
 
-class StarvedSignIn : public SignInTest {
-  protected:
-    void expectFailure(const char* message) {
+TEST_F(SignInTest, WithoutDescriptorsOrRandomnessFailsBeforeTheBrowserOpens) {
+    flow_->startSignIn(); // the sanitizers open descriptors of their own the first time
+    const auto expectFailure = [&](const char* message) {
+        recordingSystem().openedUrls.clear();
+        flow_->startSignIn();
         EXPECT_EQ(flow_->state, SignInState::SignedOut);
         EXPECT_EQ(flow_->errorMessage, message);
-        EXPECT_TRUE(recordingSystem().openedUrls.empty()) << "the browser must not open without a listener";
-        flow_->startSignIn();
-        EXPECT_EQ(flow_->state, SignInState::SigningIn) << "the next press starts a new attempt";
-        EXPECT_EQ(flow_->errorMessage, "");
-    }
-};
-
-TEST_F(StarvedSignIn, NoDescriptorForTheListener) {
-    flow_->startSignIn(); // the sanitizers open descriptors of their own the first time
-    flow_->cancelSignIn();
-    recordingSystem().openedUrls.clear();
+        EXPECT_TRUE(recordingSystem().openedUrls.empty());
+    };
     rlimit before{};
     ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
     const rlimit none{0, before.rlim_max};
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
-    flow_->startSignIn();
-    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
     expectFailure("Could not open the local sign-in listener.");
-}
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
 
-TEST_F(StarvedSignIn, NoRandomness) {
     RAND_METHOD broken = *RAND_OpenSSL();
     broken.bytes = [](unsigned char*, int) { return 0; };
     RAND_set_rand_method(&broken);
-    flow_->startSignIn();
-    RAND_set_rand_method(nullptr);
     expectFailure("Failed to prepare the sign-in request.");
+    RAND_set_rand_method(nullptr);
+
+    flow_->startSignIn();
+    EXPECT_EQ(flow_->state, SignInState::SigningIn) << "the next press starts a new attempt";
+    EXPECT_EQ(flow_->errorMessage, "");
 }
 
 } // namespace

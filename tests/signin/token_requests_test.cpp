@@ -20,15 +20,7 @@ const std::string kUser = R"({"name":"Ada","email":"ada@test"})";
 const std::string kWithoutLength = "HTTP/1.1 200 OK\r\nConnection: close\r\n\r\n";
 constexpr char kNoToken[] = "Could not reach Google's token endpoint. Check your connection.";
 constexpr char kBadToken[] = "Google returned an unexpected token response.";
-constexpr char kNoAccess[] = "Google did not return an access token.";
-constexpr char kNoUser[] = "Could not reach Google's userinfo endpoint.";
-constexpr char kBadUser[] = "Google returned an unexpected userinfo response.";
-constexpr char kNoEmail[] = "Google did not return an account email.";
-constexpr char kInvalid[] = "The stored session is no longer valid.";
-
-std::string rejected(int status) {
-    return "Google rejected the sign-in (token endpoint returned HTTP " + std::to_string(status) + ").";
-}
+constexpr char kRejected[] = "Google rejected the sign-in (token endpoint returned HTTP ";
 
 class TokenRequests : public testing::Test {
   protected:
@@ -60,36 +52,30 @@ class TokenRequests : public testing::Test {
 TEST_F(TokenRequests, EveryAnswerHasItsOutcome) {
     const std::string tokens = httpAnswer(200, kTokens), user = httpAnswer(200, kUser);
     const struct {
-        const char* name;
         std::string tokenAnswer, userAnswer;
-        std::string onSignIn; // the text for the user; empty: success
-        std::string onRestore;
+        std::string message; // for the user; empty: success
     } rows[] = {
-        {"all well", tokens, user, "", ""},
-        {"no token answer", "", user, kNoToken, kNoToken},
-        {"token body cut", "HTTP/1.1 200 OK\r\nContent-Length: 999\r\n\r\n" + kTokens, user, kNoToken, kNoToken},
-        {"token body without end", "HTTP/1.1 200 OK\r\nContent-Length: 1000000000000000\r\n\r\n" + kTokens, user,
-         kNoToken, kNoToken},
-        {"token body cut, no length", kWithoutLength + R"({"access_token":"a")", user, kBadToken, kBadToken},
-        {"token refused", httpAnswer(400, kTokens), user, rejected(400), kInvalid},
-        {"created is not OK", httpAnswer(201, kTokens), user, rejected(201), kInvalid},
-        {"redirect is not followed", "HTTP/1.1 302 Found\r\nLocation: /v1/userinfo\r\nContent-Length: 0\r\n\r\n", user,
-         rejected(302), kInvalid},
-        {"token empty body", httpAnswer(200, ""), user, kBadToken, kBadToken},
-        {"token nested deep", httpAnswer(200, std::string(200000, '[')), user, kBadToken, kBadToken},
-        {"access token of another type", httpAnswer(200, R"({"access_token":["a"]})"), user, kNoAccess, kNoAccess},
-        {"no userinfo answer", tokens, "", kNoUser, kNoUser},
-        {"userinfo refused", tokens, httpAnswer(401, kUser), "Google refused the userinfo request (HTTP 401).",
-         "Google refused the userinfo request (HTTP 401)."},
-        {"userinfo array", tokens, httpAnswer(200, "[]"), kBadUser, kBadUser},
-        {"email of another type", tokens, httpAnswer(200, R"({"name":"Ada","email":7})"), kNoEmail, kNoEmail},
+        {tokens, user, ""},
+        {"", user, kNoToken},
+        {"HTTP/1.1 200 OK\r\nContent-Length: 999\r\n\r\n" + kTokens, user, kNoToken},
+        {kWithoutLength + R"({"access_token":"a")", user, kBadToken},
+        {httpAnswer(200, std::string(200000, '[')), user, kBadToken},
+        {httpAnswer(400, kTokens), user, std::string(kRejected) + "400)."},
+        {httpAnswer(201, kTokens), user, std::string(kRejected) + "201)."},
+        {"HTTP/1.1 302 Found\r\nLocation: /v1/userinfo\r\nContent-Length: 0\r\n\r\n", user,
+         std::string(kRejected) + "302)."},
+        {httpAnswer(200, R"({"access_token":["a"]})"), user, "Google did not return an access token."},
+        {tokens, "", "Could not reach Google's userinfo endpoint."},
+        {tokens, httpAnswer(401, kUser), "Google refused the userinfo request (HTTP 401)."},
+        {tokens, httpAnswer(200, "[]"), "Google returned an unexpected userinfo response."},
+        {tokens, httpAnswer(200, R"({"name":"Ada","email":7})"), "Google did not return an account email."},
     };
-    for (const auto& row : rows) {
+    for (const auto& [tokenAnswer, userAnswer, message] : rows) {
         for (const bool isRefresh : {false, true}) {
-            SCOPED_TRACE(std::string(row.name) + (isRefresh ? ", restoring" : ", signing in"));
-            const SignInResult result = run(isRefresh, row.tokenAnswer, row.userAnswer);
-            const std::string& message = isRefresh ? row.onRestore : row.onSignIn;
-            EXPECT_EQ(result.errorMessage, message);
+            SCOPED_TRACE(message + (isRefresh ? ", restoring" : ", signing in"));
+            const bool invalid = isRefresh && message.starts_with(kRejected);
+            const SignInResult result = run(isRefresh, tokenAnswer, userAnswer);
+            EXPECT_EQ(result.errorMessage, invalid ? "The stored session is no longer valid." : message);
             EXPECT_TRUE(result.hasResult && result.fromRestore == isRefresh && result.success == message.empty());
             if (!result.success) continue;
             EXPECT_EQ(result.refreshToken, isRefresh ? "" : "fresh") << "a restore keeps the stored token";
@@ -100,19 +86,19 @@ TEST_F(TokenRequests, EveryAnswerHasItsOutcome) {
 
 TEST_F(TokenRequests, RequestsAreExact) {
     const auto bodyOf = [](const std::string& request) { return request.substr(request.find("\r\n\r\n") + 4); };
-    const auto expectLines = [](const std::string& request, const std::vector<std::string>& lines) {
-        for (const std::string& line : lines)
-            EXPECT_NE(("\r\n" + request).find("\r\n" + line), std::string::npos) << line << " in " << request;
-        EXPECT_EQ(request.find("gzip"), std::string::npos) << request;
-    };
     ASSERT_TRUE(run(false, httpAnswer(200, kTokens), httpAnswer(200, kUser)).success);
     ASSERT_EQ(requests_.size(), 2u);
-    expectLines(requests_[0], {"POST /token HTTP/1.1\r\n", "Content-Type: application/x-www-form-urlencoded\r\n",
-                               "User-Agent: cpp-httplib/", "Connection: close\r\n"});
+    EXPECT_TRUE(requests_[0].starts_with("POST /token HTTP/1.1\r\n")) << requests_[0];
+    EXPECT_TRUE(requests_[1].starts_with("GET /v1/userinfo HTTP/1.1\r\n")) << requests_[1];
+    EXPECT_NE(requests_[0].find("\r\nContent-Type: application/x-www-form-urlencoded\r\n"), std::string::npos);
+    EXPECT_NE(requests_[1].find("\r\nAuthorization: Bearer access\r\n"), std::string::npos);
+    for (const std::string& request : requests_) {
+        for (const char* line : {"\r\nUser-Agent: cpp-httplib/", "\r\nConnection: close\r\n"})
+            EXPECT_NE(request.find(line), std::string::npos) << line << " in " << request;
+        EXPECT_EQ(request.find("gzip"), std::string::npos) << request;
+    }
     EXPECT_EQ(bodyOf(requests_[0]), "client_id=an%20id&client_secret=a%26secret&code=a%2Fcode&code_verifier=verifier"
                                     "&grant_type=authorization_code&redirect_uri=http%3A%2F%2F127.0.0.1%3A4711");
-    expectLines(requests_[1], {"GET /v1/userinfo HTTP/1.1\r\n", "Authorization: Bearer access\r\n",
-                               "User-Agent: cpp-httplib/", "Connection: close\r\n"});
     ASSERT_TRUE(run(true, httpAnswer(200, kTokens), httpAnswer(200, kUser)).success);
     EXPECT_EQ(bodyOf(requests_[0]),
               "client_id=an%20id&client_secret=a%26secret&grant_type=refresh_token&refresh_token=old");

@@ -4,20 +4,19 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <regex>
 #include <string>
 #include <thread>
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
+#include <sys/types.h>
 #include <systemd/sd-bus.h>
-#include <unistd.h>
 
 #include "support/scoped_environment.h"
 #include "support/temporary_folder.h"
 #include "system/dialog_problem.h"
 #include "system/operating_system.h"
-#include "system/spawn_linux.h"
 
 namespace {
 
@@ -60,19 +59,15 @@ int answer(sd_bus_message* call, void* data, sd_bus_error* /*error*/) {
 class Portal : public testing::Test {
   protected:
     Portal() {
-        int output[2];
-        EXPECT_EQ(::pipe(output), 0);
-        daemon_ = spawnProgram({"dbus-daemon", "--session", "--nofork", "--print-address=1"}, output[1]).process;
-        for (char byte = 0; ::read(output[0], &byte, 1) == 1 && byte != '\n';)
-            address_ += byte;
-        ::close(output[0]);
-        ::close(output[1]);
+        const std::string output = (folder_ / "bus").string();
+        const std::string start = "dbus-daemon --session --fork --print-address=1 --print-pid=1 > '" + output + "'";
+        EXPECT_EQ(std::system(start.c_str()), 0);
+        std::ifstream(output) >> address_ >> daemon_;
         const auto zenity = folder_.write("zenity", "#!/bin/sh\necho /from-zenity\n");
         std::filesystem::permissions(zenity, std::filesystem::perms::owner_all);
     }
     ~Portal() override {
-        ::kill(daemon_, SIGTERM);
-        ::waitpid(daemon_, nullptr, 0);
+        if (daemon_ > 0) ::kill(daemon_, SIGTERM);
     }
 
     // Shows a dialog while a portal on the bus gives this reply.
@@ -100,7 +95,7 @@ class Portal : public testing::Test {
 
     TemporaryFolder folder_;
     std::string address_;
-    pid_t daemon_ = -1;
+    pid_t daemon_ = 0;
 };
 
 TEST_F(Portal, GivesTheChoiceAndLeavesTheRestToZenity) {
