@@ -8,17 +8,6 @@
 
 namespace fs = std::filesystem;
 
-Tree treeOf(const fs::path& directory) {
-    Tree tree;
-    std::error_code error;
-    for (const auto& entry : fs::recursive_directory_iterator(directory, error)) {
-        if (entry.path().extension() == ".lock") continue;
-        tree[entry.path().lexically_relative(directory).generic_string()] =
-            entry.is_directory() ? "<directory>" : readFileBytes(entry.path());
-    }
-    return tree;
-}
-
 Tree withMarker(Tree tree, const std::string& version) {
     tree[".zantor_editor_version"] = asTextFile(version + "\n");
     return tree;

@@ -13,8 +13,10 @@ namespace fs = std::filesystem;
 namespace {
 
 const std::string kContentKey(32, 'k');
-const std::string kArchive = makeZip({{"editor.exe", "new", true}, {"data/new.bin", "new data"}});
-const Tree kNewEditor = {{"editor.exe", "new"}, {"data", "<directory>"}, {"data/new.bin", "new data"}};
+// The path of the second file has more than 260 characters, a limit of older Windows functions.
+const std::string kLongName = "data/über 文字 😀 " + std::string(200, 'n');
+const std::string kArchive = makeZip({{"editor.exe", "new", true}, {kLongName, "new data"}});
+const Tree kNewEditor = {{"editor.exe", "new"}, {"data", "<directory>"}, {kLongName, "new data"}};
 const std::string kEncryption = "\"encryption\":{\"key\":\"" + toBase64(kContentKey) + "\"},";
 
 } // namespace
@@ -30,18 +32,15 @@ TEST(InstallPipeline, EveryFailureLeavesTheOldEditorAndARunnableLauncher) {
     damaged.claimedCrc = 1;
     const struct {
         const char* what;
-        std::string package, extraMembers, message, decrypted = {};
+        std::string package, extraMembers, message;
     } cases[] = {
         {"no key", sealed, "", decrypting + "Invalid decryption key length."},
         {"tampered", tampered, kEncryption,
-         decrypting + "Authentication tag verification failed: artifact has been tampered with or key is invalid.",
-         "stays"},
+         decrypting + "Authentication tag verification failed: artifact has been tampered with or key is invalid."},
         {"other plaintext", sealed, kEncryption + R"("plaintext_sha256":"00",)",
          "The decrypted editor package failed plaintext checksum verification."},
         {"no archive", "no zip", "", noZip},
-        {"no archive in the container", sealContainer("no zip", kContentKey), kEncryption, noZip},
         {"shorter than the magic", "ZANTOR1", "", noZip},
-        {"unsafe name", makeZip({{"editor.exe", "new"}, {"../evil", "x"}}), "", extracting},
         {"damaged entry", makeZip({{"editor.exe", "new"}, damaged}), "", extracting},
     };
     for (const auto& c : cases) {
@@ -52,7 +51,7 @@ TEST(InstallPipeline, EveryFailureLeavesTheOldEditorAndARunnableLauncher) {
         for (int attempt = 0; attempt < 2; ++attempt) { // the second reuses the package and adds no row
             EXPECT_EQ(world.run(), "Failed: " + c.message + " [Installing]");
             const fs::path decrypted = world.downloads / "zantor_editor_2.0.zip.decrypted.zip";
-            EXPECT_EQ(fs::remove(decrypted), !c.decrypted.empty());
+            EXPECT_EQ(fs::remove(decrypted), c.package == tampered) << "stays after this failure alone";
             world.expectOldEditor({{"zantor_editor_2.0.zip", c.package}}, c.message != extracting);
         }
         world.release("2.0", kArchive);

@@ -2,46 +2,22 @@
 
 #include <cstddef>
 #include <filesystem>
-#include <set>
 #include <string>
-#include <system_error>
 #include <utility>
 
 #include <gtest/gtest.h>
 
-#include "install/package_container.h"
-#include "publish/container_writer.h"
 #include "publish_world.h"
 
 namespace fs = std::filesystem;
 
-TEST(Release, SealsEveryPackageWithItsOwnNonce) {
-    PublishWorld world;
-    const std::string zip = (world.folder / "p").string(), sealed = zip + ".sealed", opened = zip + ".opened";
-    const std::string key(32, 'k');
-    WrittenPackage written;
-    std::set<std::string> nonces;
-    for (const std::size_t size : {0, 65536, 65537}) {
-        const std::string bytes(size, 'p');
-        world.folder.write("p", bytes);
-        ASSERT_TRUE(sealPackage(zip, sealed, key, written, world.failure)) << size;
-        nonces.insert(readFileBytes(sealed).substr(20, 12));
-        EXPECT_TRUE(decryptPackage(sealed, opened, toBase64(key), world.failure)) << world.failure;
-        EXPECT_EQ(readFileBytes(opened), bytes);
-    }
-    EXPECT_EQ(nonces.size(), 3u);
-    fs::resize_file(zip, kMaxSealedBytes + 1); // a sparse file
-    EXPECT_FALSE(sealPackage(zip, sealed, key, written, world.failure));
-    EXPECT_NE(world.failure.find("too large"), std::string::npos);
-}
-
 TEST(Release, RefusesVersionsAndAddressesThatLaunchersMisread) {
     for (const std::string good : {"1", "1.4.2 beta 3", "v1+b/7", "!~", "YOUR_"})
         EXPECT_EQ(versionProblem(good), "") << good;
-    for (const std::string bad : {"", " 1", "1 ", "1  2", "1\t2", "1\r", "1\x7F", "1\xC3\xA9"})
+    EXPECT_EQ(versionProblem(std::string(128, '1')), "");
+    for (const std::string& bad : {std::string(), std::string(129, '1'), std::string(" 1"), std::string("1 "),
+                                   std::string("1  2"), std::string("1\t2"), std::string("1\x7F")})
         EXPECT_NE(versionProblem(bad), "") << bad;
-    for (const std::size_t length : {128, 129})
-        EXPECT_EQ(versionProblem(std::string(length, '1')).empty(), length == 128);
 
     for (const std::string good : {"https://a", "https://a:8443/b%20c", "https://127.0.0.1:1"})
         EXPECT_EQ(baseUrlProblem(good), "") << good;
@@ -54,7 +30,6 @@ TEST(Release, RefusesVersionsAndAddressesThatLaunchersMisread) {
 TEST(Release, ARefusalChangesNothing) {
     const std::pair<const char*, void (*)(PublishWorld&)> cases[] = {
         {"other platform", [](PublishWorld& w) { w.request.platform = "windows"; }},
-        {"too many days", [](PublishWorld& w) { w.request.days = 93; }},
         {"old version, other bytes", [](PublishWorld& w) { w.request.version = "1.4.1"; }},
         {"version on offer without its statement",
          [](PublishWorld& w) {
@@ -72,7 +47,7 @@ TEST(Release, ARefusalChangesNothing) {
         world.request.version = "1.4.3";
         world.folder.write("editor.zip", makeZip({{"editor.exe", "third"}}));
         spoil(world);
-        const auto before = world.files();
+        const Tree before = world.files();
         EXPECT_NE(world.publish(), "") << what;
         EXPECT_EQ(world.files(), before) << what;
     }
@@ -87,7 +62,7 @@ TEST(Release, OffersTheOldReleaseWhenAStepFails) {
         world.request.encrypt = false;
         ASSERT_EQ(world.publish(), "");
         world.folder.write("site/" + step + "/obstacle", "");
-        const auto before = world.files();
+        const Tree before = world.files();
         world.request.version = "2";
         EXPECT_NE(world.publishBytes(next), "") << step;
         EXPECT_EQ(world.files(), before) << step;
@@ -102,16 +77,20 @@ TEST(Release, APlainArchiveHasOneVersionOnly) {
     PublishWorld world;
     world.request.encrypt = false;
     ASSERT_EQ(world.publish(), "");
+    const Tree before = world.files();
     world.request.version = "2";
-    const auto before = world.files();
     EXPECT_NE(world.publish().find("as version 1.4.2"), std::string::npos);
     world.request.force = true;
-    fs::rename(world.result.manifestPath, world.folder / "manifest");
-    fs::create_directories(world.folder / "site/manifest.json/obstacle");
-    EXPECT_NE(world.publish(), "");
-    fs::remove_all(world.result.manifestPath);
-    fs::rename(world.folder / "manifest", world.result.manifestPath);
+    // Another program damages the package while it is being published.
+    world.request.progress = [&](const char* step, std::uint64_t, std::uint64_t) {
+        if (step != std::string("writing the package")) return;
+        for (const auto& file : fs::directory_iterator(world.folder / "site"))
+            if (file.path().extension() == ".tmp" && file.path().filename() != site::kLockName)
+                fs::resize_file(file.path(), 0);
+    };
+    EXPECT_NE(world.publish().find("does not contain what was written"), std::string::npos);
     EXPECT_EQ(world.files(), before) << "the release on offer has lost its statement";
+    world.request.progress = nullptr;
     EXPECT_EQ(world.publish(), "");
     EXPECT_EQ(world.verdict(world.manifest().sha256), "");
 }
@@ -122,12 +101,12 @@ TEST(Release, PublishingAgainChangesOnlyTheStatement) {
         world.request.encrypt = encrypt;
         world.request.baseUrl += "/"; // ignored
         ASSERT_EQ(world.publish(), "");
-        const auto before = world.files();
-        EXPECT_EQ(before.size(), 3u) << "another file was left behind";
+        const Tree before = world.files();
+        EXPECT_EQ(before.size(), 4u) << "manifest, package, statement and its folder";
         world.request.nowSeconds += kDay;
         EXPECT_EQ(world.publish(), "");
         EXPECT_TRUE(world.result.packageKept);
-        auto after = world.files();
+        Tree after = world.files();
         const std::string statement = "statements/" + world.manifest().sha256 + ".txt";
         EXPECT_NE(after[statement], before.at(statement));
         after[statement] = before.at(statement);
@@ -155,30 +134,14 @@ TEST(Release, PublishingAgainChangesOnlyTheStatement) {
 
 TEST(Release, RefusesADirectoryThatAnotherRunChanges) {
     PublishWorld world;
-    ASSERT_EQ(world.publish(), "");
     world.folder.write("site/manifest.json.killed.tmp", "left by a killed run");
-    world.request.version = "2";
     {
         FileLock other;
         ASSERT_EQ(other.tryToTake(joinPath(world.site, site::kLockName)), FileLock::Result::Taken);
-        EXPECT_NE(world.publishBytes(makeZip({{"editor.exe", "two"}})).find("Another volo-publish"), std::string::npos);
+        EXPECT_NE(world.publish().find("Another volo-publish"), std::string::npos);
     }
     EXPECT_EQ(world.publish(), "");
     EXPECT_EQ(world.files().count("manifest.json.killed.tmp"), 0u);
-}
-
-TEST(Release, ReadsBackWhatItOffers) {
-    PublishWorld world;
-    // Another program damages the package while it is being published.
-    std::error_code ignored;
-    world.request.progress = [&](const char* step, std::uint64_t, std::uint64_t) {
-        if (step != std::string("writing the package")) return;
-        for (const auto& file : fs::directory_iterator(world.folder / "site"))
-            if (file.path().extension() == ".tmp" && file.path().filename() != site::kLockName)
-                fs::resize_file(file.path(), 0, ignored);
-    };
-    EXPECT_NE(world.publish().find("does not contain what was written"), std::string::npos);
-    EXPECT_TRUE(world.files().empty());
 }
 
 TEST(Release, ProgressTellsBytesShareAndTimeLeft) {
