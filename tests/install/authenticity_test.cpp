@@ -3,33 +3,36 @@
 #include "install/artifact_authenticity.h"
 #include "install/install_world.h"
 #include "install/release_statement.h"
+#include "publish/statement_writer.h"
 #include "support/recording_system.h"
 
 namespace {
 
 constexpr std::int64_t kDay = 86400;
 constexpr std::int64_t kNow = 20000 * kDay;
-const PublisherKey kKey = publisherKey();
-const PublisherKey kOther = publisherKey();
+const std::vector<PublisherKey> kKeys = publisherKeys();
+const std::vector<PublisherKey> kOtherKeys = publisherKeys();
+const std::string kKey = kKeys[0].publicKey();
+const std::string kOtherKey = kOtherKeys[0].publicKey();
 const std::string kMalformed = "the release statement is malformed.";
 const std::string kUnsigned = "the release is not signed by a trusted key.";
 const std::string kDifferent = "the release statement is for a different package.";
 
-std::string statementBody(const std::string& version, const std::string& size, const std::string& sha256,
-                          const std::string& plaintext) {
-    return "release-statement-v1\nversion: " + version + "\nsize: " + size + "\nsha256: " + sha256 +
-           "\nplaintext-sha256: " + plaintext + "\nnot-before: " + std::to_string(kNow - kDay) +
-           "\nnot-after: " + std::to_string(kNow + kDay) + "\nstatus: ok\n";
+// Valid for a day before and a day after kNow.
+std::string statementFor(const PackageIdentity& package) {
+    return writeStatement(package, "ok", kNow - kDay, 2, kKeys);
 }
 
-std::string signatureOf(const std::string& body, const PublisherKey& key = kKey) {
-    return "ed25519: " + toBase64(key.sign(body)) + "\n";
+std::string signatureOf(const std::string& body, const std::vector<PublisherKey>& keys = kKeys) {
+    return "ed25519: " + toBase64(keys[0].sign(body)) + "\n";
 }
 
-const std::string kBody = statementBody("1.4.2", "100", std::string(64, '1'), "-");
+const PackageIdentity kPackage = {"1.4.2", 100, std::string(64, '1'), "-"};
+const std::string kGood = statementFor(kPackage);
+const std::string kBody = kGood.substr(0, kGood.find("ed25519"));
 
 std::string judge(const std::string& text, std::int64_t now = kNow) {
-    return judgeReleaseStatement(text, {kKey.publicKey()}, {"1.4.2", 100, std::string(64, '1'), "-"}, now);
+    return judgeReleaseStatement(text, {kKey}, kPackage, now);
 }
 
 std::string replaced(std::string text, const std::string& from, const std::string& to) {
@@ -65,17 +68,16 @@ TEST(ReleaseStatement, EveryFieldIsChecked) {
             EXPECT_EQ(judge(body + signatureOf(body)), verdict) << body;
         }
     }
-    const std::string good = kBody + signatureOf(kBody); // valid for a day before and after, and a day of tolerance
-    const std::string check = " Check this computer's date and time.";
-    EXPECT_EQ(judge(good, kNow - 2 * kDay), "");
-    EXPECT_EQ(judge(good, kNow - 2 * kDay - 1), "the release statement is not valid yet." + check);
-    EXPECT_EQ(judge(good, kNow + 2 * kDay), "");
-    EXPECT_EQ(judge(good, kNow + 2 * kDay + 1), "the release statement has expired." + check);
+    const std::string check = " Check this computer's date and time."; // a day of tolerance for its clock
+    EXPECT_EQ(judge(kGood, kNow - 2 * kDay), "");
+    EXPECT_EQ(judge(kGood, kNow - 2 * kDay - 1), "the release statement is not valid yet." + check);
+    EXPECT_EQ(judge(kGood, kNow + 2 * kDay), "");
+    EXPECT_EQ(judge(kGood, kNow + 2 * kDay + 1), "the release statement has expired." + check);
 }
 
 TEST(ReleaseStatement, HasOneForm) {
     const std::string good = signatureOf(kBody);
-    const std::string other = signatureOf(kBody, kOther);
+    const std::string other = signatureOf(kBody, kOtherKeys);
     std::string strayBits = good; // the last digit before the padding holds bits that decoding drops
     strayBits[strayBits.size() - 4]++;
     EXPECT_EQ(judge(kBody + other + other + other + good), "");
@@ -84,19 +86,18 @@ TEST(ReleaseStatement, HasOneForm) {
          {kBody + other + other + other + other + good, kBody + "\n" + good, kBody + good + "more: 1\n",
           kBody + "more: 1\n" + good, kBody + strayBits, "\xEF\xBB\xBF" + kBody + good, kBody + good + '\0'})
         EXPECT_EQ(judge(text), kMalformed) << text;
-    const std::string text = kBody + good;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        EXPECT_EQ(judge(text.substr(0, i)), kMalformed) << i;
-        std::string changed = text;
+    for (std::size_t i = 0; i < kGood.size(); ++i) {
+        EXPECT_EQ(judge(kGood.substr(0, i)), kMalformed) << i;
+        std::string changed = kGood;
         changed[i] ^= 1;
         EXPECT_NE(judge(changed), "") << i;
     }
 }
 
 TEST(ReleaseStatement, TakesOneToFourUsableKeys) {
-    const std::string a = toBase64(kKey.publicKey());
-    const std::string b = toBase64(kOther.publicKey());
-    EXPECT_EQ(parsePublisherKeys("  " + a + "   " + b + " "), (std::vector{kKey.publicKey(), kOther.publicKey()}));
+    const std::string a = toBase64(kKey);
+    const std::string b = toBase64(kOtherKey);
+    EXPECT_EQ(parsePublisherKeys("  " + a + "   " + b + " "), (std::vector{kKey, kOtherKey}));
     for (const std::string& unusable : {std::string("  "), a + " x", a + " " + a + " " + a + " " + a + " " + a,
                                         a + "," + b, toBase64(std::string(31, 'x')), toBase64(std::string(33, 'x'))})
         EXPECT_TRUE(parsePublisherKeys(unusable).empty()) << unusable;
@@ -106,8 +107,8 @@ TEST(ReleaseStatement, TakesOneToFourUsableKeys) {
 TEST(ArtifactAuthenticity, AFailedCheckStopsTheInstallWithTheOldEditorInPlace) {
     const std::string archive = makeZip({{"editor.exe", "new"}});
     const std::string contentKey(32, 'k');
-    const std::string key = toBase64(kKey.publicKey());
-    const std::string otherKey = toBase64(kOther.publicKey());
+    const std::string key = toBase64(kKey);
+    const std::string otherKey = toBase64(kOtherKey);
     const std::string badKey = "the publisher key in the launcher configuration is not usable.";
     const struct {
         const char* what;
@@ -127,15 +128,15 @@ TEST(ArtifactAuthenticity, AFailedCheckStopsTheInstallWithTheOldEditorInPlace) {
     setRecordedTime(kNow);
     for (const bool sealed : {false, true}) {
         const std::string package = sealed ? sealContainer(archive, contentKey) : archive;
-        const std::string body =
-            statementBody("2.0", std::to_string(package.size()), sha256Hex(package), sealed ? sha256Hex(archive) : "-");
+        const std::string statement = statementFor(
+            {"2.0", static_cast<std::int64_t>(package.size()), sha256Hex(package), sealed ? sha256Hex(archive) : "-"});
         for (const auto& c : cases) {
             SCOPED_TRACE(c.what);
             InstallWorld world;
             world.installOldEditor();
             world.release("2.0", package, "\"encryption\":{\"key\":\"" + toBase64(contentKey) + "\"},");
             world.serve("/statements/" + sha256Hex(package) + ".txt",
-                        c.answer == "the right one" ? httpAnswer(200, body + signatureOf(body)) : c.answer);
+                        c.answer == "the right one" ? httpAnswer(200, statement) : c.answer);
             world.state({c.address.empty() ? "" : world.url(c.address), c.keys});
             if (c.verdict.empty()) {
                 EXPECT_EQ(world.run(), "Installed: Installed — version 2.0 [Installed]");

@@ -160,7 +160,7 @@ TEST(PackageDownload, ClosingDoesNotWaitForASilentServer) {
             connection.stall();
         });
         const auto start = std::chrono::steady_clock::now();
-        world.state({world.url("/statements"), toBase64(publisherKey().publicKey())}).startUpdate();
+        world.state({world.url("/statements"), toBase64(publisherKeys()[0].publicKey())}).startUpdate();
         ASSERT_TRUE(eventually([&] { return asked.load(); }));
         world.close();
         EXPECT_LT(std::chrono::steady_clock::now() - start, kShortestReadTimeout);

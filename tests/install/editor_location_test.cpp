@@ -33,8 +33,9 @@ TEST(EditorLocation, TrimsTheFirstLineOfTheMarker) {
     recordingSystem().launcherDirectory = folder.string();
     EXPECT_EQ(installedEditorVersion(), "");
     const std::pair<std::string, std::string> cases[] = {
-        {"1.2 \r\n", "1.2"}, {"1.2\t\n", "1.2\t"},           {" \t1.2", " \t1.2"}, {"", ""},
-        {" \r \n1", ""},     {"1.2+b ü\nsecond", "1.2+b ü"},
+        {"1.2 \r\n", "1.2"},
+        {" 1.2\t\nsecond", " 1.2\t"},
+        {" \r \n1", ""},
     };
     for (const auto& [bytes, line] : cases) {
         folder.write("editor/.zantor_editor_version", bytes);

@@ -34,12 +34,9 @@ class PublishWorld {
     }
 
     std::vector<PublisherKey> keys(const std::vector<std::string>& names = {"first"}) const {
-        std::vector<PublisherKey> read;
-        for (const std::string& name : names)
-            read.push_back(publisherKey(folder, name));
-        return read;
+        return publisherKeys(names, folder);
     }
-    std::string publicKey(const std::string& name) const { return publisherKey(folder, name).publicKey(); }
+    std::string publicKey(const std::string& name) const { return keys({name}).front().publicKey(); }
 
     // The failure text, or empty.
     std::string publish() {

@@ -91,12 +91,14 @@ std::string sealContainer(const std::string& plaintext, const std::string& key) 
     return readFileBytes(sealed);
 }
 
-PublisherKey publisherKey(const TemporaryFolder& folder, const std::string& name) {
-    const std::string file = (folder / (name + ".key")).string();
-    PublisherKey key;
+std::vector<PublisherKey> publisherKeys(const std::vector<std::string>& names, const TemporaryFolder& folder) {
+    std::vector<PublisherKey> keys;
     std::vector<std::string> warnings;
     std::string ignored, failure;
-    (void)makeKeyFile(file, false, ignored, failure);
-    if (!key.read(file, warnings, failure)) throw std::runtime_error(failure);
-    return key;
+    for (const std::string& name : names) {
+        const std::string file = (folder / (name + ".key")).string();
+        (void)makeKeyFile(file, false, ignored, failure);
+        if (!keys.emplace_back().read(file, warnings, failure)) throw std::runtime_error(failure);
+    }
+    return keys;
 }

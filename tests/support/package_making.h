@@ -32,5 +32,6 @@ std::string toBase64(const std::string& bytes);
 // `key` has 32 bytes.
 std::string sealContainer(const std::string& plaintext, const std::string& key);
 
-// The publisher's key in the file <name>.key of the folder. The first call makes the file.
-PublisherKey publisherKey(const TemporaryFolder& folder = TemporaryFolder(), const std::string& name = "publisher");
+// The publisher's keys in the files <name>.key of the folder. The first call makes the files.
+std::vector<PublisherKey> publisherKeys(const std::vector<std::string>& names = {"first"},
+                                        const TemporaryFolder& folder = TemporaryFolder());
