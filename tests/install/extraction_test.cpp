@@ -20,15 +20,17 @@ ExtractionOutcome extract(const std::string& archive, const TemporaryFolder& fol
 }
 
 // Extracts an archive of three entries, of which the second has this name, and expects the second to be refused or to
-// become `second`.
-void expectEntry(const std::string& name, bool accepted, const Tree& second) {
+// become `second`. A name that Windows cannot store may fail the package there, but must not do harm.
+void expectEntry(const std::string& name, bool accepted, const Tree& second, bool isForWindows = true) {
     SCOPED_TRACE(name);
     const TemporaryFolder folder;
     const ExtractionOutcome outcome = extract(makeZip({{"first", "1"}, {name, "2"}, {"last", "3"}}), folder);
     const Tree tree = treeOf(folder / "deep/in/staging");
     EXPECT_EQ(treeOf(folder.path()).size(), tree.size() + 4) << "a file outside staging";
-    // Windows has no such file names.
-    if (kOnWindows && (name.ends_with('.') || name.ends_with(' ') || name.starts_with('\xFF'))) return;
+    std::error_code error;
+    fs::remove_all(folder / "deep", error);
+    EXPECT_FALSE(error) << error.message();
+    if (kOnWindows && !isForWindows) return;
     Tree want{{"first", "1"}};
     if (accepted) want["last"] = "3";
     want.insert(second.begin(), second.end());
@@ -51,10 +53,12 @@ TEST(PackageExtraction, RefusesEveryNameThatCouldLeaveTheDirectory) {
 
 TEST(PackageExtraction, KeepsOddNamesThatStayInside) {
     expectEntry("..x", true, {{"..x", "2"}});
-    expectEntry("a/..b/c..", true, {{"a", "<directory>"}, {"a/..b", "<directory>"}, {"a/..b/c..", "2"}});
+    expectEntry("a/..b/c", true, {{"a", "<directory>"}, {"a/..b", "<directory>"}, {"a/..b/c", "2"}});
     expectEntry("a//./b", true, {{"a", "<directory>"}, {"a/b", "2"}});
     expectEntry("é/日本", true, {{"é", "<directory>"}, {"é/日本", "2"}});
-    expectEntry("\xFF\xFE", true, {{"\xFF\xFE", "2"}});
+    for (const std::string name : {"\xFF\xFE", "dot.", "blank ", "NUL", "nul.txt", "CONOUT$", "AUX", "COM1", "com9.x"})
+        expectEntry(name, true, {{name, "2"}}, false);
+    expectEntry("a/.. /x", true, {{"a", "<directory>"}, {"a/.. ", "<directory>"}, {"a/.. /x", "2"}}, false);
     expectEntry("empty directory/", true, {});
     expectEntry("", true, {});
     if (kOnWindows) return;

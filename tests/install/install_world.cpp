@@ -25,12 +25,11 @@ InstallWorld::InstallWorld()
 }
 
 void InstallWorld::answer(TlsConnection& connection) {
-    const std::string request = connection.readRequest();
-    const std::size_t start = request.find(' ') + 1;
+    const std::string path = parseHttpRequest(connection.readRequest()).path;
     Answer answer = [](TlsConnection& unknown) { unknown.write(httpAnswer(404, "not here")); };
     {
         const std::lock_guard lock(mutex_);
-        const auto found = answers_.find(request.substr(start, request.find(' ', start) - start));
+        const auto found = answers_.find(path);
         if (found != answers_.end()) answer = found->second;
     }
     answer(connection);

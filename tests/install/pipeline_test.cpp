@@ -17,7 +17,15 @@ const std::string kContentKey(32, 'k');
 const std::string kLongName = "data/über 文字 😀 " + std::string(200, 'n');
 const std::string kArchive = makeZip({{"editor.exe", "new", true}, {kLongName, "new data"}});
 const Tree kNewEditor = {{"editor.exe", "new"}, {"data", "<directory>"}, {kLongName, "new data"}};
+const std::string kNoZip = "Failed: The editor package is not a readable zip archive. ";
 const std::string kEncryption = "\"encryption\":{\"key\":\"" + toBase64(kContentKey) + "\"},";
+
+// Starts a run and waits for the first file of the new editor.
+void startExtracting(InstallWorld& world) {
+    world.state().startUpdate();
+    while (world.state().status() <= EditorInstallStatus::Installing && !fs::exists(world.staging / "editor.exe"))
+        std::this_thread::yield();
+}
 
 } // namespace
 
@@ -25,22 +33,20 @@ TEST(InstallPipeline, EveryFailureLeavesTheOldEditorAndARunnableLauncher) {
     const std::string sealed = sealContainer(kArchive, kContentKey);
     std::string tampered = sealed;
     tampered[sealed.size() - 20] ^= 1;
-    const std::string decrypting = "Decrypting editor package failed: ";
-    const std::string noZip = "The editor package is not a readable zip archive.";
-    const std::string extracting = "Extracting the editor package failed.";
+    const std::string decrypting = "Failed: Decrypting editor package failed: ";
+    const std::string extracting = "Failed: Extracting the editor package failed. ";
     ZipEntry damaged{"data/new.bin", "new data"};
     damaged.claimedCrc = 1;
     const struct {
         const char* what;
         std::string package, extraMembers, message;
     } cases[] = {
-        {"no key", sealed, "", decrypting + "Invalid decryption key length."},
+        {"no key", sealed, "", decrypting + "Invalid decryption key length. "},
         {"tampered", tampered, kEncryption,
-         decrypting + "Authentication tag verification failed: artifact has been tampered with or key is invalid."},
+         decrypting + "Authentication tag verification failed: artifact has been tampered with or key is invalid. "},
         {"other plaintext", sealed, kEncryption + R"("plaintext_sha256":"00",)",
-         "The decrypted editor package failed plaintext checksum verification."},
-        {"no archive", "no zip", "", noZip},
-        {"shorter than the magic", "ZANTOR1", "", noZip},
+         "Failed: The decrypted editor package failed plaintext checksum verification. "},
+        {"shorter than the magic", "ZANTOR1", "", kNoZip},
         {"damaged entry", makeZip({{"editor.exe", "new"}, damaged}), "", extracting},
     };
     for (const auto& c : cases) {
@@ -49,7 +55,7 @@ TEST(InstallPipeline, EveryFailureLeavesTheOldEditorAndARunnableLauncher) {
         world.installOldEditor();
         world.release("2.0", c.package, c.extraMembers);
         for (int attempt = 0; attempt < 2; ++attempt) { // the second reuses the package and adds no row
-            EXPECT_EQ(world.run(), "Failed: " + c.message + " [Installing]");
+            EXPECT_EQ(world.run(), c.message + "[Installing]");
             const fs::path decrypted = world.downloads / "zantor_editor_2.0.zip.decrypted.zip";
             EXPECT_EQ(fs::remove(decrypted), c.package == tampered) << "stays after this failure alone";
             world.expectOldEditor({{"zantor_editor_2.0.zip", c.package}}, c.message != extracting);
@@ -91,17 +97,14 @@ TEST(InstallPipeline, CancelBeforeAnEntryFailsEveryRowOfTheVersion) {
     fs::remove_all(world.editor);
     world.installOldEditor();
     world.release("2.0", "no archive");
-    EXPECT_EQ(world.run(), "Failed: The editor package is not a readable zip archive. [Installing Installed]");
+    EXPECT_EQ(world.run(), kNoZip + "[Installing Installed]");
     world.release("2.0", makeZip(entries));
-    world.state().startUpdate();
-    while (world.state().status() != EditorInstallStatus::Failed && !fs::exists(world.staging / "editor.exe"))
-        std::this_thread::yield();
+    startExtracting(world);
     world.state().requestCancel();
     EXPECT_EQ(world.finish(), "Failed: Install cancelled. [Failed Failed Installed]");
     world.expectOldEditor({{"zantor_editor_1.9.zip", kArchive}, {"zantor_editor_2.0.zip", makeZip(entries)}}, false);
     world.release("2.0", "no archive");
-    EXPECT_EQ(world.run(),
-              "Failed: The editor package is not a readable zip archive. [Installing Failed Failed Installed]");
+    EXPECT_EQ(world.run(), kNoZip + "[Installing Failed Failed Installed]");
 }
 
 TEST(InstallPipeline, ClosingInterruptsAnEntryAndKeepsTheOldEditor) {
@@ -109,9 +112,7 @@ TEST(InstallPipeline, ClosingInterruptsAnEntryAndKeepsTheOldEditor) {
     InstallWorld world;
     world.installOldEditor();
     world.release("2.0", package);
-    world.state().startUpdate();
-    while (world.state().status() <= EditorInstallStatus::Installing && !fs::exists(world.staging / "editor.exe"))
-        std::this_thread::yield();
+    startExtracting(world);
     world.close();
     world.expectOldEditor({{"zantor_editor_2.0.zip", package}}, false);
 }
