@@ -78,7 +78,6 @@ class Tour:
     def start(self):
         """the window shows the sign-in screen"""
         self.window = self.desktop.window("VOLO Launcher")
-        wait_for("a window of 1180 x 740", lambda: self.window.size() == (1180, 740))
         self.window.see("Welcome to VOLO Launcher", SIGN_IN_COLUMN)
         self.window.see("Sign in", SIGN_IN_BUTTON)
 

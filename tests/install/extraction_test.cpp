@@ -72,25 +72,22 @@ TEST(PackageExtraction, KeepsOddNamesThatStayInside) {
     expectEntry("a\\", true, {{"a\\", "2"}}); // a file, not a directory
 }
 
-TEST(PackageExtraction, ReadsEveryKindOfEntryAndNoDamagedOne) {
+TEST(PackageExtraction, ReadsEntriesOfEverySizeAndNoDamagedOne) {
     std::string text;
     for (int i = 0; text.size() < 200000; ++i)
         text += std::to_string(i * i) + ' ';
-    for (const bool zip64 : {false, true}) {
-        ZipEntry entry{"text", text, zip64};
-        entry.zip64 = zip64;
-        const TemporaryFolder folder;
-        EXPECT_EQ(extract(makeZip({entry}), folder), ExtractionOutcome::Done);
-        EXPECT_TRUE(readFileBytes(folder / "deep/in/staging/text") == text);
-        entry.claimedCrc = 1;
-        EXPECT_EQ(extract(makeZip({entry}), folder), ExtractionOutcome::Failed);
-    }
-    ZipEntry empty{"text", ""};
-    empty.claimedCrc = 1;
-    EXPECT_EQ(extract(makeZip({empty}), TemporaryFolder()), ExtractionOutcome::Failed) << "data is missing";
+    ZipEntry entry{"text", text, true};
+    const TemporaryFolder folder;
+    EXPECT_EQ(extract(makeZip({entry}), folder), ExtractionOutcome::Done);
+    EXPECT_TRUE(readFileBytes(folder / "deep/in/staging/text") == text);
+    entry.claimedCrc = 1;
+    EXPECT_EQ(extract(makeZip({entry}), folder), ExtractionOutcome::Failed);
+    entry = {"text", ""};
+    entry.claimedCrc = 1;
+    EXPECT_EQ(extract(makeZip({entry}), folder), ExtractionOutcome::Failed) << "data is missing";
     // The checksum takes several bytes per step: every remainder.
     for (std::size_t size = 0; size < 40; ++size)
-        EXPECT_EQ(extract(makeZip({{"text", text.substr(0, size)}}), TemporaryFolder()), ExtractionOutcome::Done);
+        EXPECT_EQ(extract(makeZip({{"text", text.substr(0, size)}}), folder), ExtractionOutcome::Done);
 }
 
 // Files whose names meet on some file system are extracted in order, so that the later one wins.

@@ -87,6 +87,10 @@ TEST(UpdateCheck, ComparesVersionsByteForByteAfterThePackageAddress) {
     EXPECT_EQ(world.run(), "Installed: Installed — version 1.0 []");
     world.expectOldEditor({}, false);
 
+    world.folder.write(world.editor / ".zantor_editor_version", "1.0 \r\nsecond line");
+    EXPECT_EQ(world.run(), "Installed: Installed — version 1.0 []");
+    world.folder.write(world.editor / ".zantor_editor_version", "1.0\t");
+    EXPECT_EQ(world.run(), "Installed: Installed — version 1.0 [Installed]") << "a tab belongs to the version";
     fs::remove(world.editor / "editor.exe");
     EXPECT_EQ(world.run(), "Installed: Installed — version 1.0 [Installed]") << "a marker without an editor";
     world.release("1.0 ", package);
