@@ -16,7 +16,6 @@ const std::string kPackage = makeZip({{"editor.exe", std::string(300000, 'n')}, 
 const std::string kLength = "Content-Length: " + std::to_string(kPackage.size()) + "\r\n";
 const std::string kChunked = "Transfer-Encoding: chunked\r\n";
 const std::string kInstalled = "Installed: Installed — version 2 [Installed]";
-const std::string kFailed = "Failed: The editor package download failed. [Failed]";
 constexpr std::chrono::seconds kShortestReadTimeout(30);
 const std::string kChecksum = "Failed: The downloaded package failed its checksum verification. [Failed]";
 
@@ -25,33 +24,6 @@ std::string ok(const std::string& fields, const std::string& body) {
 }
 
 } // namespace
-
-TEST(PackageDownload, AFaultOfTheServerLeavesNoPackageAndTheOldEditor) {
-    const std::string half = kPackage.substr(0, kPackage.size() / 2);
-    std::string altered = kPackage;
-    altered[kPackage.size() / 2] ^= 1;
-    const struct {
-        const char* what;
-        std::string bytes, outcome;
-    } cases[] = {
-        {"body shorter than its length", ok(kLength, half), kFailed},
-        {"cut body without length", ok("", half), kChecksum},
-        {"cut chunk", ok(kChunked, "fffff\r\n" + half), kFailed},
-        {"altered", httpAnswer(200, altered), kChecksum},
-        {"404 with the package", httpAnswer(404, kPackage), kFailed},
-        {"302 with the package", "HTTP/1.1 302 x\r\nLocation: /moved\r\n" + kLength + "\r\n" + kPackage, kFailed},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        InstallWorld world;
-        world.installOldEditor();
-        world.release("2", kPackage);
-        world.serve("/package", c.bytes);
-        world.serve("/moved", httpAnswer(200, kPackage));
-        EXPECT_EQ(world.run(), c.outcome);
-        world.expectOldEditor({}, false);
-    }
-}
 
 TEST(PackageDownload, CompletesWithEveryFramingOfTheBody) {
     char chunkSize[32];

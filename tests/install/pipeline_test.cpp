@@ -20,6 +20,11 @@ const Tree kNewEditor = {{"editor.exe", "new"}, {"data", "<directory>"}, {kLongN
 const std::string kNoZip = "Failed: The editor package is not a readable zip archive. ";
 const std::string kEncryption = "\"encryption\":{\"key\":\"" + toBase64(kContentKey) + "\"},";
 
+std::string withFlippedBit(std::string bytes) {
+    bytes[bytes.size() - 20] ^= 1;
+    return bytes;
+}
+
 // Starts a run and waits for the first file of the new editor.
 void startExtracting(InstallWorld& world) {
     world.state().startUpdate();
@@ -31,35 +36,48 @@ void startExtracting(InstallWorld& world) {
 
 TEST(InstallPipeline, EveryFailureLeavesTheOldEditorAndARunnableLauncher) {
     const std::string sealed = sealContainer(kArchive, kContentKey);
-    std::string tampered = sealed;
-    tampered[sealed.size() - 20] ^= 1;
-    const std::string decrypting = "Failed: Decrypting editor package failed: ";
-    const std::string extracting = "Failed: Extracting the editor package failed. ";
+    const std::string tampered = withFlippedBit(sealed);
     ZipEntry damaged{"data/new.bin", "new data"};
     damaged.claimedCrc = 1;
+    const std::string half = kArchive.substr(0, kArchive.size() / 2);
+    const std::string length = "Content-Length: " + std::to_string(kArchive.size()) + "\r\n\r\n";
+    const std::string notReceived = "Failed: The editor package download failed. [Failed]";
+    const std::string checksum = "Failed: The downloaded package failed its checksum verification. [Failed]";
+    const std::string decrypting = "Failed: Decrypting editor package failed: ";
+    const std::string extracting = "Failed: Extracting the editor package failed. [Installing]";
     const struct {
         const char* what;
-        std::string package, extraMembers, message;
+        std::string package, extraMembers, outcome;
+        std::string answer = {}; // to the request for the package; empty: the package
     } cases[] = {
-        {"no key", sealed, "", decrypting + "Invalid decryption key length. "},
+        {"no key", sealed, "", decrypting + "Invalid decryption key length. [Installing]"},
         {"tampered", tampered, kEncryption,
-         decrypting + "Authentication tag verification failed: artifact has been tampered with or key is invalid. "},
+         decrypting + "Authentication tag verification failed: artifact has been tampered with or key is invalid. "
+                      "[Installing]"},
         {"other plaintext", sealed, kEncryption + R"("plaintext_sha256":"00",)",
-         "Failed: The decrypted editor package failed plaintext checksum verification. "},
-        {"shorter than the magic", "ZANTOR1", "", kNoZip},
+         "Failed: The decrypted editor package failed plaintext checksum verification. [Installing]"},
+        {"shorter than the magic", "ZANTOR1", "", kNoZip + "[Installing]"},
         {"damaged entry", makeZip({{"editor.exe", "new"}, damaged}), "", extracting},
+        {"cut", kArchive, "", notReceived, "HTTP/1.1 200 OK\r\n" + length + half},
+        {"cut without a length", kArchive, "", checksum, "HTTP/1.1 200 OK\r\n\r\n" + half},
+        {"cut chunk", kArchive, "", notReceived, "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nfff\r\n" + half},
+        {"altered", kArchive, "", checksum, httpAnswer(200, withFlippedBit(kArchive))},
+        {"404", kArchive, "", notReceived, httpAnswer(404, kArchive)},
+        {"302", kArchive, "", notReceived, "HTTP/1.1 302 x\r\nLocation: /moved\r\n" + length + kArchive},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         InstallWorld world;
         world.installOldEditor();
+        world.serve("/moved", httpAnswer(200, kArchive));
         world.release("2.0", c.package, c.extraMembers);
-        for (int attempt = 0; attempt < 2; ++attempt) { // the second reuses the package and adds no row
-            EXPECT_EQ(world.run(), c.message + "[Installing]");
-            const fs::path decrypted = world.downloads / "zantor_editor_2.0.zip.decrypted.zip";
-            EXPECT_EQ(fs::remove(decrypted), c.package == tampered) << "stays after this failure alone";
-            world.expectOldEditor({{"zantor_editor_2.0.zip", c.package}}, c.message != extracting);
-        }
+        const bool arrives = c.answer.empty();
+        if (!arrives) world.serve("/package", c.answer);
+        EXPECT_EQ(world.run(), c.outcome);
+        const fs::path decrypted = world.downloads / "zantor_editor_2.0.zip.decrypted.zip";
+        EXPECT_EQ(fs::remove(decrypted), c.package == tampered) << "stays after this failure alone";
+        world.expectOldEditor(arrives ? Tree{{"zantor_editor_2.0.zip", c.package}} : Tree{},
+                              arrives && c.outcome != extracting);
         world.release("2.0", kArchive);
         EXPECT_EQ(world.run(), "Installed: Installed — version 2.0 [Installed Installed]");
         EXPECT_EQ(treeOf(world.editor), withMarker(kNewEditor, "2.0"));
