@@ -44,8 +44,8 @@ def row(number, x=NAME_X, shift=0):
     return x, FIRST_ROW + shift + ROW_HEIGHT * number + ROW_HEIGHT / 2
 
 
-def name_box(number, shift=0):
-    return 272, FIRST_ROW + shift + ROW_HEIGHT * number + 4, 300, 24
+def name_box(number):
+    return 272, FIRST_ROW + ROW_HEIGHT * number + 4, 300, 24
 
 
 def is_yellow(colour):
