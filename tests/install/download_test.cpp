@@ -93,7 +93,7 @@ TEST(PackageDownload, CancelEndsATransferThatDripsOrIsSilent) {
     for (const std::string& fields : {std::string("Content-Length: 1000000\r\n"), std::string(), kChunked}) {
         const bool counts = fields.starts_with("Content-Length");
         const bool drips = fields != kChunked; // the chunked body never begins
-        std::atomic<int> written = 0; // outlives the server
+        std::atomic<int> written = 0;          // outlives the server
         InstallWorld world;
         world.installOldEditor();
         world.release("2", kPackage);

@@ -90,7 +90,7 @@ TEST(InstallPipeline, AlternatingVersionsLeaveNoResidue) {
     for (const char* name :
          {"zantor_editor_2.0.zip.part", "zantor_editor_3.zip.part", "zantor_editor_3.zip.decrypted.zip"})
         world.folder.write(world.downloads / name, "of a run that was killed");
-    world.folder.write("downloads/another.part", "not ours");
+    world.folder.write("downloads/another.zip.part", "not ours");
     const std::string plaintextSha256 = R"("plaintext_sha256":")" + sha256Hex(kArchive) + "\",";
     const std::string container = sealContainer(kArchive, kContentKey); // once: each seal has a nonce of its own
     for (int round = 0; round < 4; ++round) {
@@ -146,19 +146,23 @@ TEST(InstallLocks, ARunWaitsForAnotherLauncherAndThenLooksAgain) {
         auto lock = std::make_unique<FileLock>();
         ASSERT_EQ(lock->tryToTake(path), FileLock::Result::Taken);
         world.state().startUpdate();
-        ASSERT_TRUE(eventually([&] { return world.requestCount() == 1; }));
+        // A run makes this file after it has compared the versions.
+        const fs::path ownLock = world.downloads / "zantor_editor.lock";
+        ASSERT_TRUE(eventually([&] { return world.requestCount() == 1 && fs::exists(ownLock); }));
         EXPECT_EQ(world.state().statusMessage(), "Checking for updates…");
-        world.state().requestCancel();
-        EXPECT_EQ(world.finish(), "Failed: Install cancelled. []");
-
-        world.state().startUpdate();
-        ASSERT_TRUE(eventually([&] { return world.requestCount() == 2; }));
         world.installOldEditor(); // by the other launcher: version 1.0
         lock.reset();
         EXPECT_EQ(world.finish(), "Installed: Installed — version 1.0 []");
         world.expectOldEditor({}, false);
 
         world.release("2.0", kArchive);
+        lock = std::make_unique<FileLock>();
+        ASSERT_EQ(lock->tryToTake(path), FileLock::Result::Taken);
+        world.state().startUpdate();
+        world.state().requestCancel();
+        EXPECT_EQ(world.finish(), "Failed: Install cancelled. []");
+
+        lock.reset();
         fs::remove(path);
         fs::create_directory(path); // no lock file can be made
         EXPECT_EQ(world.run(), "Installed: Installed — version 2.0 [Installed]");
