@@ -63,6 +63,7 @@ TEST(InstallPipeline, EveryFailureLeavesTheOldEditorAndARunnableLauncher) {
         {"cut chunk", kArchive, "", notReceived, "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nfff\r\n" + half},
         {"altered", kArchive, "", checksum, httpAnswer(200, withFlippedBit(kArchive))},
         {"404", kArchive, "", notReceived, httpAnswer(404, kArchive)},
+        {"206", kArchive, "", notReceived, httpAnswer(206, kArchive)},
         {"302", kArchive, "", notReceived, "HTTP/1.1 302 x\r\nLocation: /moved\r\n" + length + kArchive},
     };
     for (const auto& c : cases) {
