@@ -54,7 +54,7 @@ TEST(ReleaseStatement, EveryFieldIsChecked) {
         {"1.4.2", {std::string(4096, '1'), "1.4.2\nsize: 100", "1.4.2\r", "1.4.é"}, kMalformed},
         {"size: 100", {"size: 101"}, kDifferent},
         {"size: 100",
-         {"", "size: ", "size: 0100", "size: +100", "size: 100 ", "size: " + std::string(20, '9')},
+         {"", "size: ", "size: 0100", "size: -100", "size: 100 ", "size: " + std::string(20, '9')},
          kMalformed},
         {"111\n", {"112\n", "\n"}, kDifferent},
         {": -\n", {": " + std::string(64, '2') + "\n"}, kDifferent},

@@ -99,9 +99,11 @@ TEST(Release, PublishingAgainChangesOnlyTheStatement) {
         EXPECT_EQ(after, before);
 
         // A damaged package is written again.
+        const std::string oldKey = world.manifest().encryptionKey;
         world.folder.write(world.result.packagePath, "damaged");
         EXPECT_EQ(world.publish(), "");
         EXPECT_FALSE(world.result.packageKept);
+        EXPECT_EQ(world.manifest().encryptionKey == oldKey, !encrypt) << "every package has a key of its own";
         if (encrypt) { // and so is one that the manifest's key does not open
             std::string manifest = readFileBytes(world.result.manifestPath);
             const std::size_t key = manifest.find("\"key\": \"") + 8;
