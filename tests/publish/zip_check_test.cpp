@@ -43,6 +43,8 @@ std::string patched(std::size_t offset, const std::string& bytes) {
 
 TEST_F(ArchiveCheck, RefusesWhatWouldFailOrUnpackIntoSomethingElse) {
     const auto with = [](const ZipEntry& entry) { return makeZip({kEditor, entry}); };
+    ZipEntry damaged{"data", "d"};
+    damaged.claimedCrc = 1;
     ZipEntry big{"data", "d"};
     big.zip64 = true;
     std::string emptied = with(big); // a compressed size of 0, and another size
@@ -61,6 +63,7 @@ TEST_F(ArchiveCheck, RefusesWhatWouldFailOrUnpackIntoSomethingElse) {
         {with({"caf\xE9", "x"}), "not UTF-8"},
         {with({std::string("z\0z", 3), "x"}), "zero byte"},
         {emptied, "damaged"},
+        {with(damaged), "damaged"},
         {patched(8, std::string("\1\0", 2)), "it is encrypted"},
         {patched(10, std::string("\x0C\0", 2)), "neither stored nor deflated"},
         {patched(38, std::string("\x10\0\0\0", 4)), "marked as a folder"},
