@@ -27,17 +27,3 @@ TEST(EditorLocation, IsTheFirstFileAtMostTwoLevelsAboveTheLauncher) {
     EXPECT_EQ(findEditorNearLauncher(), "");
     fs::current_path(before);
 }
-
-TEST(EditorLocation, TrimsTheFirstLineOfTheMarker) {
-    const TemporaryFolder folder;
-    recordingSystem().launcherDirectory = folder.string();
-    EXPECT_EQ(installedEditorVersion(), "");
-    const std::pair<std::string, std::string> cases[] = {
-        {"1.2 \r\n", "1.2"}, {"1.2\t\n", "1.2\t"},           {" \t1.2", " \t1.2"}, {"", ""},
-        {" \r \n1", ""},     {"1.2+b ü\nsecond", "1.2+b ü"},
-    };
-    for (const auto& [bytes, line] : cases) {
-        folder.write("editor/.zantor_editor_version", bytes);
-        EXPECT_EQ(installedEditorVersion(), line);
-    }
-}

@@ -4,12 +4,9 @@
 #include <miniz.h>
 
 #include "install/archive_plan.h"
-#include "install/editor_location.h"
-#include "install/editor_swap.h"
 #include "install/install_world.h"
 #include "install/package_extraction.h"
 #include "support/platform.h"
-#include "support/recording_system.h"
 
 namespace fs = std::filesystem;
 
@@ -23,15 +20,17 @@ ExtractionOutcome extract(const std::string& archive, const TemporaryFolder& fol
 }
 
 // Extracts an archive of three entries, of which the second has this name, and expects the second to be refused or to
-// become `second`.
-void expectEntry(const std::string& name, bool accepted, const Tree& second) {
+// become `second`. A name that Windows cannot store may fail the package there, but must not do harm.
+void expectEntry(const std::string& name, bool accepted, const Tree& second, bool isForWindows = true) {
     SCOPED_TRACE(name);
     const TemporaryFolder folder;
     const ExtractionOutcome outcome = extract(makeZip({{"first", "1"}, {name, "2"}, {"last", "3"}}), folder);
     const Tree tree = treeOf(folder / "deep/in/staging");
     EXPECT_EQ(treeOf(folder.path()).size(), tree.size() + 4) << "a file outside staging";
-    // Windows has no such file names.
-    if (kOnWindows && (name.ends_with('.') || name.ends_with(' ') || name.starts_with('\xFF'))) return;
+    std::error_code error;
+    fs::remove_all(folder / "deep", error);
+    EXPECT_FALSE(error) << error.message();
+    if (kOnWindows && !isForWindows) return;
     Tree want{{"first", "1"}};
     if (accepted) want["last"] = "3";
     want.insert(second.begin(), second.end());
@@ -42,9 +41,8 @@ void expectEntry(const std::string& name, bool accepted, const Tree& second) {
 } // namespace
 
 TEST(PackageExtraction, RefusesEveryNameThatCouldLeaveTheDirectory) {
-    for (const char* name : {"/etc/x", "//x",      "\\x",      "\\\\server\\x", "..",     "../x",    "..\\x",
-                             "a/../x", "a\\..\\x", "a/..",     "a\\..",         "./../x", "a/..\\x", "C:\\x",
-                             "C:x",    "c:/x",     "x:stream", "a/b:c",         ":",      "a//../x", "..\\"})
+    for (const char* name : {"/etc/x", "\\x", "..", "../x", "..\\x", "a/../x", "a\\..\\x", "a/..", "a\\..", "a/..\\x",
+                             "C:x", "a/b:c", ":", "a//../x", "..\\"})
         expectEntry(name, false, {});
     expectEntry(std::string("a\0b", 3), false, {});
     for (const char* directory : {"/", "/a/", "a/../"}) {
@@ -55,13 +53,12 @@ TEST(PackageExtraction, RefusesEveryNameThatCouldLeaveTheDirectory) {
 
 TEST(PackageExtraction, KeepsOddNamesThatStayInside) {
     expectEntry("..x", true, {{"..x", "2"}});
-    expectEntry("...", true, {{"...", "2"}});
-    expectEntry("a/..b/c..", true, {{"a", "<directory>"}, {"a/..b", "<directory>"}, {"a/..b/c..", "2"}});
+    expectEntry("a/..b/c", true, {{"a", "<directory>"}, {"a/..b", "<directory>"}, {"a/..b/c", "2"}});
     expectEntry("a//./b", true, {{"a", "<directory>"}, {"a/b", "2"}});
-    expectEntry(" ", true, {{" ", "2"}});
     expectEntry("é/日本", true, {{"é", "<directory>"}, {"é/日本", "2"}});
-    expectEntry("\xFF\xFE", true, {{"\xFF\xFE", "2"}});
-    expectEntry("%2e%2e%2fx", true, {{"%2e%2e%2fx", "2"}});
+    for (const std::string name : {"\xFF\xFE", "dot.", "blank ", "NUL", "nul.txt", "CONOUT$", "AUX", "COM1", "com9.x"})
+        expectEntry(name, true, {{name, "2"}}, false);
+    expectEntry("a/.. /x", true, {{"a", "<directory>"}, {"a/.. ", "<directory>"}, {"a/.. /x", "2"}}, false);
     expectEntry("empty directory/", true, {});
     expectEntry("", true, {});
     if (kOnWindows) return;
@@ -75,27 +72,22 @@ TEST(PackageExtraction, KeepsOddNamesThatStayInside) {
     expectEntry("a\\", true, {{"a\\", "2"}}); // a file, not a directory
 }
 
-TEST(PackageExtraction, ReadsEveryKindOfEntryAndNoDamagedOne) {
+TEST(PackageExtraction, ReadsEntriesOfEverySizeAndNoDamagedOne) {
     std::string text;
     for (int i = 0; text.size() < 200000; ++i)
         text += std::to_string(i * i) + ' ';
-    for (int kind = 0; kind < 8; ++kind) {
-        SCOPED_TRACE(kind);
-        ZipEntry entry{"text", text, (kind & 1) != 0};
-        entry.sizesBehindData = (kind & 2) != 0;
-        entry.zip64 = (kind & 4) != 0;
-        const TemporaryFolder folder;
-        EXPECT_EQ(extract(makeZip({entry}), folder), ExtractionOutcome::Done);
-        EXPECT_TRUE(readFileBytes(folder / "deep/in/staging/text") == text);
-        entry.claimedCrc = 1;
-        EXPECT_EQ(extract(makeZip({entry}), folder), ExtractionOutcome::Failed);
-    }
-    ZipEntry empty{"text", ""};
-    empty.claimedCrc = 1;
-    EXPECT_EQ(extract(makeZip({empty}), TemporaryFolder()), ExtractionOutcome::Failed) << "data is missing";
+    ZipEntry entry{"text", text, true};
+    const TemporaryFolder folder;
+    EXPECT_EQ(extract(makeZip({entry}), folder), ExtractionOutcome::Done);
+    EXPECT_TRUE(readFileBytes(folder / "deep/in/staging/text") == text);
+    entry.claimedCrc = 1;
+    EXPECT_EQ(extract(makeZip({entry}), folder), ExtractionOutcome::Failed);
+    entry = {"text", ""};
+    entry.claimedCrc = 1;
+    EXPECT_EQ(extract(makeZip({entry}), folder), ExtractionOutcome::Failed) << "data is missing";
     // The checksum takes several bytes per step: every remainder.
     for (std::size_t size = 0; size < 40; ++size)
-        EXPECT_EQ(extract(makeZip({{"text", text.substr(0, size)}}), TemporaryFolder()), ExtractionOutcome::Done);
+        EXPECT_EQ(extract(makeZip({{"text", text.substr(0, size)}}), folder), ExtractionOutcome::Done);
 }
 
 // Files whose names meet on some file system are extracted in order, so that the later one wins.
@@ -131,22 +123,4 @@ TEST(PackageExtraction, MixesNoForeignFileIntoTheEditor) {
     const std::string archive = folder.write("archive", makeZip({{"editor.exe", "new"}})).string();
     EXPECT_EQ(extractArchive(archive, (folder / "staging").string(), {}), ExtractionOutcome::Failed);
     EXPECT_EQ(treeOf(folder / "staging").size(), 1u);
-}
-
-TEST(PackageExtraction, ReplacesAnEditorWithNamesOfEveryScriptAndLength) {
-    const TemporaryFolder folder;
-    recordingSystem().launcherDirectory = (folder / "deep/in").string();
-    const std::string part(60, 'p');
-    const Tree files = {{"editor.exe", "1"},
-                        {"blanks in it.bin", "2"},
-                        {"über 文字 😀.dat", "3"},
-                        {part + "-" + part + "-" + part + "-" + part, "4"}}; // past 260 characters on Windows
-    std::vector<ZipEntry> entries;
-    for (const auto& [name, data] : files)
-        entries.push_back({name, data});
-    for (int round = 0; round < 2; ++round) {
-        ASSERT_EQ(extract(makeZip(entries), folder), ExtractionOutcome::Done);
-        ASSERT_TRUE(swapIn((folder / "deep/in/staging").string(), {}));
-        EXPECT_EQ(treeOf(managedEditorDirectory()), files);
-    }
 }

@@ -8,17 +8,6 @@
 
 namespace fs = std::filesystem;
 
-Tree treeOf(const fs::path& directory) {
-    Tree tree;
-    std::error_code error;
-    for (const auto& entry : fs::recursive_directory_iterator(directory, error)) {
-        if (entry.path().extension() == ".lock") continue;
-        tree[entry.path().lexically_relative(directory).generic_string()] =
-            entry.is_directory() ? "<directory>" : readFileBytes(entry.path());
-    }
-    return tree;
-}
-
 Tree withMarker(Tree tree, const std::string& version) {
     tree[".zantor_editor_version"] = asTextFile(version + "\n");
     return tree;
@@ -36,12 +25,11 @@ InstallWorld::InstallWorld()
 }
 
 void InstallWorld::answer(TlsConnection& connection) {
-    const std::string request = connection.readRequest();
-    const std::size_t start = request.find(' ') + 1;
+    const std::string path = parseHttpRequest(connection.readRequest()).path;
     Answer answer = [](TlsConnection& unknown) { unknown.write(httpAnswer(404, "not here")); };
     {
         const std::lock_guard lock(mutex_);
-        const auto found = answers_.find(request.substr(start, request.find(' ', start) - start));
+        const auto found = answers_.find(path);
         if (found != answers_.end()) answer = found->second;
     }
     answer(connection);

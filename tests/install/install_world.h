@@ -17,11 +17,6 @@
 #include "support/tls_server.h"
 #include "support/trusted_authority.h"
 
-// The content of a directory without lock files: relative paths with "/", and for each the bytes of the file or
-// "<directory>".
-using Tree = std::map<std::string, std::string>;
-Tree treeOf(const std::filesystem::path& directory);
-
 // The content of an editor directory with the marker of this version.
 Tree withMarker(Tree tree, const std::string& version);
 

@@ -3,8 +3,7 @@
 
 usage: deploying_test.py <folder of the repository> <volo-publish>"""
 
-import json
-import os
+import contextlib
 import pathlib
 import re
 import shutil
@@ -15,33 +14,20 @@ import tempfile
 import textwrap
 import time
 
+from checking import check, run
+
 REPOSITORY, PUBLISHER = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2])
 HOST = "updates.example.org"
 
 
-def run(command, folder, environment):
-    done = subprocess.run(["bash", "-e", "-u", "-c", command], cwd=folder, env=environment, capture_output=True, text=True,
-                          check=False, timeout=120)
-    check(f"{command}\nsucceeds: {done.stdout}{done.stderr}", done.returncode == 0)
-    return done.stdout
-
-
-def check(what, fact):
-    if not fact:
-        sys.exit(f"not so: {what}")
-
-
-def free_port():
+@contextlib.contextmanager
+def nginx(folder):
+    """nginx on a port of this machine, with a certificate for the host of the document."""
     with socket.socket() as probe:
         probe.bind(("127.0.0.1", 0))
-        return probe.getsockname()[1]
-
-
-def start_nginx(folder, port):
-    """nginx on a port of this machine, with a certificate for the host of the document."""
-    subprocess.run(["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2", "-subj", f"/CN={HOST}",
-                    "-addext", f"subjectAltName=DNS:{HOST}", "-keyout", folder / "server.key", "-out", folder / "server.pem"],
-                   check=True, capture_output=True)
+        port = probe.getsockname()[1]
+    run("openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2", "-subj", f"/CN={HOST}", "-addext",
+        f"subjectAltName=DNS:{HOST}", "-keyout", folder / "server.key", "-out", folder / "server.pem")
     text = (REPOSITORY / "docs/update-server.md").read_text(encoding="utf-8")
     server = textwrap.dedent(re.search(r"## nginx\n\n((?:    .*\n|\n)+)", text).group(1))
     for old, new in (("listen 443 ssl", f"listen 127.0.0.1:{port} ssl"), ("/srv/www/updates", str(folder / "www")),
@@ -56,11 +42,15 @@ def start_nginx(folder, port):
                                        f"http {{\naccess_log off;\n{temporary}{server}\n}}\n")
     process = subprocess.Popen(["/usr/sbin/nginx", "-p", folder, "-c", folder / "nginx.conf", "-e", log],
                                stderr=subprocess.DEVNULL)
-    deadline = time.monotonic() + 30
-    while socket.socket().connect_ex(("127.0.0.1", port)) != 0:
-        check(f"nginx starts: {log.read_text()}", time.monotonic() < deadline and process.poll() is None)
-        time.sleep(0.05)
-    return process
+    try:
+        deadline = time.monotonic() + 30
+        while socket.socket().connect_ex(("127.0.0.1", port)) != 0:
+            check(f"nginx starts: {log.read_text()}", time.monotonic() < deadline and process.poll() is None)
+            time.sleep(0.05)
+        yield port
+    finally:
+        process.terminate()
+        process.wait()
 
 
 def main():
@@ -68,11 +58,11 @@ def main():
     if missing:
         print(f"SKIPPED: without {missing}. ./release installs them")
         sys.exit(77)
-    with tempfile.TemporaryDirectory() as name:
-        folder, port = pathlib.Path(name), free_port()
+    with tempfile.TemporaryDirectory() as name, nginx(pathlib.Path(name)) as port:
+        folder = pathlib.Path(name)
+        folder.chmod(0o755)  # nginx reads as another user
         for directory in ("bin", "www", "store", "editor-1.4.1", "editor-1.4.2"):
             (folder / directory).mkdir()
-        folder.chmod(0o755)  # nginx reads as another user
         for version in ("1.4.1", "1.4.2"):
             (folder / f"editor-{version}/editor.exe").write_text(f"editor {version}")
         (folder / "bin/volo-publish").symlink_to(PUBLISHER)
@@ -81,29 +71,25 @@ def main():
         (folder / "bin/curl").chmod(0o755)
         environment = {"PATH": f"{folder}/bin:/usr/bin:/bin", "HOME": name, "RCLONE_CONFIG_STORE_TYPE": "alias",
                        "RCLONE_CONFIG_STORE_REMOTE": str(folder / "store")}
-        nginx = start_nginx(folder, port)
-        try:
-            text = (REPOSITORY / "docs/deploying.md").read_text(encoding="utf-8")
-            steps = re.findall(r"```sh\n(.*?)```", text, re.DOTALL)
-            check("the document has commands", len(steps) > 8)
-            for step in steps:
-                run(step.replace("/srv/www/updates/", f"{folder}/www/"), folder, environment)
 
-            answer = run(f"curl --fail -si https://{HOST}/linux/manifest.json", folder, environment)
-            head, body = answer.replace("\r", "").split("\n\n", 1)
-            manifest = json.loads(body)
-            check("the newer release is offered", manifest["version"] == "1.4.2")
-            check("caches ask for the manifest each time", "Cache-Control: no-cache" in head)
-            statements = {re.search("version: (.*)", text).group(1): text for text in (
-                path.read_text() for path in (folder / "www/linux/statements").iterdir())}
-            check("the older release is withdrawn", "status: ok" not in statements["1.4.1"])
-            check("both keys sign the newer release", statements["1.4.2"].count("\ned25519: ") == 2)
-            package = "store/updates/linux/" + [path.name for path in (folder / "store/updates/linux").glob("editor-*")][0]
-            check("rclone uploads packages too", (folder / package).stat().st_size > 0)
-            check("no private key is published", not list(folder.glob("www/**/*.key")))
-        finally:
-            nginx.terminate()
-            nginx.wait()
+        def shell(command):
+            return run("bash", "-e", "-u", "-c", command, cwd=folder, env=environment)
+
+        text = (REPOSITORY / "docs/deploying.md").read_text(encoding="utf-8")
+        steps = re.findall(r"```sh\n(.*?)```", text, re.DOTALL)
+        check("the document has commands", len(steps) > 8)
+        for step in steps:
+            shell(step.replace("/srv/www/updates/", f"{folder}/www/"))
+
+        answer = shell(f"curl --fail -si https://{HOST}/linux/manifest.json")
+        check("the newer release is offered", '"version": "1.4.2"' in answer)
+        check("caches ask for the manifest each time", "Cache-Control: no-cache" in answer)
+        statements = [path.read_text() for path in (folder / "www/linux/statements").iterdir()]
+        older, newer = sorted(statements, key=lambda text: "version: 1.4.2" in text)
+        check("the older release is withdrawn", "status: ok" not in older)
+        check("both keys sign the newer release", newer.count("\ned25519: ") == 2)
+        check("rclone uploads packages too", list(folder.glob("store/updates/linux/editor-*")))
+        check("no private key is published", not list(folder.glob("www/**/*.key")))
 
 
 if __name__ == "__main__":

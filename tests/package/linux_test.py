@@ -10,19 +10,11 @@ import sys
 import tarfile
 import tempfile
 
+from checking import check, run
+
 BUILD = sys.argv[1]
 OLD = 1_000_000_000  # a date that no file of the build has
-
-
-def run(*command, **options):
-    done = subprocess.run(command, capture_output=True, text=True, check=False, **options)
-    check(f"{command} succeeds: {done.stdout}{done.stderr}", done.returncode == 0)
-    return done.stdout
-
-
-def check(what, fact):
-    if not fact:
-        sys.exit(f"not so: {what}")
+NEEDED = {"volo-launcher", "Roboto-Medium.ttf", "background.png"}
 
 
 def build_packages(folder):
@@ -33,8 +25,7 @@ def build_packages(folder):
 def archive_has_one_folder(archive):
     with tarfile.open(archive) as tar:
         folder, = {name.split("/")[0] for name in tar.getnames()}
-        for name in ("volo-launcher", "Roboto-Medium.ttf", "background.png", "launcher_config.example.json", "LICENSE",
-                     "licences/miniz.txt"):
+        for name in (*NEEDED, "launcher_config.example.json", "LICENSE", "licences/miniz.txt"):
             check(f"{name} is in the archive and readable for all", tar.getmember(f"{folder}/{name}").mode & 0o444 == 0o444)
 
 
@@ -56,7 +47,7 @@ def starter_makes_and_refreshes_a_copy(root):
         environment = {"PATH": os.environ["PATH"], "HOME": str(home)}
         subprocess.run([root / "usr/bin/volo-launcher"], env=environment, capture_output=True, timeout=60, check=False)
         check("the configuration is copied", (copy / "launcher_config.json").read_text() == configuration.read_text())
-        for name in ("volo-launcher", "Roboto-Medium.ttf", "background.png"):
+        for name in NEEDED:
             packaged = root / "usr/libexec/volo-launcher" / name
             check(f"{name} is copied", (copy / name).read_bytes() == packaged.read_bytes())
 
@@ -66,9 +57,8 @@ def starter_makes_and_refreshes_a_copy(root):
     configuration.write_text("{}")
     (copy / "background.png").write_text("of an older package")
     start()
-    check("the editor is kept, and nothing else is left", {path.name for path in copy.iterdir()} == {
-        "editor", "volo-launcher", "Roboto-Medium.ttf", "background.png", "launcher_config.json",
-        "launcher_config.example.json"})
+    check("the editor is kept, and nothing else is left", {path.name for path in copy.iterdir()} ==
+          {*NEEDED, "editor", "launcher_config.json", "launcher_config.example.json"})
 
 
 def main():

@@ -10,14 +10,11 @@ import sys
 import tempfile
 import time
 
+from checking import check, run
+
 WINE = str(pathlib.Path(sys.argv[1], "cmake/wine-run"))
 BUILD = sys.argv[2]
 KEY = r"HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall"
-
-
-def check(what, fact):
-    if not fact:
-        sys.exit(f"not so: {what}")
 
 
 def wine(*command):
@@ -35,7 +32,7 @@ def registered():
 
 def main():
     with tempfile.TemporaryDirectory() as folder:
-        subprocess.run(["cpack", "-G", "NSIS", "-B", folder], cwd=BUILD, stdout=subprocess.DEVNULL, check=True)
+        run("cpack", "-G", "NSIS", "-B", folder, cwd=BUILD)
         setup, = pathlib.Path(folder).glob("*-setup.exe")
         check("the installer asks for no administrator", b'level="asInvoker"' in setup.read_bytes())
         check("no launcher is installed before", not registered())

@@ -1,15 +1,13 @@
 #pragma once
 
-// A publisher's workplace: an archive, two keys, a directory to publish, and a fixed time.
+// A publisher's workplace: an archive, keys that are made when a test names them, a directory to publish, and a fixed
+// time.
 
 #include <cstdint>
-#include <filesystem>
-#include <map>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "publish/keys.h"
 #include "publish/release.h"
 #include "publish/site.h"
 #include "support/package_making.h"
@@ -22,10 +20,9 @@ class PublishWorld {
   public:
     TemporaryFolder folder;
     const std::string site = (folder / "site").string();
-    const std::string archive = makeZip({{"editor.exe", "editor"}, {"data/text", std::string(70000, 't'), true}});
+    const std::string archive = makeZip({{"editor.exe", "editor"}, {"data/text", std::string(70000, 't')}});
     ReleaseRequest request;
     ReleaseResult result;
-    std::string failure;
 
     PublishWorld() {
         request.zipPath = folder.write("editor.zip", archive).string();
@@ -34,26 +31,16 @@ class PublishWorld {
         request.baseUrl = "https://updates.example/linux";
         request.siteDirectory = site;
         request.nowSeconds = kNow;
-        std::string ignored;
-        for (const char* name : {"first", "second"})
-            if (!makeKeyFile(keyFile(name), false, ignored, failure)) throw std::runtime_error(failure);
     }
 
-    std::string keyFile(const std::string& name) const { return (folder / (name + ".key")).string(); }
-
     std::vector<PublisherKey> keys(const std::vector<std::string>& names = {"first"}) const {
-        std::vector<PublisherKey> read;
-        std::vector<std::string> warnings;
-        std::string why;
-        for (const std::string& name : names)
-            if (!read.emplace_back().read(keyFile(name), warnings, why)) throw std::runtime_error(why);
-        return read;
+        return publisherKeys(names, folder);
     }
     std::string publicKey(const std::string& name) const { return keys({name}).front().publicKey(); }
 
     // The failure text, or empty.
     std::string publish() {
-        failure.clear();
+        std::string failure;
         result = {};
         const bool done = publishRelease(request, keys(), result, failure);
         return done ? "" : failure.empty() ? "(no text)" : failure;
@@ -63,32 +50,27 @@ class PublishWorld {
         return publish();
     }
 
-    // Every file below the site, with its bytes.
-    std::map<std::string, std::string> files() const {
-        std::map<std::string, std::string> found;
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(site))
-            if (entry.is_regular_file() && entry.path().filename() != site::kLockName)
-                found[std::filesystem::relative(entry.path(), site).generic_string()] = readFileBytes(entry.path());
-        return found;
-    }
+    Tree files() const { return treeOf(site); }
 
     UpdateManifest manifest() const {
         PublishedManifest published;
-        std::string why;
-        if (!readManifest((folder / "site/manifest.json").string(), published, why)) throw std::runtime_error(why);
+        std::string failure;
+        if (!readManifest((folder / "site/manifest.json").string(), published, failure))
+            throw std::runtime_error(failure);
         return published.manifest;
     }
 
     // The launcher's verdict on the statement of a package with one pinned key; empty when it accepts.
     std::string verdict(const std::string& sha256, const std::string& keyName = "first",
                         std::int64_t now = kNow) const {
-        const std::string text = readFileBytes(statementPath(site, sha256));
-        ReleaseStatement release;
-        if (!parseReleaseStatement(text, release)) return "malformed";
-        const auto& field = release.fields;
+        const std::string path = statementPath(site, sha256);
+        const std::string text = readFileBytes(path);
+        PublishedStatement found;
+        std::string failure;
+        if (!parseStatementText(path, text, found, failure)) return failure;
         return judgeReleaseStatement(
             text, {publicKey(keyName)},
-            {field[statement::Version], std::stoll(field[statement::Size]), sha256, field[statement::PlaintextSha256]},
+            {found.field(statement::Version), found.numbers.size, sha256, found.field(statement::PlaintextSha256)},
             now);
     }
 };

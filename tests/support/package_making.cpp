@@ -51,21 +51,17 @@ std::string makeZip(const std::vector<ZipEntry>& entries) {
         const std::string sizes64 = littleEndian(entry.data.size(), 8) + littleEndian(stored.size(), 8);
         const std::string sizes32 =
             entry.zip64 ? std::string(8, '\xFF') : littleEndian(stored.size(), 4) + littleEndian(entry.data.size(), 4);
-        // Version needed, flags, method, time, date: the same in both headers.
-        const std::string common = littleEndian(entry.zip64 ? 45 : 20, 2) +
-                                   littleEndian(entry.sizesBehindData ? 8 : 0, 2) +
-                                   littleEndian(entry.deflated ? 8 : 0, 2) + littleEndian(0x5B210000, 4);
+        // Version needed, flags, method, time, date, checksum, sizes: the same in both headers.
+        const std::string common = littleEndian(entry.zip64 ? 45 : 20, 4) + littleEndian(entry.deflated ? 8 : 0, 2) +
+                                   littleEndian(0x5B210000, 4) + littleEndian(crc, 4) + sizes32;
         const std::string localExtra = entry.zip64 ? littleEndian(1, 2) + littleEndian(16, 2) + sizes64 : "";
         const std::string directoryExtra =
             entry.zip64 ? littleEndian(1, 2) + littleEndian(24, 2) + sizes64 + littleEndian(offset, 8) : "";
 
-        archive += "PK\3\4" + common;
-        archive += entry.sizesBehindData ? std::string(12, '\0') : littleEndian(crc, 4) + sizes32;
-        archive += littleEndian(entry.name.size(), 2) + littleEndian(localExtra.size(), 2) + entry.name + localExtra;
-        archive += stored;
-        if (entry.sizesBehindData) archive += "PK\7\10" + littleEndian(crc, 4) + sizes32;
+        archive += "PK\3\4" + common + littleEndian(entry.name.size(), 2) + littleEndian(localExtra.size(), 2);
+        archive += entry.name + localExtra + stored;
 
-        directory += "PK\1\2" + littleEndian(entry.madeBy, 2) + common + littleEndian(crc, 4) + sizes32;
+        directory += "PK\1\2" + littleEndian(entry.madeBy, 2) + common;
         directory += littleEndian(entry.name.size(), 2) + littleEndian(directoryExtra.size(), 2);
         directory += std::string(6, '\0') + littleEndian(entry.externalAttributes, 4);
         directory += entry.zip64 ? std::string(4, '\xFF') : littleEndian(offset, 4);
@@ -95,12 +91,14 @@ std::string sealContainer(const std::string& plaintext, const std::string& key) 
     return readFileBytes(sealed);
 }
 
-SigningKey::SigningKey(char name) {
-    const TemporaryFolder folder;
-    const std::string file = (folder / std::string(1, name)).string();
-    std::string ignored;
+std::vector<PublisherKey> publisherKeys(const std::vector<std::string>& names, const TemporaryFolder& folder) {
+    std::vector<PublisherKey> keys;
     std::vector<std::string> warnings;
-    std::string failure;
-    if (!makeKeyFile(file, false, ignored, failure) || !read(file, warnings, failure))
-        throw std::runtime_error(failure);
+    std::string ignored, failure;
+    for (const std::string& name : names) {
+        const std::string file = (folder / (name + ".key")).string();
+        (void)makeKeyFile(file, false, ignored, failure);
+        if (!keys.emplace_back().read(file, warnings, failure)) throw std::runtime_error(failure);
+    }
+    return keys;
 }

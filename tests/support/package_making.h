@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "publish/keys.h"
+#include "support/temporary_folder.h"
 
 struct ZipEntry {
     std::string name;
@@ -16,8 +17,7 @@ struct ZipEntry {
     bool deflated = false;
     std::uint16_t madeBy = 20; // upper byte 3: made on Unix, and the upper half of the attributes is the mode
     std::uint32_t externalAttributes = 0;
-    bool sizesBehindData = false; // in a data descriptor
-    bool zip64 = false;           // sizes and offset in the 64-bit extra field
+    bool zip64 = false; // sizes and offset in the 64-bit extra field
     std::optional<std::uint32_t> claimedCrc = std::nullopt;
 };
 
@@ -32,8 +32,6 @@ std::string toBase64(const std::string& bytes);
 // `key` has 32 bytes.
 std::string sealContainer(const std::string& plaintext, const std::string& key);
 
-// A new publisher's key. `name` tells several apart.
-class SigningKey : public PublisherKey {
-  public:
-    explicit SigningKey(char name);
-};
+// The publisher's keys in the files <name>.key of the folder. The first call makes the files.
+std::vector<PublisherKey> publisherKeys(const std::vector<std::string>& names = {"first"},
+                                        const TemporaryFolder& folder = TemporaryFolder());

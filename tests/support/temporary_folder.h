@@ -6,9 +6,11 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 
 class TemporaryFolder {
   public:
@@ -49,4 +51,18 @@ class TemporaryFolder {
 inline std::string readFileBytes(const std::filesystem::path& file) {
     std::ifstream in(file, std::ios::binary);
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+// The content of a directory without lock files: relative paths with "/", and for each the bytes of the file or
+// "<directory>".
+using Tree = std::map<std::string, std::string>;
+inline Tree treeOf(const std::filesystem::path& directory) {
+    Tree tree;
+    std::error_code error;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(directory, error)) {
+        if (entry.path().extension() == ".lock" || entry.path().filename() == "lock.tmp") continue;
+        tree[entry.path().lexically_relative(directory).generic_string()] =
+            entry.is_directory() ? "<directory>" : readFileBytes(entry.path());
+    }
+    return tree;
 }

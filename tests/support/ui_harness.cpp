@@ -190,13 +190,11 @@ bool UiHarness::clickMenu(const std::string& label) {
 }
 
 void UiHarness::key(ImGuiKey pressed, ImGuiKey modifier) {
-    ImGuiIO& io = ImGui::GetIO();
-    if (modifier != ImGuiKey_None) io.AddKeyEvent(modifier, true);
-    io.AddKeyEvent(pressed, true);
-    frame();
-    io.AddKeyEvent(pressed, false);
-    if (modifier != ImGuiKey_None) io.AddKeyEvent(modifier, false);
-    frame();
+    for (const bool down : {true, false}) {
+        if (modifier != ImGuiKey_None) ImGui::GetIO().AddKeyEvent(modifier, down);
+        ImGui::GetIO().AddKeyEvent(pressed, down);
+        frame();
+    }
 }
 
 void UiHarness::type(const std::string& text) {

@@ -70,5 +70,4 @@ class UiHarness {
     UiIntegration integration;
     std::function<void()> present = UiFrames::takeTextures; // called with every built frame
     std::unique_ptr<LauncherApp> app;
-
 };
