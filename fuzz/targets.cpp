@@ -58,6 +58,11 @@ void address(std::string_view input) {
 }
 
 void settings(std::string_view input) {
+    // The list gets as many entries as the file says, so a large number would only show the limit of the memory.
+    for (std::size_t at = input.find("size"); at != std::string_view::npos; at = input.find("size", at + 1)) {
+        const std::size_t digits = std::min(input.find_first_of("0123456789", at), input.size());
+        if (std::min(input.find_first_not_of("0123456789", digits), input.size()) - digits > 4) return;
+    }
     recordingSystem().userDataDirectory = folder().string();
     const auto loadAndSave = [] {
         LauncherSettings loaded;
