@@ -13,6 +13,7 @@
 
 #include "ui/ui_host_platform.h"
 #include "ui/ui_host_window.h"
+#include "ui/ui_keyboard.h"
 #include "ui/ui_pacing.h"
 #include "ui/ui_popups.h"
 
@@ -72,7 +73,7 @@ bool UiHost::beginFrame() {
         ImGui_ImplGlfw_NewFrame();
     }
     ImGui::GetIO().DeltaTime = pacer.frameStarted(glfwGetTime());
-    ImGui::NewFrame();
+    uiThemeNewFrame();
     // Dear ImGui spreads queued input over several frames. These frames must not come at the idle pace.
     if (window.context->InputEventsQueue.Size > 0) pacer.noteEvent();
     deltaSeconds = ImGui::GetIO().DeltaTime;

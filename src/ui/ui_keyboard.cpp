@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 #include <imgui_internal.h>
 
@@ -14,7 +15,33 @@ bool pressedInPopup(ImGuiKey key) {
     return !ImGui::IsWindowAppearing() && ImGui::IsWindowFocused() && ImGui::IsKeyPressed(key, false);
 }
 
+bool isModifier(ImGuiKey key) {
+    return (key & ImGuiMod_Mask_) != 0 || ImGui::IsLRModKey(key);
+}
+
+// The number of the first event that releases a modifier after another key was pressed, or the size of the queue.
+int firstLateRelease(const ImVector<ImGuiInputEvent>& queue) {
+    bool pressed = false;
+    for (int i = 0; i < queue.Size; ++i) {
+        if (queue[i].Type != ImGuiInputEventType_Key) continue;
+        const ImGuiInputEventKey& event = queue[i].Key;
+        if (pressed && !event.Down && isModifier(event.Key)) return i;
+        pressed = pressed || (event.Down && !isModifier(event.Key));
+    }
+    return queue.Size;
+}
+
 } // namespace
+
+void uiThemeNewFrame() {
+    ImVector<ImGuiInputEvent>& queue = ImGui::GetCurrentContext()->InputEventsQueue;
+    const int kept = firstLateRelease(queue);
+    const std::vector<ImGuiInputEvent> later(queue.begin() + kept, queue.end());
+    queue.resize(kept);
+    ImGui::NewFrame();
+    for (const ImGuiInputEvent& event : later)
+        queue.push_back(event);
+}
 
 bool uiThemeFocusShows(ImGuiID item) {
     const ImGuiContext& context = *ImGui::GetCurrentContext();

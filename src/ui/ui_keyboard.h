@@ -1,9 +1,14 @@
 #pragma once
 
-// Additions to Dear ImGui's keyboard navigation. None of them changes what the mouse does. Main thread only, inside a
-// frame.
+// Additions to Dear ImGui's keyboard handling. None of them changes what the mouse does. Main thread only; inside a
+// frame, except uiThemeNewFrame.
 
 #include <imgui.h>
+
+// Call instead of ImGui::NewFrame. Dear ImGui 1.92 puts the release of a modifier into the frame in which another key
+// is pressed. A shortcut that a remote desktop or a dictation program presses and releases at once would lose its
+// modifier. This function keeps such a release for the next frame.
+void uiThemeNewFrame();
 
 // True if the item has the keyboard focus and the user navigates by keyboard.
 [[nodiscard]] bool uiThemeFocusShows(ImGuiID item);

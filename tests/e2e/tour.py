@@ -38,6 +38,7 @@ STAR_X, NAME_X, DOTS_X = 248, 330, 1136
 
 NAME = "My First Simulation"
 PROJECT_FILE = f"ZantorProject:\n  Name: {NAME}\n  FormatVersion: 1\n"
+EMOJI_NAME = "😀🫀 heart"
 MADE_UP = ["Cholecystectomy", "Appendectomy", "Hernia repair", "Colonoscopy"]
 
 
@@ -246,6 +247,32 @@ class Tour:
         self.window.see_no("Appendectomy", LIST)
         check("the project still on disk", (self.sandbox.projects / "Appendectomy/Appendectomy.zantorproj").is_file())
 
+    def undo(self):
+        """Ctrl+Z brings the removed project back"""
+        self.window.press("ctrl+z")
+        self.window.see("Appendectomy", LIST)
+        wait_for("the project in Launcher.conf", lambda: "Appendectomy" in self.sandbox.listed())
+
+    def zoom(self):
+        """Ctrl and + enlarge the window's content, and Ctrl and 0 bring it back"""
+        normal = self.window.look(LIST)
+        self.window.press("ctrl+plus", "ctrl+plus")
+        wait_for("larger rows", lambda: self.window.look(LIST) != normal)
+        self.window.see("Colonoscopy", WHOLE)
+        self.window.press("ctrl+0")
+        wait_for("rows of the normal size", lambda: self.window.look(LIST) == normal)
+
+    def emoji(self):
+        """a project whose name has emoji is in the list and on disk"""
+        self.window.press("ctrl+n")
+        self.window.see("Create a new project", DIALOG)
+        self.window.type(EMOJI_NAME)
+        self.window.press("Return")
+        self.window.see_no("Create a new project", DIALOG)
+        self.window.see("heart", LIST)
+        check("the project's file", (self.sandbox.projects / EMOJI_NAME / f"{EMOJI_NAME}.zantorproj").is_file())
+        check("the project first in Launcher.conf", self.sandbox.listed()[0] == EMOJI_NAME)
+
     # --- the end -------------------------------------------------------------------------------------------------------
 
     def sign_out(self):
@@ -253,7 +280,7 @@ class Tour:
         self.window.click(SIGN_OUT)
         self.window.see("Sign in", SIGN_IN_BUTTON)
         check("no session in Launcher.conf", self.sandbox.settings()["auth%2FrefreshToken"] == "")
-        check("the projects still in Launcher.conf", len(self.sandbox.listed()) == len(MADE_UP))
+        check("the projects still in Launcher.conf", len(self.sandbox.listed()) == len(MADE_UP) + 2)
 
     def close(self):
         """the launcher ends with its window"""
@@ -297,7 +324,7 @@ class Tour:
 
 FIRST_RUN = (Tour.start, Tour.browser, Tour.shell, Tour.dialog, Tour.creation, Tour.installation, Tour.verification,
              Tour.editor, Tour.second_click, Tour.another_project, Tour.update, Tour.cancel, Tour.retry, Tour.search,
-             Tour.sort, Tour.star, Tour.menu, Tour.removal, Tour.sign_out, Tour.close)
+             Tour.sort, Tour.star, Tour.menu, Tour.removal, Tour.undo, Tour.zoom, Tour.emoji, Tour.sign_out, Tour.close)
 SECOND_RUN = (Tour.stored_session, Tour.close)
 
 

@@ -108,6 +108,17 @@ TEST_F(Keys, DeleteRemovesTheFocusedRowAndUndoBringsItBackOnce) {
     EXPECT_EQ(projects(), before);
 }
 
+TEST_F(Keys, MakeAShortcutEvenWhenTheyAreReleasedAtOnce) {
+    ImGuiIO& io = ImGui::GetIO();
+    io.ConfigInputTrickleEventQueue = true;
+    frame();
+    for (const bool down : {true, false})
+        for (const ImGuiKey pressed : {ImGuiMod_Ctrl, ImGuiKey_LeftCtrl, ImGuiKey_2})
+            io.AddKeyEvent(pressed, down);
+    frames(3);
+    EXPECT_EQ(app->activeTab, LauncherTab::Installs);
+}
+
 TEST_F(Keys, CopyTheFocusedPathAndTheStatus) {
     focusRow(2);
     EXPECT_EQ(copied(*this), projects()[2].path);

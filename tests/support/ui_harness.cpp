@@ -4,6 +4,7 @@
 #include <map>
 #include <string_view>
 
+#include "ui/ui_keyboard.h"
 #include "ui/ui_theme.h"
 
 namespace fs = std::filesystem;
@@ -103,7 +104,7 @@ void UiHarness::resize(float width, float height, float scale) {
 void UiHarness::frame() {
     theItems.clear();
     ImGui::GetIO().DeltaTime = 1.0f / 60.0f;
-    ImGui::NewFrame();
+    uiThemeNewFrame();
     uiThemeTick(1.0f / 60.0f);
     uiThemeApplyStyle();
     app->drawFrame(1.0f / 60.0f);
