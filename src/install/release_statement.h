@@ -25,8 +25,8 @@
 #include <vector>
 
 namespace statement {
-inline constexpr std::string_view kFirstLine =
-    "release-statement-v1"; // also in the signed text: separates it from other uses of the key
+// The first line is part of the signed text. It separates release statements from other texts signed with the same key.
+inline constexpr std::string_view kFirstLine = "release-statement-v1";
 enum Field : std::size_t { Version, Size, Sha256, PlaintextSha256, NotBefore, NotAfter, Status, kFieldCount };
 inline constexpr std::array<std::string_view, kFieldCount> kFieldNames = {
     "version", "size", "sha256", "plaintext-sha256", "not-before", "not-after", "status"};
