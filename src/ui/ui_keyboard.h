@@ -8,11 +8,11 @@
 // True if the item has the keyboard focus and the user navigates by keyboard.
 [[nodiscard]] bool uiThemeFocusShows(ImGuiID item);
 
-// Draws the focus ring around a rectangle in pixels. A negative `distance`, in units, puts the ring inside the
-// rectangle: for items that fill a clipped region.
+// Draws the focus ring around a rectangle in pixels. `distance` is in unscaled pixels. A negative `distance` puts the
+// ring inside the rectangle, for items that fill a clipped region.
 void uiThemeFocusRing(ImDrawList* drawList, ImVec2 min, ImVec2 max, float radius, float distance = 2.0f);
 
-// Draws the ring around the last item if that has the focus. True if it was drawn. For Dear ImGui's own widgets.
+// Draws the ring around the last item if the item has the focus. True if it was drawn. For Dear ImGui's own widgets.
 bool uiThemeFocusRingOfItem();
 
 // Call before ImGui::BeginChild. Tab and the arrow keys then move between the child's items and those of the window
@@ -23,9 +23,10 @@ void uiThemeJoinNavigation();
 // first item. Without this Tab does nothing in Dear ImGui 1.92, because it searches from the focused item.
 void uiThemeRecoverKeyboard();
 
-// The menu key, or Shift+F10.
+// True if the user pressed the menu key or Shift+F10.
 [[nodiscard]] bool uiThemeMenuKeyPressed();
 
-// Enter and Escape in a modal popup. The key press that opened the popup does not count.
+// True if the user pressed Enter (confirm) or Escape (cancel) in the current popup. The key press that opened the popup
+// does not count.
 [[nodiscard]] bool uiThemeConfirmKeyPressed();
 [[nodiscard]] bool uiThemeCancelKeyPressed();

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr int kFarthest = 100'000; // beyond any desktop; sums of two stay inside an int
+constexpr int kFarthest = 100'000; // larger than any desktop; the sum of two does not overflow an int
 constexpr std::size_t kMaxFileBytes = 128;
 constexpr std::array kZooms = {80, 90, 100, 110, 125, 150, 175, 200}; // percent
 
