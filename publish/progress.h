@@ -14,7 +14,8 @@ using Progress = std::function<void(const char* step, std::uint64_t done, std::u
 [[nodiscard]] std::string progressText(const char* step, std::uint64_t done, std::uint64_t total,
                                        double elapsedSeconds);
 
-// Shows a line for each step that takes longer than a second, if standard error is a terminal. Use it on one thread.
+// Shows a line for each step that takes longer than a second, if standard error is a terminal. Use it on one thread
+// only.
 class ProgressLine {
   public:
     ProgressLine();

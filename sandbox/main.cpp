@@ -138,7 +138,7 @@ bool googleIsHere() {
     });
 }
 
-// Prints the events since the last call.
+// Prints the events that are new since the last call.
 class EventReport {
   public:
     void show(const char* who, const std::vector<std::string>& events, std::size_t& shown) {

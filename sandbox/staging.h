@@ -57,7 +57,7 @@ inline constexpr char kSampleEditorProgram[] = "volo-sample-editor";
 [[nodiscard]] bool stageBrowser(const SandboxPlaces& places, const std::filesystem::path& browser,
                                 const std::string& command, std::string& failureText);
 
-// The part of enterSandbox that depends on the operating system.
+// Does the part of enterSandbox that depends on the operating system.
 void enterDesktop(const SandboxPlaces& places);
 
 // Sets the environment variables of this program to the sandbox's folders. The launcher inherits them.

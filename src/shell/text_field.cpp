@@ -32,8 +32,8 @@ int onTextEvent(ImGuiInputTextCallbackData* data) {
     return 0;
 }
 
-// Moves the caret to the right by one unit, because Dear ImGui 1.92 draws it on the last pixel of the letter before it.
-// A caret at the start of the field does not move.
+// Moves the caret to the right by one pixel, because Dear ImGui 1.92 draws it on the last pixel of the letter before
+// it. A caret at the start of the field does not move.
 void moveCaretOffLetter(ImDrawList& drawList, int firstVertex) {
     const float start = ImGui::GetItemRectMin().x + ImGui::GetStyle().FramePadding.x;
     for (int i = firstVertex; i < drawList.VtxBuffer.Size; ++i) {

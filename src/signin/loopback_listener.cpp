@@ -75,7 +75,7 @@ struct LoopbackListener::Running {
     }
 };
 
-// A stopped server whose connections have not all ended yet.
+// A stopped server that may still have open connections.
 struct LoopbackListener::Retired {
     std::future<void> ended;
     std::thread janitor; // owns the server, joins its threads and destroys it

@@ -42,7 +42,7 @@ class SignInFlow {
     std::string userName;
     std::string userEmail;
     std::string errorMessage;     // for the user; empty: no error
-    bool failedOnRestore = false; // the last failure came from restoring a stored session
+    bool failedOnRestore = false; // true: the last failure happened while a stored session was restored
 
   private:
     void stopListener();

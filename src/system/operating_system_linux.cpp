@@ -14,7 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Returns the user's configuration directory. The XDG base directory specification says that a relative path is
+// Returns the user's configuration directory. The XDG base directory rules say that a relative path is
 // ignored.
 fs::path configHome() {
     const fs::path configured = getEnvironmentString("XDG_CONFIG_HOME");

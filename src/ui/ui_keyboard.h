@@ -15,12 +15,13 @@ void uiThemeFocusRing(ImDrawList* drawList, ImVec2 min, ImVec2 max, float radius
 // Draws the ring around the last item if the item has the focus. True if it was drawn. For Dear ImGui's own widgets.
 bool uiThemeFocusRingOfItem();
 
-// Call before ImGui::BeginChild. Tab and the arrow keys then move between the child's items and those of the window
-// around it.
+// Call it before ImGui::BeginChild. Tab and the arrow keys then also move between the child's items and the items of
+// its parent window.
 void uiThemeJoinNavigation();
 
-// Call after the items of the current window and of its children. If the focused item is gone, the next Tab goes to the
-// first item. Without this Tab does nothing in Dear ImGui 1.92, because it searches from the focused item.
+// Call it after the items of the current window and its children. If the focused item no longer exists, the next Tab
+// then moves to the first item. Without this call, Tab does nothing in Dear ImGui 1.92, which searches from the focused
+// item.
 void uiThemeRecoverKeyboard();
 
 // True if the user pressed the menu key or Shift+F10.

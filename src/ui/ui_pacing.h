@@ -46,7 +46,7 @@ class FramePacer {
     double secondsPerFrame_;
     double lastStart_ = 0.0;
     std::uint64_t shown_ = 0;
-    int awake_ = kSettleFrames; // frames still to be built without waiting
+    int awake_ = kSettleFrames; // number of frames to build without an idle wait
     bool damaged_ = true;
     bool iconified_ = false;
     bool timersRun_ = false;

@@ -17,7 +17,7 @@ inline constexpr ImU32 kPopup = 0xFF262323;
 inline constexpr ImU32 kControl = 0xFF322F2F; // Dear ImGui's own buttons and highlighted menu entries
 inline constexpr ImU32 kControlHovered = 0xFF3D3939;
 inline constexpr ImU32 kControlHeld = 0xFF484444;
-inline constexpr ImU32 kDim = 0xA0080707; // over everything behind a modal popup
+inline constexpr ImU32 kDim = 0xA0080707; // drawn over everything behind a modal popup
 inline constexpr ImU32 kNone = 0x00000000;
 
 // Lines.

@@ -65,7 +65,7 @@ bool uiThemeBeginModal(const char* name) {
     ImGui::PushStyleVar(ImGuiStyleVar_WindowPadding, uiThemePx(kModalPadding));
     ImVec2 titlePadding = uiThemePx(kModalTitlePadding);
     titlePadding.x -=
-        ImGui::GetStyle().WindowBorderSize; // Dear ImGui 1.92 adds it to the title, but not to the content
+        ImGui::GetStyle().WindowBorderSize; // because Dear ImGui 1.92 adds it to the title, but not to the content
     ImGui::PushStyleVar(ImGuiStyleVar_FramePadding, titlePadding);
     const bool open = ImGui::BeginPopupModal(name, nullptr, ImGuiWindowFlags_AlwaysAutoResize);
     ImGui::PopStyleVar(2);

@@ -113,7 +113,7 @@ ImGuiStyle styleAtScaleOne() {
     style.WindowTitleAlign = {0.0f, 0.5f};
     style.WindowMenuButtonPosition = ImGuiDir_None;
     style.DisplaySafeAreaPadding = {8.0f, 8.0f}; // distance of menus from the window's edge
-    style.DisabledAlpha = 0.5f;                  // texts of disabled entries keep a contrast of 4.5 : 1
+    style.DisabledAlpha = 0.5f;                  // texts of disabled entries have a contrast of 4.5 : 1
     return style;
 }
 
