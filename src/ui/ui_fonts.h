@@ -15,6 +15,6 @@ void fontsShutdown();                            // does not destroy the fonts: 
 void fontsSetScale(float scale);                 // resizes all fonts that fontAt has returned, at once
 [[nodiscard]] ImFont* fontAt(float nominalSize); // the font's LegacySize is nominalSize × scale
 
-// True if the file is TrueType or OpenType and contains all tables that the rasteriser reads. stb_truetype does not
-// check bounds, so a truncated file could crash the program.
+// True if the file is TrueType or OpenType and contains all tables that the rasteriser reads, none of them truncated.
+// stb_truetype does not check bounds, so a truncated table could crash the program.
 [[nodiscard]] bool isUsableFontFile(std::span<const unsigned char> file, int faceIndex = 0);

@@ -9,7 +9,8 @@
 
 #include <imgui.h>
 
-// Returns a digest of everything in a frame except the pixels of its textures. Frames with equal digests look the same.
+// Returns a digest of everything in a frame except the pixels of its textures. Frames with equal digests look the same
+// if no texture has changed.
 [[nodiscard]] std::uint64_t frameFingerprint(const ImDrawData& frame, std::span<const float, 4> clearColour);
 
 // True if a texture waits for an update. Then the frame may look different although its digest is equal, for example
