@@ -73,7 +73,7 @@ bool UiHost::beginFrame() {
     }
     ImGui::GetIO().DeltaTime = pacer.frameStarted(glfwGetTime());
     ImGui::NewFrame();
-    // Dear ImGui spreads queued input over several frames. Build these frames without idle waits.
+    // Dear ImGui spreads queued input over several frames. These frames must not come at the idle pace.
     if (window.context->InputEventsQueue.Size > 0) pacer.noteEvent();
     deltaSeconds = ImGui::GetIO().DeltaTime;
     return true;
