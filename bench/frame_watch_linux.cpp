@@ -1,7 +1,7 @@
-// Measures the frames of a program with a GLFW window, into which it is preloaded. A frame is the time between two waits
-// for events. On exit the file that VOLO_FRAMES names gets one line per frame: processor microseconds of the frame's
-// thread, and wall-clock microseconds. Its first line is the time of the first shown frame, in microseconds of the
-// monotonic clock.
+// Measures the frames of a program with a GLFW window. This library is preloaded into the program (LD_PRELOAD). A frame
+// is the time between two waits for events. At exit the library writes the file VOLO_FRAMES. The first line is the time
+// when the first frame was shown, in microseconds of the monotonic clock. Then there is one line for each frame: the
+// processor time of the frame's thread and the wall-clock time, in microseconds.
 
 #include <cstdio>
 #include <cstdlib>
@@ -44,7 +44,7 @@ class FrameWatch {
     }
 
     void shown() {
-        if (++shows_ == 2) firstShown_ = microseconds(CLOCK_MONOTONIC); // the first is the empty window
+        if (++shows_ == 2) firstShown_ = microseconds(CLOCK_MONOTONIC); // the first one shows the empty window
     }
 
   private:

@@ -1,8 +1,8 @@
-# Compiler and linker flags of all code, third-party sources included. tests/package/programs_test.py reads their effect
-# from the built programs.
+# Compiler and linker flags for all code, including third-party sources. tests/package/programs_test.py checks the built
+# programs for their effects.
 
-# --- Reproducible: the same sources give the same bytes in every folder and at every date. __FILE__ and debug
-# information contain relative paths.
+# --- Reproducible builds: the same sources give the same bytes in every folder and on every date. These flags make the
+# paths in __FILE__ and in the debug information relative.
 if(NOT MSVC)
   add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}/= -ffile-prefix-map=${CMAKE_BINARY_DIR}/=)
 endif()
@@ -10,15 +10,15 @@ if(MINGW)
   add_link_options(-Wl,--no-insert-timestamp)
 endif()
 
-# --- Hardened, as distributions build their programs. Sanitizers bring checks of their own, and _FORTIFY_SOURCE needs
-# optimisation.
+# --- Hardening, with the flags that distributions use. Not with sanitizers, which have their own checks, and only in
+# release builds, because _FORTIFY_SOURCE needs optimisation.
 set(VOLO_HARDENED OFF)
 if(CMAKE_BUILD_TYPE MATCHES "^Rel" AND NOT MSVC AND NOT VOLO_SANITIZE AND NOT VOLO_COVERAGE)
   set(VOLO_HARDENED ON)
   add_compile_options(-fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
   if(WIN32)
-    # GCC always probes the stack on Windows, and has no control-flow protection for it. The linker needs the option too:
-    # MinGW-w64 has the checks in a library of their own, libssp.
+    # On Windows, GCC always probes the stack and has no control-flow protection. The linker also needs
+    # -fstack-protector-strong, because the checks of MinGW-w64 are in a separate library, libssp.
     add_link_options(-fstack-protector-strong -Wl,--dynamicbase,--high-entropy-va,--nxcompat)
   else()
     include(CheckPIESupported)

@@ -1,10 +1,10 @@
-# CPack runs this script once per package: it chooses the components and the name of the package.
+# CPack runs this script once for each package. The script chooses the components and the name of the package.
 
 set(components folder)
 set(name volo-launcher)
 if(CPACK_GENERATOR STREQUAL "DEB")
   set(components system debian)
-  set(CPACK_SET_DESTDIR ON) # because of /etc
+  set(CPACK_SET_DESTDIR ON) # needed for the file in /etc
   set(CPACK_INSTALL_PREFIX /usr)
 elseif(VOLO_PACKAGE STREQUAL "publisher")
   set(components publisher)

@@ -1,7 +1,7 @@
 # The one list of third-party code. None of it is in this repository.
 #
 # find_package finds the installed libraries. FetchContent fetches the source libraries by upstream commit. `run` and
-# `test` set FETCHCONTENT_SOURCE_DIR_<NAME> to sources on disk; then nothing is downloaded.
+# `test` set FETCHCONTENT_SOURCE_DIR_<NAME> to a folder with the sources, so that CMake downloads nothing.
 
 include(FetchContent)
 include(cmake/split-header.cmake)
@@ -17,14 +17,14 @@ if(NOT WIN32)
   find_package(Fontconfig REQUIRED)
   find_package(X11 REQUIRED)
   find_package(PkgConfig REQUIRED)
-  pkg_check_modules(LIBSYSTEMD REQUIRED IMPORTED_TARGET libsystemd) # its D-Bus client
+  pkg_check_modules(LIBSYSTEMD REQUIRED IMPORTED_TARGET libsystemd) # for its D-Bus client
 else()
   # A static OpenSSL needs ws2_32. cpp-httplib reads the certificate store through crypt32.
   set_property(TARGET OpenSSL::Crypto APPEND PROPERTY INTERFACE_LINK_LIBRARIES ws2_32 crypt32)
 endif()
 
-# volo_source_library(<name> <repository> <commit>): sets <name>_SOURCE_DIR to the library's folder. SOURCE_SUBDIR names a
-# folder that does not exist, so that the library's own CMakeLists.txt is not run.
+# volo_source_library(<name> <repository> <commit>): sets <name>_SOURCE_DIR to the library's folder. SOURCE_SUBDIR is a
+# folder that does not exist, so that CMake does not run the library's own CMakeLists.txt.
 function(volo_source_library name repository commit)
   FetchContent_Declare(${name} GIT_REPOSITORY ${repository} GIT_TAG ${commit} SOURCE_SUBDIR no-build-here)
   FetchContent_MakeAvailable(${name})
@@ -38,8 +38,8 @@ volo_source_library(imgui https://github.com/ocornut/imgui.git 1f7f1f54af38b0350
 volo_source_library(httplib https://github.com/yhirose/cpp-httplib.git b8fe69e4e892ec394ca8de27ab2fe219008690b6)
 volo_source_library(miniz https://github.com/richgel999/miniz.git d10b03cc73475af673df40f06e5cefd1d5f940d9)
 
-# --- Dear ImGui: the headers, and two builds of the library. imgui ships. imgui_hooked has the test-engine hooks, with
-# which the tests and the gallery find items by identifier. Our own code is the same with both.
+# --- Dear ImGui: the headers, and two builds of the library. The launcher links imgui. The tests and the gallery link
+# imgui_hooked; its test-engine hooks let them find items by identifier. Our own code is compiled the same for both.
 set(VOLO_IMGUI_SOURCES
   ${imgui_SOURCE_DIR}/imgui.cpp ${imgui_SOURCE_DIR}/imgui_draw.cpp ${imgui_SOURCE_DIR}/imgui_tables.cpp
   ${imgui_SOURCE_DIR}/imgui_widgets.cpp)
@@ -66,10 +66,10 @@ else()
 endif()
 
 # --- cpp-httplib: header only, TLS on, compression off.
-# CPPHTTPLIB_LISTEN_BACKLOG: with the default of 5, a browser waits for seconds when other programs connect at the same
-# moment. CPPHTTPLIB_MAX_LINE_LENGTH, CPPHTTPLIB_HEADER_MAX_LENGTH: a browser may send 16 KiB of cookies to the loopback
-# listener. The library parses status lines with std::regex, which recurses for every character, so requests run on a
-# large stack (src/system/http_exchange.cpp).
+# CPPHTTPLIB_LISTEN_BACKLOG: with the default of 5, a browser waits for seconds if other programs connect at the same
+# time. CPPHTTPLIB_MAX_LINE_LENGTH, CPPHTTPLIB_HEADER_MAX_LENGTH: a browser may send 16 KiB of cookies to the loopback
+# listener. The library parses status lines with std::regex, which recurses for each character, so requests use a thread
+# with a large stack (src/system/http_exchange.cpp).
 volo_split_header(${httplib_SOURCE_DIR}/httplib.h ${CMAKE_BINARY_DIR}/httplib)
 add_library(httplib STATIC ${CMAKE_BINARY_DIR}/httplib/httplib.cpp)
 target_include_directories(httplib SYSTEM PUBLIC ${CMAKE_BINARY_DIR}/httplib)
@@ -89,9 +89,9 @@ find_path(CLI11_INCLUDE_DIR CLI/CLI.hpp REQUIRED)
 add_library(cli11_headers INTERFACE)
 target_include_directories(cli11_headers SYSTEM INTERFACE ${CLI11_INCLUDE_DIR})
 
-# --- miniz: one source in the amalgamated form, several in the upstream repository. The latter also needs
-# miniz_export.h, which its own build would generate. install/crc32.cpp replaces miniz's CRC-32, which takes almost half
-# of the time of an extraction.
+# --- miniz: one source file in its amalgamated form, several in its repository. The repository's form also needs
+# miniz_export.h, which miniz's own build would generate. install/crc32.cpp replaces miniz's CRC-32, which needs almost
+# half of the time of an extraction.
 file(GLOB VOLO_MINIZ_SOURCES ${miniz_SOURCE_DIR}/miniz*.c)
 add_library(miniz STATIC ${VOLO_MINIZ_SOURCES} ${CMAKE_SOURCE_DIR}/src/install/crc32.cpp)
 target_compile_definitions(miniz PRIVATE USE_EXTERNAL_MZCRC)
@@ -101,7 +101,7 @@ if(EXISTS ${miniz_SOURCE_DIR}/miniz_tdef.c)
   target_include_directories(miniz SYSTEM PUBLIC ${CMAKE_BINARY_DIR}/miniz)
 endif()
 
-# --- For the tests only.
+# --- Only for the tests.
 if(VOLO_BUILD_TESTS)
   find_package(GTest REQUIRED)
 endif()

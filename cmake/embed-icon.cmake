@@ -1,4 +1,5 @@
-# Script: writes a C++ source that contains square RGBA pictures. RAWS: their files, *<size>.rgba. OUTPUT: the source.
+# This script writes a C++ source file that contains square RGBA pictures. RAWS is the list of their files, *<size>.rgba.
+# OUTPUT is the source file.
 
 set(arrays "")
 set(rows "")

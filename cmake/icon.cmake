@@ -1,16 +1,16 @@
-# Renders assets/icon.svg:
+# Renders assets/icon.svg and provides:
 #
-#   ${VOLO_ASSETS}/icon-<size>.png   for desktops and packages
-#   ${VOLO_ICON}                     an ICO for the resources of Windows programs
+#   ${VOLO_ASSETS}/icon-<size>.png   icons for desktops and packages
+#   ${VOLO_ICON}                     an ICO file for the resources of Windows programs
 #   volo_embed_icon(<target>)        compiles the window's icon into the program (ui/ui_icon.h)
 #
-# This needs rsvg-convert and ImageMagick. Without them the programs are built without an icon.
+# This needs rsvg-convert and ImageMagick. If they are missing, the programs have no icon.
 
 set(VOLO_ASSETS ${CMAKE_BINARY_DIR}/assets)
 set(VOLO_ICON "")
 find_program(VOLO_RSVG_CONVERT rsvg-convert)
 if(CMAKE_HOST_WIN32)
-  find_program(VOLO_IMAGEMAGICK magick) # convert.exe is a file system tool of Windows
+  find_program(VOLO_IMAGEMAGICK magick) # not convert: Windows has another program of that name
 else()
   find_program(VOLO_IMAGEMAGICK NAMES magick convert)
 endif()

@@ -1,13 +1,14 @@
 # Install rules and packages.
 #
-#   cmake --install BUILD_FOLDER        the launcher for all users of a Linux machine (component "system")
-#   cpack in the build folder           Linux: .tar.gz and .deb; Windows: .zip, and an installer if NSIS is there
-#   cpack -D VOLO_PACKAGE=publisher     volo-publish in an archive of its own
+#   cmake --install BUILD_FOLDER        installs the launcher for all users of a Linux machine (component "system")
+#   cpack in the build folder           Linux: .tar.gz and .deb; Windows: .zip, and an installer if NSIS is installed
+#   cpack -D VOLO_PACKAGE=publisher     a separate archive with volo-publish
 #
-# The launcher installs the editor in its own folder, so the user must be able to write there. An archive and the Windows
-# installer contain this folder (component "folder"). The .deb installs a starter, which makes a copy for each user.
+# The launcher installs the editor in its own folder, so the user must be able to write there. The archives and the
+# Windows installer contain the launcher's folder (component "folder"). The .deb installs a starter, which copies this
+# folder for each user.
 
-# The one place for the reverse-DNS name of the desktop entry, metainfo, icons and registry key.
+# The reverse-DNS name in the desktop entry, the metainfo, the icons' names and the registry key.
 set(VOLO_APPLICATION_ID "org.volo.Launcher" CACHE STRING "Reverse-DNS name of the application")
 target_compile_definitions(vls_en PRIVATE VOLO_APPLICATION_ID="${VOLO_APPLICATION_ID}")
 set(VOLO_CONTACT "VOLO Launcher maintainers <maintainers@volo.example>" CACHE STRING "Maintainer named in the packages")
@@ -55,7 +56,7 @@ install(FILES LICENSE THIRD_PARTY.md docs/publishing.md docs/update-server.md DE
 # --- Component "system" and, for the .deb only, "debian".
 if(NOT WIN32)
   include(GNUInstallDirs)
-  string(TIMESTAMP VOLO_RELEASE_DATE "%Y-%m-%d" UTC) # SOURCE_DATE_EPOCH sets the date of reproducible packages
+  string(TIMESTAMP VOLO_RELEASE_DATE "%Y-%m-%d" UTC) # CMake uses SOURCE_DATE_EPOCH if it is set
   set(linux ${CMAKE_CURRENT_BINARY_DIR}/linux)
   configure_file(assets/linux/launcher.desktop.in ${linux}/${VOLO_APPLICATION_ID}.desktop @ONLY)
   configure_file(assets/linux/launcher.metainfo.xml.in ${linux}/${VOLO_APPLICATION_ID}.metainfo.xml @ONLY)
@@ -119,8 +120,8 @@ else()
   set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
   set(CPACK_DEBIAN_PACKAGE_SECTION devel)
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-  # GLFW loads libGL (X11) or libEGL (Wayland) at run time. Without libdecor's plugin a window under Wayland has no title
-  # bar.
+  # List libraries that are loaded only at run time: GLFW loads libGL (X11) or libEGL (Wayland), and libdecor loads the
+  # plugin that draws the title bar on Wayland.
   string(CONCAT CPACK_DEBIAN_PACKAGE_DEPENDS "ca-certificates, xdg-utils, zenity | kdialog | xdg-desktop-portal, "
     "libgl1, libegl1, libdecor-0-plugin-1-gtk | libdecor-0-plugin-1-cairo")
   set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")

@@ -1,5 +1,5 @@
-# The platforms that the launcher is written for. A source named *_<platform>.cpp or *_<platform>_test.cpp is compiled
-# for that platform only. CONTRIBUTING.md tells how to add one.
+# The platforms that the launcher supports. A source named *_<platform>.cpp or *_<platform>_test.cpp is compiled only for
+# that platform. CONTRIBUTING.md explains how to add a platform.
 set(VOLO_PLATFORMS linux windows)
 
 string(TOLOWER "${CMAKE_SYSTEM_NAME}" VOLO_PLATFORM)
@@ -7,7 +7,7 @@ if(NOT VOLO_PLATFORM IN_LIST VOLO_PLATFORMS)
   message(FATAL_ERROR "VOLO Launcher has no sources for ${CMAKE_SYSTEM_NAME}. It has: ${VOLO_PLATFORMS}")
 endif()
 
-# volo_glob_sources(<variable> <pattern>...): the files that match, without those of other platforms.
+# volo_glob_sources(<variable> <pattern>...): sets the variable to the matching files, without those of other platforms.
 function(volo_glob_sources variable)
   file(GLOB sources CONFIGURE_DEPENDS ${ARGN})
   foreach(platform ${VOLO_PLATFORMS})

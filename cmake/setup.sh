@@ -1,12 +1,12 @@
-# Shared by ./run and ./test, which source it: installs what a machine lacks, then configures and builds a preset.
+# Functions that ./run, ./test and ./release source: install missing packages, then configure and build a preset.
 #
-# On Debian, apt-get installs the missing packages, and cmake/fetch-sources takes the source libraries that Debian 12
-# lacks from newer suites of the same archive. On other systems the user installs the packages, and CMake fetches the
+# On Debian, apt-get installs the missing packages. cmake/fetch-sources fetches the source libraries that Debian 12 does
+# not have from newer suites of the same archive. On other systems the user installs the packages, and CMake fetches the
 # source libraries from their upstream repositories.
 #
-# VOLO_CACHE     folder of downloads and of libraries built for Windows. Default: ~/.cache/volo-launcher
-# VOLO_SOURCES   folder with imgui, httplib and miniz, to be used instead of the libraries above. Such builds have a
-#                build folder of their own: build/<preset>-<name of the folder>
+# VOLO_CACHE     folder for downloads and for libraries built for Windows. Default: ~/.cache/volo-launcher
+# VOLO_SOURCES   folder with imgui, httplib and miniz, to use instead of the fetched libraries. Such builds have a
+#                separate build folder: build/<preset>-<name of the folder>
 
 volo_root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 volo_cache=${VOLO_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/volo-launcher}
@@ -20,20 +20,20 @@ volo_build_packages=(
   libfontconfig-dev libx11-dev libsystemd-dev rapidjson-dev libstb-dev libcli11-dev fonts-roboto-unhinted
   librsvg2-bin imagemagick
 )
-# What a started launcher uses: dialogs, the opener of the desktop, the OpenGL driver.
+# Programs and drivers that a running launcher uses: dialogs, xdg-open, the OpenGL driver.
 volo_desktop_packages=(zenity xdg-utils libgl1-mesa-dri)
-# A virtual screen, and what reads and drives it.
+# A virtual screen, and the tools that read it and send input to it.
 volo_screen_packages=(xvfb xauth xdotool tesseract-ocr tesseract-ocr-eng x11-utils procps python3 fonts-droid-fallback)
-# Test libraries and the independent tools that tests compare with.
+# Test libraries, and independent tools with which the tests compare results.
 volo_test_packages=(
   libgtest-dev libgmock-dev openssl python3-cryptography unzip zip p7zip-full libarchive-tools iproute2 strace
 )
-# The cross-compiler, Wine, and sources that are built for Windows.
+# The cross-compiler, Wine, and a source package that is built for Windows.
 volo_windows_packages=(g++-mingw-w64-x86-64-posix wine wine64 googletest)
 volo_clang_packages=(clang clang-tidy)
-# Tools that check packages, and the one that makes the Windows installer.
+# Tools that check packages, and NSIS, which makes the Windows installer.
 volo_package_packages=(desktop-file-utils appstream nsis)
-# For ./release only, because nginx's package also starts a server: the tools of docs/deploying.md.
+# The tools of docs/deploying.md. Only ./release installs them, because nginx's package also starts a server.
 volo_deploying_packages=(nginx-light rsync rclone curl)
 
 volo_say() { printf '[set-up] %s\n' "$*"; }
@@ -92,7 +92,7 @@ volo_configure() {
 }
 
 # volo_build PRESET [TARGET...]: configures the preset and builds the targets, or everything.
-# With targets, a new build folder is configured without the tests: they need more packages.
+# If targets are given, a new build folder is configured without the tests, because the tests need more packages.
 volo_build() {
   local preset=$1 options=(-DVOLO_BUILD_TESTS=ON) targets=()
   shift

@@ -1,6 +1,6 @@
-# volo_split_header(<header> <folder>): splits a header-only library between the two border lines that its author put around
-# the implementation. Writes <folder>/<name>.h and <folder>/<name>.cpp, so that the implementation is compiled once and not in
-# every source that includes the header. The files are only rewritten when they change.
+# volo_split_header(<header> <folder>): splits a header-only library into <folder>/<name>.h and <folder>/<name>.cpp, so that
+# its implementation is compiled only once. The implementation is the part between the two border lines in the header. The
+# files are rewritten only if they change.
 function(volo_split_header header folder)
   get_filename_component(name ${header} NAME_WE)
   file(READ ${header} text)

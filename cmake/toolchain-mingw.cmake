@@ -1,4 +1,4 @@
-# Builds Windows programs on a Linux machine: MinGW-w64 with POSIX threads. Programs are linked statically, so that they
+# Builds Windows programs on a Linux machine with MinGW-w64 and POSIX threads. Programs are linked statically, so that they
 # need only the DLLs of Windows.
 
 set(CMAKE_SYSTEM_NAME Windows)
@@ -13,7 +13,7 @@ set(CMAKE_CXX_FLAGS_INIT "-D_WIN32_WINNT=0x0A00")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static")
 set(CMAKE_EXE_LINKER_FLAGS_RELEASE_INIT "-s")
 
-# Search libraries and headers in these folders and the compiler's own, programs on the build machine.
+# Search libraries and headers only in these folders and in the compiler's own. Search programs on the build machine.
 set(VOLO_WINDOWS_LIBRARIES "" CACHE STRING "Folders of the libraries built for Windows (cmake/build-windows-libraries)")
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES VOLO_WINDOWS_LIBRARIES)
 set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32 ${VOLO_WINDOWS_LIBRARIES})

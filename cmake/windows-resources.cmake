@@ -1,7 +1,7 @@
 # volo_program_resources(<target> <description>): adds the Windows resources to a program: manifest, version and icon.
 # Does nothing on other platforms.
 #
-# Every program needs the manifest, the tests too: it makes UTF-8 the encoding of narrow paths.
+# All programs need the manifest, also the tests, because it makes UTF-8 the encoding of narrow paths.
 function(volo_program_resources target VOLO_DESCRIPTION)
   if(NOT WIN32)
     return()

@@ -35,7 +35,7 @@ std::string pictureName(const Scene& scene, const StageSetting& setting) {
     return scene.name + std::string(size);
 }
 
-// The number of pictures drawn, or nothing if one could not be drawn.
+// Draws all screenshots. Returns their number, or nullopt if one could not be drawn.
 std::optional<int> drawAll(Offscreen& canvas, const StageSetting& setting, const Options& options) {
     const int width = static_cast<int>(std::lround(setting.width * setting.scale));
     const int height = static_cast<int>(std::lround(setting.height * setting.scale));

@@ -1,7 +1,7 @@
 #pragma once
 
-// Draws frames of the launcher into a picture, with the renderer that draws its window. Needs a display, but shows
-// nothing on it. One object at a time. Main thread only.
+// Draws frames of the launcher into an image, with the same renderer as the launcher's window. It needs a display, but
+// shows nothing on it. Create only one object at a time. Main thread only.
 
 #include <filesystem>
 #include <string>
@@ -20,17 +20,17 @@ class Offscreen {
     [[nodiscard]] bool open(std::string& errorText);
     [[nodiscard]] bool resize(int widthPx, int heightPx);
 
-    // Attach and detach the renderer to and from the current Dear ImGui context. Its textures exist in between.
+    // Attach the renderer to the current Dear ImGui context, and detach it. Its textures exist between the two calls.
     static void attach();
     static void detach();
-    static void takeTextures(); // uploads the textures of a frame that is not drawn
+    static void takeTextures(); // call it instead of draw() for a frame that is not drawn: uploads its textures
 
     void draw(ImDrawData& frame, const float* clearColour) const;
     [[nodiscard]] bool save(const std::filesystem::path& file) const; // as PNG
 
   private:
     GLFWwindow* window_ = nullptr;
-    unsigned framebuffer_ = 0; // OpenGL does not keep the pixels of a hidden window
+    unsigned framebuffer_ = 0; // needed because OpenGL does not keep the pixels of a hidden window
     unsigned pixels_ = 0;
     int width_ = 0;
     int height_ = 0;

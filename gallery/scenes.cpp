@@ -1,4 +1,4 @@
-// Every screen in every state that a user can see.
+// The list of scenes: every screen in every state that a user can see.
 
 #include <vector>
 
@@ -10,7 +10,7 @@ namespace {
 constexpr const char* kLongName = "Wilhelmina Alexandrina van Oranje-Nassau-Dietz, Prof. Dr. med. habil.";
 constexpr std::int64_t kMegabyte = 1 << 20;
 
-ImVec2 pointIn(const Stage& stage, float x, float y) { // units
+ImVec2 pointIn(const Stage& stage, float x, float y) { // x and y are unscaled pixels
     return {x * stage.setting.scale, y * stage.setting.scale};
 }
 
@@ -43,7 +43,7 @@ void openCreatePopup(Stage& stage) {
     stage.frames(3);
 }
 
-// Presses keys one after the other. They show the focus ring.
+// Presses keys one after the other. The first one makes the focus ring visible.
 void pressKeys(Stage& stage, std::initializer_list<ImGuiKey> keys) {
     stage.frames(2);
     for (const ImGuiKey key : keys)

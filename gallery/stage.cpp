@@ -6,9 +6,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr int kSettleFrames = 30; // half a second, after which every animation has ended
+constexpr int kSettleFrames = 30; // half a second: then all animations have ended
 
-// A picture is taken when the launcher's own has been decoded. An explicit instantiation may name a private member.
+// Gives access to LauncherApp's private member decodingBackground, because a screenshot must wait for the decoder. C++
+// allows the name of a private member in an explicit instantiation.
 using PendingPicture = std::future<DecodedPicture> LauncherApp::*;
 PendingPicture pendingPicture();
 template<PendingPicture member>
@@ -37,7 +38,7 @@ Stage::Stage(const StageSetting& stageSetting)
     std::error_code thereIsNone;
     fs::copy_file(setting.props / "background.png", launcherFolder / "background.png", thereIsNone);
 
-    uiThemeShutdown(); // the harness has initialised it without a font
+    uiThemeShutdown(); // because the harness has initialised the theme without a font
     integration.fontPath = (setting.props / "Roboto-Medium.ttf").string();
     uiThemeInitialize(&integration);
     resize(setting.width, setting.height, setting.scale);
@@ -48,11 +49,11 @@ Stage::Stage(const StageSetting& stageSetting)
 Stage::~Stage() {
     Offscreen::detach();
     app.reset();
-    ImGui::GetPlatformIO().Textures.clear(); // the launcher's picture is still in the list of the last frame
+    ImGui::GetPlatformIO().Textures.clear(); // the last frame's list still contains the background picture
 }
 
 void Stage::drawOn(const Offscreen& canvas) {
-    frames(2); // the second begins to decode the picture
+    frames(2); // the second frame starts to decode the background picture
     if (const auto& picture = app.get()->*pendingPicture(); picture.valid()) picture.wait();
     frames(kSettleFrames);
     float background[4];
@@ -67,7 +68,7 @@ void Stage::writeConfiguration(const std::string& text, const char* name) const 
 LauncherApp& Stage::startConfigured() {
     writeConfiguration(R"({"google_client_id": "client", "google_client_secret": "secret"})");
     LauncherApp& started = start();
-    started.updateCheckStarted = true; // the scenes say how an update goes
+    started.updateCheckStarted = true; // no real update: the scenes set the state of an update
     return started;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
-// Prepares the real launcher for a picture. It runs in new folders below a home folder that the pictures show, on the
-// recording system of the tests.
+// Prepares the real launcher for a screenshot. The launcher uses new folders in a home folder, whose path is visible in
+// the screenshots. It is linked with the tests' recording replacement of the operating system.
 
 #include <filesystem>
 #include <string>
@@ -11,10 +11,10 @@
 #include "support/ui_harness.h"
 
 struct StageSetting {
-    std::filesystem::path home;  // emptied for every picture
-    std::filesystem::path props; // the folder of the font and of the sign-in screen's picture
-    float width, height;         // units
-    float scale;                 // pixels per unit
+    std::filesystem::path home;  // emptied before each screenshot
+    std::filesystem::path props; // the folder of the font and of the background picture
+    float width, height;         // unscaled pixels
+    float scale;                 // pixels per unscaled pixel
 };
 
 class Stage : public UiHarness {
@@ -38,7 +38,8 @@ class Stage : public UiHarness {
     const std::filesystem::path projectsFolder = setting.home / "Documents/VOLO Projects";
 };
 
-// A picture. `play` brings the launcher into the state that it shows. It is taken once all animations have ended.
+// One screenshot. `play` brings the launcher into the state to show. The screenshot is taken after all animations have
+// ended.
 struct Scene {
     const char* name;
     void (*play)(Stage&);

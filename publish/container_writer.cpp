@@ -20,18 +20,18 @@
 namespace {
 
 constexpr std::size_t kChunkSize = 65536;
-constexpr char kWriting[] = "writing the package"; // a step, for progress
+constexpr char kWriting[] = "writing the package"; // name of the step in progress messages
 
 const unsigned char* asBytes(const std::string& text) {
     return reinterpret_cast<const unsigned char*>(text.data());
 }
 
-// The package file, hashed while it is written.
+// Writes the package file and computes its hash at the same time.
 class PackageOutput {
   public:
     explicit PackageOutput(const std::string& path)
         : path_(path) {
-        file_.rdbuf()->pubsetbuf(nullptr, 0); // unbuffered: every chunk is large enough for a write of its own
+        file_.rdbuf()->pubsetbuf(nullptr, 0); // unbuffered, because the chunks are large
         file_.open(path, std::ios::binary | std::ios::trunc);
     }
 
@@ -57,7 +57,7 @@ class PackageOutput {
     std::uint64_t size_ = 0;
 };
 
-// Passes the bytes of a file to `take` and computes their hash. Stops when `take` returns false.
+// Passes the bytes of a file to `take` and computes their hash. Stops if `take` returns false.
 [[nodiscard]] bool readChunks(const std::string& path,
                               const std::function<bool(const unsigned char* bytes, std::size_t count)>& take,
                               std::string& sha256, std::string& failureText, const char* step,

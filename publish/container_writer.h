@@ -1,31 +1,32 @@
 #pragma once
 
-// Writes the package file of a release from its zip archive, as it is or sealed in the launcher's encrypted container
-// (install/package_container.h). Blocking, 64 KiB at a time; any thread.
+// Writes the package file of a release from its zip archive: either an unchanged copy, or sealed in the launcher's
+// encrypted container (install/package_container.h). Blocking, 64 KiB at a time; any thread.
 
 #include <cstdint>
 #include <string>
 
 #include "publish/progress.h"
 
-// AES-GCM protects no more bytes than these under one nonce.
+// The maximum number of bytes that AES-GCM may encrypt with one nonce.
 inline constexpr std::uint64_t kMaxSealedBytes = (std::uint64_t{1} << 36) - 32;
 
-// The hashes are taken while the bytes are copied: a zip that changes meanwhile gets an unexpected hash.
+// The hashes are computed from the bytes that are copied, so that a zip that changes during the copy gets another hash.
 struct WrittenPackage {
     std::uint64_t size = 0;
     std::string sha256;
-    std::string plaintextSha256; // of the zip; equals `sha256` in a plain package
+    std::string plaintextSha256; // of the zip; equals `sha256` if the package is not sealed
 };
 
-// Both write a file at `outputPath` and replace an existing one. On failure they return false, put a message for the
-// user into `failureText` and leave an incomplete file behind.
+// Copies the zip to `outputPath` and replaces an existing file. On failure returns false, sets `failureText` to a
+// message for the user, and leaves an incomplete file.
 [[nodiscard]] bool copyPackage(const std::string& zipPath, const std::string& outputPath, WrittenPackage& written,
                                std::string& failureText, const Progress& progress = {});
 
-// `key` has 32 bytes. Every call draws its own nonce.
+// Seals the zip in a container at `outputPath`. `key` has 32 bytes. Each call uses a new random nonce. On failure does
+// the same as copyPackage.
 [[nodiscard]] bool sealPackage(const std::string& zipPath, const std::string& outputPath, const std::string& key,
                                WrittenPackage& written, std::string& failureText, const Progress& progress = {});
 
-// The hash of a file, empty when it cannot be read to its end. `step` names the step for `progress`.
+// Returns the hash of a file; empty if it cannot be read to its end. `step` is the name of the step for `progress`.
 [[nodiscard]] std::string hashFile(const std::string& path, const char* step, const Progress& progress);

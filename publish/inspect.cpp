@@ -68,7 +68,8 @@ class Inspection {
         return inspectPackageFile(request_.path, sha256, known ? &published : nullptr, plaintextSha256);
     }
 
-    // Puts the hash of a container's contents into `plaintextSha256`. Without a manifest there is no key to open it.
+    // Checks a package or container and sets `plaintextSha256` to the hash of a container's contents. Without a
+    // manifest there is no key, so the contents are not checked.
     bool inspectPackageFile(const std::string& path, const std::string& sha256, const PublishedManifest* published,
                             std::string& plaintextSha256) {
         const bool sealed = isEncryptedPackage(path);
@@ -124,13 +125,13 @@ class Inspection {
             if (field == statement::NotAfter) line += " (" + utcDate(published.numbers.notAfter) + ")";
             say(line);
         }
-        // Judge as the launcher does, with the package that the statement describes.
+        // Check the statement as the launcher does, for the package that the statement describes.
         const PackageIdentity itself{published.field(statement::Version), published.numbers.size,
                                      published.field(statement::Sha256), published.field(statement::PlaintextSha256)};
         return judge(path, text, published, itself);
     }
 
-    // Without keys the signatures are not checked.
+    // Checks a statement for `package`. Does not check the signatures if no keys are given.
     bool judge(const std::string& path, const std::string& text, const PublishedStatement& published,
                const PackageIdentity& package) {
         if (keys_.empty()) {

@@ -20,7 +20,7 @@ namespace {
 using KeyPair = std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)>;
 using Memory = std::unique_ptr<BIO, decltype(&BIO_free)>;
 
-// Without this callback OpenSSL asks at the terminal for the passphrase of an encrypted key.
+// A callback that gives OpenSSL no passphrase. Without it, OpenSSL asks for one at the terminal if a key is encrypted.
 int noPassphrase(char*, int, int, void*) {
     return -1;
 }

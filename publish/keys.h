@@ -12,8 +12,8 @@
 
 class PublisherKey {
   public:
-    // Returns false with a message for the user in `failureText`. Accepts a file that other users may read, with a
-    // warning.
+    // Reads a private key. Adds a warning if other users may read the file. On failure returns false and sets
+    // `failureText` to a message for the user.
     [[nodiscard]] bool read(const std::string& path, std::vector<std::string>& warnings, std::string& failureText);
 
     [[nodiscard]] const std::string& path() const { return path_; }
@@ -26,10 +26,10 @@ class PublisherKey {
     std::string publicKey_;
 };
 
-// Makes a new pair and writes its private key. Replaces an existing file only with `overwrite`, and only when the new
-// one is complete. Returns false with a message for the user in `failureText`.
+// Creates a new key pair and writes its private key. Replaces an existing file only if `overwrite` is true, after the
+// new file is complete. On failure returns false and sets `failureText` to a message for the user.
 [[nodiscard]] bool makeKeyFile(const std::string& path, bool overwrite, std::string& publicKey,
                                std::string& failureText);
 
-// The value of artifact_authenticity_keys in the launcher's configuration. Each key has 32 bytes.
+// Returns the value of artifact_authenticity_keys for the launcher's configuration. Each key has 32 bytes.
 [[nodiscard]] std::string publisherKeysText(const std::vector<std::string>& publicKeys);

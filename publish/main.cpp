@@ -1,5 +1,5 @@
 // volo-publish publishes editor packages. Exit status 0: done; 1: refused or failed; 2: wrong usage; 3: launchers
-// refuse the release on offer, now or soon.
+// refuse the offered release now, or will within 10 days.
 
 #include <cstdint>
 #include <cstdio>
@@ -239,7 +239,8 @@ CLI::App* addInspect(CLI::App& app, Arguments& arguments) {
     return command;
 }
 
-// Rules between options that CLI11 does not check. Empty when all are kept.
+// Checks rules for combinations of options that CLI11 cannot check. Returns a message, or an empty text if all are
+// kept.
 std::string usageProblem(const Arguments& arguments) {
     const StatementRequest& request = arguments.statement;
     const bool chooses = request.all || request.offered || !request.versions.empty() || !request.packages.empty();

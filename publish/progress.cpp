@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr auto kQuietTime = std::chrono::seconds(1); // before a step gets a line
+constexpr auto kQuietTime = std::chrono::seconds(1); // a shorter step shows no line
 constexpr auto kInterval = std::chrono::milliseconds(200);
 constexpr double kMebibyte = 1024.0 * 1024.0;
 
@@ -37,7 +37,7 @@ void ProgressLine::show(const char* step, std::uint64_t done, std::uint64_t tota
     shown_ = now;
     std::string text = progressText(step, done, total, std::chrono::duration<double>(now - began_).count());
     const std::size_t width = text.size();
-    text.resize(std::max(width, width_), ' '); // covers the line before
+    text.resize(std::max(width, width_), ' '); // spaces overwrite the rest of the previous line
     width_ = width;
     std::fprintf(stderr, "\r%s", text.c_str());
     std::fflush(stderr);

@@ -1,20 +1,21 @@
 #pragma once
 
-// Progress of long steps: what reports it, and the line on a terminal that shows it.
+// Reports the progress of long steps and shows it as a line on the terminal.
 
 #include <chrono>
 #include <cstdint>
 #include <functional>
 #include <string>
 
-// Called often, on the thread that works, with a name of the step and the bytes done so far. May be empty.
+// Called often, on the working thread, with the name of the step and the number of bytes done so far. May be empty.
 using Progress = std::function<void(const char* step, std::uint64_t done, std::uint64_t total)>;
 
-// "writing the package: 512 of 2048 MiB, 25%, 30 s left"
+// Returns a text such as "writing the package: 512 of 2048 MiB, 25%, 30 s left".
 [[nodiscard]] std::string progressText(const char* step, std::uint64_t done, std::uint64_t total,
                                        double elapsedSeconds);
 
-// Shows one line for a step that takes longer than a second, when standard error is a terminal. One thread.
+// Shows a line for each step that takes longer than a second, if standard error is a terminal. Use it on one thread
+// only.
 class ProgressLine {
   public:
     ProgressLine();
@@ -31,5 +32,5 @@ class ProgressLine {
     std::string step_;
     Clock::time_point began_;
     Clock::time_point shown_;
-    std::size_t width_ = 0; // of the line that is on the terminal
+    std::size_t width_ = 0; // width of the line on the terminal
 };

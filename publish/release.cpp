@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::size_t kMaxVersionBytes = 128; // launchers make file names of it
+constexpr std::size_t kMaxVersionBytes = 128; // launchers use the version in file names
 
 std::string manifestText(const PublishedManifest& published) {
     rapidjson::StringBuffer buffer;
@@ -47,7 +47,7 @@ std::string manifestText(const PublishedManifest& published) {
     return std::string(buffer.GetString(), buffer.GetSize()) + "\n";
 }
 
-// One attempt to publish. The destructor of an incomplete attempt removes its files.
+// One attempt to publish. If the attempt is incomplete, the destructor removes its files.
 class Publication {
   public:
     Publication(const ReleaseRequest& request, const std::vector<PublisherKey>& keys, ReleaseResult& result,
@@ -113,8 +113,9 @@ class Publication {
         return !zipSha256_.empty() || fail(request_.zipPath + " could not be read to its end.");
     }
 
-    // Launchers compare nothing but versions, so a version means the same bytes for ever. A statement names one version
-    // and its file is named after the package's hash, so a plain archive cannot be published under two versions.
+    // Refuses a version that was published with other bytes: launchers compare only versions, so they would not install
+    // the new bytes. Also refuses a plain archive that is published as another version: its hash is the name of the
+    // statement's file, and a statement contains only one version.
     bool checkHistory() {
         if (request_.force) return true;
         for (const PublishedStatement& past : statements_) {
@@ -130,7 +131,7 @@ class Publication {
             if (past.isWithdrawn())
                 return fail("Version " + request_.version + " was withdrawn. Use --force to offer it again.");
         }
-        // The statement may have been deleted; the manifest still names the version.
+        // Check the manifest too, because the statement may have been deleted.
         const UpdateManifest& now = offer_.manifest;
         if (hasOffer_ && now.version == request_.version && offeredArchiveSha256() != zipSha256_)
             return fail("Version " + request_.version +
@@ -142,8 +143,8 @@ class Publication {
         return offer_.manifest.encryptionKey.empty() ? offer_.manifest.sha256 : offer_.manifest.plaintextSha256;
     }
 
-    // True when this release is already on offer and undamaged. Its package then stays, and copies in caches stay
-    // valid.
+    // True if this release is already offered and its package is undamaged. Then the package is not written again, so
+    // that copies in caches stay valid.
     bool keepPackage() {
         const UpdateManifest& now = offer_.manifest;
         if (!hasOffer_ || now.version != request_.version || offeredArchiveSha256() != zipSha256_ ||
@@ -215,7 +216,8 @@ class Publication {
         return true;
     }
 
-    // A manifest must not offer files that another program or a failing disk has changed.
+    // Reads statement and package from disk before the manifest offers them: another program or a failing disk may have
+    // changed them.
     bool readBack() {
         std::string text;
         if (!readSmallFile(result_.statementPath, statement::kMaxBytes, text) || text != statementText_)
@@ -225,7 +227,7 @@ class Publication {
         return true;
     }
 
-    // Comes last: it sends launchers to the other files.
+    // Must be the last step, because the new manifest makes launchers fetch the other files.
     bool putManifest() {
         PublishedManifest next;
         next.platform = request_.platform;
@@ -248,18 +250,18 @@ class Publication {
     ReleaseResult& result_;
     std::string& failureText_;
 
-    FileLock lock_; // first member: released last
+    FileLock lock_; // the first of these members, so that it is released last
     PackagePlatform platform_ = PackagePlatform::Linux;
     std::string baseUrl_; // without slashes at its end
     bool hasOffer_ = false;
-    PublishedManifest offer_; // the release on offer before this one
+    PublishedManifest offer_; // the release that the directory offers before this one
     std::vector<PublishedStatement> statements_;
     std::string zipSha256_;
     WrittenPackage package_;
     std::string packageKey_; // base64; empty for a plain package
     std::string statementText_;
     std::vector<std::string> made_;
-    std::string replacedStatement_; // its old text; empty: there was none
+    std::string replacedStatement_; // the old text of a replaced statement; empty: none was replaced
 };
 
 } // namespace
@@ -290,7 +292,8 @@ std::string baseUrlProblem(const std::string& url) {
     if (!std::all_of(url.begin(), url.end(), allowed))
         return "The base URL may contain no query, fragment, user name, blank or quote.";
     if (path.ends_with(".json")) return "The base URL is the address of the directory, not of the manifest in it.";
-    // Launchers take "YOUR_" for a placeholder and do not update; "platform=" they overwrite.
+    // Launchers treat an address with "YOUR_" as a placeholder and do not update. They overwrite the text after
+    // "platform=".
     for (const char* taken : {"YOUR_", "platform="})
         if (url.find(taken) != std::string::npos)
             return std::string("The base URL may not contain \"") + taken + "\": launchers treat it specially.";

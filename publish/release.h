@@ -16,7 +16,7 @@ struct ReleaseRequest {
     std::string version;
     std::string platform;      // "linux" or "windows"
     std::string baseUrl;       // https address of the published directory
-    std::string siteDirectory; // created when missing
+    std::string siteDirectory; // created if it is missing
     bool encrypt = true;
     bool force = false;
     int days = site::kDefaultDays; // the lifetime of the statement
@@ -28,26 +28,26 @@ struct ReleaseResult {
     std::string packagePath;
     std::string statementPath;
     std::string manifestPath;
-    std::string manifestUrl;     // editor_update_manifest_url
-    std::string authenticityUrl; // artifact_authenticity_url
+    std::string manifestUrl;     // value for editor_update_manifest_url
+    std::string authenticityUrl; // value for artifact_authenticity_url
     std::string authenticityKeys;
     std::int64_t notAfter = 0;
     bool packageKept = false; // the package was already published
     ArchiveSummary archive;
 };
 
-// Checks the archive, then writes package, statement and manifest, in this order and each in one step: a reader of the
-// directory always sees a complete release, the old or the new one. A release that is already on offer only gets a new
-// statement. Without `force` these are refused: a version that was published with other bytes or was withdrawn, a plain
-// archive that is published as another version, and a directory of another platform.
-// Returns false with a message for the user in `failureText`; then the old release is still on offer, and no file of
-// the failed attempt is left. Refuses while another run changes the directory.
+// Checks the archive, then writes package, statement and manifest in this order. Each file is replaced in one step, so
+// that a reader of the directory always sees a complete release, the old or the new one. If the release is already
+// offered, only its statement is renewed. Without `force`, refuses a version that was published with other bytes or was
+// withdrawn, a plain archive that is published as another version, and a directory of another platform.
+// On failure, or while another run changes the directory, returns false and sets `failureText` to a message for the
+// user. Then the old release is still offered, and no file of the failed attempt remains.
 [[nodiscard]] bool publishRelease(const ReleaseRequest& request, const std::vector<PublisherKey>& keys,
                                   ReleaseResult& result, std::string& failureText);
 
-// Why a version is refused, or empty. Launchers read the version back from a marker file, trimmed: such a version must
-// come back unchanged.
+// Returns why a version is refused; empty if it is accepted. Launchers write the version to a marker file and trim it
+// when they read it, so refuses versions that this would change.
 [[nodiscard]] std::string versionProblem(const std::string& version);
 
-// Why an address is refused as the base of the published addresses, or empty.
+// Returns why an address is refused as the base of the published addresses; empty if it is accepted.
 [[nodiscard]] std::string baseUrlProblem(const std::string& url);

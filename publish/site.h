@@ -3,10 +3,10 @@
 // The published directory of one platform: static files that any web server or object store can serve. Blocking; any
 // thread.
 //
-//   manifest.json                       the release on offer; replaced in one step, after the files it names
-//   editor-<version>-<hash>.zip         a package as a plain archive, or
-//   editor-<version>-<hash>.container   sealed in a container; neither changes once it is written
-//   statements/<sha256>.txt             the release statement of the package file with that hash
+//   manifest.json                       the offered release; replaced in one step, after its files are written
+//   editor-<version>-<hash>.zip         a package as a plain archive; never changes after it is written
+//   editor-<version>-<hash>.container   a package sealed in a container; never changes after it is written
+//   statements/<sha256>.txt             the release statement of the package file with this hash
 
 #include <cstddef>
 #include <cstdint>
@@ -21,34 +21,39 @@
 
 namespace site {
 inline constexpr std::string_view kManifestName = "manifest.json";
-inline constexpr std::string_view kLockName = "lock.tmp"; // held while the directory is changed
+inline constexpr std::string_view kLockName = "lock.tmp"; // locked while a run changes the directory
 inline constexpr std::string_view kStatementsName = "statements";
-inline constexpr std::string_view kPlatformMember = "platform"; // in the manifest; launchers ignore it
-inline constexpr int kDefaultDays = 30;                         // that a statement holds
+inline constexpr std::string_view kPlatformMember = "platform"; // member of the manifest; launchers ignore it
+inline constexpr int kDefaultDays = 30;                         // lifetime of a statement
 inline constexpr int kMaxDays = static_cast<int>(statement::kMaxLifetimeSeconds / statement::kDaySeconds);
-inline constexpr std::int64_t kWarningDays = 10; // before a statement's end
+inline constexpr std::int64_t kWarningDays = 10; // warn this many days before a statement expires
 } // namespace site
 
 [[nodiscard]] std::string joinPath(const std::string& directory, std::string_view name);
 [[nodiscard]] std::string statementPath(const std::string& siteDirectory, const std::string& sha256);
 
-// Reads a whole file. False when it cannot be read or is longer than `maxBytes`.
+// Reads a whole file. False if it cannot be read or is longer than `maxBytes`.
 [[nodiscard]] bool readSmallFile(const std::string& path, std::size_t maxBytes, std::string& text);
 
-// Files and folders that a web server can read, whatever the umask. A temporary name belongs to one attempt.
+// Returns a new random name for a temporary file next to `path`.
 [[nodiscard]] std::string temporaryName(const std::string& path);
-void makeReadable(const std::string& path);
-void makeReadableFolders(const std::string& path); // with missing parents; a failure shows at the first file
 
-// Keeps other runs from changing the directory while `lock` exists, and removes the temporary files of runs that were
-// killed. Goes on without a lock where the file system has none. Returns false with a message for the user while
-// another run holds the lock.
+// Lets all users read a file or folder, so that a web server can read it even if the umask forbids that.
+void makeReadable(const std::string& path);
+
+// Creates a readable folder and its missing parents. Failures are ignored, because the first write in it then fails.
+void makeReadableFolders(const std::string& path);
+
+// Prevents other runs from changing the directory while `lock` exists. Removes the temporary files of killed runs.
+// Continues without a lock if the file system has no locks. If another run holds the lock, returns false and sets
+// `failureText` to a message for the user.
 [[nodiscard]] bool lockSite(const std::string& siteDirectory, FileLock& lock, std::string& failureText);
 
-// Writes a file, or replaces it in one step. Returns false with a message for the user; the old file then stays.
+// Writes a file, or replaces it in one step. On failure returns false, sets `failureText` to a message for the user,
+// and keeps the old file.
 [[nodiscard]] bool replaceFile(const std::string& path, const std::string& text, std::string& failureText);
 
-// A manifest with its platform; the platform is empty when the manifest names none.
+// A manifest and the platform that it contains; empty if it contains none.
 struct PublishedManifest {
     UpdateManifest manifest;
     std::string platform;
@@ -61,24 +66,24 @@ struct PublishedStatement {
     StatementNumbers numbers;
 
     [[nodiscard]] const std::string& field(statement::Field name) const { return release.fields[name]; }
-    // The hash of the zip archive, sealed or not.
+    // Returns the hash of the zip archive, also if it is sealed.
     [[nodiscard]] const std::string& archiveSha256() const;
     [[nodiscard]] bool isWithdrawn() const { return field(statement::Status) != statement::kStatusOk; }
-    [[nodiscard]] std::string label() const; // version and the beginning of the hash, for messages
+    [[nodiscard]] std::string label() const; // version and first digits of the hash, for messages
 };
 [[nodiscard]] bool parseStatementText(const std::string& path, const std::string& text, PublishedStatement& found,
                                       std::string& failureText);
 
-// Reads all statements of a site, ordered by version; none when the folder does not exist. False when a file is not a
-// statement.
+// Reads all statements of a site, sorted by version. If their folder does not exist, there are none. False if a file is
+// not a statement.
 [[nodiscard]] bool readStatements(const std::string& siteDirectory, std::vector<PublishedStatement>& statements,
                                   std::string& failureText);
 
-// Refuses a private key whose file is inside the published directory.
+// True if no private key file is inside the published directory. Otherwise sets `failureText`.
 [[nodiscard]] bool keysLieOutside(const std::string& siteDirectory, const std::vector<PublisherKey>& keys,
                                   std::string& failureText);
 
-[[nodiscard]] std::string utcDate(std::int64_t seconds); // "2026-11-21"
+[[nodiscard]] std::string utcDate(std::int64_t seconds); // such as "2026-11-21"
 
-// A warning when the statement ends within kWarningDays; otherwise empty.
+// Returns a warning if the statement expires within kWarningDays; otherwise an empty text.
 [[nodiscard]] std::string expiryWarning(const PublishedStatement& published, std::int64_t nowSeconds);

@@ -36,7 +36,7 @@ bool isExpired(const PublishedStatement& published, std::int64_t nowSeconds) {
     return published.numbers.notAfter < nowSeconds;
 }
 
-// Marks the chosen statements. False when a name matches none.
+// Marks the statements that the request selects. False if a version or hash in the request matches no statement.
 bool choose(const StatementRequest& request, const std::vector<PublishedStatement>& statements,
             std::vector<bool>& chosen, std::string& failureText) {
     const auto mark = [&](const std::string& name, const auto& matches) {
@@ -69,7 +69,7 @@ bool choose(const StatementRequest& request, const std::vector<PublishedStatemen
     return true;
 }
 
-// The new text of one statement; empty when it may not be signed.
+// Returns the new text of one statement. Empty, with a message in `failureText`, if it must not or cannot be signed.
 std::string renewedText(const StatementRequest& request, const PublishedStatement& published,
                         const std::vector<std::string>& trusted, const std::vector<PublisherKey>& keys,
                         std::string& failureText) {
@@ -98,8 +98,8 @@ void reportOn(const PublishedStatement& published, std::int64_t nowSeconds, Stat
                                                                : "holds until " + until));
 }
 
-// What the publisher has to do so that launchers can install the release on offer, now and in the next days. Empty:
-// nothing.
+// Returns a warning if launchers cannot install the offered release now or within kWarningDays. The text says what the
+// publisher must do. Empty if nothing is to be done.
 std::string offerWarning(const std::string& siteDirectory, const PublishedManifest& offer,
                          const PublishedStatement* published, std::int64_t nowSeconds) {
     const std::string release = "The manifest offers " + offer.manifest.version + ", but ";
@@ -113,7 +113,7 @@ std::string offerWarning(const std::string& siteDirectory, const PublishedManife
     return {};
 }
 
-// Warns of statements that end soon. The one of the release on offer makes the report call for action.
+// Adds warnings about statements that expire soon. A warning about the offered release also sets `offerNeedsAction`.
 void warn(const std::string& siteDirectory, const std::vector<PublishedStatement>& statements, std::int64_t nowSeconds,
           StatementReport& report) {
     PublishedManifest offer;

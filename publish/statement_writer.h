@@ -1,7 +1,7 @@
 #pragma once
 
-// Writes and signs release statements (install/release_statement.h); renews and withdraws published ones. Blocking; any
-// thread.
+// Writes and signs release statements (install/release_statement.h). Renews and withdraws published statements.
+// Blocking; any thread.
 
 #include <cstdint>
 #include <string>
@@ -15,31 +15,32 @@ namespace statement {
 inline constexpr std::string_view kStatusRevoked = "revoked";
 }
 
-// A statement that holds for `days` from now on. Empty when it cannot be signed, or when launchers would refuse it.
+// Returns a statement that is valid from `nowSeconds` for `days`. Empty if it cannot be signed or if launchers would
+// refuse it.
 [[nodiscard]] std::string writeStatement(const PackageIdentity& package, std::string_view status,
                                          std::int64_t nowSeconds, int days, const std::vector<PublisherKey>& keys);
 
 struct StatementRequest {
     std::string siteDirectory;
-    std::vector<std::string> versions; // choose statements by version
-    std::vector<std::string> packages; // choose statements by package hash, or its first digits
-    bool all = false;                  // choose all that are neither expired nor withdrawn
-    bool offered = false;              // choose the release that the manifest offers
-    bool revoke = false;               // withdraw the chosen ones instead of renewing them
+    std::vector<std::string> versions; // select statements by version
+    std::vector<std::string> packages; // select statements by the first digits of the package's hash
+    bool all = false;                  // select all statements that are neither expired nor withdrawn
+    bool offered = false;              // select the release that the manifest offers
+    bool revoke = false;               // withdraw the selected statements instead of renewing them
     int days = 0;
-    std::string trustedKeys; // more public keys whose signatures count, as in the launcher's configuration
+    std::string trustedKeys; // additional public keys, in the form of the launcher's configuration
     std::int64_t nowSeconds = 0;
 };
 
 struct StatementReport {
-    bool offerNeedsAction = false; // launchers refuse the release on offer, or will within site::kWarningDays
+    bool offerNeedsAction = false; // launchers refuse the offered release now or within site::kWarningDays
     std::vector<std::string> lines;
     std::vector<std::string> warnings;
 };
 
-// Renews or withdraws the chosen statements, then reports on all statements of the site; without a choice it only
-// reports. Signs only statements with a good signature of a signing or trusted key, so that nobody who can write to the
-// directory gets a statement of their own signed. Returns false with a message for the user in `failureText`. All
-// checks come before the first write: when one fails, no statement has changed.
+// Renews or withdraws the selected statements, then reports on all statements of the site. If none is selected, only
+// reports. Signs a statement only if it already has a valid signature of a signing or trusted key. So an attacker who
+// can write to the directory cannot get a forged statement signed. On failure returns false and sets `failureText` to a
+// message for the user. All checks are done before the first write, so that no statement changes if a check fails.
 [[nodiscard]] bool renewStatements(const StatementRequest& request, const std::vector<PublisherKey>& keys,
                                    StatementReport& report, std::string& failureText);

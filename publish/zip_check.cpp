@@ -18,9 +18,8 @@
 
 namespace {
 
-constexpr unsigned kMadeOnUnix = 3; // upper byte of "version made by"
-constexpr std::size_t kMaxPartBytes =
-    255; // of one folder or file name; the file systems of both platforms allow no more
+constexpr unsigned kMadeOnUnix = 3;        // upper byte of "version made by"
+constexpr std::size_t kMaxPartBytes = 255; // the longest name of a file or folder on both platforms
 
 bool isUtf8(std::string_view text) {
     rapidjson::MemoryStream in(text.data(), text.size());
@@ -30,7 +29,7 @@ bool isUtf8(std::string_view text) {
     return true;
 }
 
-// False for names that Windows refuses or silently changes.
+// True if Windows can store a file or folder with this name and does not silently change the name.
 bool isWindowsPart(const std::string& part) {
     static constexpr std::array<std::string_view, 4> kDevices = {"con", "prn", "aux", "nul"};
     static constexpr std::array<std::string_view, 2> kNumberedDevices = {"com", "lpt"};
@@ -51,8 +50,8 @@ bool isWindowsPart(const std::string& part) {
     return !(isNumber && isOneOf(kNumberedDevices, stem.substr(0, 3)));
 }
 
-// The normalised path that a name unpacks to: "/" between parts, without empty parts and single dots, in lower case on
-// Windows. Two names with the same place are the same file.
+// Returns the normalised path to which an entry is extracted: parts separated by "/", without empty parts and single
+// dots, in lower case for Windows. Two names with the same result are the same file.
 std::string landingPlace(std::string_view name, PackagePlatform platform) {
     const bool windows = platform == PackagePlatform::Windows;
     std::string place;
@@ -80,7 +79,7 @@ class ArchiveCheck {
             if (mz_zip_reader_file_stat(&archive, index, &entry)) totalBytes_ += entry.m_uncomp_size;
     }
 
-    // What is wrong with an entry, or empty.
+    // Checks one entry. Returns what is wrong with it, or an empty text.
     std::string checkEntry(mz_uint index) {
         mz_zip_archive_file_stat entry;
         if (!mz_zip_reader_file_stat(&archive_, index, &entry)) return "its header is damaged";
@@ -99,7 +98,7 @@ class ArchiveCheck {
         return wrong.empty() ? extract(index, entry) : wrong;
     }
 
-    // The place of the editor; empty when the archive has none where the launcher looks.
+    // Returns the path of the editor's executable. Empty if the archive has none where the launcher searches.
     std::string foundEditor() const {
         for (const std::string& place : editorExecutablePlaces({})) {
             const std::string name = std::filesystem::path(place).generic_string();
@@ -108,7 +107,8 @@ class ArchiveCheck {
         return {};
     }
 
-    // Launchers remove that permission. Whoever could write the files before they were packed may have changed them.
+    // Returns a warning if entries are writable for all users; otherwise an empty text. Launchers remove this
+    // permission, but other users may have changed the files before they were packed.
     std::string writableWarning() const {
         if (writableFiles_ == 0) return {};
         return std::to_string(writableFiles_) + " entries are writable for every user, for example \"" +
@@ -126,7 +126,7 @@ class ArchiveCheck {
         return entry.m_version_made_by >> 8 == kMadeOnUnix && (entry.m_external_attr >> 16 & kTypeBits) == kLink;
     }
 
-    // True for "a/." and, where a backslash separates, "a\": neither can be opened as a file.
+    // True for names such as "a/.", and on Windows "a\", which cannot be the name of a file.
     bool endsInNoName(const std::string& name) const {
         const bool windows = platform_ == PackagePlatform::Windows;
         const std::size_t separator = name.find_last_of(windows ? "/\\" : "/");
@@ -178,10 +178,10 @@ class ArchiveCheck {
     std::size_t writableFiles_ = 0;
     std::string firstWritable_;
     std::set<std::string> files_;
-    std::set<std::string> folders_; // that hold files
+    std::set<std::string> folders_; // folders that contain files
 };
 
-// The number and the printable name of an entry, for messages.
+// Returns the index and the name of an entry for messages. Unprintable bytes are replaced with "?".
 std::string entryLabel(mz_zip_archive& archive, mz_uint index) {
     char name[80];
     mz_zip_reader_get_filename(&archive, index, name, sizeof name);

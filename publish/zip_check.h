@@ -1,7 +1,7 @@
 #pragma once
 
-// Checks whether the launcher can install an archive by doing what it does, entry by entry, without writing.
-// Blocking; any thread.
+// Checks whether the launcher can install an archive. Does the same with each entry as the launcher, but writes no
+// files. Blocking; any thread.
 
 #include <cstddef>
 #include <cstdint>
@@ -12,7 +12,7 @@
 
 enum class PackagePlatform { Linux, Windows };
 
-// "linux" or "windows". False for any other name.
+// Parses "linux" or "windows". False for any other name.
 [[nodiscard]] bool parsePackagePlatform(const std::string& name, PackagePlatform& platform);
 
 struct ArchiveSummary {
@@ -21,9 +21,10 @@ struct ArchiveSummary {
     std::vector<std::string> warnings;
 };
 
-// Unpacks every entry and discards the bytes, 64 KiB at a time; only the archive's directory is held in memory. Refuses
-// what the launcher refuses (unsafe names, damage, encryption, unknown methods). Also refuses what would unpack into
-// something else than was packed: two entries for one file, links, names that `platform` cannot store, and an archive
-// without an editor where the launcher looks for it. Returns false with a message for the user in `failureText`.
+// Extracts each entry and discards its bytes, 64 KiB at a time. Only the archive's central directory is kept in memory.
+// Refuses what the launcher refuses: unsafe names, damage, encryption, unknown compression methods. Also refuses
+// entries that would not become the files that were packed: two entries for one file, links, and names that `platform`
+// cannot store. Also refuses an archive without an editor where the launcher searches. If the archive is refused,
+// returns false and sets `failureText` to a message for the user.
 [[nodiscard]] bool checkArchive(const std::string& zipPath, PackagePlatform platform, ArchiveSummary& summary,
                                 std::string& failureText, const Progress& progress = {});

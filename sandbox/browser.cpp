@@ -10,7 +10,7 @@
 
 namespace {
 
-// "https://host:port", and the rest beginning with a slash.
+// Splits a URL into "https://host:port" and the rest, which begins with a slash.
 std::pair<std::string, std::string> splitUrl(const std::string& url) {
     const std::size_t path = url.find('/', url.find("://") + 3);
     if (path == std::string::npos) return {url, "/"};

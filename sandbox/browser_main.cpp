@@ -1,5 +1,5 @@
-// The sandbox's xdg-open. It opens a web address, presses Allow on the consent page and follows the redirect; anything
-// else it only logs. The log is the file named by VOLO_SANDBOX_BROWSER_LOG, one line per event.
+// The sandbox's xdg-open. It opens a web address, presses Allow on the consent page and follows the redirect. Any other
+// target is only logged. VOLO_SANDBOX_BROWSER_LOG is the path of the log, which has one line per event.
 
 #include <chrono>
 #include <cstddef>
@@ -15,14 +15,14 @@
 namespace {
 
 constexpr auto kPollInterval = std::chrono::milliseconds(50);
-constexpr auto kReadingTime = std::chrono::seconds(1); // so that the launcher is seen waiting
+constexpr auto kReadingTime = std::chrono::seconds(1); // lets a spectator see the launcher wait
 
 std::string environmentText(const char* name) {
     const char* value = std::getenv(name);
     return value != nullptr ? value : "";
 }
 
-// The text of the page's body, without tags and line ends.
+// Returns the text of a page's body without tags. Line ends become spaces.
 std::string visibleText(const std::string& html) {
     const std::size_t body = html.find("<body");
     std::string text;

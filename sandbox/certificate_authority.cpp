@@ -50,7 +50,7 @@ Bio reader(const std::string& pem) {
     return Bio(BIO_new_mem_buf(pem.data(), static_cast<int>(pem.size())));
 }
 
-// A certificate that still lacks its issuer, extensions and signature.
+// Returns a new certificate. The caller must add issuer, extensions and signature.
 Certificate newCertificate(EVP_PKEY* key, const std::string& commonName, int fromDays, int toDays) {
     Certificate certificate(X509_new());
     X509_set_version(certificate.get(), X509_VERSION_3);
@@ -77,7 +77,7 @@ void addExtension(X509* certificate, X509* issuer, int nid, const std::string& v
 
 CertificateAuthority::CertificateAuthority() {
     const Key key = newKey();
-    // OpenSSL looks a certificate's issuer up by name: several trusted authorities need different names.
+    // Use a random name: OpenSSL searches for an issuer by name, so several trusted authorities need different names.
     const std::string name = "VOLO sandbox authority " + std::to_string(std::random_device{}());
     const Certificate root = newCertificate(key.get(), name, -1, 30);
     X509_set_issuer_name(root.get(), X509_get_subject_name(root.get()));
@@ -113,7 +113,7 @@ ServerIdentity CertificateAuthority::issue(const ServerCertificateRequest& reque
     for (const std::string& address : request.ipAddresses) {
         names += (names.empty() ? "IP:" : ",IP:") + address;
 #ifdef __MINGW32__
-        names += ",DNS:" + address; // cpp-httplib 0.18.7 built with MinGW compares addresses with DNS names only
+        names += ",DNS:" + address; // cpp-httplib 0.18.7 with MinGW finds IP addresses only in DNS names
 #endif
     }
     if (!names.empty()) addExtension(certificate.get(), issuer, NID_subject_alt_name, names);

@@ -1,7 +1,7 @@
 #pragma once
 
-// A certificate authority for one run. It issues the certificates of the sandbox's and the tests' servers; the trust
-// store of the launcher gets its root certificate. Any thread after construction.
+// A certificate authority for one run. It issues the certificates for the servers of the sandbox and of the tests. The
+// launcher trusts its root certificate. Any thread after construction.
 
 #include <string>
 #include <vector>
@@ -10,7 +10,7 @@ struct ServerCertificateRequest {
     std::vector<std::string> dnsNames;    // subject alternative names
     std::vector<std::string> ipAddresses; // subject alternative names
     std::string commonName;
-    int validFromDays = -1; // relative to now; both are negative for an expired certificate
+    int validFromDays = -1; // relative to now; if both are negative, the certificate has expired
     int validToDays = 30;
     bool selfSigned = false; // not signed by the authority
 };
@@ -24,7 +24,7 @@ class CertificateAuthority {
   public:
     CertificateAuthority();
 
-    // Writes the root certificate as PEM, for SSL_CERT_FILE. False when the file could not be written.
+    // Writes the root certificate as PEM, for SSL_CERT_FILE. False if the file cannot be written.
     [[nodiscard]] bool writeRoot(const std::string& path) const;
 
     [[nodiscard]] ServerIdentity issue(const ServerCertificateRequest& request) const;

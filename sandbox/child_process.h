@@ -1,7 +1,7 @@
 #pragma once
 
-// Runs the launcher as a child of the sandbox, with the few system calls that this needs. One source per platform. One
-// thread.
+// Runs the launcher as a child process of the sandbox, and the system functions for this. One source per platform. Use
+// it on one thread.
 
 #include <chrono>
 #include <optional>
@@ -14,14 +14,14 @@ class ChildProcess {
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
-    // The child inherits environment and output. False when it could not be started.
+    // Starts the child, which inherits environment and output. False if it cannot be started.
     [[nodiscard]] bool start(const std::string& executable);
 
-    // Waits at most `time` for the end of the child. Its exit status, or 128 plus the number of the signal that ended
-    // it; nothing when it still runs.
+    // Waits at most `time` for the end of the child. Returns its exit status, or 128 plus the number of the signal that
+    // ended it. Returns nullopt if it still runs.
     [[nodiscard]] std::optional<int> waitFor(std::chrono::milliseconds time);
 
-    void end(); // asks it to end, and kills it 3 s later
+    void end(); // requests the child's end, and kills it 3 s later if it still runs
 
   private:
 #ifdef _WIN32
@@ -34,13 +34,13 @@ class ChildProcess {
 void setEnvironment(const char* name, const std::string& value);
 void unsetEnvironment(const char* name);
 
-// From this call on Ctrl-C and requests to end only make interrupted() true.
+// After this call, Ctrl-C and requests to end do not end this program. Instead interrupted() returns true.
 void rememberInterrupts();
 [[nodiscard]] bool interrupted();
 
-void allowOnlyOwner(const std::string& folder);  // mode 0700; nothing on Windows
+void allowOnlyOwner(const std::string& folder);  // sets mode 0700; does nothing on Windows
 [[nodiscard]] std::string makeTemporaryFolder(); // with mode 0700; empty on failure
 
-// Ends every process whose executable is below the folder; on Windows every process that this program and its children
-// have started.
+// Ends all processes whose executable is below the folder. On Windows, ends all processes that this program and its
+// children have started.
 void endProgramsBelow(const std::string& folder);

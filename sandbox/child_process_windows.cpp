@@ -17,8 +17,8 @@ namespace fs = std::filesystem;
 
 std::atomic<bool> interruptCame{false};
 
-// The children and their children run in this job. Windows ends them when the job's last handle closes, which is at the
-// latest at the end of this program.
+// Returns the job in which all children and their children run. Windows ends them when the job's last handle is closed,
+// at the latest when this program ends.
 HANDLE job() {
     static const HANDLE made = [] {
         const HANDLE one = CreateJobObjectW(nullptr, nullptr);
@@ -77,7 +77,7 @@ void ChildProcess::end() {
     (void)waitFor(std::chrono::seconds(3));
 }
 
-// _putenv_s changes both the copy of the C library and the one that children inherit.
+// _putenv_s changes the environment of the C library and the one that children inherit.
 void setEnvironment(const char* name, const std::string& value) {
     _putenv_s(name, value.c_str());
 }
@@ -95,7 +95,7 @@ bool interrupted() {
     return interruptCame;
 }
 
-void allowOnlyOwner(const std::string&) {} // folders in a user's profile inherit its permissions
+void allowOnlyOwner(const std::string&) {} // not needed: folders inherit the user profile's permissions
 
 std::string makeTemporaryFolder() {
     std::error_code error;

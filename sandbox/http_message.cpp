@@ -8,7 +8,7 @@
 
 namespace {
 
-// A "+" is a blank in queries and forms, but not in paths.
+// Decodes percent-encoded text. `plus` replaces "+": a space in queries and forms, "+" in paths.
 std::string decode(std::string_view text, char plus) {
     std::string decoded;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -22,7 +22,7 @@ std::string decode(std::string_view text, char plus) {
     return decoded;
 }
 
-// Cuts the text at its first `separator` and returns the part before it.
+// Returns the part of `text` before its first `separator`, and removes both from `text`.
 std::string_view cut(std::string_view& text, std::string_view separator) {
     const std::size_t end = std::min(text.find(separator), text.size());
     const std::string_view before = text.substr(0, end);

@@ -10,20 +10,21 @@ struct HttpRequest {
     std::string method;                                 // empty: not an HTTP request
     std::string path;                                   // without the query, percent-decoded
     std::map<std::string, std::string> headers;         // names in lower case
-    std::multimap<std::string, std::string> parameters; // of the query and of a form in the body, decoded
+    std::multimap<std::string, std::string> parameters; // from the query and from a form in the body, decoded
 
-    // The value of a parameter that occurs exactly once, otherwise empty: OAuth 2.0 forbids repeated parameters.
+    // Returns the value of a parameter that occurs exactly once. Otherwise empty, because OAuth 2.0 forbids repeated
+    // parameters.
     [[nodiscard]] std::string parameter(const std::string& name) const;
-    [[nodiscard]] std::string header(const std::string& name) const; // empty when absent
+    [[nodiscard]] std::string header(const std::string& name) const; // empty if it is absent
 };
 
-// `text` is the whole request: head and body.
+// Parses a whole request, head and body.
 [[nodiscard]] HttpRequest parseHttpRequest(const std::string& text);
 
-// A head with a Content-Length. `moreHeaders` are whole lines, each with its line end.
+// Returns the head of a response with a Content-Length. `moreHeaders` are whole lines, each with its line end.
 [[nodiscard]] std::string httpHead(int status, std::size_t length, const std::string& type,
                                    const std::string& moreHeaders = {});
 
-// A whole answer.
+// Returns a whole response.
 [[nodiscard]] std::string httpAnswer(int status, const std::string& body, const std::string& type = "application/json",
                                      const std::string& moreHeaders = {});

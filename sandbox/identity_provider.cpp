@@ -33,7 +33,8 @@ std::string randomHex(std::size_t byteCount) {
     return text;
 }
 
-// Uses OpenSSL's Base64: the check must not share code with the launcher that it checks.
+// Returns the PKCE challenge for a verifier. Uses OpenSSL's Base64, because this check must not share code with the
+// launcher.
 std::string s256Challenge(const std::string& verifier) {
     unsigned char digest[32];
     unsigned char encoded[48];
@@ -97,7 +98,7 @@ bool hasScope(const std::string& scopes, const std::string& scope) {
     return (" " + scopes + " ").find(" " + scope + " ") != std::string::npos;
 }
 
-// An authorization request: kept until the user has answered, then with its code.
+// An authorization request. It is stored until the user has pressed a button, then together with its code.
 struct Grant {
     std::string redirectUri;
     std::string state;
@@ -112,20 +113,20 @@ struct IdentityProvider::Service {
 
     const IdentityProviderAccount account;
 
-    std::mutex mutex; // guards everything below but the server
+    std::mutex mutex; // guards everything below except the server
     IdentityProviderFaults faults;
     std::vector<std::string> events;
-    std::map<std::string, Grant> requests; // waiting for the user's answer
+    std::map<std::string, Grant> requests; // the user has not pressed a button yet
     std::map<std::string, Grant> codes;
     std::set<std::string> refreshTokens;
     std::set<std::string> accessTokens;
-    std::set<std::string> seenSecrets; // codes and verifiers: they are valid once only
+    std::set<std::string> seenSecrets; // codes and verifiers, each valid only once
 
-    TlsServer server; // last: its threads end before the rest is destroyed
+    TlsServer server; // the last member, so that its threads end before the others are destroyed
 
     std::string answer(TlsConnection& connection, const HttpRequest& request);
 
-    // Whole HTTP answers. The caller holds the mutex.
+    // These return whole HTTP responses. The caller holds the mutex.
     std::string showConsent(const HttpRequest& request);
     std::string answerConsent(const HttpRequest& request);
     std::string answerToken(const HttpRequest& request);
@@ -211,7 +212,7 @@ std::string IdentityProvider::Service::answerConsent(const HttpRequest& request)
         events.emplace_back("refused: consent denied");
         answer.emplace("error", "access_denied");
     } else {
-        const std::string code = "4/0" + randomHex(24); // with a slash, which must survive all encodings
+        const std::string code = "4/0" + randomHex(24); // contains a slash, to test the launcher's encodings
         answer.emplace("code", code);
         answer.emplace("scope", "openid email profile");
         grant.codeIssued = Clock::now();
@@ -230,7 +231,7 @@ std::string IdentityProvider::Service::refuse(int status, const char* error, con
     return httpAnswer(status, jsonObject({{"error", error}, {"error_description", why}}));
 }
 
-// The answer that a fault asks for; empty without a fault.
+// Returns the response that a fault demands; empty if there is no fault.
 std::string IdentityProvider::Service::faultAnswer(int status, const std::string& body, const char* name) {
     if (status == 0 && body.empty()) return {};
     const int answered = status != 0 ? status : 200;
@@ -238,7 +239,7 @@ std::string IdentityProvider::Service::faultAnswer(int status, const std::string
     return body.empty() ? refusal : httpAnswer(answered, body);
 }
 
-// Why the code is refused; empty when it is good. The first attempt uses the code up, even when it is refused.
+// Returns why a code is refused; empty if it is valid. After this call the code is used up, also if it was refused.
 std::string IdentityProvider::Service::redeemCode(const HttpRequest& request) {
     const auto found = codes.extract(request.parameter("code"));
     if (found.empty()) return "unknown code";
@@ -302,7 +303,7 @@ std::string IdentityProvider::Service::answerUserInfo(const HttpRequest& request
     return httpAnswer(200, jsonObject(members));
 }
 
-// --- the provider as its owner sees it -------------------------------------------------------------------------------
+// --- the public interface --------------------------------------------------------------------------------------------
 
 IdentityProvider::IdentityProvider(const CertificateAuthority& authority, const IdentityProviderAccount& account,
                                    int port, const std::vector<std::string>& moreNames) {

@@ -1,7 +1,7 @@
 #pragma once
 
-// A plain TCP connection to a port of 127.0.0.1 that sends only what its owner passes to send(): a browser's spare
-// connection, or a client that stalls the listener. One thread at a time.
+// A plain TCP connection to a port of 127.0.0.1 that sends only what is passed to send(). It simulates a browser's
+// spare connection, or a client that stalls the listener. Use it on one thread at a time.
 
 #include <cstdint>
 #include <string>
@@ -13,7 +13,7 @@ class LoopbackConnection {
     LoopbackConnection(const LoopbackConnection&) = delete;
     LoopbackConnection& operator=(const LoopbackConnection&) = delete;
 
-    // False when the connection was refused.
+    // False if the connection was refused.
     [[nodiscard]] bool isOpen() const { return isOpen_; }
 
     void send(const std::string& bytes);

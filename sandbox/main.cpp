@@ -1,5 +1,6 @@
-// volo-sandbox runs the launcher against an identity provider and an update server on this machine. It makes a
-// certificate authority, starts both servers on loopback, stages a launcher, starts it, and ends when it ends.
+// volo-sandbox runs the launcher with an identity provider and an update server on this machine. It creates a
+// certificate authority, starts both servers on loopback, prepares a launcher's folder, and starts the launcher. It
+// ends when the launcher ends.
 
 #include <algorithm>
 #include <chrono>
@@ -121,7 +122,7 @@ void addOptions(CLI::App& app, Options& options) {
         ->group(update);
 }
 
-// True when /etc/hosts maps Google's host names to this machine. Otherwise the shipped launcher would ask Google.
+// True if /etc/hosts maps Google's host names to this machine. Otherwise the shipped launcher would contact Google.
 bool googleIsHere() {
     std::ifstream hosts("/etc/hosts");
     std::vector<std::string> here;
@@ -137,7 +138,7 @@ bool googleIsHere() {
     });
 }
 
-// Prints the events since the last call.
+// Prints the events that are new since the last call.
 class EventReport {
   public:
     void show(const char* who, const std::vector<std::string>& events, std::size_t& shown) {
@@ -161,7 +162,6 @@ class EventReport {
     std::streamoff browserRead_ = 0;
 };
 
-// One run.
 class Sandbox {
   public:
     Sandbox(const Options& options, const fs::path& root)
@@ -190,7 +190,7 @@ bool Sandbox::prepare(std::string& failureText) {
     const fs::path shipped = launcherDirectory(); // this program is in the same folder
     const fs::path staged = shipped.parent_path() / "sandbox";
     std::error_code ignored;
-    fs::remove_all(places_.site, ignored); // the release of an earlier run has another address
+    fs::remove_all(places_.site, ignored); // a release of an earlier run contains another address
     if (!makePlaces(places_, failureText)) return false;
     if (!authority_.writeRoot(places_.authority.string())) {
         failureText = "cannot write " + places_.authority.string();

@@ -28,7 +28,7 @@ bool packEditor(const std::string& archive, const std::string& editor, const std
     return mz_zip_writer_end(&zip) && packed;
 }
 
-// Changes the first character of a member's value in the manifest; the value keeps its form.
+// Changes the first character of a member's value in the manifest. The value stays well-formed.
 bool alterManifest(const std::string& path, std::string_view member, std::string& failureText) {
     constexpr std::size_t kLongestManifest = 64 * 1024;
     std::string text;

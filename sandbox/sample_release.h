@@ -1,6 +1,7 @@
 #pragma once
 
-// Publishes the sample editor for the sandbox's update server with the code of volo-publish. Blocking; one thread.
+// Publishes the sample editor for the sandbox's update server, with the code of volo-publish. Blocking; use it on one
+// thread.
 
 #include <filesystem>
 #include <string>
@@ -10,10 +11,10 @@
 
 inline constexpr char kSampleEditorVersion[] = "1.0.0";
 
-// Faults of a release, beside damage on the way.
+// Faults of a published release. update_server.h has the faults of a transfer.
 namespace release_fault {
-inline constexpr char kWrongHash[] = "wrong-hash";                // sha256 of the manifest does not match
-inline constexpr char kWrongArchiveHash[] = "wrong-archive-hash"; // plaintext_sha256 of the manifest does not match
+inline constexpr char kWrongHash[] = "wrong-hash";                // the manifest's sha256 does not match
+inline constexpr char kWrongArchiveHash[] = "wrong-archive-hash"; // the manifest's plaintext_sha256 does not match
 inline constexpr char kWrongKey[] = "wrong-key";                  // the manifest's key does not open the package
 inline constexpr char kUntrusted[] = "untrusted";                 // no pinned key has signed the statement
 inline constexpr char kUnsigned[] = "unsigned";                   // no statement is published
@@ -26,12 +27,12 @@ inline const std::vector<std::string> kReleaseFaults = {
 
 struct SampleRelease {
     std::filesystem::path editor, font;
-    std::filesystem::path archive; // published instead; empty: pack the two above
+    std::filesystem::path archive; // archive to publish; empty: pack editor and font
     std::filesystem::path workFolder, siteFolder;
     std::string baseUrl;
-    std::string fault; // one of the above, or empty
+    std::string fault; // a release_fault, or empty
 };
 
-// Packs editor and font, makes a publisher's key in `workFolder` and publishes for this platform in `siteFolder`.
-// Returns false with the reason in `failureText`.
+// Packs editor and font, creates a publisher's key in `workFolder`, and publishes for this platform in `siteFolder`. On
+// failure returns false and sets `failureText`.
 [[nodiscard]] bool publishSampleEditor(const SampleRelease& sample, ReleaseResult& result, std::string& failureText);

@@ -1,12 +1,13 @@
-// The endpoints that the sandbox and the tests link: an identity provider on loopback, at the port that an environment
-// variable names. The shipped launcher links others.
+// The endpoints that the sandbox and the tests link: an identity provider on loopback, at the port in an environment
+// variable. The shipped launcher links google_endpoints.cpp instead.
 
 #include <cstdlib>
 
 #include "signin/google_endpoints.h"
 
 GoogleEndpoints googleEndpoints() {
-    const char* text = std::getenv("VOLO_SANDBOX_IDENTITY_PORT"); // read at every call: tests start several providers
+    // Read the variable in each call, because tests start several providers.
+    const char* text = std::getenv("VOLO_SANDBOX_IDENTITY_PORT");
     const int port = text != nullptr ? std::atoi(text) : 0;
     return {"https://127.0.0.1:" + std::to_string(port) + "/o/oauth2/v2/auth", "127.0.0.1", port, "127.0.0.1", port};
 }

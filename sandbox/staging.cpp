@@ -32,7 +32,7 @@ bool writeText(const fs::path& file, const std::string& text, std::string& failu
     return !out.fail();
 }
 
-// Linux refuses to write to the file of a running program (ETXTBSY), but not to remove it.
+// Removes the old file first: Linux allows this for a running program, but not a write to its file (ETXTBSY).
 bool copyProgram(const fs::path& from, const fs::path& to, std::string& failureText) {
     std::error_code error;
     fs::remove(to, error);
@@ -70,7 +70,7 @@ bool makePlaces(const SandboxPlaces& places, std::string& failureText) {
 
 bool stageLauncher(const SandboxPlaces& places, const fs::path& program, const LauncherConfiguration& configuration,
                    std::string& failureText) {
-    const fs::path assets = launcherDirectory(); // the shipped launcher's folder, which is the sandbox's too
+    const fs::path assets = launcherDirectory(); // the shipped launcher is in the same folder as this program
     std::error_code error;
     fs::copy_file(assets / kPicture, places.launcher / kPicture, fs::copy_options::overwrite_existing, error);
 
@@ -106,7 +106,7 @@ void enterSandbox(const SandboxPlaces& places, int identityPort) {
     setEnvironment("USERPROFILE", places.home.string());
     unsetEnvironment("ZANTOR_DIR");
     setEnvironment("SSL_CERT_FILE", places.authority.string());
-    setEnvironment("SSL_CERT_DIR", places.runtime.string()); // holds none
+    setEnvironment("SSL_CERT_DIR", places.runtime.string()); // a folder without certificates
     setEnvironment("VOLO_SANDBOX_IDENTITY_PORT", std::to_string(identityPort));
     setEnvironment("VOLO_SANDBOX_BROWSER_LOG", places.browserLog.string());
 }

@@ -1,16 +1,17 @@
 #pragma once
 
-// The sandbox's folder: a user's home, a launcher installed for that user, and the files of the update server. One
-// thread.
+// Prepares the sandbox's folder: a user's home, a launcher installed for that user, and the files of the update server.
+// Use it on one thread.
 //
-//   <root>/apps/volo/launcher/   the launcher, its font, picture and configuration, and what it installs
-//   <root>/home/                 the user: AppData (Launcher.conf), Documents (projects)
-//   <root>/bin/                  the browser; on Linux it is the xdg-open that comes first on PATH
-//   <root>/runtime/              XDG_RUNTIME_DIR, so that the guard of a real launcher is not seen
-//   <root>/site/                 the published directory
-//   <root>/authority.pem         the only certificate authority that the launcher trusts
+//   <root>/apps/volo/launcher/   the launcher, its font, picture and configuration, and the editor that it installs
+//   <root>/home/                 the user's home: AppData (Launcher.conf), Documents (projects)
+//   <root>/bin/                  the browser; on Linux this folder is the first on PATH, and the browser is its
+//   xdg-open <root>/runtime/              XDG_RUNTIME_DIR, so that a real launcher and this one do not share an
+//   instance guard <root>/site/                 the published directory <root>/authority.pem         the only
+//   certificate authority that the launcher trusts
 //
-// The launcher looks for an editor two levels above itself: those folders hold none.
+// The launcher searches for an editor up to two levels above its folder. So its folder is deep enough that these levels
+// contain no editor.
 
 #include <filesystem>
 #include <string>
@@ -29,7 +30,7 @@ struct LauncherConfiguration {
     std::string authenticityKeys;
 };
 
-// All return false with the reason in `failureText` when a file is missing or cannot be written.
+// All these functions return false and set `failureText` if a file is missing or cannot be written.
 [[nodiscard]] bool makePlaces(const SandboxPlaces& places, std::string& failureText);
 [[nodiscard]] bool stageLauncher(const SandboxPlaces& places, const std::filesystem::path& program,
                                  const LauncherConfiguration& configuration, std::string& failureText);
@@ -51,15 +52,16 @@ inline constexpr char kSampleEditorProgram[] = "volo-sample-editor";
 [[nodiscard]] bool copyProgram(const std::filesystem::path& from, const std::filesystem::path& to,
                                std::string& failureText);
 
-// `command` opens an address, its last argument; empty: use the sandbox's own browser.
+// Installs the program that opens web addresses. If `command` is empty, this is the sandbox's own browser. Otherwise it
+// is `command`, with the address as its last argument.
 [[nodiscard]] bool stageBrowser(const SandboxPlaces& places, const std::filesystem::path& browser,
                                 const std::string& command, std::string& failureText);
 
-// The part of enterSandbox that depends on the operating system.
+// Does the part of enterSandbox that depends on the operating system.
 void enterDesktop(const SandboxPlaces& places);
 
-// Points this program's environment, which the launcher inherits, at the sandbox.
+// Sets the environment variables of this program to the sandbox's folders. The launcher inherits them.
 void enterSandbox(const SandboxPlaces& places, int identityPort);
 
-// Creates projects on disk and lists them in the user's settings, the newest first. Call after enterSandbox.
+// Creates projects on disk and adds them to the user's settings, newest first. Call it after enterSandbox.
 void addMadeUpProjects(const SandboxPlaces& places, int count);

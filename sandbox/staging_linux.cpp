@@ -13,7 +13,7 @@ namespace fs = std::filesystem;
 
 } // namespace
 
-// The launcher starts the first xdg-open on PATH.
+// Installs the browser as xdg-open in a folder at the start of PATH, because the launcher starts the first xdg-open.
 bool stageBrowser(const SandboxPlaces& places, const fs::path& browser, const std::string& command,
                   std::string& failureText) {
     const fs::path opener = places.bin / "xdg-open";
@@ -27,7 +27,8 @@ bool stageBrowser(const SandboxPlaces& places, const fs::path& browser, const st
 }
 
 void enterDesktop(const SandboxPlaces& places) {
-    // The X cookie and the Wayland socket are found through HOME and XDG_RUNTIME_DIR: name them before both change.
+    // The X cookie and the Wayland socket are found with HOME and XDG_RUNTIME_DIR. Set their full paths before these
+    // variables change.
     const fs::path cookie = fs::path(getEnvironmentString("HOME")) / ".Xauthority";
     std::error_code error;
     if (getEnvironmentString("XAUTHORITY").empty() && fs::exists(cookie, error)) {

@@ -5,7 +5,7 @@
 
 #include <windows.h>
 
-// The default browser is an entry of the registry. Only a Wine prefix of the sandbox is changed: see system_trust.h.
+// Sets the default browser in the registry. This changes only a Wine prefix of the sandbox; see system_trust.h.
 bool stageBrowser(const SandboxPlaces& places, const std::filesystem::path& browser, const std::string& command,
                   std::string& failureText) {
     const std::filesystem::path copy = places.bin / "volo-sandbox-browser.exe";

@@ -1,10 +1,11 @@
 #pragma once
 
-// Makes this program and its children trust an authority while the object lives. It uses the trust store of the system:
-// SSL_CERT_FILE on Linux, the store "ROOT" on Windows. No other thread may read the environment meanwhile.
+// Makes this program and its children trust a certificate authority while this object exists. It changes the trust
+// store of the system: SSL_CERT_FILE on Linux, the store "ROOT" on Windows. No other thread may read the environment
+// during construction and destruction.
 //
-// On real Windows "ROOT" belongs to the user and is left alone; only under Wine, in a prefix of the sandbox, it is
-// changed.
+// On real Windows, "ROOT" is the user's own store and is not changed. It is changed only under Wine, in a prefix of the
+// sandbox.
 
 #include <optional>
 #include <string>
@@ -16,7 +17,7 @@ class SystemTrust {
     SystemTrust(const SystemTrust&) = delete;
     SystemTrust& operator=(const SystemTrust&) = delete;
 
-    // False when the system refuses, or the file does not exist.
+    // False if the certificate could not be added or the file does not exist.
     [[nodiscard]] bool isTrusted() const { return trusted_; }
 
   private:

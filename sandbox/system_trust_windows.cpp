@@ -20,7 +20,7 @@ const BYTE* bytesOf(const std::string& text) {
     return reinterpret_cast<const BYTE*>(text.data());
 }
 
-// The certificate in DER; empty when the file holds none.
+// Returns the certificate in DER; empty if the file contains none.
 std::string readCertificate(const std::filesystem::path& file) {
     std::ifstream in(file, std::ios::binary);
     const std::string pem{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};

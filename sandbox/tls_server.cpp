@@ -20,9 +20,9 @@
 struct TlsConnection::State {
     TlsServer::Shared& shared;
     SSL* ssl;
-    socket_t socket; // INVALID_SOCKET once closed; guarded by the server's mutex
+    socket_t socket; // INVALID_SOCKET after it is closed; guarded by the server's mutex
     std::thread thread;
-    bool hasEnded = false; // its thread has nothing left to do; guarded by the server's mutex
+    bool hasEnded = false; // true: the thread can be joined without waiting; guarded by the server's mutex
 };
 
 struct TlsServer::Shared {
@@ -47,7 +47,7 @@ struct TlsServer::Shared {
 void TlsServer::Shared::close(TlsConnection::State& state, bool withReset) {
     const std::lock_guard<std::mutex> lock(mutex);
     if (state.socket == INVALID_SOCKET) return;
-    const linger discard{1, 0}; // makes the close an RST
+    const linger discard{1, 0}; // makes close() send an RST
     if (withReset)
         setsockopt(state.socket, SOL_SOCKET, SO_LINGER, reinterpret_cast<const char*>(&discard), sizeof discard);
     closeSocket(static_cast<std::intptr_t>(state.socket));
@@ -66,7 +66,7 @@ void TlsServer::Shared::serve(TlsConnection::State& state) {
     state.hasEnded = true;
 }
 
-// With the mutex held.
+// Joins the threads that have ended. The caller holds the mutex.
 void TlsServer::Shared::joinEnded() {
     for (TlsConnection::State& state : connections)
         if (state.hasEnded) state.thread.join();
@@ -91,7 +91,7 @@ void TlsServer::Shared::acceptLoop() {
 
 namespace {
 
-// With an unusable identity every handshake fails.
+// Returns a TLS context. If the identity is invalid, every handshake fails.
 SSL_CTX* newContext(const ServerIdentity& identity) {
     const auto reader = [](const std::string& pem) {
         return std::unique_ptr<BIO, decltype(&BIO_free)>(BIO_new_mem_buf(pem.data(), static_cast<int>(pem.size())),
@@ -107,7 +107,7 @@ SSL_CTX* newContext(const ServerIdentity& identity) {
     return context;
 }
 
-// The port that the socket listens at; 0 when `port` is not free.
+// Binds the socket and starts to listen. Returns its port; 0 if `port` is not free.
 int listenAt(socket_t listener, int port) {
     sockaddr_in address{};
     address.sin_family = AF_INET;
@@ -115,7 +115,7 @@ int listenAt(socket_t listener, int port) {
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t size = sizeof address;
 #ifndef _WIN32
-    const int yes = 1; // a fixed port is free again as soon as its last server has ended
+    const int yes = 1; // allows to bind a port again directly after its last server has ended
     setsockopt(listener, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
 #endif
     const bool listens = bind(listener, reinterpret_cast<sockaddr*>(&address), size) == 0 &&
@@ -129,8 +129,8 @@ int listenAt(socket_t listener, int port) {
 TlsServer::TlsServer(const ServerIdentity& identity, Script script, int port)
     : shared_(std::make_unique<Shared>()) {
 #ifdef SIGPIPE
-    std::signal(SIGPIPE,
-                SIG_IGN); // OpenSSL 3 writes without MSG_NOSIGNAL: a client that has gone would end the process
+    // OpenSSL 3 writes without MSG_NOSIGNAL. Without this line, a write to a closed connection would end the process.
+    std::signal(SIGPIPE, SIG_IGN);
 #endif
     shared_->script = std::move(script);
     shared_->context = newContext(identity);
@@ -144,7 +144,7 @@ TlsServer::~TlsServer() {
         const std::lock_guard<std::mutex> lock(shared_->mutex);
         shared_->stopping = true;
 #ifdef _WIN32
-        closeSocket(static_cast<std::intptr_t>(shared_->listener)); // a shutdown ends accept() on Linux only
+        closeSocket(static_cast<std::intptr_t>(shared_->listener)); // shutdown() ends accept() only on Linux
 #else
         shutDownSocket(static_cast<std::intptr_t>(shared_->listener));
 #endif

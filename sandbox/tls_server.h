@@ -1,7 +1,7 @@
 #pragma once
 
-// A TLS server on 127.0.0.1. A script of its owner serves every connection and decides every byte, so it can also give
-// answers that no well-behaved HTTP server gives.
+// A TLS server on 127.0.0.1. A script serves each connection and chooses each byte, so that it can also send responses
+// that a correct HTTP server never sends.
 
 #include <functional>
 #include <memory>
@@ -14,18 +14,18 @@
 // script returns, the server sends close_notify and FIN, unless the script has ended the connection itself.
 class TlsConnection {
   public:
-    // Reads a request: its head and as many bytes as its Content-Length announces. Returns what has arrived when the
-    // client closes before that.
+    // Reads a request: its head and the body with the length in Content-Length. If the client closes earlier, returns
+    // what has arrived.
     std::string readRequest();
 
-    // False when the client has gone or the server is being destroyed.
+    // False if the client has closed the connection or the server is being destroyed.
     bool write(const std::string& bytes);
 
     void closeAbruptly(); // FIN without close_notify
     void reset();         // RST
     void stall();         // sends nothing until the server is destroyed
 
-    // Waits. False when the server is being destroyed.
+    // Waits for this time. False if the server is being destroyed.
     bool pause(int milliseconds);
 
   private:
@@ -40,15 +40,15 @@ class TlsServer {
   public:
     using Script = std::function<void(TlsConnection&)>;
 
-    // Starts to listen; port 0 lets the system choose. The script runs once for every connection, on several threads at
-    // once.
+    // Starts to listen. If `port` is 0, the system chooses the port. The script runs once for each connection, on
+    // several threads at the same time.
     TlsServer(const ServerIdentity& identity, Script script, int port = 0);
-    ~TlsServer(); // cuts the open connections and joins their threads
+    ~TlsServer(); // shuts down the open connections and joins their threads
     TlsServer(const TlsServer&) = delete;
     TlsServer& operator=(const TlsServer&) = delete;
 
-    [[nodiscard]] int port() const;                          // 0 when the port was not free
-    [[nodiscard]] std::vector<std::string> requests() const; // everything that readRequest has returned
+    [[nodiscard]] int port() const;                          // 0 if the port was not free
+    [[nodiscard]] std::vector<std::string> requests() const; // all requests that readRequest has returned
 
   private:
     friend class TlsConnection;

@@ -22,7 +22,7 @@ bool isHeld(const UpdateServerFaults& with, const char* what) {
     return !with.holdFolder.empty() && fs::exists(fs::path(with.holdFolder) / what, ignored);
 }
 
-// Manifest and statement are held up as a whole. False when the server is being destroyed.
+// Waits while a hold file delays the manifest or the statement. False if the server is being destroyed.
 bool waitWhileHeld(TlsConnection& connection, const UpdateServerFaults& with, const fs::path& name) {
     const char* what = name == "manifest.json" ? "manifest" : name.extension() == ".txt" ? "statement" : nullptr;
     while (what && isHeld(with, what))
@@ -40,11 +40,11 @@ struct UpdateServer::Service {
 
     const fs::path directory;
 
-    std::mutex mutex; // guards everything below but the server
+    std::mutex mutex; // guards everything below except the server
     UpdateServerFaults faults;
     std::vector<std::string> events;
 
-    TlsServer server; // last: its threads end before the rest is destroyed
+    TlsServer server; // the last member, so that its threads end before the others are destroyed
 };
 
 UpdateServer::Service::Service(const ServerIdentity& identity, std::string servedDirectory)
@@ -80,7 +80,7 @@ void UpdateServer::Service::answer(TlsConnection& connection) {
     if (connection.write(httpHead(200, static_cast<std::size_t>(size), type))) send(connection, file, size, with);
 }
 
-// Ends early, whatever length was announced, when a fault says so.
+// Sends the body. A fault can make it end before all bytes of the Content-Length are sent.
 void UpdateServer::Service::send(TlsConnection& connection, std::ifstream& file, std::int64_t size,
                                  const UpdateServerFaults& with) {
     for (std::int64_t position = 0; position < size;) {
@@ -89,7 +89,7 @@ void UpdateServer::Service::send(TlsConnection& connection, std::ifstream& file,
         std::int64_t want = with.kibPerSecond > 0 ? std::int64_t{with.kibPerSecond} * 1024 / 10 : kChunk;
         if (with.closeAfter >= 0) want = std::min(want, with.closeAfter - position);
         if (with.stallAfter >= 0) want = std::min(want, with.stallAfter - position);
-        const bool held = isHeld(with, "package"); // its second half then arrives byte by byte
+        const bool held = isHeld(with, "package"); // if true, the second half is sent byte by byte
         if (held) want = position < size / 2 ? std::min(want, size / 2 - position) : 1;
 
         std::string bytes(static_cast<std::size_t>(std::max<std::int64_t>(want, 1)), '\0');

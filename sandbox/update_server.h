@@ -1,7 +1,7 @@
 #pragma once
 
-// The update server: serves a directory of static files over TLS on loopback, with faults on demand. Faults can be
-// changed while it runs and apply to later requests. Any thread.
+// The update server. It serves a directory of static files over TLS on loopback and can simulate faults. Faults can be
+// changed while it runs; a change applies to later requests. Any thread.
 
 #include <cstdint>
 #include <map>
@@ -12,13 +12,13 @@
 #include "sandbox/certificate_authority.h"
 
 struct UpdateServerFaults {
-    std::map<std::string, int> status; // file name to status: answered with that status and a short body
-    std::string suffix = ".container"; // the faults below apply to files whose names end so
-    int delayMilliseconds = 0;         // before the answer begins
+    std::map<std::string, int> status; // from file name to status: the response has this status and a short body
+    std::string suffix = ".container"; // the faults below apply only to file names with this suffix
+    int delayMilliseconds = 0;         // before the response begins
     int kibPerSecond = 0;              // 0: no limit
-    std::int64_t closeAfter = -1;      // ends the connection after so many bytes
-    std::int64_t stallAfter = -1;      // sends nothing more after so many bytes
-    std::string holdFolder;            // while it contains a file "manifest", "package" or "statement", that is delayed
+    std::int64_t closeAfter = -1;      // ends the connection after this many bytes
+    std::int64_t stallAfter = -1;      // sends nothing more after this many bytes
+    std::string holdFolder;            // a file "manifest", "package" or "statement" in it delays that download
     std::int64_t corruptAt = -1;       // inverts the byte at this offset
 };
 
@@ -30,12 +30,12 @@ class UpdateServer {
     UpdateServer(const UpdateServer&) = delete;
     UpdateServer& operator=(const UpdateServer&) = delete;
 
-    [[nodiscard]] int port() const;            // 0 when no port was free
+    [[nodiscard]] int port() const;            // 0 if no port was free
     [[nodiscard]] std::string baseUrl() const; // https://127.0.0.1:<port>
 
     void setFaults(const UpdateServerFaults& faults);
 
-    // One line per request, in order: "200 /linux/manifest.json".
+    // Returns one line per request, in order, such as "200 /linux/manifest.json".
     [[nodiscard]] std::vector<std::string> events() const;
 
   private:

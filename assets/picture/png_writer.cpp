@@ -9,7 +9,8 @@
 
 namespace {
 
-// Differences are multiples of this: no channel is off by more than half of it. Less in the dark, where steps show.
+// Returns the step to which differences are rounded. The error of a channel is at most half a step. Dark pixels have
+// smaller steps, because errors are more visible there.
 int stepAt(int level) {
     return level < 48 ? 2 : 4;
 }
@@ -74,7 +75,7 @@ bool writePng(const char* path, int width, int height, const std::vector<std::ui
     std::string header;
     appendNumber(header, static_cast<std::uint32_t>(width));
     appendNumber(header, static_cast<std::uint32_t>(height));
-    header += std::string("\x08\x02\x00\x00\x00", 5); // eight bits, red green blue
+    header += std::string("\x08\x02\x00\x00\x00", 5); // eight bits per channel; red, green, blue
     std::string file = "\x89PNG\r\n\x1a\n";
     appendChunk(file, "IHDR", header);
     appendChunk(file, "IDAT", packed);

@@ -1,10 +1,10 @@
 #pragma once
 
-// Writes a picture as a PNG that is small at the price of a few levels of exactness: what each pixel differs from its
-// prediction by is rounded, and predictions are made from what was written, so that errors do not add up.
+// Writes a picture as a small PNG with slightly inexact colours. The difference of each pixel from its prediction is
+// rounded. The prediction uses the rounded pixels, so that the errors do not accumulate.
 
 #include <cstdint>
 #include <vector>
 
-// Three bytes per pixel: red, green, blue. False when the file could not be written.
+// `pixels` has three bytes per pixel: red, green, blue. False if the file cannot be written.
 [[nodiscard]] bool writePng(const char* path, int width, int height, const std::vector<std::uint8_t>& pixels);

@@ -1,6 +1,7 @@
-// Renders background.png, the picture beside the sign-in: a laparoscope's view of the gallbladder under the liver, with
-// two instruments. Everything is a signed distance field, marched from the scope's tip; the light sits beside the lens
-// and falls off with distance, as in the operating room. The same options give the same bytes.
+// Renders background.png, the picture on the sign-in screen: the view of a laparoscope on the gallbladder under the
+// liver, with two instruments. All objects are signed distance fields. Rays are marched from the tip of the
+// laparoscope. As in the operating room, the light is next to the lens and becomes weaker with distance. The same
+// options give the same bytes.
 //
 //   render-background OUTPUT [HEIGHT [SAMPLES]]
 
@@ -73,7 +74,7 @@ float lattice(int x, int y, int z) {
     return static_cast<float>(hash(seed) >> 8) * (1.0f / 8388608.0f) - 1.0f;
 }
 
-// Value noise, -1 to 1.
+// Returns value noise from -1 to 1.
 float noise(Vec p) {
     const float fx = std::floor(p.x), fy = std::floor(p.y), fz = std::floor(p.z);
     const int x = static_cast<int>(fx), y = static_cast<int>(fy), z = static_cast<int>(fz);
@@ -94,7 +95,7 @@ float fbm(Vec p, int octaves) {
     return sum;
 }
 
-// Branching thin lines: 1 on a vessel, 0 beside it.
+// Returns a pattern of thin branching lines: 1 on a vessel, 0 elsewhere.
 float vessels(Vec p, float width) {
     const Vec warped =
         p + Vec{fbm(p * 0.9f, 3), fbm(p * 0.9f + Vec{7, 1, 3}, 3), fbm(p * 0.9f + Vec{2, 9, 5}, 3)} * 0.9f;
@@ -132,7 +133,7 @@ float ellipsoid(Vec p, Vec centre, Vec radii) {
     return slope > 1e-6f ? k * (k - 1.0f) / slope : -std::min({radii.x, radii.y, radii.z});
 }
 
-// A cone with round ends.
+// Returns the distance to a cone with round ends.
 float roundCone(Vec p, Vec a, Vec b, float ra, float rb) {
     const Vec axis = b - a, q = p - a;
     const float t = saturate(dot(q, axis) / dot(axis, axis));
@@ -142,7 +143,7 @@ float roundCone(Vec p, Vec a, Vec b, float ra, float rb) {
 float liver(Vec p) {
     const float right = ellipsoid(p, {5.0f, 4.9f, 12.6f}, {7.6f, 4.4f, 4.8f});
     const float left = ellipsoid(p, {-4.9f, 5.5f, 13.6f}, {5.7f, 3.7f, 3.8f});
-    // Flat below and behind, with the edge that a liver has.
+    // Cut both lobes flat at the bottom and the back, which gives the liver its sharp edge.
     const float rightCut =
         smoothMax(right, dot(p - Vec{4.6f, 0.75f, 9.0f}, normalize(Vec{-0.10f, -0.80f, 0.42f})), 0.55f);
     const float leftCut =
@@ -182,7 +183,7 @@ float wall(Vec p) {
     return room + 0.5f * noise(p * 0.22f) + 0.12f * noise(p * 0.7f);
 }
 
-// A shaft that ends in a hinge and two jaws around `tip`.
+// Adds an instrument to the scene: a shaft with a hinge and two jaws at `tip`.
 void instrument(Vec p, Vec from, Vec tip, float opening, float roll, Hit& hit) {
     const Vec axis = normalize(tip - from);
     const Vec hinge = tip - axis * 1.35f;
@@ -206,7 +207,7 @@ void instrument(Vec p, Vec from, Vec tip, float opening, float roll, Hit& hit) {
         const Vec normal = normalize(swing * std::cos(opening) - axis * (sign * std::sin(opening)));
         const Vec q = p - hinge;
         const float along = dot(q, direction), thickness = dot(q, normal) * sign, width = dot(q, across);
-        const float bend = thickness - 0.05f * along * (1.35f - along); // curved outwards, tips together
+        const float bend = thickness - 0.05f * along * (1.35f - along); // curved outwards; the tips meet
         const float taper = mix(0.15f, 0.085f, saturate(along / 1.35f));
         const float teeth = bend < 0.03f ? 0.012f * std::sin(along * 40.0f) : 0.0f;
         const Vec box{std::max(std::fabs(along - 0.68f) - 0.66f, 0.0f), std::max(std::fabs(bend) - 0.035f, 0.0f),
@@ -243,10 +244,10 @@ Vec normalAt(Vec p) {
 
 struct Surface {
     Vec colour;
-    Vec scatter; // how far light of each colour wraps around, by what goes on under the surface
+    Vec scatter; // how far light of each colour reaches around an edge, because of scattering under the surface
     float roughness;
     float coat;  // strength of the wet film
-    float bumps; // of the film
+    float bumps; // strength of the film's bumps
     float metal = 0.0f;
 };
 
@@ -324,10 +325,10 @@ float glint(Vec normal, Vec toEye, Vec toLight, float roughness) {
     return distribution * visible * nl;
 }
 
-constexpr std::array<Vec, 2> kLights = {{{0.42f, 0.30f, 0.0f}, {-0.42f, 0.22f, 0.0f}}}; // beside the lens
-constexpr float kLit = 10.0f; // the distance at which the light is 1
+constexpr std::array<Vec, 2> kLights = {{{0.42f, 0.30f, 0.0f}, {-0.42f, 0.22f, 0.0f}}}; // next to the lens
+constexpr float kLit = 10.0f; // the distance at which the light has the strength 1
 const Vec kLampColour{1.0f, 0.965f, 0.90f};
-const Vec kBounce{0.16f, 0.075f, 0.058f}; // red walls light the shadows
+const Vec kBounce{0.16f, 0.075f, 0.058f}; // light that the red walls reflect into shadows
 
 Vec shade(Vec p, Vec toEye, Material material) {
     const Surface surface = surfaceAt(p, material);
@@ -358,7 +359,7 @@ Vec shade(Vec p, Vec toEye, Material material) {
         const float fresnel = surface.metal > 0 ? 0.85f : 0.035f + 0.5f * std::pow(1.0f - facing, 5.0f);
         shine = shine + kLampColour * (lit * fresnel * surface.coat * glint(film, toEye, toLight, surface.roughness));
     }
-    // What the film mirrors of the room: bright towards the scope, red elsewhere.
+    // Add the reflection in the wet film: bright in the direction of the laparoscope, red in other directions.
     const Vec mirrored = film * (2.0f * dot(film, toEye)) - toEye;
     const float towards = saturate(dot(mirrored, toEye));
     const Vec room = mix({0.10f, 0.030f, 0.024f}, {0.42f, 0.33f, 0.28f}, towards * towards * towards);
@@ -384,10 +385,10 @@ Vec trace(Vec origin, Vec direction) {
 // --- the camera ------------------------------------------------------------------------------------------------------
 
 constexpr float kAspect = 1.5f;
-constexpr float kCentreX = 0.585f, kCentreY = 0.47f; // of the scope's image circle, as parts of width and height
-constexpr float kReach = 0.62f;                      // half of the height, as an angle's tangent
+constexpr float kCentreX = 0.585f, kCentreY = 0.47f; // centre of the circular image, as fractions of width and height
+constexpr float kReach = 0.62f;                      // tangent of half the vertical angle of view
 
-float film(float v) { // a filmic curve, then the screen's own
+float film(float v) { // applies a filmic tone curve, then the screen's gamma
     v *= 0.95f;
     v = v * (2.51f * v + 0.03f) / (v * (2.43f * v + 0.59f) + 0.14f);
     v = saturate(v);
@@ -421,7 +422,7 @@ class Picture {
     void pixel(int column, int row) {
         Vec sum;
         for (int sample = 0; sample < samples_; ++sample) {
-            // An even sequence in both directions, turned for each pixel.
+            // Use a low-discrepancy sequence for the samples, with another random offset for each pixel.
             const std::uint32_t turn = hash(static_cast<std::uint32_t>(row * width_ + column));
             const float jitter = static_cast<float>(turn >> 8) * (1.0f / 16777216.0f);
             const float number = static_cast<float>(sample);
@@ -438,16 +439,17 @@ class Picture {
             pixels_[at + i] = static_cast<std::uint8_t>(std::lround(channels[i] * 255.0f));
     }
 
-    // Already as the screen shows it, so that highlights do not ruin the edges.
+    // Returns the colour in the screen's encoding. The samples are averaged in this encoding, so that bright highlights
+    // do not make edges jagged.
     Vec colourAt(float x, float y) const {
         const float u = (x - kCentreX) * kAspect * 2.0f, v = (kCentreY - y) * 2.0f;
         const float fromCentre = std::sqrt(u * u + v * v);
         const float vignette = 1.0f - 0.96f * smoothstep(0.62f, 1.32f, fromCentre);
-        const float captioned = 1.0f - 0.55f * smoothstep(0.66f, 0.96f, y); // light text stands at the foot
-        const float bulge = 1.0f + 0.06f * fromCentre * fromCentre;         // a scope's barrel distortion
+        const float captioned = 1.0f - 0.55f * smoothstep(0.66f, 0.96f, y); // dark below the light caption
+        const float bulge = 1.0f + 0.06f * fromCentre * fromCentre;         // barrel distortion of the lens
         const Vec direction = normalize({u * kReach * bulge + 0.19f, v * kReach * bulge, 1.0f});
         const Vec colour = trace({}, direction) * (vignette * captioned);
-        const Vec floor{0.010f, 0.011f, 0.014f}; // of the theme: never quite black
+        const Vec floor{0.010f, 0.011f, 0.014f}; // minimum colour, from the theme: never completely black
         const Vec shown = colour + floor;
         return {film(shown.x), film(shown.y), film(shown.z)};
     }

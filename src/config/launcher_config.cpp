@@ -81,7 +81,8 @@ bool isPlaceholderCredential(const std::string& value) {
     return value.empty() || value.starts_with("YOUR_");
 }
 
-// Matches bytes, not parameters: a longer name that ends in "platform=" matches too, and so does one outside the query.
+// Searches for the bytes "platform=" and does not parse the query. So it also matches a longer name that ends in
+// "platform=", and a match outside the query.
 std::string withPlatformQuery(const std::string& url) {
     constexpr std::string_view key = "platform=";
     std::string result = url;

@@ -1,13 +1,13 @@
 #pragma once
 
-// launcher_config.json: the read-only file that a deployment places beside the executable. The main thread reads it
-// once, before any window exists. The result never changes; workers get copies of what they need.
+// Reads launcher_config.json, the configuration file in the executable's folder. The launcher never writes it. The main
+// thread reads it once, before it opens the window. The result never changes; workers get copies of the values.
 //
 // The file is one JSON object with string members:
 //   google_client_id, google_client_secret   OAuth credentials; a placeholder is empty or begins with "YOUR_"
-//   editor_update_manifest_url               gets a `platform` query value
-//   downloads_directory                      resolved against the launcher's directory; "downloads" when empty
-//   artifact_authenticity_url                where release statements are published; optional
+//   editor_update_manifest_url               the launcher adds the query parameter `platform`
+//   downloads_directory                      relative to the launcher's directory, or absolute; default "downloads"
+//   artifact_authenticity_url                folder of the release statements; optional
 //   artifact_authenticity_keys               1 to 4 Ed25519 public keys in base64, separated by spaces; optional
 // A build that defines VOLO_AUTHENTICITY_URL or VOLO_AUTHENTICITY_KEYS uses that value instead of the file's.
 
@@ -16,23 +16,23 @@
 struct LauncherConfig {
     std::string googleClientId;
     std::string googleClientSecret;
-    std::string editorUpdateManifestUrl; // with the platform query applied
+    std::string editorUpdateManifestUrl; // including the query parameter `platform`
     std::string downloadsDirectory;      // absolute and normalised
-    std::string message;                 // what the not-configured screen shows; empty when `configured`
-    bool configured = false;             // both credentials are real
+    std::string message;                 // text of the not-configured screen; empty if `configured` is true
+    bool configured = false;             // true: neither credential is a placeholder
 
     std::string artifactAuthenticityUrl;
     std::string artifactAuthenticityKeys;
 };
 
-// Reads launcher_config.json beside the executable, or launcher_config.example.json when there is none. After a missing
-// or bad file `configured` is false and `message` holds the text for the user.
+// Reads launcher_config.json in the executable's folder, or launcher_config.example.json if the first file is missing.
+// If no file can be used, `configured` is false and `message` is set.
 [[nodiscard]] LauncherConfig loadLauncherConfig();
 
-// The same for a given directory; empty means that the launcher's directory could not be found.
+// Does the same for the given directory. An empty text means that the launcher's directory is unknown.
 [[nodiscard]] LauncherConfig loadLauncherConfigFrom(const std::string& launcherDirectory);
 
 [[nodiscard]] bool isPlaceholderCredential(const std::string& value);
 
-// Sets the `platform` query value to this platform's name.
+// Returns the URL with the query parameter `platform` set to this platform's name.
 [[nodiscard]] std::string withPlatformQuery(const std::string& url);

@@ -24,7 +24,8 @@ constexpr std::string_view kLastAddedLocation = "projects/lastAddedLocation";
 constexpr std::string_view kProjectsPrefix = "Projects\\";
 constexpr std::string_view kProjectsSize = "Projects\\size";
 
-// The number of project entries. Comments and sections have no meaning here: every line with the key counts.
+// Returns the number of project entries. Ignores comments and sections: any line with this key counts, and the last one
+// wins.
 int readProjectCount(std::string_view text) {
     int count = 0;
     std::string key;
@@ -51,7 +52,7 @@ void readProjectField(ProjectEntry& project, std::string_view field, const std::
     }
 }
 
-// Fills the entries from the lines "Projects\N\field=value", N counting from 1.
+// Reads the lines "Projects\N\field=value" into the entries. N starts at 1. Ignores comments and sections.
 void readProjects(std::string_view text, std::vector<ProjectEntry>& projects) {
     std::string key;
     std::string value;
@@ -125,7 +126,7 @@ bool LauncherSettings::load() {
     return true;
 }
 
-// Comments and sections have a meaning here only.
+// Reads the values of the section [General], except the projects. Only this function recognises comments and sections.
 void LauncherSettings::readGeneral(std::string_view text) {
     bool inGeneral = false;
     std::string key;
@@ -171,7 +172,8 @@ bool LauncherSettings::save() {
     return true;
 }
 
-// It may hold a session and projects, for example after a start by another user. False when it cannot be renamed.
+// Renames a file that load could not read, because it may contain a session and projects; for example, it may belong to
+// another user. False if the rename fails.
 bool LauncherSettings::keepUnreadableFile() {
     if (!fileIsUnreadable_) return true;
     const std::string firstName = filePath_ + ".unreadable";

@@ -1,16 +1,21 @@
 #pragma once
 
-// Launcher.conf: the session, the project list and the folders of the user. Main thread only. The setters do not save:
-// the caller saves when it has finished its changes.
+// Launcher.conf: the user's session, project list and folders. Main thread only. The setters do not write the file;
+// call save() after the last change.
 //
 // The file is text with one section, [General]:
-//   auth%2FrefreshToken=...                  always written; likewise install%2Fpath, projects%2FdefaultLocation,
-//   auth%2FuserName=, auth%2FuserEmail=      only when not empty         projects%2FlastAddedLocation
-//   Projects%5Csize=N                        then for each project, counted from 1:
-//   Projects%5C1%5Cname= path= lastOpened= favorite=   and targetPlatform=, editorVersion= when not empty
-// In keys the bytes space, % / = @ and backslash are written as %XX; in values line feed, % and @. The reader decodes
-// both, so a hand-edited file may use plain keys. Tabs, carriage returns and spaces at the ends of lines, keys and
-// values are dropped.
+//   auth%2FrefreshToken=
+//   auth%2FuserName=                         only if not empty
+//   auth%2FuserEmail=                        only if not empty
+//   install%2Fpath=
+//   projects%2FdefaultLocation=
+//   projects%2FlastAddedLocation=
+//   Projects%5Csize=N                        the number of projects
+//   Projects%5C1%5Cname=                     the first project; likewise its path, lastOpened and favorite, and
+//                                            targetPlatform and editorVersion if they are not empty
+// In keys, space, %, /, =, @ and backslash are written as %XX; in values, line feed, % and @. The reader decodes both,
+// so keys in a file edited by hand need not be encoded. Tabs, carriage returns and spaces at both ends of lines, keys
+// and values are ignored.
 
 #include <string>
 #include <string_view>
@@ -20,15 +25,16 @@
 
 class LauncherSettings {
   public:
-    // Finds the place of the file and reads nothing. Without a user data directory there is no file: load and save do
-    // nothing, and the state lasts for the run.
+    // Sets the file's path. Does not read the file. If there is no user data directory, load and save do nothing, and
+    // the settings are lost at exit.
     LauncherSettings();
 
-    // False when no file could be read. A damaged file does not fail: unreadable values keep their defaults.
+    // Reads the file. False if there is no readable file. In a damaged file, invalid values keep their defaults.
     [[nodiscard]] bool load();
 
-    // Replaces the whole file, or leaves it as it was. Only its owner may read it. False when it was not replaced. When
-    // load found a file that it could not read, the first save keeps that file as "Launcher.conf.unreadable".
+    // Replaces the whole file. On failure returns false and leaves the old file unchanged. Only the file's owner may
+    // read it. If load found a file that it could not read, the first save renames that file to
+    // "Launcher.conf.unreadable".
     bool save();
 
     std::string refreshToken() const { return refreshToken_; }
@@ -39,15 +45,15 @@ class LauncherSettings {
     void setUserEmail(const std::string& email) { userEmail_ = email; }
     void clearSession();
 
-    // The folder that holds the editor; the launcher's directory when none is set.
+    // Returns the folder that contains the editor. If none is set, returns the launcher's directory.
     std::string installPath() const;
     void setInstallPath(const std::string& path) { installPath_ = path; }
 
-    // Newest first after load. To change the list, copy it and pass the copy to setProjects.
+    // Sorted by load, newest first. To change the list, copy it and pass the copy to setProjects.
     const std::vector<ProjectEntry>& projects() const { return projects_; }
     void setProjects(const std::vector<ProjectEntry>& projects);
 
-    // Both change the first entry with exactly this path, if there is one.
+    // Change the first entry with exactly this path. Do nothing if there is none.
     void toggleFavorite(const std::string& path);
     void setFavorite(const std::string& path, bool favorite);
 
@@ -62,7 +68,7 @@ class LauncherSettings {
     [[nodiscard]] bool keepUnreadableFile();
 
     std::string filePath_;          // empty: no file
-    bool fileIsUnreadable_ = false; // it exists, but load could not read it
+    bool fileIsUnreadable_ = false; // the file exists, but load could not read it
     std::string refreshToken_;
     std::string userName_;
     std::string userEmail_;

@@ -1,11 +1,11 @@
 #pragma once
 
-// The text form of Launcher.conf: one "key=value" per line. Any thread.
+// Reads and writes the lines of Launcher.conf, "key=value". Any thread.
 
 #include <string>
 #include <string_view>
 
-// Both write reserved bytes as "%" and two upper-case hexadecimal digits.
+// Replace each reserved byte with "%" and two upper-case hexadecimal digits.
 [[nodiscard]] std::string encodeSettingKey(std::string_view key);
 [[nodiscard]] std::string encodeSettingValue(std::string_view value);
 
@@ -15,8 +15,8 @@
 // Removes tabs, carriage returns and spaces at both ends.
 [[nodiscard]] std::string_view trimSettingText(std::string_view text);
 
-// Splits a line at its first "=", then trims and decodes both sides. False when there is no "=".
+// Splits a line at its first "=", then trims and decodes both parts. False if there is no "=".
 [[nodiscard]] bool splitSettingLine(std::string_view line, std::string& key, std::string& value);
 
-// Removes the next line from the front of `text` and trims it. False at the end of the text.
+// Moves the first line of `text` to `line` and trims it. False if `text` is empty.
 [[nodiscard]] bool nextSettingLine(std::string_view& text, std::string_view& line);

@@ -12,8 +12,8 @@ const unsigned char* asBytes(std::string_view text) {
     return reinterpret_cast<const unsigned char*>(text.data());
 }
 
-// EVP_DecodeBlock decodes whole groups of four digits, decodes padding as zero bytes, and accepts blanks and unused
-// bits that are not zero. Empty when it refuses the text.
+// Decodes whole groups of four digits with EVP_DecodeBlock. Returns an empty text if OpenSSL rejects `text`. OpenSSL
+// decodes padding as zero bytes, and accepts white space and unused bits that are not zero.
 std::string decodeGroups(std::string_view text) {
     std::string bytes(text.size() / 4 * 3, '\0');
     const int size =

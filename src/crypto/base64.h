@@ -1,19 +1,19 @@
 #pragma once
 
-// Base64 in its two alphabets. Any thread.
+// Encodes and decodes Base64, in the standard and the URL-safe alphabet. Any thread.
 
 #include <string>
 #include <string_view>
 
-// The standard alphabet with padding.
+// Encodes in the standard alphabet with padding.
 [[nodiscard]] std::string base64Encode(std::string_view bytes);
 
-// The URL-safe alphabet of RFC 4648 without padding.
+// Encodes in the URL-safe alphabet of RFC 4648 without padding.
 [[nodiscard]] std::string base64UrlEncode(std::string_view bytes);
 
-// Decodes the standard alphabet strictly. Empty unless encoding the result gives exactly `text`.
+// Decodes the standard alphabet strictly. Returns an empty text if `text` is not exactly the encoding of the result.
 [[nodiscard]] std::string base64DecodeCanonical(std::string_view text);
 
-// Decodes either alphabet, also mixed. "=" ends the text. Other bytes are skipped, and bits that do not fill a byte are
-// dropped.
+// Decodes both alphabets, also mixed in one text. "=" ends the text. Skips other bytes and ignores bits at the end that
+// do not fill a byte.
 [[nodiscard]] std::string base64DecodeLenient(std::string_view text);

@@ -8,5 +8,5 @@
 inline constexpr std::size_t kEd25519KeySize = 32;
 inline constexpr std::size_t kEd25519SignatureSize = 64;
 
-// True when `publicKey` verifies `signature` over `text`. Both are raw bytes.
+// True if `signature` is a valid signature of `text` by `publicKey`. Signature and key are raw bytes.
 [[nodiscard]] bool verifyEd25519(const std::string& text, const std::string& signature, const std::string& publicKey);

@@ -1,12 +1,12 @@
 #pragma once
 
-// Random bytes for keys, nonces and tokens. Any thread.
+// Generates random bytes for keys, nonces and tokens. Any thread.
 
 #include <cstddef>
 #include <string>
 
-// Empty when OpenSSL has no randomness.
+// Returns `count` random bytes. Empty if OpenSSL's random generator fails.
 [[nodiscard]] std::string randomBytes(std::size_t count);
 
-// `byteCount` random bytes as URL-safe Base64. Empty when OpenSSL has no randomness.
+// Returns `byteCount` random bytes as URL-safe Base64. Empty if OpenSSL's random generator fails.
 [[nodiscard]] std::string randomUrlToken(std::size_t byteCount);

@@ -20,7 +20,7 @@ std::string Sha256::finish() {
 
 std::string sha256OfFile(const std::string& path, const std::atomic<bool>* stop) {
     std::ifstream file;
-    file.rdbuf()->pubsetbuf(nullptr, 0); // no second buffer: the reads below are large
+    file.rdbuf()->pubsetbuf(nullptr, 0); // unbuffered, because the reads below are large
     file.open(path, std::ios::binary);
     if (!file) return {};
     Sha256 digest;

@@ -1,6 +1,6 @@
 #pragma once
 
-// SHA-256 of texts, streams and files. Any thread.
+// Computes the SHA-256 of texts, streams and files. Any thread.
 
 #include <atomic>
 #include <cstddef>
@@ -11,24 +11,24 @@
 
 #include <openssl/evp.h>
 
-// The digest of bytes that arrive in pieces.
+// Computes the digest of data that arrives in pieces.
 class Sha256 {
   public:
     Sha256();
     void update(const void* bytes, std::size_t count);
-    [[nodiscard]] std::string finish(); // 64 lower-case hexadecimal digits, empty after a failure; call it once
+    [[nodiscard]] std::string finish(); // returns 64 lower-case hexadecimal digits, empty after a failure; call once
 
   private:
     std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context_;
     bool good_;
 };
 
-// 64 lower-case hexadecimal digits, empty on failure. Reads the file 256 KiB at a time. Setting `stop` from another
-// thread ends it early with an empty text.
+// Returns the digest of a file as 64 lower-case hexadecimal digits; empty on failure. Reads the file 256 KiB at a time.
+// If another thread sets `stop`, it ends early and returns an empty text.
 [[nodiscard]] std::string sha256OfFile(const std::string& path, const std::atomic<bool>* stop = nullptr);
 
-// The 32 bytes of the digest, empty on failure.
+// Returns the 32 bytes of the digest of `text`; empty on failure.
 [[nodiscard]] std::vector<std::uint8_t> sha256Bytes(const std::string& text);
 
-// Lower-case hexadecimal digits, two for each byte.
+// Returns two lower-case hexadecimal digits for each byte.
 [[nodiscard]] std::string hexEncode(const unsigned char* bytes, std::size_t count);

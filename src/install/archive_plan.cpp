@@ -11,16 +11,16 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// miniz 3.1 cuts a name at 511 bytes, and its C text ends at a zero byte. It also reports success for an entry that has
-// no data although its size or checksum says otherwise.
+// False if the entry is damaged in a way that miniz 3.1 does not report: its name is longer than 511 bytes or contains
+// a zero byte (miniz cuts it there), or it has no data although its size or checksum is not zero.
 bool isWholeEntry(mz_zip_archive& archive, mz_uint index, const mz_zip_archive_file_stat& entry) {
     const std::size_t fullSize = mz_zip_reader_get_filename(&archive, index, nullptr, 0);
     if (std::strlen(entry.m_filename) + 1 != fullSize) return false;
     return entry.m_comp_size != 0 || (entry.m_uncomp_size == 0 && entry.m_crc32 == 0);
 }
 
-// The mode that an entry made on Unix has in the upper half of its attributes. Archivers that know no file type leave
-// the type bits zero.
+// Returns the file mode from the upper half of the external attributes, or `unknown` if the entry was not made on Unix.
+// Some archivers leave the type bits zero, so zero counts as a regular file.
 fs::perms modeOf(const mz_zip_archive_file_stat& entry) {
     constexpr unsigned kMadeOnUnix = 3, kTypeBits = 0170000, kRegular = 0100000;
     const unsigned mode = entry.m_external_attr >> 16;
@@ -30,8 +30,8 @@ fs::perms modeOf(const mz_zip_archive_file_stat& entry) {
     return static_cast<fs::perms>((mode & 0755) | 0600);
 }
 
-// Equal for all names that some file system takes for the same path: case, repeated separators, "." parts, and trailing
-// dots and blanks do not count, and letters outside ASCII are all alike.
+// Returns a key that is equal for two names if any file system could treat them as the same path. The key ignores case,
+// repeated separators, "." parts, and dots and spaces at the end of a part. All letters outside ASCII count as equal.
 std::string meetingKey(std::string_view name) {
     std::string key;
     const auto endPart = [&] {
@@ -54,12 +54,13 @@ std::string meetingKey(std::string_view name) {
     return key;
 }
 
-// Remembers paths and tells when a new one meets an earlier one.
+// Collects the names of an archive. add() returns true if the name may be the same path as an earlier name, or if one
+// of the two may be a directory of the other.
 class MeetingNames {
   public:
     bool add(std::string_view name) {
         const std::string key = meetingKey(name);
-        // Windows gives a long name a second, short one with a tilde.
+        // On Windows a name with a tilde may be the short (8.3) name of another file.
         bool meets =
             name.find('~') != std::string_view::npos || directories_.contains(key) || !files_.insert(key).second;
         for (std::size_t end = key.find('/'); end != std::string::npos; end = key.find('/', end + 1)) {

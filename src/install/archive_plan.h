@@ -1,6 +1,7 @@
 #pragma once
 
-// What an archive's entries become on the disk, decided before any of them is extracted. Any thread.
+// Plans an extraction: decides for each entry of an archive which file it becomes, before any entry is extracted. Any
+// thread.
 
 #include <filesystem>
 #include <string>
@@ -11,14 +12,14 @@
 struct PlannedFile {
     mz_uint index = 0; // of the entry
     std::string path;
-    std::filesystem::perms mode = std::filesystem::perms::unknown; // unknown: as the zip library makes it
+    std::filesystem::perms mode = std::filesystem::perms::unknown; // unknown: keep the zip library's mode
 };
 
 struct ArchivePlan {
-    std::vector<PlannedFile> files; // by ascending index; entries without a file are left out
-    bool endsAtBadEntry = false;    // the next entry is refused or unreadable, and the rest is left out
-    bool needsOrder = false;        // two files may have the same path, or one is the other's directory
+    std::vector<PlannedFile> files; // by ascending index; directory entries are left out
+    bool endsAtBadEntry = false;    // the entry after the last file is refused or unreadable; `files` ends before it
+    bool needsOrder = false; // extract in order: two files may have the same path, or one the path of a directory
 };
 
-// Reads the directory of the open archive. Nothing is written.
+// Reads the central directory of the open archive. Writes nothing.
 [[nodiscard]] ArchivePlan planArchive(mz_zip_archive& archive, const std::filesystem::path& stagingDirectory);

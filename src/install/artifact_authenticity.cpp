@@ -20,7 +20,7 @@ bool verifyArtifactAuthenticity(const ArtifactAuthenticity& pinned, const std::s
     if (pinned.url.empty() || keys.empty())
         return fail("the publisher key in the launcher configuration is not usable.");
 
-    // Compute everything from the files: the manifest is what the statement checks.
+    // Compute size and hashes from the files, because the manifest's values come from the server that is not trusted.
     PackageIdentity package;
     package.version = version;
     std::error_code error;
@@ -34,7 +34,7 @@ bool verifyArtifactAuthenticity(const ArtifactAuthenticity& pinned, const std::s
     HttpsAnswer answer;
     server.readTimeoutSeconds = 30;
     server.abort = stop.requests;
-    // One slash: object stores answer "//" with 404.
+    // Avoid "//" in the path: object stores return 404 for it.
     const std::string base = pinned.url.ends_with('/') ? pinned.url.substr(0, pinned.url.size() - 1) : pinned.url;
     const std::string url = base + "/" + package.sha256 + std::string(statement::kFileExtension);
     if (parseHttpsUrl(url, server.host, server.port, path)) answer = httpsGet(server, path, {}, statement::kMaxBytes);

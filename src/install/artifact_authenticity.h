@@ -1,21 +1,21 @@
 #pragma once
 
-// Checks a package against its release statement: signed by the publisher, dated, and beyond the update server's power
-// to forge.
+// Checks a package against its release statement. The publisher signs and dates the statement, so an attacker who
+// controls the update server cannot forge it.
 
 #include <string>
 
 #include "install/run_stop.h"
 
-// The publisher that a deployment pins. Both empty: no publisher is pinned, and the check passes without a request.
+// The publisher that the configuration pins. If both fields are empty, the check passes without a request.
 struct ArtifactAuthenticity {
-    std::string url;  // https; the statement of a package is at <url>/<SHA-256 of the package>.txt
+    std::string url;  // https; a package's statement has the address <url>/<SHA-256 of the package>.txt
     std::string keys; // one to four Ed25519 public keys, base64 of 32 bytes each, separated by spaces
 };
 
-// Fetches the release statement of the package file and compares it with the files on disk, the pinned keys and the
-// clock. `decryptedPath` is the archive from a container, empty for a plain package. Blocking; install worker only.
-// False leaves a message for the user in `failureText`.
+// Fetches the release statement of the package file. Checks it against the files on disk, the pinned keys and the
+// clock. `decryptedPath` is the decrypted archive; it is empty if the package is not encrypted. Blocking; install
+// worker only. On failure returns false and sets `failureText` to a message for the user.
 [[nodiscard]] bool verifyArtifactAuthenticity(const ArtifactAuthenticity& pinned, const std::string& version,
                                               const std::string& packagePath, const std::string& decryptedPath,
                                               const RunStop& stop, std::string& failureText);

@@ -1,6 +1,6 @@
 #pragma once
 
-// One row of the Downloads screen: a package transfer since the launcher started.
+// One row of the Downloads screen: one package download since the launcher started.
 
 #include <cstdint>
 #include <string>
@@ -8,8 +8,8 @@
 enum class DownloadStatus : std::int32_t { Downloading = 0, Downloaded = 1, Installing = 2, Installed = 3, Failed = 4 };
 
 struct DownloadRecord {
-    std::string version;  // as the manifest gave it
-    std::string filePath; // of the package, never of the part file
+    std::string version;  // from the manifest, unchanged
+    std::string filePath; // the package, never the part file
     DownloadStatus status = DownloadStatus::Downloading;
     std::int64_t downloadedBytes = 0;
     std::int64_t totalBytes = 0; // 0 while unknown

@@ -1,4 +1,4 @@
-// The Downloads screen: one row for each package download of this run, newest first.
+// The Downloads screen: one row for each package download since the launcher started, newest first.
 
 #include <array>
 #include <filesystem>
@@ -76,7 +76,7 @@ void LauncherApp::drawDownloadsScreen() {
 }
 
 void LauncherApp::drawDownloadRow(int index) {
-    // Every row takes a fresh copy, because "Delete" of a row above may just have removed a record.
+    // Copy the records again for each row: a click on "Delete" in a row above may just have removed one.
     const std::vector<DownloadRecord> downloads =
         install ? install->downloadsSnapshot() : std::vector<DownloadRecord>();
     if (index < 0 || static_cast<std::size_t>(index) >= downloads.size()) return;

@@ -9,7 +9,7 @@
 
 using std::chrono::steady_clock;
 
-static constexpr std::chrono::milliseconds kProgressPeriod{33}; // a frame for every chunk would cost more than it shows
+static constexpr std::chrono::milliseconds kProgressPeriod{33}; // limits the frames that a download causes to 30/s
 
 EditorInstallState::EditorInstallState(const std::string& manifestUrl, const std::string& downloadsDirectory,
                                        const ArtifactAuthenticity& authenticity, const InstallProgress& initial)
@@ -27,7 +27,7 @@ void EditorInstallState::startUpdate() {
     const EditorInstallStatus current = status();
     if (current >= EditorInstallStatus::Checking && current <= EditorInstallStatus::Installing) return;
     if (worker_.joinable()) worker_.join();
-    // Clear the previous worker's flag, or joinIfFinished would block on the new worker.
+    // Clear the previous worker's flag. Otherwise joinIfFinished would block until the new worker ends.
     workerFinished_ = false;
     stop_.clearCancel();
     report({UpdateEvent::Started});

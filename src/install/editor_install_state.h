@@ -1,9 +1,9 @@
 #pragma once
 
-// Starts and cancels the install worker, and hands what it reports to the screens.
+// Starts and cancels the install worker, and gives the screens copies of its progress.
 //
-// Members are called on the frame thread, except those marked "worker". The mutex is held for a few assignments or one
-// copy, never across network, file or hashing work.
+// Call all members on the frame thread, except those marked "worker". The mutex is held for a few assignments or one
+// copy, never during network, file or hashing work.
 
 #include <atomic>
 #include <cstdint>
@@ -21,26 +21,26 @@ class EditorInstallState {
   public:
     EditorInstallState(const std::string& manifestUrl, const std::string& downloadsDirectory,
                        const ArtifactAuthenticity& authenticity = {}, const InstallProgress& initial = {});
-    ~EditorInstallState(); // ends the run and joins; waits for decryption, removal, rename and sync
+    ~EditorInstallState(); // stops the run and joins; cannot interrupt decryption, removal, rename and sync
     EditorInstallState(const EditorInstallState&) = delete;
     EditorInstallState& operator=(const EditorInstallState&) = delete;
 
-    void startUpdate();    // does nothing while a run is busy
+    void startUpdate();    // does nothing while a run is active
     void requestCancel();  // takes effect at the worker's next cancellation point
-    void joinIfFinished(); // once per frame; does not block
+    void joinIfFinished(); // call once per frame; does not block
 
     [[nodiscard]] EditorInstallStatus status() const;
     [[nodiscard]] std::int64_t downloadedBytes() const;
     [[nodiscard]] std::int64_t totalBytes() const;
-    [[nodiscard]] const std::string& statusMessage(); // copy at once: the next call overwrites it
+    [[nodiscard]] const std::string& statusMessage(); // valid until the next call
     [[nodiscard]] std::vector<DownloadRecord> downloadsSnapshot() const;
 
-    // Deletes a row and its package file. A row that is downloading stays.
+    // Deletes a row and its package file. Does nothing if the row's download is still active.
     void removeDownload(int index);
 
   private:
     void runUpdate();                      // worker
-    void report(const UpdateEvent& event); // worker; the only way in which a run changes progress_, but for its bytes
+    void report(const UpdateEvent& event); // frame thread or worker; applies the event to progress_
 
     const std::string manifestUrl_;
     const std::string downloadsDirectory_;
@@ -50,7 +50,7 @@ class EditorInstallState {
     InstallProgress progress_;
 
     RunStop stop_;
-    std::atomic<bool> workerFinished_ = false; // set by the worker's last act
+    std::atomic<bool> workerFinished_ = false; // the worker sets it after the run
     std::thread worker_;                       // frame thread only
-    std::string shownMessage_;                 // frame thread only: what statusMessage returned last
+    std::string shownMessage_;                 // frame thread only; the text that statusMessage returned last
 };

@@ -18,7 +18,7 @@ std::string readFirstLine(const std::string& path) {
     std::ifstream file(path);
     std::string line;
     std::getline(file, line);
-    // Only these three bytes are trimmed: a tab stays.
+    // Trim only these three bytes. A tab stays.
     line.erase(line.find_last_not_of("\n\r ") + 1);
     return line;
 }

@@ -1,41 +1,42 @@
 #pragma once
 
-// Where the editor is, and which version the launcher installed. Any thread; no state.
-// Every function returns a path or a version as text; empty means that there is none.
+// Finds the editor's executable and the version that the launcher installed. Any thread; no state.
+// A function that finds nothing returns an empty text.
 
 #include <array>
 #include <string>
 
 class LauncherApp;
 
-// The directory into which the launcher always installs: "editor" in the launcher's own directory.
+// Returns the directory into which the launcher installs the editor: "editor" in the launcher's own directory. In this
+// header it is called the managed directory.
 [[nodiscard]] std::string managedEditorDirectory();
 
-// The file that records a finished install: one line, the version as the manifest gives it.
+// Returns the path of the version marker. This file records a finished install. Its one line is the manifest's version.
 [[nodiscard]] std::string editorVersionMarkerPath();
 
-// The first line of a file without trailing line ends and spaces.
+// Returns the first line of a file without line ends and spaces at its end.
 [[nodiscard]] std::string readFirstLine(const std::string& path);
 
-// The version that the marker names; empty means that no managed install is recorded.
+// Returns the version in the marker. Empty if the launcher has installed no editor.
 [[nodiscard]] std::string installedEditorVersion();
 
-// The editor's name for the user, with the version where there is one.
+// Returns the editor's display name. It includes the version if `version` is not empty.
 [[nodiscard]] std::string editorLabel(const std::string& version);
 
-// The paths that may hold an editor's executable below one directory, in search order: editor/editor.exe,
+// Returns the possible paths of the editor's executable below `directory`, in search order: editor/editor.exe,
 // bin/editor.exe, editor.exe.
 [[nodiscard]] std::array<std::string, 3> editorExecutablePlaces(const std::string& directory);
 
-// The first of those paths that is a regular file.
+// Returns the first of these paths that is a regular file.
 [[nodiscard]] std::string findEditorExecutable(const std::string& directory);
 
-// The search that decides whether an install is needed: the launcher's directory and two levels above it.
+// Searches the launcher's directory and two levels above it. The result decides whether an install is needed.
 [[nodiscard]] std::string findEditorNearLauncher();
 
 [[nodiscard]] std::string findManagedEditor();
 
-// The search for opening projects and for the screens: ZANTOR_DIR, the user's install path, the managed directory, then
-// near the launcher. It differs from findEditorNearLauncher on purpose: neither the variable nor the setting makes an
-// install unnecessary.
+// Searches for the editor that opens projects and that the screens show: first in ZANTOR_DIR, then in the user's
+// install path, in the managed directory, and near the launcher. findEditorNearLauncher ignores ZANTOR_DIR and the
+// install path on purpose: an editor there does not make an install unnecessary.
 [[nodiscard]] std::string resolveEditorExecutable(const LauncherApp& app);

@@ -10,10 +10,10 @@
 
 namespace fs = std::filesystem;
 
-// Deletes the target and renames the staging directory to it, once.
+// Deletes the target and renames the staging directory to it. Returns the error of the rename.
 static std::error_code replaceTarget(const std::string& stagingDirectory, const std::string& target) {
     std::error_code error;
-    fs::remove_all(target, error); // a failure shows in the rename
+    fs::remove_all(target, error); // if this fails, the rename fails too
     fs::rename(stagingDirectory, target, error);
     return error;
 }
@@ -22,7 +22,7 @@ bool swapIn(const std::string& stagingDirectory, const RunStop& stop) {
     const std::string target = managedEditorDirectory();
     std::error_code ignored;
     // Delete the marker and the executables first: a crash then never leaves a half-deleted folder that looks
-    // installed. Of a symbolic link only the link is deleted, not the directory that it leads to.
+    // installed. If the target is a symbolic link, only the link is deleted; the directory behind it stays unchanged.
     if (!fs::is_symlink(target, ignored)) {
         fs::remove(editorVersionMarkerPath(), ignored);
         for (const std::string& place : editorExecutablePlaces(target))

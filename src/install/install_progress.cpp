@@ -9,12 +9,13 @@ void show(InstallProgress& progress, Status status, const std::string& message) 
     progress.statusMessage = message;
 }
 
-// Leaves the rows alone: each keeps the state that it had.
+// Does not change the download rows.
 void failUpdate(InstallProgress& progress, const std::string& message) {
     show(progress, Status::Failed, message);
 }
 
-// The first row is the transfer's: rows are added in front, and a row that is downloading cannot be removed.
+// Fails the first row, which belongs to this download: new rows are added in front, and an active one cannot be
+// removed.
 void failTransfer(InstallProgress& progress, const std::string& message) {
     progress.downloads.front().status = DownloadStatus::Failed;
     failUpdate(progress, message);

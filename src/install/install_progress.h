@@ -1,7 +1,7 @@
 #pragma once
 
-// What the screens show of an install, as a plain value, and the events of an update run that change it. No lock, no
-// disk, no network. Any thread.
+// The progress of an install as the screens show it, and the events of an update run that change it. Plain values: no
+// locks, no files, no network. Any thread.
 
 #include <cstdint>
 #include <string>
@@ -9,7 +9,7 @@
 
 #include "install/download_record.h"
 
-// The order is fixed: values 1 to 3 are busy.
+// Keep the order: values 1 to 3 mean that a run is active.
 enum class EditorInstallStatus : std::int32_t {
     Idle = 0,
     Checking = 1,
@@ -31,27 +31,27 @@ struct InstallProgress {
 // One step or the end of an update run.
 struct UpdateEvent {
     enum Kind {
-        // A run passes through these.
+        // Steps of a run.
         Started,
         DownloadStarted, // detail: the path of the package file
         Downloaded,
         InstallStarted,
 
-        // A run ends with one of these.
+        // Each run ends with one of these.
         NotConfigured,
-        Offline,        // the server cannot be used, and there is an editor
-        Unreachable,    // the server did not answer, and there is no editor
-        ManifestFailed, // detail: the cause, as the user reads it
+        Offline,        // no server is configured or it did not respond, but an editor is installed
+        Unreachable,    // the server did not respond, and no editor is installed
+        ManifestFailed, // detail: the cause, for the user
         PackageUrlInvalid,
-        WaitCancelled, // while another launcher installs
+        WaitCancelled, // cancelled while another launcher installs, or closed while a checksum is computed
         DownloadsNotWritable,
         DownloadCancelled,
         DownloadFailed,
         ChecksumDiffers,
         DownloadNotFinalized,
-        DecryptionFailed, // detail: the cause, as the user reads it
+        DecryptionFailed, // detail: the cause, for the user
         PlaintextDiffers,
-        NotAuthentic, // detail: the cause, as the user reads it
+        NotAuthentic, // detail: the cause, for the user
         NotAnArchive,
         ExtractionFailed,
         InstallCancelled,
@@ -60,12 +60,12 @@ struct UpdateEvent {
         Installed,
     };
     Kind kind;
-    std::string version = {}; // of the manifest; empty before there is one
+    std::string version = {}; // from the manifest; empty in events that do not need it
     std::string detail = {};
 };
 
-// Turns an event into status, message and rows.
+// Updates status, message and rows for one event.
 void recordEvent(InstallProgress& progress, const UpdateEvent& event);
 
-// The byte counters of the transfer, in the progress and in its newest row.
+// Sets the byte counters of the active download, in the progress and in its newest row.
 void recordBytes(InstallProgress& progress, std::int64_t received, std::int64_t total);

@@ -1,6 +1,6 @@
 #pragma once
 
-// What the Installs and the Downloads screens share. Main thread only, inside a frame.
+// Widgets that the Installs and Downloads screens share. Main thread only, inside a frame.
 
 #include <cstdint>
 
@@ -19,5 +19,6 @@ inline constexpr InstallBadge kBadgeFailed = {"Failed", UiThemeBadgeStatus::Fail
 
 void drawInstallCard(ImVec2 min, ImVec2 max);
 
-// A progress bar and a text such as "1.0 MB / 2.0 MB". Sizes are bytes. A total of 0 or less shows as "unknown".
+// Draws a progress bar and a text such as "1.0 MB / 2.0 MB". Sizes are in bytes. A total of 0 or less is shown as
+// "unknown".
 void drawTransferProgress(ImVec2 barMin, ImVec2 barMax, ImVec2 textAt, std::int64_t received, std::int64_t total);

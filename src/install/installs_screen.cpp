@@ -1,5 +1,5 @@
-// The Installs screen: one card that shows the installed editor, its location and what the install worker is doing, and
-// offers the one action that fits.
+// The Installs screen: one card with the installed editor, its location, the state of the install worker, and one
+// button for the action that this state allows.
 
 #include <array>
 
@@ -43,7 +43,7 @@ constexpr std::array<InstallBadge, 7> kBadges = {{
     kBadgeFailed,
 }};
 
-// A spinner with a label. The spinner's clock runs only in frames that show it, and is never reset.
+// Draws a spinner with a label. The spinner's clock advances only in frames that show it. It is never reset.
 void drawBusy(ImVec2 rowRight, const char* label) {
     static float clock = 0.0f;
     clock += ImGui::GetIO().DeltaTime;
@@ -83,7 +83,7 @@ void LauncherApp::drawInstallsScreen() {
     const std::string editor = resolveEditorExecutable(*this);
     ImFont* small = uiThemeFont(12.0f);
     drawList->PushClipRect(min, max - uiThemePx({kCardInset, 0.0f}),
-                           true); // long paths and messages are cut at the card
+                           true); // clip long paths and messages at the card's edge
     uiThemeText(drawList, small, min + uiThemePx({kTextLeft, kLocationTop}), editor.empty() ? kNoLocation : kLocation,
                 editor.empty() ? "No editor installation found." : "Location: " + editor);
     const std::string statusLine = message.empty() ? "Channel: Stable - Linux x86_64" : message;

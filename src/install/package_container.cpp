@@ -27,15 +27,14 @@ struct ContainerHeader {
     const unsigned char* nonce() const { return bytes.data() + container::kNonceOffset; }
 };
 
-// A container with a valid header, open at its ciphertext.
+// A container with a valid header. The file is positioned at the ciphertext.
 struct OpenContainer {
     std::string key;
     std::ifstream file;
     ContainerHeader header;
 };
 
-// Reads header and tag, then seeks to the first byte of the ciphertext. Returns what is wrong with the container, or
-// null.
+// Reads header and tag, then seeks to the first byte of the ciphertext. Returns an error text, or null on success.
 const char* readHeader(std::ifstream& file, ContainerHeader& header) {
     file.seekg(0, std::ios::end);
     const auto end = static_cast<std::streamoff>(file.tellg());
@@ -63,7 +62,8 @@ const char* readHeader(std::ifstream& file, ContainerHeader& header) {
     return nullptr;
 }
 
-// Returns what went wrong, or null when the tag has verified everything that `sink` received.
+// Decrypts the payload into `sink`. Returns an error text, or null if the tag has verified all data that `sink`
+// received.
 const char* decryptPayload(OpenContainer& opened, const PlaintextSink& sink) {
     ContainerHeader& header = opened.header;
     const std::unique_ptr<EVP_CIPHER_CTX, decltype(&EVP_CIPHER_CTX_free)> cipher(EVP_CIPHER_CTX_new(),

@@ -7,7 +7,7 @@
 //        8     1  format version, 1
 //        9     1  nonce length, 12
 //       10     1  tag length, 16
-//       11     1  reserved: never read, not covered by the tag
+//       11     1  reserved: ignored, not covered by the tag
 //       12     8  payload size P, big-endian
 //       20    12  nonce
 //       32     P  ciphertext
@@ -32,22 +32,25 @@ inline constexpr std::size_t kTagSize = 16;
 inline constexpr std::size_t kKeySize = 32;
 } // namespace container
 
-// True when the file begins with the magic. False for a file that is too short or cannot be read.
+// True if the file begins with the magic bytes. False for a file that is too short or cannot be read.
 [[nodiscard]] bool isEncryptedPackage(const std::string& path);
 
-// Reads the payload size from the header. False, with a message for the user, when the header does not fit the file.
+// Reads the payload size from the header. If the header is invalid or does not match the file's size, returns false and
+// sets `failureText` to a message for the user.
 [[nodiscard]] bool readContainerSize(const std::string& path, std::uint64_t& payloadSize, std::string& failureText);
 
-// Decrypts a container into a plain archive, 64 KiB at a time. `keyText` is base64 in either alphabet; bytes of neither
-// are skipped, and "=" ends it. False leaves a message for the user in `failureText`.
+// Decrypts a container into a plain archive, 64 KiB at a time. `keyText` is base64 in the standard or the URL alphabet;
+// other bytes are skipped, and "=" ends the text. On failure returns false and sets `failureText` to a message for the
+// user.
 //
-// The plaintext is written before the tag at the end of the container can be checked. After a failure the output stays
-// on disk and may hold the whole unauthenticated plaintext: open it only after true. Write errors are ignored; the
-// reader of the archive notices a short output.
+// The tag is at the end of the container, so the plaintext is written before the tag can be checked. After a failure
+// the output stays on disk and may contain unauthenticated plaintext: open it only if the result is true. Write errors
+// are ignored, because the extraction fails for an incomplete archive.
 [[nodiscard]] bool decryptPackage(const std::string& containerPath, const std::string& outputPath,
                                   const std::string& keyText, std::string& failureText);
 
-// The same, but `sink` receives the plaintext piece by piece. Use it only after true.
+// Decrypts like decryptPackage, but passes the plaintext to `sink` piece by piece. Use the plaintext only if the result
+// is true.
 using PlaintextSink = std::function<void(const unsigned char* bytes, std::size_t count)>;
 [[nodiscard]] bool decryptPackageTo(const PlaintextSink& sink, const std::string& containerPath,
                                     const std::string& keyText, std::string& failureText);

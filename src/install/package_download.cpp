@@ -11,7 +11,7 @@
 
 namespace {
 
-// The file that a transfer writes. Data arrives in pieces of 16 KiB at most; the file writes 256 KiB at a time.
+// The file that a download writes. Data arrives in pieces of up to 16 KiB; the class collects 256 KiB for each write.
 class PartFile {
   public:
     explicit PartFile(const std::string& path) {
@@ -55,17 +55,17 @@ UpdateEvent::Kind receiveIntoPart(const PackageTransfer& transfer, const std::st
         return !stop.cancelRequested;
     };
     const HttpsAnswer answer = httpsDownload(transfer.server, transfer.urlPath, receive, progress);
-    // The result of the close does not count: the flush has given everything to the system.
+    // Check for errors after the flush and ignore the result of the close: the flush has passed all data to the system.
     part.flush();
     const bool written = part.good();
     part.close();
 
     if (stop.cancelRequested) return UpdateEvent::DownloadCancelled;
-    // The part file also receives the body of an answer with another status.
+    // httpsDownload also writes the body of a response whose status is not 200 into the part file.
     if (!answer.answered || answer.status != 200 || !written) return UpdateEvent::DownloadFailed;
     if (!transfer.sha256.empty() && sha256OfFile(partPath, &stop.closing) != transfer.sha256)
         return UpdateEvent::ChecksumDiffers;
-    // Sync before the rename: after a loss of power the final name could otherwise hold an empty file.
+    // Sync before the rename. Otherwise the file with the final name could be empty after a power failure.
     if (!syncFile(partPath)) return UpdateEvent::DownloadFailed;
     return UpdateEvent::Downloaded;
 }

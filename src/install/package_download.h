@@ -1,9 +1,9 @@
 #pragma once
 
-// Brings one package file to its final path. Blocking; install worker only.
+// Downloads one package file. Blocking; install worker only.
 //
-// Everything arrives in <packagePath>.part. Only a complete and verified file that is on the disk is renamed to
-// packagePath. A part file survives no failure but that of the rename.
+// Data is written to <packagePath>.part. A complete, verified and synced file is renamed to packagePath. After a
+// failure the part file is deleted, unless the rename itself failed.
 
 #include <cstdint>
 #include <functional>
@@ -20,9 +20,9 @@ struct PackageTransfer {
     std::string packagePath;
 };
 
-// Called on the worker for each piece that arrives. `total` is 0 while the size is unknown.
+// Called on the worker for each piece of data. `total` is 0 while the size is unknown.
 using TransferProgress = std::function<void(std::int64_t received, std::int64_t total)>;
 
-// Downloaded, or the way in which the transfer failed. A cancel ends it at the next piece of data.
+// Returns Downloaded, or the event that tells how the download failed. A cancel takes effect at the next piece of data.
 [[nodiscard]] UpdateEvent::Kind downloadPackage(const PackageTransfer& transfer, const RunStop& stop,
                                                 const TransferProgress& onProgress);

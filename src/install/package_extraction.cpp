@@ -33,7 +33,7 @@ namespace {
 
 constexpr std::size_t kMostThreads = 4;
 
-// A zip reader of one thread. It reads nothing more once the launcher closes.
+// The zip reader of one thread. When the launcher closes, its reads fail, so that the extraction ends soon.
 class ArchiveReader {
   public:
     ArchiveReader(const std::string& path, const std::atomic<bool>& closing)
@@ -66,14 +66,14 @@ class ArchiveReader {
     void* readOpaque_ = nullptr;
 };
 
-// The files of an archive, handed out to threads by ascending index.
+// Distributes the files of an archive to several threads, by ascending index.
 class Extraction {
   public:
     Extraction(const ArchivePlan& plan, const RunStop& stop)
         : plan_(plan)
         , stop_(stop) {}
 
-    // Extracts files until there are no more, or until one failed in any thread.
+    // Runs on each thread. Extracts files until none is left or one has failed on any thread.
     void work(mz_zip_archive& archive) {
         for (;;) {
             const std::size_t next = next_++;
@@ -98,7 +98,8 @@ class Extraction {
     std::atomic<bool> failed_ = false;
 };
 
-// Each directory once, for all threads. A file fails when its directory is missing.
+// Creates each directory once, before the threads start. Errors are ignored: the extraction of a file fails if its
+// directory is missing.
 void createDirectories(const std::vector<PlannedFile>& files) {
     std::unordered_set<std::string> created;
     for (const PlannedFile& file : files) {
@@ -108,7 +109,8 @@ void createDirectories(const std::vector<PlannedFile>& files) {
     }
 }
 
-// Every helper has a reader of its own. A helper that cannot start leaves the files to the other threads.
+// Extracts the planned files on this thread and on helper threads. Each helper opens its own reader. If a helper cannot
+// start, the other threads extract all files.
 bool extractFiles(ArchiveReader& reader, const std::string& archivePath, const ArchivePlan& plan, const RunStop& stop) {
     Extraction extraction(plan, stop);
     const std::size_t cores = std::max(1u, std::thread::hardware_concurrency());
@@ -122,7 +124,7 @@ bool extractFiles(ArchiveReader& reader, const std::string& archivePath, const A
                 if (own.isOpen()) extraction.work(own.archive());
             });
         }
-    } catch (const std::system_error&) { // the system refuses another thread
+    } catch (const std::system_error&) { // the system cannot create another thread
     }
     extraction.work(reader.archive());
     for (std::thread& helper : helpers)
@@ -130,7 +132,7 @@ bool extractFiles(ArchiveReader& reader, const std::string& archivePath, const A
     return !extraction.failed();
 }
 
-// A package from a system without Unix modes must start too.
+// Makes the editor's executables executable, because a package made on Windows has no Unix modes.
 void makeEditorExecutable(const std::string& stagingDirectory) {
     for (const std::string& place : editorExecutablePlaces(stagingDirectory)) {
         std::error_code ignored;
@@ -140,7 +142,7 @@ void makeEditorExecutable(const std::string& stagingDirectory) {
     }
 }
 
-// A file that could not be removed from an earlier run's staging directory would become part of the new editor.
+// True if the staging directory contains no files. A file left by an earlier run would become part of the new editor.
 bool isEmptyOrMissing(const std::string& directory) {
     std::error_code error;
     return !fs::exists(directory, error) || fs::is_empty(directory, error);
@@ -160,12 +162,12 @@ ExtractionOutcome extractArchive(const std::string& archivePath, const std::stri
     ArchiveReader reader(archivePath, stop.closing);
     if (!reader.isOpen()) return ExtractionOutcome::Unreadable;
     if (!isEmptyOrMissing(stagingDirectory)) return ExtractionOutcome::Failed;
-    // An archive of directories alone has no file before which a cancel would take effect.
+    // Check for a cancel here too: an archive that contains only directories has no file before which to check.
     if (stop.cancelRequested && mz_zip_reader_get_num_files(&reader.archive()) > 0) return ExtractionOutcome::Failed;
     const ArchivePlan plan = planArchive(reader.archive(), stagingDirectory);
     createDirectories(plan.files);
     if (!extractFiles(reader, archivePath, plan, stop) || plan.endsAtBadEntry) return ExtractionOutcome::Failed;
     makeEditorExecutable(stagingDirectory);
-    // Sync before the swap deletes anything: after a loss of power the new files would otherwise be empty.
+    // Sync before the swap deletes the old editor. Otherwise the new files could be empty after a power failure.
     return syncFiles(pathsOf(plan.files)) ? ExtractionOutcome::Done : ExtractionOutcome::Failed;
 }

@@ -8,7 +8,7 @@
 
 namespace {
 
-// Removes the first line from the text. False when no line feed ends it.
+// Moves the first line of `text` to `line`. False if the line does not end with a line feed.
 bool takeLine(std::string_view& text, std::string_view& line) {
     const std::size_t end = text.find('\n');
     if (end == std::string_view::npos) return false;
@@ -17,7 +17,7 @@ bool takeLine(std::string_view& text, std::string_view& line) {
     return true;
 }
 
-// Removes a line "<name>: <value>" from the text.
+// Removes the first line from `text` and sets `value`. False if the line is not "<name>: <value>".
 bool takeField(std::string_view& text, std::string_view name, std::string_view& value) {
     if (!takeLine(text, value) || !value.starts_with(name)) return false;
     value.remove_prefix(name.size());
@@ -26,7 +26,7 @@ bool takeField(std::string_view& text, std::string_view name, std::string_view& 
     return true;
 }
 
-// Plain decimals only: no sign, no leading zero, nothing after the digits.
+// Parses a plain decimal number: no sign, no leading zero, nothing after the digits.
 bool parseNumber(const std::string& text, std::int64_t& number) {
     if (text.empty() || text.front() < '0' || text.front() > '9' || (text.front() == '0' && text.size() > 1))
         return false;

@@ -1,20 +1,20 @@
 #pragma once
 
-// The release statement: a small static text, signed and dated by the publisher, for one package file. Its address is
-// <authenticity url>/<sha256 of the package file>.txt. ASCII; exactly these lines in this order, each ended by one line
-// feed:
+// The release statement: a small text file, signed and dated by the publisher, about one package file. Its address is
+// <authenticity url>/<sha256 of the package file>.txt. It is ASCII and has exactly these lines in this order. Each line
+// ends with one line feed.
 //
 //   release-statement-v1
 //   version: 1.4.2
 //   size: 104857600                        bytes of the package file
 //   sha256: <64 lower-case hexadecimal digits, of the package file>
-//   plaintext-sha256: <the same of the decrypted archive, or - for a plain zip>
+//   plaintext-sha256: <64 digits, of the decrypted archive; "-" if the package is not encrypted>
 //   not-before: 1795228661                 seconds since the Unix epoch
 //   not-after: 1795833461
-//   status: ok                             anything else withdraws the release
+//   status: ok                             any other value withdraws the release
 //   ed25519: <base64>                      one to four of these
 //
-// A signature covers every byte before the first ed25519 line; one good signature by any pinned key is enough.
+// A signature covers all bytes before the first ed25519 line. One valid signature by any pinned key is enough.
 // Any thread.
 
 #include <array>
@@ -25,7 +25,8 @@
 #include <vector>
 
 namespace statement {
-inline constexpr std::string_view kFirstLine = "release-statement-v1"; // no signature for another purpose begins so
+// The first line is part of the signed text. It separates release statements from other texts signed with the same key.
+inline constexpr std::string_view kFirstLine = "release-statement-v1";
 enum Field : std::size_t { Version, Size, Sha256, PlaintextSha256, NotBefore, NotAfter, Status, kFieldCount };
 inline constexpr std::array<std::string_view, kFieldCount> kFieldNames = {
     "version", "size", "sha256", "plaintext-sha256", "not-before", "not-after", "status"};
@@ -36,7 +37,7 @@ inline constexpr std::string_view kStatusOk = "ok";
 inline constexpr std::string_view kFileExtension = ".txt";
 
 inline constexpr std::size_t kMaxBytes = 4096;
-inline constexpr std::size_t kMaxSignatures = 4; // also the limit of pinned keys
+inline constexpr std::size_t kMaxSignatures = 4; // also the maximum number of pinned keys
 inline constexpr std::int64_t kDaySeconds = 86400;
 inline constexpr std::int64_t kMaxLifetimeSeconds = 92 * kDaySeconds;
 inline constexpr std::int64_t kClockToleranceSeconds = kDaySeconds; // before not-before and after not-after
@@ -49,24 +50,26 @@ struct ReleaseStatement {
     std::vector<std::string> signatures; // 64 bytes each
 };
 
-// False unless the text has exactly this form.
+// Parses a statement. False if the text does not have exactly the form above.
 [[nodiscard]] bool parseReleaseStatement(std::string_view text, ReleaseStatement& release);
 
-// False when a number is not a plain decimal, or when the lifetime is not positive or too long.
 struct StatementNumbers {
     std::int64_t size = 0;
     std::int64_t notBefore = 0;
     std::int64_t notAfter = 0;
 };
+// Parses the three numbers of a statement. False if one is not a plain decimal, or if the lifetime (notAfter -
+// notBefore) is not positive or is longer than kMaxLifetimeSeconds.
 [[nodiscard]] bool parseStatementNumbers(const ReleaseStatement& release, StatementNumbers& numbers);
 
-// True when one of the signatures is by one of the keys, each 32 bytes.
+// True if at least one signature verifies with at least one of `keys`. Each key is a raw Ed25519 public key of 32
+// bytes.
 [[nodiscard]] bool isSignedByAny(const ReleaseStatement& release, const std::vector<std::string>& keys);
 
-// The keys in a configuration text. Empty unless there are one to four and all of them are usable.
+// Returns the keys in a configuration text. Returns none if one of them is invalid or if there are more than four.
 [[nodiscard]] std::vector<std::string> parsePublisherKeys(const std::string& text);
 
-// Computed from the package on disk.
+// The version from the manifest, and the values computed from the package on disk.
 struct PackageIdentity {
     std::string version;
     std::int64_t size = 0;
@@ -74,7 +77,6 @@ struct PackageIdentity {
     std::string plaintextSha256; // or kNoPlaintext
 };
 
-// Returns what is wrong with the statement that was served for this package, as the user reads it; empty when the
-// package is genuine.
+// Checks a statement for this package. Returns a message for the user, or an empty text if the package is genuine.
 [[nodiscard]] std::string judgeReleaseStatement(std::string_view text, const std::vector<std::string>& keys,
                                                 const PackageIdentity& package, std::int64_t nowSeconds);

@@ -1,18 +1,20 @@
 #pragma once
 
-// How the frame thread ends an update run. The frame thread sets it, the install worker reads it.
+// Stops an update run. The frame thread sets the fields, the install worker reads them.
 
 #include <atomic>
 
 #include "system/http.h"
 
 struct RunStop {
-    // Takes effect during the transfer, before each entry of the archive, and while the run waits for another launcher.
+    // The worker checks it during the download, before each entry of the archive, and while it waits for another
+    // launcher.
     std::atomic<bool> cancelRequested = false;
-    // The launcher closes: also interrupts every request, hashing, an entry, and the retries of the swap.
+    // The launcher closes. This also interrupts all requests, hashing, the extraction of one entry, and the swap's
+    // retries.
     std::atomic<bool> closing = false;
-    HttpAbort transfer; // of the package; aborted by a cancel
-    HttpAbort requests; // for manifest and statement; aborted by closing alone
+    HttpAbort transfer; // package download; a cancel aborts it
+    HttpAbort requests; // manifest and statement; only closing aborts them
 
     void cancel() {
         cancelRequested = true;
@@ -23,7 +25,7 @@ struct RunStop {
         requests.abort();
         cancel();
     }
-    void clearCancel() { // while no worker runs
+    void clearCancel() { // only while no worker runs
         cancelRequested = false;
         transfer = HttpAbort();
     }

@@ -1,14 +1,15 @@
 #pragma once
 
-// The update manifest: one JSON object at the configured address that names the version to install and its package.
+// The update manifest: one JSON object at the configured address. It contains the version to install and the address of
+// its package.
 //
-//   version            text, required; compared byte for byte, versions have no order
+//   version            text, required; compared byte by byte, never as older or newer
 //   url                text, required; https address of the package
-//   sha256             lower-case hexadecimal, of the package file; absent: not verified
-//   plaintext_sha256   the same, of the decrypted archive; absent: not verified
-//   encryption.key     base64 of the container's key; absent for a plain zip
+//   sha256             of the package file, lower-case hexadecimal; if absent, the package's hash is not verified
+//   plaintext_sha256   of the decrypted archive; if absent, the archive's hash is not verified
+//   encryption.key     the container's key in base64; absent if the package is not encrypted
 //
-// A member of another type counts as absent. Every other member is ignored. Any thread.
+// A member of another type counts as absent. All other members are ignored. Any thread.
 
 #include <string>
 #include <string_view>
@@ -27,21 +28,22 @@ struct UpdateManifest {
 // False for an empty address and for the placeholder of the example configuration.
 [[nodiscard]] bool isManifestUrlConfigured(const std::string& url);
 
-struct NoAnswer {}; // no connection, TLS failure, time-out, cut body
+struct NoAnswer {}; // no connection, TLS failure, time-out, incomplete body
 struct BadManifest {
     std::string failureText; // for the user
 };
 using ManifestAnswer = std::variant<UpdateManifest, NoAnswer, BadManifest>;
 
-// Asks the server for the manifest. Blocking; a worker thread only. No answer once `abort` is aborted.
+// Fetches the manifest from the server. Blocking; install worker only. Returns NoAnswer after `abort` was aborted.
 [[nodiscard]] ManifestAnswer fetchManifest(const std::string& manifestUrl, const HttpAbort& abort);
 
-// False leaves a message for the user in `failureText`.
+// Parses the body of a response. On failure returns false and sets `failureText` to a message for the user.
 [[nodiscard]] bool parseUpdateManifest(const std::string& body, UpdateManifest& manifest, std::string& failureText);
 
-// The version as part of a file name. Letters, digits, "-" and "." stay; every other byte becomes an underscore.
+// Returns the version as it appears in a file name. Letters, digits, "-" and "." stay; each other byte becomes "_".
 [[nodiscard]] std::string sanitizeVersion(const std::string& version);
 
-// Where the package of a version is kept.
 inline constexpr std::string_view kPackageNameStart = "zantor_editor_";
+
+// Returns the path of a version's package file.
 [[nodiscard]] std::string packagePathIn(const std::string& downloadsDirectory, const std::string& version);

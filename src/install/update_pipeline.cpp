@@ -31,7 +31,8 @@ bool isUpToDate(const UpdateManifest& manifest) {
     return isEditorNearLauncher() && installedEditorVersion() == manifest.version;
 }
 
-// "editor-staging" and the like: next to the target and therefore on the same volume, so that the rename works.
+// Returns a path next to the editor's directory. It is on the same volume, so that the staging directory can be
+// renamed.
 std::string besideEditor(const char* name) {
     return (fs::path(managedEditorDirectory()).parent_path() / name).string();
 }
@@ -40,7 +41,7 @@ std::string besideEditor(const char* name) {
 
 enum class Waiting { No, Yes, Cancelled };
 
-// Waits while another launcher holds the lock. Without a lock file the run goes on.
+// Waits while another launcher holds the lock. If the lock file cannot be created, the run continues without the lock.
 Waiting takeLock(FileLock& lock, const std::string& path, const RunStop& stop) {
     Waiting waiting = Waiting::No;
     while (lock.tryToTake(path) == FileLock::Result::Held) {
@@ -53,7 +54,7 @@ Waiting takeLock(FileLock& lock, const std::string& path, const RunStop& stop) {
 
 // --- package -------------------------------------------------------------------------------------------------------
 
-// Without a checksum in the manifest any file will do.
+// True if the package is on disk and has the manifest's checksum. If the manifest has no checksum, any file is usable.
 bool isUsablePackage(const std::string& path, const std::string& sha256, const RunStop& stop) {
     std::error_code error;
     return fs::exists(path, error) && (sha256.empty() || sha256OfFile(path, &stop.closing) == sha256);
@@ -62,7 +63,7 @@ bool isUsablePackage(const std::string& path, const std::string& sha256, const R
 // Uses the package on disk or downloads it. Returns Downloaded, or the event that ends the run.
 UpdateEvent::Kind bringPackage(const UpdateRun& run, const UpdateManifest& manifest, PackageTransfer& transfer) {
     if (isUsablePackage(transfer.packagePath, manifest.sha256, run.stop)) return UpdateEvent::Downloaded;
-    if (run.stop.closing) return UpdateEvent::WaitCancelled; // the checksum is unknown: keep the package
+    if (run.stop.closing) return UpdateEvent::WaitCancelled; // the check was interrupted: keep the package
     std::error_code ignored;
     fs::remove(transfer.packagePath, ignored);
     transfer.server.readTimeoutSeconds = kPackageReadTimeoutSeconds;
@@ -74,7 +75,7 @@ UpdateEvent::Kind bringPackage(const UpdateRun& run, const UpdateManifest& manif
     return ended;
 }
 
-// Removes what killed runs left in the downloads directory: part files and decrypted packages. Packages stay.
+// Removes part files and decrypted packages that killed runs left in the downloads directory. Packages stay.
 void removeLeftovers(const std::string& downloadsDirectory, const std::string& packagePath) {
     std::error_code error;
     for (fs::directory_iterator at(downloadsDirectory, error), end; !error && at != end; at.increment(error)) {
@@ -88,7 +89,8 @@ void removeLeftovers(const std::string& downloadsDirectory, const std::string& p
 
 // --- install -------------------------------------------------------------------------------------------------------
 
-// Verifies the package and extracts it. `decryptedPath` is the archive from a container, empty for a plain package.
+// Verifies the package and extracts it. `decryptedPath` is the decrypted archive; it is empty if the package is not
+// encrypted. Returns Installed on success, otherwise the event that ends the run.
 UpdateEvent verifyAndExtract(const UpdateRun& run, const UpdateManifest& manifest, const std::string& packagePath,
                              const std::string& decryptedPath, const std::string& staging) {
     if (!decryptedPath.empty() && !manifest.plaintextSha256.empty() &&
@@ -110,7 +112,7 @@ UpdateEvent verifyAndExtract(const UpdateRun& run, const UpdateManifest& manifes
 
 void writeMarker(const std::string& version) {
     std::ofstream(editorVersionMarkerPath()) << version << '\n';
-    (void)syncFile(editorVersionMarkerPath()); // a marker that cannot be written fails no run
+    (void)syncFile(editorVersionMarkerPath()); // a failed write of the marker does not fail the run
 }
 
 UpdateEvent installPackage(const UpdateRun& run, const UpdateManifest& manifest, const std::string& packagePath) {
@@ -122,7 +124,7 @@ UpdateEvent installPackage(const UpdateRun& run, const UpdateManifest& manifest,
     if (isEncryptedPackage(packagePath)) {
         decryptedPath = packagePath + ".decrypted.zip";
         std::string cause;
-        // After this failure alone the decrypted file stays.
+        // If the decryption fails, the decrypted file stays. After any other result it is removed below.
         if (!decryptPackage(packagePath, decryptedPath, manifest.encryptionKey, cause))
             return {UpdateEvent::DecryptionFailed, manifest.version, cause};
     }
@@ -130,7 +132,7 @@ UpdateEvent installPackage(const UpdateRun& run, const UpdateManifest& manifest,
     if (!decryptedPath.empty()) fs::remove(decryptedPath, ignored);
     if (end.kind == UpdateEvent::ExtractionFailed) {
         fs::remove_all(staging, ignored);
-        // A failure in the entry during which the user cancelled is a cancel.
+        // If the user cancelled during the entry that failed, report a cancel instead of a failure.
         if (run.stop.cancelRequested) return {UpdateEvent::InstallCancelled, manifest.version};
     }
     if (end.kind != UpdateEvent::Installed) return end;
@@ -139,10 +141,10 @@ UpdateEvent installPackage(const UpdateRun& run, const UpdateManifest& manifest,
     return end;
 }
 
-// Everything after the manifest: from here on the run changes the disk.
+// Runs the steps after the manifest. The run changes files only from here on.
 UpdateEvent updateFromManifest(const UpdateRun& run, const UpdateManifest& manifest, PackageTransfer& transfer) {
     const fs::path downloads(run.downloadsDirectory);
-    std::error_code ignored; // the download reports a directory that is missing
+    std::error_code ignored; // if the directory is missing, the download reports it
     fs::create_directories(downloads, ignored);
     FileLock downloadsLock;
     FileLock stagingLock;
@@ -168,7 +170,7 @@ UpdateEvent updateEditor(const UpdateRun& run) {
     if (!isManifestUrlConfigured(run.manifestUrl))
         return {isEditorNearLauncher() ? UpdateEvent::Offline : UpdateEvent::NotConfigured};
     const ManifestAnswer answer = fetchManifest(run.manifestUrl, run.stop.requests);
-    // No answer falls back to the installed editor. A bad answer fails the run.
+    // If the server does not respond, the run keeps the installed editor. An invalid response fails the run.
     if (std::holds_alternative<NoAnswer>(answer))
         return {isEditorNearLauncher() ? UpdateEvent::Offline : UpdateEvent::Unreachable};
     if (const auto* bad = std::get_if<BadManifest>(&answer)) return {UpdateEvent::ManifestFailed, {}, bad->failureText};

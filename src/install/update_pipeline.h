@@ -1,10 +1,10 @@
 #pragma once
 
-// One update run, from the manifest to the installed editor. Blocking; install worker only. It shares nothing but what
-// UpdateRun holds.
+// One update run, from the manifest to the installed editor. Blocking; install worker only. It shares no data with
+// other threads except `UpdateRun::stop`.
 //
-// From the first change on the disk to the end the run holds two file locks, always taken in the same order: one in the
-// downloads directory, one next to the staging directory. A second launcher waits for them.
+// While the run changes files, it holds two file locks, so that a second launcher waits. It always takes them in the
+// same order: first the lock in the downloads directory, then the lock next to the staging directory.
 
 #include <functional>
 #include <string>
@@ -19,9 +19,9 @@ struct UpdateRun {
     std::string downloadsDirectory;
     ArtifactAuthenticity authenticity;
     const RunStop& stop;
-    std::function<void(const UpdateEvent&)> onEvent; // the events that the run passes through
+    std::function<void(const UpdateEvent&)> onEvent; // called on the worker for each step, not for the final event
     TransferProgress onProgress;
 };
 
-// Returns the event that ends the run.
+// Runs one update. Returns the event that ended the run.
 [[nodiscard]] UpdateEvent updateEditor(const UpdateRun& run);

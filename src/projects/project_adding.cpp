@@ -1,4 +1,5 @@
-// Adds a project that exists on disk: the user picks its file, the launcher lists it unless it is listed, and opens it.
+// Adds a project that exists on disk: the user picks its file, and the launcher adds it to the list and opens it. If
+// the list already contains the project, the launcher only opens it.
 
 #include <algorithm>
 #include <filesystem>
@@ -9,7 +10,7 @@
 #include "system/path_text.h"
 
 void LauncherApp::addProjectFromDisk() {
-    if (refuseWhileEditorRuns(currentTimeSeconds())) return; // adding also opens
+    if (refuseWhileEditorRuns(currentTimeSeconds())) return; // because a project that is added is also opened
 
     std::string startFolder = settings->lastAddedLocation();
     if (startFolder.empty()) startFolder = userDocumentsDirectory();
@@ -26,7 +27,7 @@ void LauncherApp::addProjectFromDisk() {
         sortByLastOpened(projects);
         settings->setProjects(projects);
         (void)settings->save();
-        std::string unreported; // a failed open of a listed project shows no message here
+        std::string unreported; // if the project was already listed, a failed open shows no message
         (void)openProjectPath(path, unreported);
         return;
     }
@@ -39,7 +40,7 @@ void LauncherApp::addProjectFromDisk() {
     projects.insert(projects.begin(), entry);
     settings->setProjects(projects);
     settings->setLastAddedLocation(pathText(file.parent_path()));
-    (void)settings->save(); // before the open, so that a project that fails to open stays listed
+    (void)settings->save(); // save before opening: a project that fails to open stays in the list
     noticeText.clear();
     std::string errorText;
     if (!openProjectPath(path, errorText)) showOpenError(errorText);

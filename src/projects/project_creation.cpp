@@ -13,7 +13,7 @@ void LauncherApp::beginNewProject() {
     std::string location = settings->defaultLocation();
     if (location.empty()) location = pathText(std::filesystem::path(userDocumentsDirectory()) / "VOLO Projects");
     copyToBuffer(location, newProjectLocation);
-    createProjectError.clear(); // cleared only here: the message stays even after a later try succeeds
+    createProjectError.clear(); // cleared only here: an old message stays until the popup opens again
 }
 
 void LauncherApp::createProject() {
@@ -44,7 +44,7 @@ void LauncherApp::createProject() {
     settings->setProjects(projects);
     settings->setLastAddedLocation(location);
     if (settings->defaultLocation().empty()) settings->setDefaultLocation(location);
-    (void)settings->save(); // a failed save shows no message; the list on screen keeps the project
+    (void)settings->save(); // a failed save shows no message; the list in memory still has the project
     createProjectRequested = false;
     projectToFocus = entry.path;
     noticeText.clear();

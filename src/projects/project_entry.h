@@ -8,9 +8,9 @@
 struct ProjectEntry {
     std::string name;
     std::string path;            // full path of the .zantorproj file; identifies the entry
-    std::string targetPlatform;  // the Platform column; empty shows the default label
-    std::string editorVersion;   // the Editor column; empty shows the default label
-    std::int64_t lastOpened = 0; // seconds since the Unix epoch: the last open from the launcher, or the adding
+    std::string targetPlatform;  // text of the Platform column; empty: show the default label
+    std::string editorVersion;   // text of the Editor column; empty: show the default label
+    std::int64_t lastOpened = 0; // when the launcher last opened, added or created it; seconds since the Unix epoch
     bool favorite = false;       // shown as a star
 
     bool operator==(const ProjectEntry&) const = default;

@@ -35,7 +35,7 @@ std::string createProjectOnDisk(const std::string& location, const std::string& 
     const std::filesystem::path file = folder / (name + kExtension);
     const std::filesystem::path unfinished = folder / (name + kExtension + ".tmp");
     {
-        std::ofstream stream(unfinished, std::ios::trunc); // text mode: line ends of the platform
+        std::ofstream stream(unfinished, std::ios::trunc); // text mode: the platform's line ends
         if (!stream) {
             error = "Could not create the .zantorproj project file.";
             return {};

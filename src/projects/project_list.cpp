@@ -7,7 +7,8 @@
 
 namespace {
 
-// Equals tolower in the default locale. Inlined, because a search runs it over every name and path in every frame.
+// Returns the same as tolower in the default locale. It is defined here so that the compiler can inline it: a search
+// calls it for each byte of all names and paths in every frame.
 constexpr char folded(char letter) {
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
 }
@@ -46,7 +47,7 @@ std::vector<std::int32_t> filterProjects(const std::vector<ProjectEntry>& projec
                                          const std::vector<std::string>& terms) {
     std::vector<std::int32_t> kept;
     kept.reserve(projects.size());
-    std::string name, path; // outside the loop, so that all entries share their memory
+    std::string name, path; // outside the loop, so that their memory is reused
     for (std::size_t index = 0; index < projects.size(); ++index) {
         bool matches = true;
         if (!terms.empty()) {
@@ -75,7 +76,7 @@ std::string projectPlatformLabel(const ProjectEntry& entry) {
 
 bool isProjectMissing(const std::string& path) {
     std::error_code error;
-    // `none` is the type when the query fails.
+    // status() returns the type `none` when it fails.
     const std::filesystem::file_type type = std::filesystem::status(projectDirectory(path), error).type();
     return type == std::filesystem::file_type::not_found || type == std::filesystem::file_type::none;
 }

@@ -1,4 +1,4 @@
-// Opens a project in the editor. Without an installed editor the project waits for the install.
+// Opens a project in the editor. If no editor is installed, installs it first and opens the project afterwards.
 
 #include <algorithm>
 #include <filesystem>
@@ -14,7 +14,7 @@
 
 namespace {
 
-// An editor that has just started may be missing from the process list for this long.
+// For this time after a start the launcher assumes that an editor runs, because it may not be in the process list yet.
 constexpr std::int64_t kLaunchGraceSeconds = 2;
 
 constexpr const char* kEditorAlreadyOpen = "VOLO Editor is already open.";
@@ -32,7 +32,7 @@ bool LauncherApp::refuseWhileEditorRuns(std::int64_t now) {
 }
 
 void LauncherApp::showOpenError(const std::string& message) {
-    if (message.empty()) return; // the project waits for an install; the notice band shows it
+    if (message.empty()) return; // not an error: the project waits for an install, and the notice says so
     openErrorMessage = message;
     openErrorRequested = true;
 }
@@ -59,7 +59,7 @@ bool LauncherApp::openProjectPath(const std::string& path, std::string& errorTex
         errorText = "The project no longer exists:\n" + path;
         return false;
     }
-    lastEditorLaunchTime = currentTimeSeconds(); // before the attempt, so that a failed start counts
+    lastEditorLaunchTime = currentTimeSeconds(); // set before the attempt, so that a failed start counts too
     return launchEditorProcess(executable, path, pathText(std::filesystem::path(executable).parent_path()), errorText);
 }
 
@@ -98,7 +98,7 @@ void LauncherApp::servicePendingOpen() {
 
     const std::string path = std::exchange(pendingOpenProjectPath, {});
     std::string errorText;
-    if (!openProjectPath(path, errorText)) { // without an editor the project waits again
+    if (!openProjectPath(path, errorText)) { // if no editor was found, the project is pending again
         showOpenError(errorText);
         return;
     }

@@ -23,7 +23,8 @@ std::string columnText(const ProjectEntry& entry, const LauncherApp& app) {
     return {};
 }
 
-// The sort key of one row. `text` is the column's text in lower case, so comparing bytes ignores case.
+// The sort key of one row. `text` is the text of the sort column in lower case, so that a comparison of bytes ignores
+// case.
 struct SortKey {
     std::string_view text;
     std::int64_t lastOpened;
@@ -52,7 +53,7 @@ std::vector<SortKey> makeSortKeys(const LauncherApp& app, const std::vector<std:
     std::size_t bytes = 0;
     for (const std::int32_t index : indices)
         bytes += text(projects[static_cast<std::size_t>(index)]).size();
-    foldedTexts.reserve(bytes); // the keys point into it, so it must not reallocate
+    foldedTexts.reserve(bytes); // reserve all memory now: the keys point into it, so it must not reallocate
 
     std::vector<SortKey> keys;
     keys.reserve(indices.size());

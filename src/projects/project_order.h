@@ -1,6 +1,7 @@
 #pragma once
 
-// The order in which the Projects screen shows the list. Computed in every frame and never stored. Main thread.
+// Computes the order in which the Projects screen shows the list. The order is computed in every frame and never
+// stored. Main thread.
 
 #include <cstdint>
 #include <string>
@@ -10,19 +11,19 @@
 
 class LauncherApp;
 
-// The text of the Editor column: the entry's own version, else defaultEditorLabel.
+// Returns the text of the Editor column: the version in the entry, or defaultEditorLabel if the entry has none.
 [[nodiscard]] std::string projectEditorLabel(const ProjectEntry& entry, const LauncherApp& app);
 
-// The label of the editor that the launcher manages now. Reads the version marker from disk: call it once per frame.
+// Returns the label of the installed editor. Call it only once per frame, because it reads a file.
 [[nodiscard]] std::string defaultEditorLabel(const LauncherApp& app);
 
-// True when `a` is shown before `b` under the current sort controls. displayedProjects sorts by the same rule, but
-// prepares the texts once instead of in every comparison.
+// Returns true if `a` is shown before `b` with the current sort controls. displayedProjects uses the same rule, but
+// computes the texts once instead of in each comparison.
 struct ProjectSortOrder {
     const LauncherApp& app;
     bool operator()(const ProjectEntry& a, const ProjectEntry& b) const;
 };
 
-// The list indices of the rows to show, in display order: filtered by the search text, then stable-sorted.
-// `editorLabel` is the result of defaultEditorLabel.
+// Returns the list indices of the rows to show, in display order: filtered by the search text, then sorted. Equal rows
+// keep their order. `editorLabel` is the result of defaultEditorLabel.
 [[nodiscard]] std::vector<std::int32_t> displayedProjects(const LauncherApp& app, const std::string& editorLabel);

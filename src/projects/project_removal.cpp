@@ -1,4 +1,4 @@
-// Removes a project from the list, and puts the one that was removed last back. Nothing on disk changes.
+// Removes a project from the list, and restores the one that was removed last. The project's files do not change.
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
-// The Projects screen: its layout, the title line with search box and buttons, and the notice. The table is in
-// projects_table_screen.cpp.
+// The Projects screen: its layout, its title line with search box and buttons, and its notice.
+// projects_table_screen.cpp draws the table.
 
 #include "projects/projects_screen.h"
 
@@ -100,7 +100,7 @@ void LauncherApp::drawProjectsScreen() {
 
     ProjectRows rows;
     rows.editorLabel = defaultEditorLabel(*this);
-    // After the search box, so that a text that was cleared in this frame already lists every project.
+    // Compute the rows after the search box: a search text that was cleared in this frame then hides no rows.
     rows.indices = displayedProjects(*this, rows.editorLabel);
     rows.openFirst = searchKey == SearchKey::Enter && !searchTerms(searchText).empty();
     if (searchKey == SearchKey::Down && !rows.indices.empty()) {
@@ -116,7 +116,8 @@ void LauncherApp::drawProjectsScreen() {
     }
 }
 
-// The index of the project whose row gets the focus now; -1: none. A popup keeps the focus until it closes.
+// Returns the index of the project whose row gets the keyboard focus in this frame, or -1. While a popup is open, the
+// request waits, because the popup has the focus.
 std::int32_t LauncherApp::takeProjectToFocus() {
     if (projectToFocus.empty() || ImGui::IsPopupOpen("", ImGuiPopupFlags_AnyPopup)) return -1;
     const std::string path = std::exchange(projectToFocus, {});
@@ -126,13 +127,15 @@ std::int32_t LauncherApp::takeProjectToFocus() {
     return entry != projects.end() ? static_cast<std::int32_t>(entry - projects.begin()) : -1;
 }
 
-// Typing while no control is in use starts a search. True to activate the search field. The first characters are put
-// into the text here, because Dear ImGui 1.92 drops them until a field activated by ActivateItemByID is active.
+// Starts a search when the user types while no control is active. Returns true if the search field must be activated.
+// Appends the typed characters to the search text itself: Dear ImGui 1.92 drops the characters that arrive between
+// ActivateItemByID and the frame in which the field is active.
 bool LauncherApp::startSearchByTyping() {
     const ImGuiIO& io = ImGui::GetIO();
     const bool listens = ImGui::GetActiveID() == 0 &&
                          ImGui::IsWindowFocused(ImGuiFocusedFlags_ChildWindows | ImGuiFocusedFlags_NoPopupHierarchy);
-    // Space presses the focused control. Ctrl and Alt together are AltGr.
+    // A leading space does not start a search, because Space presses the focused control. Ctrl or Alt alone is a key
+    // command, but both together are AltGr, which types characters.
     if (!listens || io.InputQueueCharacters.empty() || io.InputQueueCharacters[0] == ' ' || io.KeyCtrl != io.KeyAlt) {
         return false;
     }
@@ -157,7 +160,7 @@ LauncherApp::SearchKey LauncherApp::drawSearchBox(const ProjectsLayout& at) {
     drawList->AddRectFilled(min, max, kSearchFill, uiThemePx(palette::kRounding));
 
     const ImGuiID id = ImGui::GetID(kSearchField);
-    // While the field is edited, InputText keeps a copy of the text and would write it back. Reload that copy.
+    // While the field is active, InputText edits a copy of the text and writes it back. So reload that copy.
     const auto clearSearch = [&] {
         searchText[0] = '\0';
         if (ImGuiInputTextState* editing = ImGui::GetInputTextState(id)) editing->ReloadUserBufAndMoveToEnd();
@@ -176,7 +179,7 @@ LauncherApp::SearchKey LauncherApp::drawSearchBox(const ProjectsLayout& at) {
     drawSearchIcon(drawList, {min.x, middle});
 
     ImFont* font = uiThemeFont(13.0f);
-    // On Escape InputText restores its text and becomes inactive before IsItemActive can be asked. Ask before it.
+    // Remember here whether the field is active: on Escape, InputText restores its text and becomes inactive.
     const bool hadKeyboard = ImGui::GetActiveID() == id;
     ImGui::PushFont(font, uiThemeFontSize(font));
     ImGui::SetCursorScreenPos({min.x + uiThemePx(kSearchTextLeft), min.y});
@@ -190,7 +193,7 @@ LauncherApp::SearchKey LauncherApp::drawSearchBox(const ProjectsLayout& at) {
     drawTextField(kSearchField, "Search", searchText, sizeof searchText);
     const bool active = ImGui::IsItemActive();
     if (active && std::exchange(searchStartedByTyping, false)) {
-        ImGui::GetInputTextState(id)->ClearSelection(); // the next character does not replace the first ones
+        ImGui::GetInputTextState(id)->ClearSelection(); // or the next character would replace the first ones
     }
     ImGui::PopStyleColor(static_cast<int>(hiddenFrame.size()));
     ImGui::PopStyleVar();

@@ -1,7 +1,6 @@
 #pragma once
 
-// What the two sources of the Projects screen share: the layout of a frame and the records that the table and its rows
-// exchange. Main thread only.
+// Records and constants that the two sources of the Projects screen share. Main thread only.
 
 #include <cstdint>
 #include <string>
@@ -11,13 +10,13 @@
 
 #include "shell/launcher_app.h"
 
-// Pixels.
+// The rectangles of one frame, in pixels.
 struct LauncherApp::ProjectsLayout {
     ImVec2 contentMin, contentMax; // right of the sidebar
     ImVec2 searchMin, searchMax;
     ImVec2 addButton, addButtonSize;
     ImVec2 newButton, newButtonSize;
-    float noticeTop; // top of the notice, or of the table header without a notice
+    float noticeTop; // top of the notice; if there is no notice, top of the table header
 };
 
 struct LauncherApp::TableHeader {
@@ -25,25 +24,25 @@ struct LauncherApp::TableHeader {
     float top, height, textTop;
 };
 
-// The rows of one frame, in the order in which they are shown.
+// The rows of one frame, in display order.
 struct LauncherApp::ProjectRows {
     std::vector<std::int32_t> indices; // into the stored list
-    std::string editorLabel;           // for entries without a version of their own
+    std::string editorLabel;           // shown for entries without a version
     bool openFirst = false;            // the user pressed Enter in the search field
     std::int32_t focusIndex = -1;      // the row that gets the keyboard focus in this frame; -1: none
 };
 
-// What the rows of a frame report. Requests that change the list are carried out after the last row, so that indices
-// stay valid. -1: none.
+// Requests of the rows in one frame; -1 means none. The list changes only after the last row is drawn, so that the
+// indices stay valid.
 struct LauncherApp::RowRequest {
     std::int32_t openIndex = -1;
     std::int32_t removeIndex = -1;
-    std::int32_t focusedIndex = -1; // the row whose background, star or dots have the keyboard focus
+    std::int32_t focusedIndex = -1; // the row with the keyboard focus, also when its star or dots have it
 };
 
 inline constexpr char kNewProjectLabel[] = "+ New project";
 
-// The columns, as shares of the table's inner width or in units from its left edge.
+// Positions of the columns. Values below 1 are fractions of the table's inner width, the others are unscaled pixels.
 inline constexpr float kPlatformColumn = 0.58f;
 inline constexpr float kEditorColumn = 0.76f;
 inline constexpr float kStarColumn = 22.0f;

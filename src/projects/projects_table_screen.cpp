@@ -1,4 +1,4 @@
-// The table of the Projects screen: its header, its rows with star and menu, and the empty state without rows.
+// The table of the Projects screen: its header, its rows with star and menu, and the text that is shown without rows.
 
 #include <algorithm>
 #include <cmath>
@@ -64,15 +64,15 @@ HitArea hitArea(const char* identifier, const ImRect& rectangle) {
     return hitArea(ImGui::GetID(identifier), rectangle.Min, rectangle.Max);
 }
 
-// The row without its star and dots. While the pointer is on one of those, the row takes no mouse click, so that a
-// click on the star opens nothing.
+// Handles the mouse on a row outside its star and dots. `takesMouse` is false while the pointer is on one of these, so
+// that a click on the star does not open the project.
 HitArea rowArea(ImGuiID id, const ImRect& rectangle, bool takesMouse) {
     HitArea row;
     row.focused = uiThemeFocusShows(id);
     if (takesMouse || row.focused) {
         row.clicked = ImGui::ButtonBehavior(rectangle, id, &row.hovered, &row.held);
     } else if (ImGui::GetActiveID() == id && !ImGui::IsMouseDown(ImGuiMouseButton_Left)) {
-        ImGui::ClearActiveID(); // pressed on the row and released on a control
+        ImGui::ClearActiveID(); // the button was pressed on the row and released on a control
     }
     if (!takesMouse) {
         row.hovered = ImGui::IsWindowHovered(ImGuiHoveredFlags_AllowWhenBlockedByActiveItem) &&
@@ -190,7 +190,7 @@ void LauncherApp::handleRowKeys(const ProjectRows& rows, RowRequest& request) {
     copyOnCtrlC(pathOf(request.focusedIndex));
     if (!ImGui::Shortcut(ImGuiKey_Delete)) return;
     request.removeIndex = request.focusedIndex;
-    // The ring moves to the row below, or to the one above the last row.
+    // Move the focus to the next row. If the last row was removed, move it to the row above.
     auto row = std::find(rows.indices.begin(), rows.indices.end(), request.focusedIndex);
     if (row + 1 != rows.indices.end()) {
         projectToFocus = pathOf(row[1]);
@@ -201,15 +201,15 @@ void LauncherApp::handleRowKeys(const ProjectRows& rows, RowRequest& request) {
 
 void LauncherApp::drawProjectRow(const ProjectRows& rows, std::size_t position, RowRequest& request) {
     const std::int32_t index = rows.indices[position];
-    // The index and this reference stay valid: the list changes only after the last row, except that the star flips a
-    // field in place.
+    // `index` and `entry` stay valid: the list changes only after the last row is drawn. The star changes an entry in
+    // place.
     const ProjectEntry& entry = settings->projects()[static_cast<std::size_t>(index)];
     const ImVec2 min = ImGui::GetCursorScreenPos();
     const float width = ImGui::GetContentRegionAvail().x;
     const ImVec2 size(width, uiThemePx(kRowHeight));
     const ImVec2 max = min + size;
 
-    ImGui::PushID(index); // so that sorting does not change a row's identifiers
+    ImGui::PushID(index); // the list index: sorting does not change a row's identifiers
     const ImGuiID rowId = ImGui::GetID("##project_row");
     ImGui::ItemSize(size);
     const bool visible = ImGui::ItemAdd(ImRect(min, max), rowId);
@@ -277,7 +277,7 @@ void LauncherApp::drawRowTexts(const ProjectRows& rows, const ProjectEntry& entr
     const float width = max.x - min.x;
     const float platformX = min.x + kPlatformColumn * width, textX = min.x + uiThemePx(kNameColumn);
     const std::string path = exists ? entry.path : entry.path + " - missing";
-    // Long names and paths are cut before the next column. A tooltip shows them in full.
+    // Long names and paths are clipped before the next column. A tooltip shows them in full.
     const ImRect texts(textX, min.y, platformX - uiThemePx(kNameClipGap), max.y);
     ImFont* nameFont = uiThemeFont(14.0f);
     ImFont* pathFont = uiThemeFont(11.5f);

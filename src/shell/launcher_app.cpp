@@ -8,7 +8,7 @@
 LauncherApp::LauncherApp()
     : config(std::make_unique<LauncherConfig>(loadLauncherConfig()))
     , settings(std::make_unique<LauncherSettings>()) {
-    (void)settings->load(); // fails on a first run, which has no settings yet
+    (void)settings->load(); // fails on the first run, when there is no file yet
     if (!config->configured) return;
 
     signIn = std::make_unique<SignInFlow>(config->googleClientId, config->googleClientSecret, settings.get());
@@ -18,11 +18,11 @@ LauncherApp::LauncherApp()
     restoreStoredSession();
 }
 
-// The members are destroyed in the reverse order of their declaration: `install` first, which cancels and joins its
-// worker, then `signIn`, then the settings that both borrow.
+// The members are destroyed in reverse order of their declaration: `install`, which stops and joins its worker, then
+// `signIn`, then `settings`, which `signIn` uses.
 LauncherApp::~LauncherApp() {
     if (backgroundTexture == nullptr) return;
-    // The host has already destroyed the context, except in tests.
+    // Only in tests the context still exists. In the launcher the host has already destroyed it.
     if (ImGui::GetCurrentContext() != nullptr) ImGui::UnregisterUserTexture(backgroundTexture);
     backgroundTexture->DestroyPixels();
     IM_DELETE(backgroundTexture);
@@ -57,7 +57,7 @@ void LauncherApp::drawFrame(float /*deltaSeconds*/) {
     ImDrawList* drawList = ImGui::GetWindowDrawList();
     const ImVec2 min = ImGui::GetWindowPos();
     const ImVec2 max = min + ImGui::GetWindowSize();
-    // The content area of the shell rounds the bottom right corner itself.
+    // In the signed-in shell the content area covers and rounds the bottom right corner.
     drawList->AddRectFilled(min, max, uiThemeBackground(), uiThemeWindowRounding(),
                             signedInShell ? ImDrawFlags_RoundCornersBottomLeft : ImDrawFlags_RoundCornersBottom);
 
@@ -74,7 +74,7 @@ void LauncherApp::drawFrame(float /*deltaSeconds*/) {
     ImGui::End();
 }
 
-// Takes over what the workers have finished.
+// Processes the results of the workers.
 void LauncherApp::collectResults() {
     if (signIn) {
         const bool signingIn = signIn->state == SignInState::SigningIn;
@@ -100,7 +100,7 @@ void LauncherApp::drawSignedInShell() {
         if (install) install->startUpdate();
     }
     handleShellKeys();
-    drawSidebar(); // before the screen, so that a click shows the new tab in the same frame
+    drawSidebar(); // draw it first, so that a click on it changes the screen in this frame
     switch (activeTab) {
     case LauncherTab::Projects:
         drawProjectsScreen();
@@ -114,10 +114,11 @@ void LauncherApp::drawSignedInShell() {
     }
 }
 
-// ImGui::Shortcut leaves a key to a text field that uses it, and to an open popup.
+// Handles the key commands of the shell. ImGui::Shortcut returns false while an open popup or a text field uses the
+// key.
 void LauncherApp::handleShellKeys() {
     if (ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_N)) {
-        activeTab = LauncherTab::Projects; // where the new project appears
+        activeTab = LauncherTab::Projects; // the screen that will show the new project
         beginNewProject();
     }
     if (ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_1)) activeTab = LauncherTab::Projects;

@@ -1,7 +1,7 @@
 #pragma once
 
-// The one application object. It owns the four long-lived subsystems, holds the state that the screens share, and
-// chooses every frame which screen is drawn. Main thread only. It is built before the window and destroyed after it.
+// The application object. It owns the four long-lived subsystems and the state that the screens share, and chooses the
+// screen of each frame. Main thread only. Create it before the window and destroy it after the window.
 
 #include <cstdint>
 #include <future>
@@ -41,7 +41,7 @@ class LauncherApp {
     [[nodiscard]] bool openProjectPath(const std::string& path, std::string& errorText);
     void servicePendingOpen();
     void removeProject(std::int32_t index);
-    void restoreRemovedProject(); // the one that was removed last in this run, unless its path is listed again
+    void restoreRemovedProject(); // restores the last removed project, unless its path is in the list again
 
     // The subsystems. Without a usable configuration `signIn` and `install` are null.
     std::unique_ptr<LauncherConfig> config;
@@ -50,17 +50,17 @@ class LauncherApp {
     std::unique_ptr<EditorInstallState> install;
 
     LauncherTab activeTab = LauncherTab::Projects;
-    bool updateCheckStarted = false;    // once per sign-in; "Sign out" clears it
-    bool sessionRestoreStarted = false; // never cleared: at most one attempt per run
+    bool updateCheckStarted = false;    // allows one check per sign-in; "Sign out" clears it
+    bool sessionRestoreStarted = false; // allows one attempt per run; never cleared
 
     // The Projects screen.
     char searchText[128] = {};
     bool sortStarredFirst = false;
     ProjectSortColumn sortColumn = ProjectSortColumn::LastOpened;
     bool sortAscending = true;
-    std::string projectToFocus; // path of the row that gets the keyboard focus when it is drawn next; empty: none
+    std::string projectToFocus; // path of the project whose row gets the keyboard focus next; empty: none
 
-    // The popups. A request flag is set anywhere in a frame; drawProjectDialogs opens the popup and clears the flag.
+    // The popups. Code anywhere in a frame sets a request flag. drawProjectDialogs opens the popup and clears the flag.
     bool createProjectRequested = false;
     char newProjectName[160] = {};
     char newProjectLocation[1024] = {};
@@ -68,12 +68,12 @@ class LauncherApp {
     bool openErrorRequested = false;
     std::string openErrorMessage;
 
-    std::string pendingOpenProjectPath; // opened when the running install ends; empty: none
+    std::string pendingOpenProjectPath; // the project to open after the running install; empty: none
     std::string noticeText;             // the notice on the Projects screen; empty: none
     std::int64_t lastEditorLaunchTime = 0;
 
-    bool attentionWanted = false; // a sign-in, or an install that a project waits for, has ended; main clears it
-    [[nodiscard]] float downloadProgress() const; // from 0 to 1; negative while no download runs
+    bool attentionWanted = false; // set after a sign-in or an install that a project waited for; main clears it
+    [[nodiscard]] float downloadProgress() const; // from 0 to 1; negative if no download is active
 
   private:
     void collectResults();
@@ -117,9 +117,9 @@ class LauncherApp {
     void keepAfterOpening(std::vector<ProjectEntry> projects);
 
     std::optional<ProjectEntry> removedProject; // for Ctrl+Z
-    bool searchStartedByTyping = false;         // until the search field is active
+    bool searchStartedByTyping = false;         // true until the search field is active
 
     ImTextureData* backgroundTexture = nullptr; // the sign-in screen's picture
     bool backgroundLoadTried = false;
-    std::future<DecodedPicture> decodingBackground; // invalid before decoding starts and after the result was taken
+    std::future<DecodedPicture> decodingBackground; // valid from the start of decoding until the result is used
 };

@@ -1,5 +1,5 @@
-// Program entry: the single-instance guard, the application object, the window, the frame loop, and a tear-down in
-// fixed order. Arguments are ignored.
+// The program's entry point. Creates the single-instance guard, the application object and the window, runs the frame
+// loop, and shuts down in a fixed order. Ignores command-line arguments.
 
 #include <cstdio>
 #include <cstdlib>
@@ -22,7 +22,7 @@
 
 namespace {
 
-// The first candidate that is a regular file, as UTF-8, or an empty text.
+// Returns the first candidate that is a regular file, as UTF-8. Empty if there is none.
 std::string findFont(const std::vector<std::filesystem::path>& candidates) {
     for (const std::filesystem::path& candidate : candidates) {
         std::error_code ignored;
@@ -34,14 +34,14 @@ std::string findFont(const std::vector<std::filesystem::path>& candidates) {
 }
 
 int run() {
-    ignoreBrokenPipes(); // a write to a TLS connection that broke must not end the process
+    ignoreBrokenPipes(); // a write to a broken TLS connection must not end the process
     SingleInstanceGuard guard;
     if (guard.anotherInstanceRuns()) {
         std::fputs("[Launcher] VOLO Launcher is already running.\n", stderr);
         return 0;
     }
 
-    LauncherApp app; // destroyed after the window; joins the workers
+    LauncherApp app; // its destructor joins the workers, after the window is closed
 
     UiHostDesc desc;
     desc.title = "VOLO Launcher";
@@ -87,9 +87,9 @@ int run() {
     }
 
     setDialogHook(nullptr);
-    setFrameWake(nullptr); // workers may still run
+    setFrameWake(nullptr); // workers still run and would wake a window that is closed
     host.shutdown();
-    guard.release(); // before the workers are joined, so that a new instance can start at once
+    guard.release(); // before ~LauncherApp joins the workers, so that a new instance can start at once
     return 0;
 }
 

@@ -1,4 +1,4 @@
-// The screen of a launcher without a usable configuration: one card that tells what is missing. It takes no input.
+// The screen without a usable configuration: one card with a message that explains what is missing. It has no controls.
 
 #include <imgui_internal.h>
 

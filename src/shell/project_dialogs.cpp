@@ -1,5 +1,4 @@
-// The two modal popups. They are drawn at the root window's level, so that their identifiers do not depend on the
-// caller.
+// The two modal popups. They are opened and drawn in the root window, so that their identifiers are always the same.
 
 #include <string>
 
@@ -56,7 +55,8 @@ void LauncherApp::drawProjectDialogs() {
         drawCreateProjectPopup();
         uiThemeEndPopup();
     }
-    // An error waits until the other popup is closed. Opening it now would close that one and lose what is typed there.
+    // Do not open the error popup while the creation popup is open: that would close the creation popup and discard its
+    // text.
     if (!creating && beginModal(kOpenErrorPopup, openErrorRequested)) {
         drawOpenErrorPopup();
         uiThemeEndPopup();
@@ -101,11 +101,11 @@ void LauncherApp::drawCreateProjectPopup() {
     ImGui::SameLine();
     const bool confirmed = uiThemeDefaultButton("Create project", uiThemePx(kCreateWidth));
     onButton |= uiThemeFocusRingOfItem();
-    const bool entered = !onButton && uiThemeConfirmKeyPressed(); // on a focused button, Enter presses that button
+    const bool entered = !onButton && uiThemeConfirmKeyPressed(); // if a button has the focus, Enter presses it
     if ((confirmed || entered) && !closes) {
         createProject();
         closes = createProjectError.empty();
-        // Enter has ended the editing of a field. After a refusal the user goes on editing it.
+        // Enter made the text field inactive. If the creation failed, make it active again.
         if (entered && !closes) activateTextField(fieldToReturnTo, true);
     }
     if (closes) ImGui::CloseCurrentPopup();

@@ -55,7 +55,7 @@ constexpr NavigationRow kRows[] = {
 };
 
 void drawNavigationRow(const NavigationRow& row, ImVec2 min, ImVec2 max, LauncherTab& activeTab) {
-    const bool active = activeTab == row.tab; // read before the click, which shows from the next frame on
+    const bool active = activeTab == row.tab; // read before the click: the row looks active from the next frame on
     const HitArea area = hitArea(ImGui::GetID(row.label), min, max);
     if (!area.added) return;
     if (area.clicked) activeTab = row.tab;
@@ -82,7 +82,7 @@ void drawAvatar(ImDrawList* drawList, ImVec2 centre, const std::string& displayN
     uiThemeText(drawList, font, centre - uiThemeTextSize(font, initials) * 0.5f, kAvatarInitials, initials);
 }
 
-// True if the user pressed "Sign out".
+// Draws the user's card. Returns true if the user pressed "Sign out".
 bool drawUserCard(ImVec2 min, ImVec2 max, const std::string& displayName, const std::string& email) {
     ImDrawList* drawList = ImGui::GetWindowDrawList();
     const auto at = [min](ImVec2 offset) { return min + uiThemePx(offset); };

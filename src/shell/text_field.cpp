@@ -15,8 +15,8 @@ struct EditedText {
     std::size_t limit; // in bytes
 };
 
-// The field may grow beyond the limit while it takes a paste. What is too much is then removed in front of the caret,
-// where the pasted text ends.
+// Handles the events of a text field. While a text is pasted, the field may grow beyond the limit. Then this function
+// removes the surplus before the caret, which is the end of the pasted text.
 int onTextEvent(ImGuiInputTextCallbackData* data) {
     EditedText& edited = *static_cast<EditedText*>(data->UserData);
     const std::size_t length = static_cast<std::size_t>(data->BufTextLen);
@@ -32,7 +32,8 @@ int onTextEvent(ImGuiInputTextCallbackData* data) {
     return 0;
 }
 
-// Dear ImGui 1.92 draws the caret on the last pixel of the letter before it. At the start of the field there is none.
+// Moves the caret to the right by one pixel, because Dear ImGui 1.92 draws it on the last pixel of the letter before
+// it. A caret at the start of the field does not move.
 void moveCaretOffLetter(ImDrawList& drawList, int firstVertex) {
     const float start = ImGui::GetItemRectMin().x + ImGui::GetStyle().FramePadding.x;
     for (int i = firstVertex; i < drawList.VtxBuffer.Size; ++i) {
@@ -45,7 +46,7 @@ void moveCaretOffLetter(ImDrawList& drawList, int firstVertex) {
 
 std::size_t wholeCharacters(std::string_view text, std::size_t limit) {
     if (text.size() <= limit) return text.size();
-    while (limit > 0 && (static_cast<unsigned char>(text[limit]) & 0xC0u) == 0x80u) // inside a character
+    while (limit > 0 && (static_cast<unsigned char>(text[limit]) & 0xC0u) == 0x80u) // `limit` is inside a character
         --limit;
     return limit;
 }
@@ -62,8 +63,8 @@ bool drawTextField(const char* label, const char* hint, char* buffer, std::size_
     return changed;
 }
 
-// Not ImGui::SetKeyboardFocusHere: Dear ImGui 1.92 drops its request in a frame in which the mouse is pressed on the
-// window beside the field.
+// Does not use ImGui::SetKeyboardFocusHere: Dear ImGui 1.92 ignores it in a frame in which the mouse is pressed on the
+// window outside the field.
 void activateTextField(ImGuiID id, bool keepCaret) {
     ImGui::ActivateItemByID(id);
     ImGui::GetCurrentContext()->NavNextActivateFlags =

@@ -1,11 +1,12 @@
 #pragma once
 
-// Fixed buffers of UTF-8 text, and the text fields that edit them. A text that is too long is cut at a whole character.
+// Buffers of fixed size for UTF-8 text, and the text fields that edit them. A text that is too long is cut between two
+// characters.
 
 #include <cstddef>
 #include <string_view>
 
-// The length in bytes of the longest beginning of `text` that has at most `limit` bytes and ends with a whole
+// Returns the length in bytes of the longest prefix of `text` that has at most `limit` bytes and ends with a whole
 // character.
 [[nodiscard]] std::size_t wholeCharacters(std::string_view text, std::size_t limit);
 
@@ -15,10 +16,10 @@ void copyToBuffer(std::string_view text, char (&buffer)[size]) {
     buffer[text.copy(buffer, wholeCharacters(text, size - 1))] = '\0';
 }
 
-// ImGui::InputTextWithHint for a buffer of `size` bytes, except that a pasted text is cut to fit: in Dear ImGui 1.92 a
-// paste that does not fit inserts nothing. True on the frame of a change. Main thread only, inside a frame.
+// Draws ImGui::InputTextWithHint for a buffer of `size` bytes. A pasted text is cut to fit; in Dear ImGui 1.92 a paste
+// that does not fit inserts nothing. True in the frame of a change. Main thread only, inside a frame.
 bool drawTextField(const char* label, const char* hint, char* buffer, std::size_t size);
 
-// Gives a text field the keyboard in the next frame and selects its text. With `keepCaret` the caret stays where it was
-// when the field was edited last.
+// Makes a text field active in the next frame and selects its text. With `keepCaret` it selects nothing, and the caret
+// stays where it was.
 void activateTextField(unsigned int id, bool keepCaret = false);

@@ -2,6 +2,6 @@
 
 #include <string>
 
-// The letters in the avatar: the first byte of each of the first two words, in upper case, or "?" if there is no word.
-// Only a space separates words.
+// Returns the letters for the avatar: the first byte of each of the first two words, in upper case. Only spaces
+// separate words. Returns "?" if there is no word.
 [[nodiscard]] std::string userInitials(const std::string& name);

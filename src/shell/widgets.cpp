@@ -47,8 +47,8 @@ bool drawButton(const char* label, ImVec2 position, ImVec2 size, float fontSize,
     return area.clicked;
 }
 
-// The corners of a five-pointed star of radius 1, clockwise from the top. Every second corner is an inner one at 0.4 of
-// the radius.
+// The corners of a five-pointed star of radius 1, clockwise from the top. Outer and inner corners alternate; the inner
+// corners have the radius 0.4.
 constexpr ImVec2 kStar[10] = {
     {0.0f, -1.0f}, {0.235114f, -0.323607f}, {0.951057f, -0.309017f}, {0.380423f, 0.123607f},   {0.587785f, 0.809017f},
     {0.0f, 0.4f},  {-0.587785f, 0.809017f}, {-0.380423f, 0.123607f}, {-0.951057f, -0.309017f}, {-0.235114f, -0.323607f},
@@ -95,7 +95,7 @@ void drawProgressBar(ImDrawList* drawList, ImVec2 min, ImVec2 max, float fractio
     const float radius = size.y * 0.5f;
     uiThemeRoundedPanel(drawList, min, max, uiThemeBorderStrong(), radius);
     if (!(fraction > 0.001f)) return;
-    // At least as wide as high, so that a small fraction shows a dot and not a sliver.
+    // The bar is at least as wide as it is high, so that a small fraction is a round dot.
     const float width = std::max(size.x * std::min(fraction, 1.0f), size.y);
     uiThemeRoundedPanel(drawList, min, ImVec2(min.x + width, max.y), uiThemeForeground(), radius);
 }
@@ -105,7 +105,8 @@ void drawStarIcon(ImDrawList* drawList, ImVec2 centre, float radius, ImU32 colou
     for (int i = 0; i < 10; ++i)
         corners[i] = centre + kStar[i] * radius;
     if (filled) {
-        // With anti-aliasing the edges between the triangles would show. The outline smooths the star's own edges.
+        // Fill without anti-aliasing, or the edges between the triangles become visible. The outline below smooths the
+        // star's edges.
         const ImDrawListFlags smooth =
             std::exchange(drawList->Flags, drawList->Flags & ~ImDrawListFlags_AntiAliasedFill);
         for (int i = 0; i < 10; ++i)
@@ -121,7 +122,7 @@ void drawFolderIcon(ImDrawList* drawList, ImVec2 topLeft, float size, ImU32 colo
     ImVec2 tab[4] = {
         {x, y + 0.28f * height}, {x, y}, {x + 0.38f * size, y}, {x + 0.38f * size + 2.0f, y + 0.28f * height}};
     for (ImVec2& point : tab)
-        point += ImVec2(0.5f, 0.5f); // AddRect adds half a pixel to its corners, AddPolyline does not
+        point += ImVec2(0.5f, 0.5f); // like AddRect, which adds half a pixel to its corners
     drawList->AddPolyline(tab, 4, colour, ImDrawFlags_None, 1.2f);
 }
 

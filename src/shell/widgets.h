@@ -1,22 +1,21 @@
 #pragma once
 
-// The small widgets that the screens share, drawn at absolute screen positions. They keep no state. They register with
-// Dear ImGui only for hit testing and navigation. Positions and sizes are pixels, already scaled; font sizes are
-// nominal. Main thread only, inside a frame.
+// Small widgets that the screens share. They are drawn at absolute screen positions and have no state. They register
+// with Dear ImGui only for hit testing and keyboard navigation. Positions and sizes are scaled pixels; font sizes are
+// not scaled. Main thread only, inside a frame.
 
 #include <string>
 
 #include <imgui.h>
 
-// Labels that several screens show.
 inline constexpr char kCancelLabel[] = "Cancel";
 inline constexpr char kRetryLabel[] = "Retry";
 
-// True on the frame of a click. The label is both text and identifier.
+// Draw a button. Return true in the frame of a click. The label is also the identifier.
 [[nodiscard]] bool drawPrimaryButton(const char* label, ImVec2 position, ImVec2 size, float fontSize);
 [[nodiscard]] bool drawSecondaryButton(const char* label, ImVec2 position, ImVec2 size, float fontSize);
 
-// A fraction of at most 0.001 shows an empty track, a small one shows a dot, one above 1 shows a full bar.
+// Draws a bar for a fraction from 0 to 1. Up to 0.001 the bar is empty; above 1 it is full. A small fraction is a dot.
 void drawProgressBar(ImDrawList* drawList, ImVec2 min, ImVec2 max, float fraction);
 
 void drawStarIcon(ImDrawList* drawList, ImVec2 centre, float radius, ImU32 colour, bool filled);
@@ -26,15 +25,17 @@ void drawEditorIcon(ImDrawList* drawList, ImVec2 topLeft, float size, ImU32 colo
 // Fills the content area right of the sidebar and draws the screen's title. Returns the area's top left corner.
 ImVec2 drawContentArea(const char* title);
 
-// Copies a text that is on screen while Ctrl+C is pressed. Text fields and open popups use the keys themselves.
+// Copies a text to the clipboard if the user presses Ctrl+C, unless a text field or an open popup uses these keys.
 void copyOnCtrlC(const std::string& text);
 
-// A clickable rectangle that draws nothing. Every custom control of the launcher is built on it.
+// The state of a clickable rectangle in this frame. The launcher's own controls use it.
 struct HitArea {
-    bool added = false; // false: clipped, so draw nothing
+    bool added = false; // false: the rectangle is clipped, so draw nothing
     bool clicked = false;
     bool hovered = false;
     bool held = false;
     bool focused = false; // draw the focus ring
 };
+
+// Adds a clickable rectangle to the window. Draws nothing.
 [[nodiscard]] HitArea hitArea(ImGuiID id, ImVec2 min, ImVec2 max);

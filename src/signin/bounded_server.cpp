@@ -18,8 +18,8 @@ using std::chrono::steady_clock;
 constexpr milliseconds kSilenceLimit{1000};
 constexpr milliseconds kConnectionLimit{5000};
 
-// The pure virtual functions of httplib::Stream differ between cpp-httplib 0.18.7 and 0.53.1. The class has those of
-// both, so none is marked as an override.
+// The pure virtual functions of httplib::Stream differ between cpp-httplib 0.18.7 and 0.53.1. This class defines the
+// functions of both versions, so none can be marked `override`.
 class BoundedConnection : public httplib::Stream {
   public:
     explicit BoundedConnection(std::intptr_t socket)
@@ -59,7 +59,7 @@ class BoundedConnection : public httplib::Stream {
 
     const std::intptr_t socket_;
     const steady_clock::time_point deadline_ = steady_clock::now() + kConnectionLimit;
-    std::array<char, 4096> buffer_{}; // the library reads lines byte by byte
+    std::array<char, 4096> buffer_{}; // saves system calls: the library reads lines byte by byte
     std::size_t begin_ = 0;
     std::size_t end_ = 0;
 };

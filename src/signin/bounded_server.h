@@ -1,12 +1,13 @@
 #pragma once
 
-// An httplib::Server whose connections cannot be held open: each serves one request, ends after a second of silence,
-// and ends as a whole after 5 s. The library's own time-outs start anew with each byte that arrives.
+// An httplib::Server that limits the time of each connection. A connection serves one request. It ends after 1 s
+// without data, and after 5 s in any case. The library's own time-outs are not enough, because they restart with each
+// byte.
 
 #include <httplib.h>
 
 class BoundedServer : public httplib::Server {
   private:
-    // Connection threads. The library calls this for each accepted connection.
+    // The library calls this for each accepted connection, on a connection thread.
     bool process_and_close_socket(socket_t socket) override;
 };

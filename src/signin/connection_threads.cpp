@@ -32,7 +32,8 @@ void ConnectionThreads::shutdown() {
         thread.join();
 }
 
-// Starts another thread. If the system refuses, the existing threads serve the connection. False if there are none.
+// Starts another thread. If the system cannot create one, the existing threads serve the connection. False if there are
+// none.
 bool ConnectionThreads::startThread() {
     try {
         threads_.emplace_back([this] { serve(); });

@@ -1,7 +1,7 @@
 #pragma once
 
-// The threads that serve the connections of the loopback listener: one for each open connection, up to a limit, so that
-// a silent connection does not hold up the others. Connections beyond the limit wait for a thread.
+// The threads that serve the connections of the loopback listener. Each open connection has its own thread, so that a
+// silent connection does not delay the others. The number of threads is limited; further connections wait for a thread.
 
 #include <condition_variable>
 #include <cstddef>
@@ -15,11 +15,11 @@
 
 class ConnectionThreads : public httplib::TaskQueue {
   public:
-    // Accept thread only. False when no thread can serve the connection; the server then closes it.
+    // Accept thread only. False if no thread can serve the connection. The server then closes it.
     bool enqueue(std::function<void()> connection) override;
 
-    // Accept thread only. Serves the connections that still wait, since each owns a socket (the stopped server closes
-    // them unanswered), then joins all threads.
+    // Accept thread only. Serves the connections that still wait, then joins all threads. Each waiting connection owns
+    // a socket, which the stopped server closes without a response.
     void shutdown() override;
 
   private:

@@ -1,7 +1,7 @@
 #pragma once
 
-// The addresses of Google's services. The launcher links google_endpoints.cpp, which holds the real hosts; the sandbox
-// and the tests link another definition. Nothing at run time can redirect a launcher. Any thread.
+// The addresses of Google's services. The launcher links google_endpoints.cpp with the real hosts. The sandbox and the
+// tests link another definition. No setting can change the addresses at run time. Any thread.
 
 #include <string>
 

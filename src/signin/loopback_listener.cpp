@@ -35,11 +35,12 @@ void configure(httplib::Server& server) {
     server.new_task_queue = [] { return new ConnectionThreads; };
     server.set_write_timeout(1, 0);
     server.set_payload_max_length(kBodyLimitBytes);
-    // The library's own options would let a second program bind the same port and take the code.
+    // Replace the library's socket options: they let a second program bind the same port and receive the code.
     server.set_socket_options([](socket_t socket) { keepPortExclusive(static_cast<std::intptr_t>(socket)); });
 }
 
-// A non-empty `error` counts first, whatever `state` says. Of a repeated parameter the first value counts.
+// Reports the result in the redirect's query to the mailbox. A non-empty `error` is reported even if `state` is wrong.
+// If a parameter is repeated, its first value counts.
 void reportRedirect(SignInMailbox& mailbox, const SignInAttempt& attempt, const httplib::Request& request) {
     const std::string error = request.get_param_value("error");
     const std::string code = request.get_param_value("code");
@@ -57,12 +58,12 @@ void reportRedirect(SignInMailbox& mailbox, const SignInAttempt& attempt, const 
 } // namespace
 
 struct LoopbackListener::Running {
-    BoundedServer server; // any program on the machine may connect and stay silent
+    BoundedServer server; // time limits, because any program on the machine may connect and stay silent
     std::thread acceptThread;
-    std::atomic<bool> acceptEnded = false; // a failed accept ends the library's loop for good
+    std::atomic<bool> acceptEnded = false; // also set when accept fails: the library then leaves its loop
 
-    // httplib::Server::stop() does nothing before the accept loop runs, and the join would then hang. So wait for the
-    // loop first. False when it did not start within the limit.
+    // Waits until the accept loop runs, then stops the server. False if the loop did not start within the limit.
+    // httplib::Server::stop() does nothing before the loop runs, and the join would then never return.
     bool stopWithin(milliseconds limit) {
         const auto deadline = steady_clock::now() + limit;
         while (!server.is_running() && !acceptEnded) {
@@ -74,10 +75,10 @@ struct LoopbackListener::Running {
     }
 };
 
-// A stopped server whose connections have not all ended yet.
+// A stopped server that may still have open connections.
 struct LoopbackListener::Retired {
     std::future<void> ended;
-    std::thread janitor; // owns the server
+    std::thread janitor; // owns the server, joins its threads and destroys it
 };
 
 LoopbackListener::LoopbackListener() = default;

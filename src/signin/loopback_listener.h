@@ -1,12 +1,12 @@
 #pragma once
 
-// The plain HTTP listener on 127.0.0.1 that takes the browser's redirect. The system chooses its port. Its one route is
-// GET "/", and it answers every request to it with the same page, whatever it reported. Frame thread only.
+// The plain HTTP listener on 127.0.0.1 that receives the browser's redirect. The system chooses its port. Its one route
+// is GET "/". The response is the same page after success and after failure. Frame thread only.
 //
 // Browsers open spare connections and keep them, and any program on the machine may connect and stay silent. So each
-// connection has a thread (see connection_threads.h) and a time limit (see bounded_server.h), and stop() never waits
-// for a client: it closes the listening socket at once and leaves the joining of the connection threads to a janitor
-// thread. A request that such a thread still answers reports nothing.
+// connection has its own thread (connection_threads.h) and a time limit (bounded_server.h), and stop() does not wait
+// for clients: it closes the listening socket and starts a janitor thread, which joins the connection threads. Requests
+// that are served after stop() are not reported.
 
 #include <memory>
 #include <string>
@@ -22,17 +22,18 @@ class LoopbackListener {
     LoopbackListener(const LoopbackListener&) = delete;
     LoopbackListener& operator=(const LoopbackListener&) = delete;
 
-    // True after a detach: main must leave by std::_Exit, because the detached threads still use static objects.
+    // True if the destructor had to detach threads. main must then exit with std::_Exit, because these threads still
+    // use static objects.
     [[nodiscard]] static bool hasLeftThreads();
 
-    // Binds a port and starts to accept. Reports to `mailbox` under the attempt's generation: a code when the redirect
-    // brings back `oauthState`, a failure otherwise. False when no port could be bound.
+    // Binds a port and starts to accept connections. Reports to `mailbox` with the attempt's generation: a code if the
+    // redirect contains the right `oauthState`, otherwise a failure. False if no port could be bound.
     [[nodiscard]] bool start(const std::shared_ptr<SignInMailbox>& mailbox, const SignInAttempt& attempt);
 
-    // Stops listening; from here on nothing is reported. Does nothing when nothing listens.
+    // Stops the listener. Nothing is reported after this call. Does nothing if the listener is not running.
     void stop();
 
-    // The bound port; 0 when nothing listens, -1 after a failed start.
+    // Returns the bound port; 0 if the listener is not running, -1 after a failed start.
     [[nodiscard]] int port() const { return port_; }
 
   private:

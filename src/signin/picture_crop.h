@@ -6,6 +6,7 @@ struct PictureCrop {
     float left = 0.0f, top = 0.0f, right = 1.0f, bottom = 1.0f; // texture coordinates
 };
 
-// A picture that is too tall is cut equally at top and bottom. One that is too wide keeps the part that ends at 0.82 of
-// its width, or its right end when more than 0.82 is visible. Without an area of panel or picture nothing is cut.
+// Returns the visible part. A picture that is too tall loses equal parts at its top and bottom. Of a picture that is
+// too wide, the visible part ends at 0.82 of its width; if more than 0.82 is visible, it ends at the right edge. If a
+// size is 0 or less, the whole picture is visible.
 [[nodiscard]] PictureCrop cropPicture(float panelWidth, float panelHeight, float pictureWidth, float pictureHeight);

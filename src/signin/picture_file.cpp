@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr std::size_t kLargestFile = 256u << 20; // the decoder counts in int
+constexpr std::size_t kLargestFile = 256u << 20; // stb_image takes the size as an int
 
 } // namespace
 

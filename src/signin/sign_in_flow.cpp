@@ -93,7 +93,7 @@ void SignInFlow::pollSignIn() {
     }
     if (!result.hasResult) return;
 
-    // After a failed redirect the listener goes on: a valid redirect may still follow.
+    // The listener keeps running after a failed redirect, because a valid redirect may still follow.
     if (!result.success) {
         errorMessage = result.errorMessage;
         state = SignInState::SignedOut;
@@ -111,7 +111,8 @@ void SignInFlow::pollSignIn() {
     state = SignInState::SignedIn;
 }
 
-// A code that arrived before cancelSignIn is still exchanged, with the port of a listener that is gone: 0.
+// Stops the listener, which sets its port to 0. A code that arrived before cancelSignIn is still exchanged, with this
+// port in its redirect URI.
 void SignInFlow::stopListener() {
     listener_.stop();
     attempt_.redirectUri = redirectUriFor(listener_.port());
@@ -150,7 +151,7 @@ void SignInFlow::signOut() {
 
 void SignInFlow::startWorker(const std::string& code, const std::string& refreshToken, bool isRefresh,
                              const std::string& redirectUri) {
-    joinWorker(); // a redirect can arrive while a restore still runs
+    joinWorker(); // a worker that restores a session may still run
     SignInWork work;
     work.mailbox = mailbox_;
     work.clientId = clientId_;
@@ -174,7 +175,7 @@ void SignInFlow::endWorker() {
     joinWorker();
 }
 
-// The worker finds its generation outdated and its result is dropped.
+// Makes the current generation outdated, so that the mailbox drops the worker's result.
 void SignInFlow::abandonAttempt() {
     attempt_.generation = mailbox_->abandonAttempt();
 }

@@ -1,11 +1,11 @@
 #pragma once
 
-// Signs the user in with a Google account through the system's browser: authorization code with PKCE (RFC 7636), a
-// redirect to a loopback listener (RFC 8252), and a worker thread that fetches tokens and user information.
+// Signs the user in with a Google account in the system's browser. It uses an authorization code with PKCE (RFC 7636),
+// a redirect to a loopback listener (RFC 8252), and a worker thread that requests tokens and user information.
 //
-// Frame thread only. Results of other threads arrive in a mailbox that pollSignIn empties at the top of every frame.
+// Frame thread only. Other threads report to a mailbox, which pollSignIn empties at the start of each frame.
 // startSignIn, cancelSignIn, signOut, restoreSession and the destructor abort the worker's requests and join it.
-// Failures appear in `state` and `errorMessage`.
+// `state` and `errorMessage` show failures.
 
 #include <cstdint>
 #include <memory>
@@ -23,7 +23,7 @@ enum class SignInState : std::uint32_t { SignedOut = 0, RestoringSession = 1, Si
 
 class SignInFlow {
   public:
-    // `settings` is borrowed and outlives the flow.
+    // `settings` must outlive this object.
     SignInFlow(const std::string& clientId, const std::string& clientSecret, LauncherSettings* settings);
     ~SignInFlow();
     SignInFlow(const SignInFlow&) = delete;
@@ -32,17 +32,17 @@ class SignInFlow {
     void startSignIn();
     void cancelSignIn();
     void pollSignIn();
-    void restoreSession(); // with the stored refresh token
+    void restoreSession(); // signs in with the stored refresh token
     void signOut();        // on this machine only; the tokens are not revoked
 
-    // The page that the browser opens. The user can open it by hand if the browser did not.
+    // Returns the address that the browser opens. The user can copy it if no browser has opened.
     [[nodiscard]] const std::string& browserAddress() const { return attempt_.authorizationUrl; }
 
     SignInState state = SignInState::SignedOut;
     std::string userName;
     std::string userEmail;
-    std::string errorMessage;     // what the sign-in screen shows; empty means no error
-    bool failedOnRestore = false; // the last failure came from restoring a stored session
+    std::string errorMessage;     // for the user; empty: no error
+    bool failedOnRestore = false; // true: the last failure happened while a stored session was restored
 
   private:
     void stopListener();
@@ -59,5 +59,5 @@ class SignInFlow {
     std::shared_ptr<SignInMailbox> mailbox_;
     LoopbackListener listener_;
     HttpAbort workerAbort_;    // of the current worker
-    std::thread workerThread_; // joinable until the next operation joins it
+    std::thread workerThread_; // stays joinable after it has ended, until the next operation joins it
 };

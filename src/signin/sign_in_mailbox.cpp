@@ -28,7 +28,7 @@ void SignInMailbox::openFor(std::uint32_t generation) {
 
 SignInMailbox::Arrivals SignInMailbox::take() {
     const std::lock_guard<std::mutex> lock(mutex_);
-    if (!pendingCode_.empty()) openGeneration_ = 0; // a second code must not wait for the next frame
+    if (!pendingCode_.empty()) openGeneration_ = 0; // accept no second code before the listener stops
     return {std::exchange(pendingCode_, {}), std::exchange(result_, {})};
 }
 

@@ -1,24 +1,23 @@
 #pragma once
 
-// Carries what other threads find out during a sign-in to the frame thread. It does its own locking and holds its mutex
-// for a few assignments only, never across I/O. It is shared: a thread that outlives its attempt still has a valid
-// mailbox to report to, and the mailbox drops the report.
+// Passes the results of other threads to the frame thread during a sign-in. It locks its own mutex, for a few
+// assignments, never during I/O. Shared pointers own it, so that a thread that outlives its attempt can still report.
 //
-// Each attempt has a number, its generation. The frame thread moves on to the next generation when it abandons an
-// attempt. A report that carries an older generation leaves no trace.
+// Each attempt has a number, its generation. The frame thread starts a new generation when it abandons an attempt. The
+// mailbox drops reports with an older generation.
 
 #include <cstdint>
 #include <mutex>
 #include <string>
 
 struct SignInResult {
-    bool hasResult = false; // this slot holds an outcome
+    bool hasResult = false; // false: no result has arrived
     bool success = false;
-    bool fromRestore = false; // the outcome of restoring a stored session
+    bool fromRestore = false; // the worker restored a stored session
     std::string userName;
     std::string userEmail;
-    std::string refreshToken; // empty when the exchange gave none, or when restoring
-    std::string errorMessage; // when `success` is false
+    std::string refreshToken; // empty if Google sent none, or if a session was restored
+    std::string errorMessage; // for the user, if `success` is false
 };
 
 class SignInMailbox {
@@ -30,25 +29,28 @@ class SignInMailbox {
 
     // --- frame thread ---
 
-    // Both move on to the next generation and return it. startAttempt also discards what has arrived.
+    // Starts the next generation and returns it. Discards a code or result that has arrived.
     [[nodiscard]] std::uint32_t startAttempt();
+
+    // Starts the next generation and returns it. Keeps a code or result that has arrived.
     [[nodiscard]] std::uint32_t abandonAttempt();
 
     void discardResult();
 
-    // Lets the listener of this generation report. No listener may report after 0, or after a code was taken.
+    // Accepts reports of the listener of this generation only. With 0, or after take() has returned a code, the mailbox
+    // drops the reports of all listeners.
     void openFor(std::uint32_t generation);
 
-    // Returns what has arrived and empties both slots.
+    // Returns the code and the result that have arrived, and clears both.
     [[nodiscard]] Arrivals take();
 
     // --- any thread ---
 
-    // From a listener. The code of a later redirect replaces an earlier one; a failure leaves the code in place.
+    // For listeners. A later code replaces an earlier one. A failure does not remove a code.
     void reportCode(std::uint32_t generation, const std::string& code);
     void reportFailure(std::uint32_t generation, const std::string& message);
 
-    // From a worker.
+    // For workers.
     void reportResult(std::uint32_t generation, SignInResult result);
 
   private:
@@ -56,5 +58,5 @@ class SignInMailbox {
     SignInResult result_;
     std::string pendingCode_;
     std::uint32_t generation_ = 0;
-    std::uint32_t openGeneration_ = 0; // of the listener that may report; 0: none
+    std::uint32_t openGeneration_ = 0; // generation of the listener that may report; 0: none
 };

@@ -1,4 +1,5 @@
-// The sign-in screen: a panel with the welcome text and the control that fits the state, and a picture to its right.
+// The sign-in screen: a panel with the welcome text and either the "Sign in" button or a spinner with "Cancel", and a
+// picture to the right of the panel.
 
 #include <algorithm>
 #include <chrono>
@@ -45,7 +46,7 @@ constexpr ImU32 kPictureShade = IM_COL32(0, 0, 0, 0x28);
 constexpr ImU32 kCaption = IM_COL32(0xFA, 0xFA, 0xFA, 0xF5);
 constexpr ImU32 kSubcaption = IM_COL32(0xBE, 0xBE, 0xC3, 0xDC);
 
-constexpr std::chrono::milliseconds kPictureWait{2}; // in each frame until the picture is decoded
+constexpr std::chrono::milliseconds kPictureWait{2}; // each frame waits this long for the decoder
 
 struct Column {
     float left, width;
@@ -68,7 +69,7 @@ void drawPicture(ImDrawList* drawList, ImTextureData* picture, ImVec2 min, ImVec
                      "Made with VOLO");
 }
 
-// "Support" with an arrow, at the bottom of the panel. It lights up under the pointer and has no action.
+// Draws "Support" with an arrow at the bottom of the panel. It becomes brighter under the pointer. It has no action.
 void drawSupportLabel(ImDrawList* drawList, float panelLeft, float panelWidth, float windowBottom) {
     constexpr float kArrowThickness = 1.6f; // not scaled
     ImFont* font = uiThemeFont(16.0f);
@@ -90,7 +91,7 @@ void drawSupportLabel(ImDrawList* drawList, float panelLeft, float panelWidth, f
     drawList->AddLine(tip, tip + ImVec2(0.0f, uiThemePx(5.0f)), colour, kArrowThickness);
 }
 
-// Enter presses the screen's only button without the focus on it.
+// True if the user pressed Enter. Enter presses the screen's only button even if the button does not have the focus.
 bool enterPressed() {
     return ImGui::Shortcut(ImGuiKey_Enter) || ImGui::Shortcut(ImGuiKey_KeypadEnter);
 }
@@ -101,7 +102,7 @@ void drawSignedOutControls(ImDrawList* drawList, SignInFlow& signIn, Column colu
         enterPressed()) {
         signIn.startSignIn();
     }
-    if (signIn.errorMessage.empty()) return; // including the error of a start that failed in this frame
+    if (signIn.errorMessage.empty()) return; // read after startSignIn: it may have failed just now
     uiThemeTextWrapped(drawList, uiThemeFont(13.0f),
                        {column.left, buttonTop + uiThemePx(kControlHeight) + uiThemePx(kErrorGap)},
                        uiThemeDestructive(), signIn.errorMessage, column.width, kLineGap);
@@ -129,7 +130,7 @@ void drawSigningInControls(ImDrawList* drawList, SignInFlow& signIn, Column colu
 } // namespace
 
 void LauncherApp::drawSignInScreen() {
-    if (!backgroundLoadTried && ImGui::GetFrameCount() > 1) { // the very first frame should appear soon
+    if (!backgroundLoadTried && ImGui::GetFrameCount() > 1) { // not in the first frame, so that it appears early
         backgroundLoadTried = true;
         loadBackgroundTexture();
     }
@@ -171,8 +172,8 @@ void LauncherApp::drawSignInScreen() {
     drawSupportLabel(drawList, min.x, panelWidth, max.y);
 }
 
-// Decodes the picture on another thread, so that the first frames do not wait for it. If the system has no thread left,
-// takeBackgroundTexture decodes it.
+// Decodes the picture on another thread, so that the first frames do not wait for it. If the system cannot create a
+// thread, takeBackgroundTexture decodes it on the main thread.
 void LauncherApp::loadBackgroundTexture() {
     const std::string directory = launcherDirectory();
     if (directory.empty()) return;
@@ -183,7 +184,7 @@ void LauncherApp::loadBackgroundTexture() {
 void LauncherApp::takeBackgroundTexture() {
     if (!decodingBackground.valid() || decodingBackground.wait_for(kPictureWait) == std::future_status::timeout) return;
     const DecodedPicture picture = decodingBackground.get();
-    if (!picture.pixels) return; // the right side stays empty; a missing picture is not an error
+    if (!picture.pixels) return; // without a picture the right side stays empty
     backgroundTexture = IM_NEW(ImTextureData)();
     backgroundTexture->Create(ImTextureFormat_RGBA32, picture.width, picture.height);
     std::memcpy(backgroundTexture->GetPixels(), picture.pixels.get(),

@@ -21,7 +21,7 @@ TokenResponse failedResponse(const std::string& message) {
     return response;
 }
 
-// Reads the answer to a code exchange or a refresh. `refusal` is the text for a status other than 200.
+// Reads the response to a code exchange or a refresh. `refusal` is the error message for a status other than 200.
 TokenResponse readTokenAnswer(const HttpsAnswer& answer, const std::string& refusal) {
     if (!answer.answered) return failedResponse("Could not reach Google's token endpoint. Check your connection.");
     if (answer.status != kHttpOk) return failedResponse(refusal);
@@ -37,7 +37,8 @@ TokenResponse readTokenAnswer(const HttpsAnswer& answer, const std::string& refu
     return response;
 }
 
-// Fills in the account's name and e-mail address. Returns the text for the user on failure, otherwise empty.
+// Requests the account's name and e-mail address and stores them in `result`. Returns an error message for the user, or
+// an empty text on success.
 std::string requestUserInfo(const std::string& accessToken, const HttpAbort& abort, SignInResult& result) {
     const GoogleEndpoints google = googleEndpoints();
     const HttpsAnswer answer = httpsGet({google.userInfoHost, google.userInfoPort, 0, abort}, "/v1/userinfo",
@@ -77,7 +78,7 @@ TokenResponse refreshAccessToken(const std::string& clientId, const std::string&
                                                     {"refresh_token", refreshToken}},
                                                    abort);
     TokenResponse response = readTokenAnswer(answer, "The stored session is no longer valid.");
-    response.refreshToken.clear(); // the stored one stays, even when Google sends a new one
+    response.refreshToken.clear(); // keep the stored token even if Google sends a new one
     return response;
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
-// The requests to Google after the browser has returned: authorization code for tokens, stored refresh token for an
-// access token, access token for the account's name and e-mail address. Blocking HTTPS; sign-in worker only. Nothing
-// here is stored or logged.
+// The requests to Google that follow the browser's redirect or restore a session. They exchange a code or a stored
+// refresh token for an access token, and request the account's name and e-mail address. Blocking HTTPS; sign-in worker
+// only. This code writes no file and no log.
 
 #include <memory>
 #include <string>
@@ -15,7 +15,7 @@ struct TokenResponse {
     bool ok = false;
     std::string accessToken;
     std::string refreshToken; // may be empty; always empty from refreshAccessToken
-    std::string errorMessage; // when not `ok`
+    std::string errorMessage; // for the user, if `ok` is false
 };
 
 [[nodiscard]] TokenResponse exchangeCodeForTokens(const std::string& clientId, const std::string& clientSecret,
@@ -25,18 +25,18 @@ struct TokenResponse {
 [[nodiscard]] TokenResponse refreshAccessToken(const std::string& clientId, const std::string& clientSecret,
                                                const std::string& refreshToken, const HttpAbort& abort = {});
 
-// The worker's own copy of what it needs.
+// The worker's input. The worker owns the copy.
 struct SignInWork {
     std::shared_ptr<SignInMailbox> mailbox;
     std::string clientId;
     std::string clientSecret;
     std::string code;         // empty when restoring
     std::string refreshToken; // empty for a browser sign-in
-    bool isRefresh = false;   // restore the stored session
+    bool isRefresh = false;   // true: restore the stored session
     HttpAbort abort;          // ends the worker's requests
     SignInAttempt attempt;
 };
 
-// The worker's thread function: at most two requests, then one result for the mailbox, which drops it when the attempt
-// was abandoned in the meantime.
+// The thread function of the worker. Sends at most two requests and reports one result to the mailbox. The mailbox
+// drops the result if the attempt was abandoned in the meantime.
 void runSignInWorker(const SignInWork& work);

@@ -1,13 +1,13 @@
 #pragma once
 
-// Tells the window that a dialog could not be shown, so that it can say so. Frame thread only.
+// Passes the message "no dialog could be shown" from the dialogs to the window. Frame thread only.
 
 #include <string>
 #include <utility>
 
-inline std::string currentDialogProblem; // set by the dialogs; empty: none
+inline std::string currentDialogProblem; // set by the dialogs; empty: no problem
 
-// The text for the user about a dialog that could not be shown since the last call; empty when there was none.
+// Returns the message for the user and clears it. Empty if all dialogs since the last call could be shown.
 [[nodiscard]] inline std::string takeDialogProblem() {
     return std::exchange(currentDialogProblem, {});
 }

@@ -20,7 +20,7 @@ namespace {
 
 constexpr int kHookPeriodMs = 30;
 
-// Reads the dialog's output until it closes it, and calls the hook meanwhile.
+// Reads the output of the dialog program until the program closes it. Calls the hook while it waits.
 std::string readToEnd(int descriptor, pid_t dialog) {
     std::string text;
     char buffer[4096];
@@ -37,8 +37,8 @@ std::string readToEnd(int descriptor, pid_t dialog) {
     }
 }
 
-// Runs a dialog program and waits for it. On a choice the program prints it with a line feed and exits with 0; on a
-// cancel it exits with 1. Unavailable when the program is not installed or fails.
+// Runs a dialog program and waits for it. After a choice the program prints the path with a line feed and exits with 0.
+// After a cancel it exits with 1. Returns Unavailable if the program is not installed or fails.
 DialogOutcome runDialog(const std::vector<std::string>& arguments, std::string& choice) {
     int output[2];
     if (::pipe2(output, O_CLOEXEC) != 0) return DialogOutcome::Unavailable;
@@ -53,11 +53,12 @@ DialogOutcome runDialog(const std::vector<std::string>& arguments, std::string& 
     }
     if (!WIFEXITED(status) || WEXITSTATUS(status) > 1) return DialogOutcome::Unavailable;
     if (WEXITSTATUS(status) == 1) choice.clear();
-    if (choice.ends_with('\n')) choice.pop_back(); // only one: the name itself may end in line feeds
+    if (choice.ends_with('\n')) choice.pop_back(); // remove only one: the path itself may end in a line feed
     return DialogOutcome::Answered;
 }
 
-// Asks with the first of these that can show a dialog: the desktop portal, GNOME's zenity, KDE's kdialog.
+// Shows the dialog with the desktop portal, else with GNOME's zenity, else with KDE's kdialog. Returns the chosen path,
+// or an empty text.
 std::string askUser(bool chooseFolder, const std::string& title, const std::string& start,
                     const std::vector<std::string>& zenity, const std::vector<std::string>& kdialog) {
     std::error_code unknown;
@@ -78,7 +79,8 @@ std::string orCurrent(const std::string& path) {
     return path.empty() ? "." : path;
 }
 
-// zenity --filename opens a folder only when the name ends in a slash; otherwise it selects the folder in its parent.
+// Adds the start path to zenity's arguments. A folder needs a final slash: without it, zenity --filename opens the
+// parent folder and selects the folder there.
 std::vector<std::string> startingAt(const std::string& path, std::vector<std::string> zenity) {
     std::error_code unknown;
     const bool folder = std::filesystem::is_directory(path, unknown) && !path.ends_with('/');

@@ -15,8 +15,8 @@
 
 namespace {
 
-// The message loop of the dialog also delivers clicks on our window, although the dialog covers it. The hook drops
-// them.
+// Calls the hook, which discards the clicks on the launcher's window that arrived while the dialog was open: the
+// dialog's message loop delivers them too.
 void callHook() {
     if (currentDialogHook) currentDialogHook(0);
 }
@@ -44,7 +44,7 @@ std::string pickProjectFile(const std::string& /*title*/, const std::string& ini
     wchar_t path[4096] = L"";
     std::wcsncpy(path, widenBytes(initialPath).c_str(), std::size(path) - 1);
 
-    // OPENFILENAMEW expects pairs of texts, each with a final zero, and one more zero at the end.
+    // OPENFILENAMEW expects pairs of texts. Each text ends with a zero, and one more zero ends the list.
     std::wstring filter = widenBytes(kProjectFilterText);
     filter += L'\0' + widenBytes(kProjectFilterPattern) + L'\0';
 

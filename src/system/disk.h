@@ -1,15 +1,16 @@
 #pragma once
 
-// What the standard library's file functions leave out: locks between processes, syncs, and errors that pass. Blocking;
-// any thread. One source per platform.
+// File operations that the standard library does not have: locks between processes, syncs, and detection of files that
+// another program uses. Blocking; any thread. One source per platform.
 
 #include <cstdint>
 #include <string>
 #include <system_error>
 #include <vector>
 
-// An exclusive lock on a file. The operating system releases it when the process ends, however it ends. The file is
-// created when it is missing and never removed: two processes could otherwise lock two files of the same name.
+// An exclusive lock on a file. The operating system releases it when the process ends, also after a crash. The lock
+// file is created if it is missing. It is never removed: otherwise two processes could lock two files with the same
+// name.
 class FileLock {
   public:
     FileLock() = default;
@@ -19,8 +20,8 @@ class FileLock {
 
     enum class Result {
         Taken,
-        Held,       // by another process or another object; try again
-        Impossible, // the file cannot be made, or its file system has no locks
+        Held,       // another process or another FileLock holds it; try again
+        Impossible, // the file cannot be created, or its file system has no locks
     };
     // Does not wait.
     [[nodiscard]] Result tryToTake(const std::string& path);
@@ -29,10 +30,12 @@ class FileLock {
     std::intptr_t file_ = -1;
 };
 
-// Both bring written data to the disk, so that it survives a loss of power. False when the disk reports an error.
+// Waits until the file's data is on the disk, so that it survives a power failure. False if the disk reports an error.
 [[nodiscard]] bool syncFile(const std::string& path);
-[[nodiscard]] bool syncFiles(const std::vector<std::string>& files); // all of them on one file system
 
-// True when a removal or rename may succeed a moment later, because another program holds the file. Windows only: Linux
-// removes and renames files that are open.
+// Does the same for several files. All of them must be on one file system.
+[[nodiscard]] bool syncFiles(const std::vector<std::string>& files);
+
+// True if a removal or rename failed because another program uses the file, so that a later try may succeed. Always
+// false on Linux, which can remove and rename open files.
 [[nodiscard]] bool isFileInUse(const std::error_code& error);

@@ -22,7 +22,7 @@ bool syncPath(const std::string& path, const Sync& sync) {
 FileLock::~FileLock() {
     if (file_ < 0) return;
     const int file = static_cast<int>(file_);
-    ::flock(file, LOCK_UN); // explicitly: a child between fork and exec shares the lock
+    ::flock(file, LOCK_UN); // close() alone keeps the lock while a child between fork and exec shares it
     ::close(file);
 }
 
@@ -37,7 +37,7 @@ bool syncFile(const std::string& path) {
     return syncPath(path, [](int file) { return ::fsync(file); });
 }
 
-// The whole file system in one call: much faster than a sync of each file.
+// Syncs the whole file system with one call, which is much faster than a sync of each file.
 bool syncFiles(const std::vector<std::string>& files) {
     return files.empty() || syncPath(files.front(), [](int file) { return ::syncfs(file); });
 }

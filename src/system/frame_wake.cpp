@@ -4,7 +4,7 @@
 
 namespace {
 
-std::mutex mutex; // held during the call
+std::mutex mutex; // held while currentWake runs
 void (*currentWake)() = nullptr;
 
 } // namespace

@@ -16,9 +16,10 @@
 namespace {
 
 constexpr int kConnectionTimeoutSeconds = 15;
-constexpr int kDefaultReadTimeoutSeconds = 300; // the library's
+constexpr int kDefaultReadTimeoutSeconds = 300; // cpp-httplib's default
 
-// cpp-httplib 0.53.1 hides OpenSSL's context behind tls_context() and deprecates ssl_context().
+// Returns OpenSSL's context of a client. cpp-httplib 0.53.1 has tls_context() for it and deprecates ssl_context().
+// Older versions have only ssl_context().
 template<class Client>
 SSL_CTX* tlsContext(const Client& client) {
     if constexpr (requires { client.tls_context(); }) {
@@ -28,8 +29,8 @@ SSL_CTX* tlsContext(const Client& client) {
     }
 }
 
-// cpp-httplib 0.18.7 accepts a certificate by its common name when no alternative name matches. So OpenSSL checks the
-// host too, against the alternative names only.
+// Makes OpenSSL check the host against the certificate's alternative names. cpp-httplib 0.18.7 alone also accepts a
+// matching common name when no alternative name matches.
 bool requireHostInCertificate(SSL_CTX* context, const std::string& host) {
     X509_VERIFY_PARAM* rules = SSL_CTX_get0_param(context);
     X509_VERIFY_PARAM_set_hostflags(rules, X509_CHECK_FLAG_NEVER_CHECK_SUBJECT);
@@ -37,7 +38,7 @@ bool requireHostInCertificate(SSL_CTX* context, const std::string& host) {
            X509_VERIFY_PARAM_set1_host(rules, host.data(), host.size()) == 1;
 }
 
-// Encoded here because the library's versions encode Params differently: cpp-httplib 0.53.1 writes a space as "+".
+// Encodes the fields as a form, so that all versions of cpp-httplib send the same bytes: 0.53.1 writes a space as "+".
 std::string formBody(HttpFields fields) {
     std::sort(fields.begin(), fields.end());
     std::string body;
@@ -48,7 +49,7 @@ std::string formBody(HttpFields fields) {
     return body;
 }
 
-// The name of the progress callback differs between cpp-httplib 0.18.7 and 0.53.1.
+// Sets the progress callback, whose name differs between cpp-httplib 0.18.7 and 0.53.1.
 template<class Request, class Progress>
 void setProgress(Request& request, const Progress& progress) {
     if constexpr (requires { request.download_progress; }) {
@@ -63,12 +64,12 @@ httplib::Request newRequest(const char* method, const std::string& path, const H
     request.method = method;
     request.path = path;
     request.headers.insert(headers.begin(), headers.end());
-    // cpp-httplib 0.18.7 sends no User-Agent on a request whose body goes to a receiver.
+    // cpp-httplib 0.18.7 sends no User-Agent in requests with a content receiver.
     request.headers.emplace("User-Agent", std::string("cpp-httplib/") + CPPHTTPLIB_VERSION);
     return request;
 }
 
-// Every request of the launcher is sent here, with a client of its own.
+// Sends one request with a new client. All requests of the launcher use this function.
 HttpsAnswer send(HttpExchange& exchange, const HttpsServer& server, const httplib::Request& request) {
     httplib::SSLClient client(server.host, server.port);
     client.set_connection_timeout(kConnectionTimeoutSeconds, 0);
@@ -84,7 +85,8 @@ HttpsAnswer send(HttpExchange& exchange, const HttpsServer& server, const httpli
     return answer;
 }
 
-// Sends a request whose answer is kept in memory up to `bodyLimit`, and ends as a whole after twice the read time-out.
+// Sends a request and keeps the response's body in memory, up to `bodyLimit` bytes. Ends after twice the read time-out
+// at the latest.
 HttpsAnswer sendForSmallAnswer(const HttpsServer& server, const httplib::Request& request, std::size_t bodyLimit) {
     const int readTimeout = server.readTimeoutSeconds > 0 ? server.readTimeoutSeconds : kDefaultReadTimeoutSeconds;
     return HttpExchange::run(
@@ -101,7 +103,7 @@ HttpsAnswer sendForSmallAnswer(const HttpsServer& server, const httplib::Request
                 return body.size() <= bodyLimit;
             };
             HttpsAnswer answer = send(exchange, server, request);
-            if (body.size() > bodyLimit) { // our receiver ended the request, which the library reports as no answer
+            if (body.size() > bodyLimit) { // our receiver ended the request, so the library reported an error
                 answer.answered = true;
                 answer.status = status;
             }

@@ -1,8 +1,8 @@
 #pragma once
 
-// HTTPS requests: certificates and host names are verified against the system's trust store, redirects are not
-// followed, nothing is compressed, and each request has a connection of its own. Blocking; worker threads only. Every
-// call makes its own client, so nothing is shared between threads.
+// HTTPS requests. Certificates are verified against the system's trust store, and host names against the certificate.
+// Redirects are not followed. Compressed responses are not requested. Each request opens its own connection and shares
+// nothing with other threads. Blocking; worker threads only.
 
 #include <cstddef>
 #include <cstdint>
@@ -12,18 +12,19 @@
 #include <utility>
 #include <vector>
 
-// Splits an https URL. `path` keeps query and fragment; without one it is "/". `port` is 443 unless the URL names one
-// from 1 to 65535. False for anything else (another scheme, user information, a bracketed address, an empty host); the
-// outputs are then meaningless.
+// Splits an https URL. `path` includes query and fragment; it is "/" if the URL has no path. `port` is 443 if the URL
+// has no port. Returns false for another scheme, a port outside 1 to 65535, user information, a bracketed address or an
+// empty host. The outputs are then undefined.
 [[nodiscard]] bool parseHttpsUrl(const std::string& url, std::string& host, int& port, std::string& path);
 
-// Ends requests from another thread. Copies share one state: keep one, and pass the other with the request. Any thread.
+// Ends requests from another thread. Copies share one state: keep one copy and pass another to the request. Any thread.
 class HttpAbort {
   public:
     HttpAbort();
 
-    // The requests that use this state, now and later, end with no answer; a running one within 100 ms, whether it
-    // looks up a name, connects, shakes hands, waits or reads. There is no way back: use a new object for new requests.
+    // Ends all running and future requests that use this state, without a response. A running request ends within 100
+    // ms, also during a name lookup, a connection attempt or a TLS handshake. An abort is final: use a new object for
+    // new requests.
     void abort();
 
     [[nodiscard]] bool isAborted() const;
@@ -35,20 +36,20 @@ class HttpAbort {
     std::shared_ptr<State> state_;
 };
 
-// The number of requests whose thread still runs: an aborted request can leave a thread behind that waits for a name
-// server. main must leave by std::_Exit when there are some, because they still use static objects.
+// Returns the number of requests whose thread still runs. The thread of an aborted request may still wait for a name
+// server. If the number is not 0, main must exit with std::_Exit, because these threads still use static objects.
 [[nodiscard]] int unfinishedRequests();
 
 struct HttpsServer {
     std::string host;
     int port = 443;
-    int readTimeoutSeconds = 0; // 0: the library's default of 300 seconds
+    int readTimeoutSeconds = 0; // 0: 300 seconds, the library's default
     HttpAbort abort = {};
 };
 
-// httpsGet and httpsPostForm end as a whole, headers included, after twice the read time-out. httpsDownload has no such
-// limit. A request has three outcomes: no answer (no connection, TLS or certificate failure, time-out, truncated body),
-// an answer with another status, and an answer with status 200 and its body. Callers test the status for exactly 200.
+// The result of a request. `answered` is false if there was no complete response: no connection, TLS or certificate
+// failure, time-out, or truncated body. Otherwise callers must check that `status` is 200 before they use the body.
+// httpsGet and httpsPostForm end after twice the read time-out at the latest. httpsDownload has no such limit.
 struct HttpsAnswer {
     bool answered = false;
     int status = 0;
@@ -57,8 +58,8 @@ struct HttpsAnswer {
 
 using HttpFields = std::vector<std::pair<std::string, std::string>>;
 
-// The most bytes of a body that are kept in memory. A longer body ends the request early: the answer then has
-// `answered` and its status, and `body` holds more than `bodyLimit` bytes but not the whole body.
+// The maximum size of a body in memory. A longer body ends the request early. Then `answered` is true, `status` is set,
+// and `body` contains more than `bodyLimit` bytes, but not the whole body.
 inline constexpr std::size_t kDefaultBodyLimit = 4u << 20;
 
 [[nodiscard]] HttpsAnswer httpsGet(const HttpsServer& server, const std::string& path, const HttpFields& headers = {},
@@ -67,10 +68,10 @@ inline constexpr std::size_t kDefaultBodyLimit = 4u << 20;
 // Posts the fields as application/x-www-form-urlencoded, sorted by key and percent-encoded.
 [[nodiscard]] HttpsAnswer httpsPostForm(const HttpsServer& server, const std::string& path, const HttpFields& fields);
 
-// Streams the body of a GET to `receive` in pieces of the library's choosing; the answer's `body` stays empty. Bodies
-// of answers other than 200 arrive too: only the status afterwards tells. The callbacks run on another thread
-// while the caller waits. One that returns false ends the request, and the result is no answer. `progress` gets the
-// bytes so far and the announced total; it may never be called when no length was announced.
+// Sends a GET request and passes the body to `receive` in pieces. The result's `body` stays empty. `receive` also gets
+// the body of a response whose status is not 200, so check the status afterwards. The callbacks run on another thread
+// while the caller waits. A callback that returns false ends the request; then `answered` is false. `progress` gets the
+// number of bytes so far and the Content-Length. It may never be called for a response without Content-Length.
 [[nodiscard]] HttpsAnswer httpsDownload(const HttpsServer& server, const std::string& path,
                                         const std::function<bool(const char* data, std::size_t size)>& receive,
                                         const std::function<bool(std::int64_t received, std::int64_t total)>& progress);

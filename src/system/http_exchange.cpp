@@ -12,12 +12,13 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-// cpp-httplib matches the status line with std::regex, which recurses for each character in libstdc++ 12. A line of
-// CPPHTTPLIB_MAX_LINE_LENGTH (20,480) needs 4 MiB, and 24 MiB with the address sanitizer (measured).
+// cpp-httplib parses the status line with std::regex, which recurses for each character in libstdc++ 12. The longest
+// line (CPPHTTPLIB_MAX_LINE_LENGTH, 20,480 bytes) needs 4 MiB of stack, or 24 MiB with the address sanitizer
+// (measured).
 constexpr std::size_t kStackBytes = std::size_t{32} << 20;
 constexpr std::size_t kSmallStackBytes = std::size_t{256} << 10;
 constexpr milliseconds kShutDownPeriod{20};
-constexpr milliseconds kEndLimit{50}; // the caller must be free within 100 ms
+constexpr milliseconds kEndLimit{50}; // an aborted call must return within 100 ms
 
 std::atomic<int> unfinished = 0;
 
@@ -70,7 +71,8 @@ HttpsAnswer HttpExchange::run(const HttpAbort& abort, std::chrono::seconds limit
         return {};
     }
     HttpsAnswer answer = exchange->wait(limit);
-    // A peer or a name server may hold the thread for longer. It then ends the connection as soon as there is one.
+    // The request's thread may still run, because it waits for a peer or a name server. Then a second thread shuts its
+    // connection down until it ends.
     if (!exchange->endWithin(milliseconds(0))) {
         (void)startThread(kSmallStackBytes, [exchange] {
             while (!exchange->endWithin(kShutDownPeriod)) {
@@ -119,7 +121,8 @@ HttpsAnswer HttpExchange::wait(std::chrono::seconds limit) {
     return {};
 }
 
-// Shuts the connection down and waits. Callers repeat it, because on Windows one call may come too early.
+// Shuts the connection down and waits until the request has finished. False if it has not finished within `limit`.
+// Callers repeat it, because on Windows a call before the connection is established has no effect.
 bool HttpExchange::endWithin(milliseconds limit) {
     std::unique_lock<std::mutex> lock(state_->mutex);
     if (!finished_) shutDownSocket(socket_);

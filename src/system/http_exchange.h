@@ -1,7 +1,7 @@
 #pragma once
 
-// One request on a thread of its own, so that the caller can leave while the request still waits for the network. Used
-// by http.cpp alone.
+// Runs one request on its own thread, so that the caller can return while the request still waits for the network. Only
+// http.cpp uses it.
 
 #include <chrono>
 #include <cstdint>
@@ -13,11 +13,11 @@
 
 class HttpExchange {
   public:
-    // The request itself. It runs on the new thread and may outlive the call that started it, so it owns what it uses.
+    // The function that sends the request. It runs on the new thread and may outlive run(), so it must own its data.
     using Send = std::function<HttpsAnswer(HttpExchange& exchange)>;
 
-    // Sends a request and waits for its end, for the abort, or for the time limit (0: none). In the last two cases it
-    // ends the connection and returns no answer.
+    // Sends a request and waits for its end, for an abort, or for the time limit (0: no limit). After an abort or the
+    // limit it ends the connection and returns a result with `answered` false.
     [[nodiscard]] static HttpsAnswer run(const HttpAbort& abort, std::chrono::seconds limit, Send send);
 
     explicit HttpExchange(std::shared_ptr<HttpAbort::State> state);
@@ -27,10 +27,11 @@ class HttpExchange {
 
     // --- for `send`, on the new thread ---
 
-    // Tells which socket to end. Called before each attempt to connect.
+    // Sets the socket that an abort shuts down. Call it before each attempt to connect.
     void watch(std::intptr_t socket);
 
-    // Runs a callback of the caller. False without running it when the caller has left.
+    // Runs a callback of the caller and returns its result. If the caller has already returned, returns false without
+    // running it.
     [[nodiscard]] bool deliver(const std::function<bool()>& callback);
 
   private:
@@ -39,7 +40,7 @@ class HttpExchange {
     [[nodiscard]] bool endWithin(std::chrono::milliseconds limit);
 
     const std::shared_ptr<HttpAbort::State> state_; // its mutex guards the four fields below
-    std::intptr_t socket_;                          // a duplicate: the library may close its own at any time
+    std::intptr_t socket_;                          // a duplicate, because the library may close its own at any time
     bool ending_ = false;
     bool finished_ = false;
     HttpsAnswer answer_;

@@ -4,7 +4,7 @@
 #include <rapidjson/memorystream.h>
 
 bool parseJsonObject(std::string_view text, rapidjson::Document& document) {
-    // EncodedInputStream skips a byte order mark. The parser stops at a zero byte, so the position is compared as well.
+    // EncodedInputStream skips a byte order mark. The parser stops at a zero byte, so check also that it has read all.
     rapidjson::MemoryStream bytes(text.data(), text.size());
     rapidjson::EncodedInputStream<rapidjson::UTF8<>, rapidjson::MemoryStream> stream(bytes);
     document.ParseStream<rapidjson::kParseIterativeFlag, rapidjson::UTF8<>>(stream);

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <string>
 
-// Seconds since the Unix epoch; 0 and negative values give the empty text.
+// Formats seconds since the Unix epoch. Empty if `seconds` is 0 or negative.
 [[nodiscard]] std::string formatLocalTime(std::int64_t seconds);
 
-// The last write time of a file; empty when it cannot be read.
+// Returns the last write time of a file. Empty if it cannot be read.
 [[nodiscard]] std::string fileModifiedTimeText(const std::string& path);

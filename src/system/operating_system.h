@@ -1,58 +1,61 @@
 #pragma once
 
-// Operating-system services beyond the file functions of the standard library. One set of sources per platform, chosen
-// when a program is linked; the tests of the screens link a recording one instead.
+// Operating-system services that the standard library does not have. Each platform has its own sources, and each
+// program links one set. The tests of the screens link a replacement that records the calls.
 //
-// Any thread, except the two dialogs: they belong to the frame thread and block it until the user answers. No function
-// keeps state or throws. Texts are UTF-8. An empty text means "none".
+// Any thread, except the two dialogs: call them on the frame thread only, which they block until the user has chosen.
+// No function keeps state or throws. Texts are UTF-8. An empty text means "none".
 
 #include <cstdint>
 #include <string>
 
 // --- directories ---------------------------------------------------------------------------------------------------
 
-// The directory that holds the running executable; empty when the system cannot tell.
+// Returns the directory of the running executable. Empty if the system does not report it.
 [[nodiscard]] std::string launcherDirectory();
 
-// The launcher's directory for per-user data, created when missing. A failure to create it is ignored and the text
-// still returned. Empty when the environment names no place for it.
+// Returns the launcher's directory for user data, and creates it if it is missing. If the creation fails, returns the
+// path nevertheless. Empty if the environment variables for it are not set.
 [[nodiscard]] std::string userDataDirectory();
 
-// The user's Documents directory. It is neither created nor tested.
+// Returns the user's Documents directory. Does not create it and does not check whether it exists.
 [[nodiscard]] std::string userDocumentsDirectory();
 
 // --- environment and time ------------------------------------------------------------------------------------------
 
-// The value of an environment variable; empty when it is not set.
+// Returns the value of an environment variable. Empty if it is not set.
 [[nodiscard]] std::string getEnvironmentString(const char* name);
 
-// Seconds since the Unix epoch.
+// Returns the current time in seconds since the Unix epoch.
 [[nodiscard]] std::int64_t currentTimeSeconds();
 
 // --- dialogs (frame thread only, modal) ----------------------------------------------------------------------------
 
-// The folder that the user chose; empty on cancel.
+// Lets the user choose a folder. Returns its path; empty after a cancel.
 [[nodiscard]] std::string browseForFolder(const std::string& title, const std::string& startPath);
 
-// The .zantorproj file that the user chose; empty on cancel.
+// Lets the user choose a .zantorproj file. Returns its path; empty after a cancel.
 [[nodiscard]] std::string pickProjectFile(const std::string& title, const std::string& initialPath);
 
 // --- processes -----------------------------------------------------------------------------------------------------
 
-// True when any process on the machine, of any user, has the image name "editor.exe" in upper or lower case. False when
-// the processes cannot be listed.
+// True if a process of any user has the image name "editor.exe", in upper or lower case. False if the processes cannot
+// be listed.
 [[nodiscard]] bool isEditorRunning();
 
-// Starts the editor as a process that outlives the launcher. `argument` is one argument, left out when empty. An empty
-// `workingDirectory` means the launcher's. On false `errorText` holds the text for the user.
+// Starts the editor as a process that outlives the launcher. `argument` is its one argument; empty: no argument. If
+// `workingDirectory` is empty, the editor gets the launcher's. On failure returns false and sets `errorText` to a
+// message for the user.
 [[nodiscard]] bool launchEditorProcess(const std::string& executable, const std::string& argument,
                                        const std::string& workingDirectory, std::string& errorText);
 
 // --- the desktop ---------------------------------------------------------------------------------------------------
 
-// Opens a target with the program that the desktop associates with it. Reports no failure.
+// Opens a target with the program that the desktop associates with it. Failures are not reported.
 void shellOpen(const std::string& target, const std::string& parameters);
 
-// Both do nothing for an empty text. openInFileManager takes a directory and creates it when it is missing.
+// Does nothing if `url` is empty.
 void openUrlInBrowser(const std::string& url);
+
+// Opens a directory, and creates it if it is missing. Does nothing if `path` is empty.
 void openInFileManager(const std::string& path);

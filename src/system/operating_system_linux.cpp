@@ -14,7 +14,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The XDG base directory rules say that a relative path is ignored.
+// Returns the user's configuration directory. The XDG base directory rules say that a relative path is
+// ignored.
 fs::path configHome() {
     const fs::path configured = getEnvironmentString("XDG_CONFIG_HOME");
     if (configured.is_absolute()) return configured;
@@ -22,7 +23,7 @@ fs::path configHome() {
     return home.empty() ? fs::path() : home / ".config";
 }
 
-// The value of one line of user-dirs.dirs, which is XDG_DOCUMENTS_DIR="$HOME/Papers" or
+// Returns the path in a line of user-dirs.dirs such as XDG_DOCUMENTS_DIR="$HOME/Papers" or
 // XDG_DOCUMENTS_DIR="/mnt/papers". Empty for any other line.
 std::string documentsLineValue(std::string_view line) {
     constexpr std::string_view blanks = " \t";
@@ -87,7 +88,7 @@ std::int64_t currentTimeSeconds() {
     return std::time(nullptr);
 }
 
-// xdg-open takes a target and no parameters.
+// Ignores the parameters, because xdg-open accepts only a target.
 void shellOpen(const std::string& target, const std::string& /*parameters*/) {
     (void)spawnDetached({"xdg-open", target}, "");
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-// Converts a path to the UTF-8 text that the launcher stores paths in. Any thread.
+// Converts a path to UTF-8 text, the form in which the launcher stores paths. Any thread.
 
 #include <filesystem>
 #include <string>

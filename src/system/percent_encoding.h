@@ -4,5 +4,5 @@
 
 #include <string>
 
-// Every byte that is no unreserved character becomes %XX.
+// Replaces each byte that is not an unreserved character with %XX.
 [[nodiscard]] std::string percentEncode(const std::string& text);

@@ -1,19 +1,19 @@
 #pragma once
 
-// Small differences between the platforms, one function each. Any thread.
+// Small functions that differ between the platforms. Any thread.
 
 #include <cstddef>
 #include <ctime>
 #include <functional>
 
-// The name that the update server knows this platform by: "linux" or "windows".
+// Returns the platform's name in requests to the update server: "linux" or "windows".
 [[nodiscard]] const char* platformName();
 
-// Converts to the computer's time zone. False when the time is out of range.
+// Converts a time to the computer's time zone. False if the time is out of range.
 [[nodiscard]] bool toLocalTime(std::time_t seconds, std::tm& local);
 
-// Makes a write to a broken connection fail instead of ending the process. Call it once, before any connection.
+// Makes a write to a broken connection fail instead of ending the process. Call it once, before the first connection.
 void ignoreBrokenPipes();
 
-// Runs `work` on a new thread with a stack of this size. Nobody joins the thread. False when the system refuses it.
+// Runs `work` on a new, detached thread with a stack of `stackBytes`. False if the system cannot create the thread.
 [[nodiscard]] bool startThread(std::size_t stackBytes, std::function<void()> work);

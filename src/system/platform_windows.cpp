@@ -15,7 +15,7 @@ bool toLocalTime(std::time_t seconds, std::tm& local) {
     return ::localtime_s(&local, &seconds) == 0;
 }
 
-// Windows reports a broken connection to the writer only.
+// Does nothing, because Windows sends no signal for a broken connection: the write fails.
 void ignoreBrokenPipes() {}
 
 bool startThread(std::size_t stackBytes, std::function<void()> work) {

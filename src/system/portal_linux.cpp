@@ -18,9 +18,9 @@ constexpr char kObject[] = "/org/freedesktop/portal/desktop";
 constexpr char kInterface[] = "org.freedesktop.portal.FileChooser";
 constexpr char kServiceLeft[] = "type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',"
                                 "arg0='org.freedesktop.portal.Desktop'";
-constexpr char kToken[] = "volo"; // names the request on this connection, which makes only one
+constexpr char kToken[] = "volo"; // identifies the request; constant, because each connection makes only one
 constexpr std::uint32_t kFirstVersionWithFolders = 3;
-constexpr std::uint64_t kCallTimeoutUs = 10'000'000; // the bus may have to start the portal
+constexpr std::uint64_t kCallTimeoutUs = 10'000'000; // long, because the bus may have to start the portal
 constexpr std::uint64_t kHookPeriodUs = 30'000;
 
 enum Response : std::uint32_t { kChosen = 0, kCancelled = 1, kFailed = 2 };
@@ -34,7 +34,7 @@ struct PortalAnswer {
     std::string uri;
 };
 
-// The signal carries a number and a dictionary, whose member "uris" lists the choice.
+// Reads the response signal: a number and a dictionary. The dictionary's member "uris" is a list with the chosen file.
 int readResponse(sd_bus_message* message, void* data, sd_bus_error* /*error*/) {
     auto& answer = *static_cast<PortalAnswer*>(data);
     answer.hasArrived = true;
@@ -66,7 +66,7 @@ bool appendFolder(sd_bus_message* message, const std::string& folder) {
     return sd_bus_message_open_container(message, 'e', "sv") >= 0 &&
            sd_bus_message_append(message, "s", "current_folder") >= 0 &&
            sd_bus_message_open_container(message, 'v', "ay") >= 0 &&
-           sd_bus_message_append_array(message, 'y', folder.c_str(), folder.size() + 1) >= 0 && // with its final zero
+           sd_bus_message_append_array(message, 'y', folder.c_str(), folder.size() + 1) >= 0 && // with the final zero
            sd_bus_message_close_container(message) >= 0 && sd_bus_message_close_container(message) >= 0;
 }
 
@@ -87,7 +87,7 @@ bool openDialog(sd_bus* bus, const std::string& title, const std::string& folder
     return complete && sd_bus_call(bus, created, 0, nullptr, nullptr) >= 0;
 }
 
-// The portal answers with a signal of an object whose path it forms from our name on the bus and the token.
+// Subscribes to the signal with the response. The path of the signal's object contains our bus name and the token.
 bool subscribe(sd_bus* bus, PortalAnswer& answer) {
     const char* uniqueName = nullptr;
     if (sd_bus_get_unique_name(bus, &uniqueName) < 0) return false;
@@ -99,7 +99,6 @@ bool subscribe(sd_bus* bus, PortalAnswer& answer) {
            sd_bus_add_match(bus, nullptr, kServiceLeft, readServiceLeft, &answer) >= 0;
 }
 
-// Decodes every %XX.
 std::string percentDecode(const std::string& text) {
     std::string decoded;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -125,7 +124,7 @@ std::string pathOf(const std::string& uri) {
 DialogOutcome askPortal(const std::string& title, const std::string& folder, bool chooseFolder, std::string& choice) {
     sd_bus* opened = nullptr;
     if (sd_bus_open_user(&opened) < 0) return DialogOutcome::Unavailable;
-    PortalAnswer answer; // outlives the bus, whose callbacks write it
+    PortalAnswer answer; // declared before the bus, whose callbacks write it
     const Bus bus(opened, &sd_bus_flush_close_unref);
     sd_bus_set_method_call_timeout(opened, kCallTimeoutUs);
     std::uint32_t version = 0;

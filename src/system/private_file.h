@@ -1,17 +1,17 @@
 #pragma once
 
-// Files that only their owner may read, for what holds a token. Any thread.
+// Files that only their owner may read, for data such as tokens. Any thread.
 
 #include <string>
 
 // Creates a folder and its missing parents. On Linux each new folder gets mode 0700; existing folders keep their mode.
-// Failures are ignored: the write that follows reports them.
+// Failures are ignored, because the write that follows then fails too.
 void createPrivateFolders(const std::string& path);
 
-// Writes a whole file in text mode and waits until the bytes are on disk, so that it can be renamed over another file.
-// On Linux the file has mode 0600 before the first byte is written, even when it existed with a wider mode. On failure
-// a part of the file may stay behind.
+// Writes a whole file in text mode and waits until its data is on the disk, so that it can safely replace another file.
+// On Linux the file has mode 0600 before the first byte is written, even if it existed with another mode. After a
+// failure an incomplete file may remain.
 [[nodiscard]] bool writePrivateFile(const std::string& path, const std::string& text);
 
-// Makes a rename in this folder safe against a power cut. Windows needs nothing for that.
+// Waits until a rename in this folder is on the disk, so that it survives a power failure. Does nothing on Windows.
 void syncFolder(const std::string& path);

@@ -33,7 +33,7 @@ void createPrivateFolders(const std::string& path) {
 bool writePrivateFile(const std::string& path, const std::string& text) {
     const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600);
     if (file < 0) return false;
-    // open() applies its mode to a new file only.
+    // Set the mode explicitly: open() sets it only for a new file.
     const bool written = ::fchmod(file, 0600) == 0 && writeAll(file, text) && ::fsync(file) == 0;
     return ::close(file) == 0 && written;
 }

@@ -5,14 +5,13 @@
 
 #include <io.h>
 
-// Files inherit their access rules from the user's profile folder.
-
+// Sets no access rules: on Windows, folders and files inherit those of the user's profile folder.
 void createPrivateFolders(const std::string& path) {
     std::error_code ignored;
     std::filesystem::create_directories(path, ignored);
 }
 
-// "t": text mode writes a line feed as carriage return and line feed.
+// Opens the file in text mode ("t"), which writes a line feed as carriage return and line feed.
 bool writePrivateFile(const std::string& path, const std::string& text) {
     std::FILE* file = _wfopen(std::filesystem::path(path).c_str(), L"wt");
     if (file == nullptr) return false;

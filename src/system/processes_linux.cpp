@@ -19,7 +19,7 @@ bool namesEditor(std::string_view program) {
                       [](char left, char right) { return std::tolower(static_cast<unsigned char>(left)) == right; });
 }
 
-// The text up to the first zero byte; empty when the process has ended.
+// Returns the file's text up to the first zero byte. Empty if the process has ended.
 std::string firstText(const fs::path& processFile) {
     std::ifstream file(processFile, std::ios::binary);
     std::string text;
@@ -27,8 +27,9 @@ std::string firstText(const fs::path& processFile) {
     return text;
 }
 
-// `stat` reads "4711 (name) S ...", and the name may hold parentheses. A program can rename itself, so the name that it
-// was started by counts too. A program under Wine has a Windows path there. A zombie does not count.
+// True if a process is an editor and not a zombie. Its `stat` file is "4711 (name) S ..."; the name may contain
+// parentheses. A process can change this name, so the name in its command line counts too. Under Wine the command line
+// starts with a Windows path.
 bool isLivingEditor(const fs::path& process) {
     const std::string stat = firstText(process / "stat");
     const std::size_t open = stat.find('(');
@@ -63,7 +64,7 @@ bool launchEditorProcess(const std::string& executable, const std::string& argum
     std::vector<std::string> arguments = {executable};
     if (!argument.empty()) arguments.push_back(argument);
 
-    // A relative name is relative to the launcher's working directory, not to the editor's.
+    // Make the path absolute: a relative path is relative to the launcher's working directory, not to the editor's.
     std::error_code ignored;
     const int error = spawnDetached(arguments, workingDirectory, fs::absolute(executable, ignored).string());
     if (error == 0) return true;

@@ -1,7 +1,7 @@
 #pragma once
 
-// Keeps the launcher to one running instance: per user on Linux, per logon session on Windows. The operating system
-// releases the guard when the process dies. Main thread only.
+// Allows only one running launcher: per user on Linux, per logon session on Windows. The operating system releases the
+// guard when the process ends. Main thread only.
 
 #include <memory>
 
@@ -12,11 +12,11 @@ class SingleInstanceGuard {
     SingleInstanceGuard(const SingleInstanceGuard&) = delete;
     SingleInstanceGuard& operator=(const SingleInstanceGuard&) = delete;
 
-    // True when another instance held the guard at construction. False when the guard could not be made at all: that
-    // never stops the launcher.
+    // True if another instance held the guard when this object was created. False also if the guard could not be
+    // created, so that this error does not prevent a start.
     [[nodiscard]] bool anotherInstanceRuns() const { return anotherInstanceRuns_; }
 
-    // Lets the next instance start. Called before the workers are joined, so that it need not wait for them.
+    // Lets the next instance start. Call it before the workers are joined, so that the next instance need not wait.
     void release();
 
   private:

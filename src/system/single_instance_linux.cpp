@@ -13,7 +13,7 @@
 
 namespace {
 
-// One file per user: the sessions of a user share the runtime directory, as they share the settings.
+// Opens the lock file in a directory that all sessions of the user share, because they also share the settings.
 int openLockFile() {
     for (const std::string& folder : {getEnvironmentString("XDG_RUNTIME_DIR"), userDataDirectory()}) {
         if (folder.empty()) continue;
@@ -26,12 +26,12 @@ int openLockFile() {
 
 } // namespace
 
-// Closing the descriptor does not remove the file: if it did, two instances could lock two files of the same name.
+// The lock file is never removed. Otherwise two instances could lock two files with the same name.
 struct SingleInstanceGuard::Lock {
     explicit Lock(int descriptor)
         : file(descriptor) {}
     ~Lock() {
-        ::flock(file, LOCK_UN); // explicitly: a child between fork and exec still shares the lock
+        ::flock(file, LOCK_UN); // close() alone keeps the lock while a child between fork and exec shares it
         ::close(file);
     }
     Lock(const Lock&) = delete;

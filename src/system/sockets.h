@@ -1,6 +1,7 @@
 #pragma once
 
-// Operations on a socket that cpp-httplib does not offer. Sockets are numbers of the operating system. Any thread.
+// Socket operations that cpp-httplib does not have. A socket is the operating system's descriptor or handle, as a
+// number. Any thread.
 
 #include <chrono>
 #include <cstddef>
@@ -8,22 +9,25 @@
 
 inline constexpr std::intptr_t kNoSocket = -1;
 
-// Keeps other programs from binding the same port. Call it before the socket is bound.
+// Prevents other programs from binding the same port. Call it before the socket is bound.
 void keepPortExclusive(std::intptr_t socket);
 
-// A second number for the same socket, which the caller closes; kNoSocket on failure.
+// Returns a second descriptor for the same socket. The caller closes it. Returns kNoSocket on failure.
 [[nodiscard]] std::intptr_t duplicateSocket(std::intptr_t socket);
 
-// Ends the connection in both directions: threads that wait for it return. On Linux this also ends an attempt to
-// connect. On Windows it has no effect before the connection is established, and a thread that starts to wait
-// afterwards is not woken: call it again until the thread has returned.
+// Shuts the connection down in both directions, so that threads that wait on the socket return. On Linux this also ends
+// an attempt to connect. On Windows it has no effect before the connection is established, and it does not wake a
+// thread that starts to wait afterwards. There, call it again until the thread has returned.
 void shutDownSocket(std::intptr_t socket);
 
 void closeSocket(std::intptr_t socket);
 
-// Both wait up to the limit until the socket is ready, and transfer what is possible at once. They return the number of
-// bytes, 0 at the end of the connection, and -1 after the limit or a failure.
+// Waits until data arrives, at most for `limit`, and reads what is available. Returns the number of bytes, 0 at the end
+// of the connection, or -1 after the limit or a failure.
 [[nodiscard]] std::ptrdiff_t receiveWithin(std::intptr_t socket, char* bytes, std::size_t size,
                                            std::chrono::milliseconds limit);
+
+// Waits until the socket is writable, at most for `limit`, and writes what is possible at once. Returns the number of
+// bytes, or -1 after the limit or a failure.
 [[nodiscard]] std::ptrdiff_t sendWithin(std::intptr_t socket, const char* bytes, std::size_t size,
                                         std::chrono::milliseconds limit);

@@ -5,7 +5,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-// On Linux a bound port is exclusive unless both sockets ask to share it.
+// Does nothing: on Linux a bound port is exclusive unless both sockets set an option to share it.
 void keepPortExclusive(std::intptr_t /*socket*/) {}
 
 std::intptr_t duplicateSocket(std::intptr_t socket) {

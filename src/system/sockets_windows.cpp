@@ -5,7 +5,7 @@
 
 #include <winsock2.h>
 
-// Without this option a second socket with SO_REUSEADDR could bind the port and take its connections.
+// Without this option another socket with SO_REUSEADDR could bind the port and receive its connections.
 void keepPortExclusive(std::intptr_t socket) {
     const BOOL yes = TRUE;
     ::setsockopt(static_cast<SOCKET>(socket), SOL_SOCKET, SO_EXCLUSIVEADDRUSE, reinterpret_cast<const char*>(&yes),
@@ -19,7 +19,8 @@ std::intptr_t duplicateSocket(std::intptr_t socket) {
                                                    WSA_FLAG_OVERLAPPED | WSA_FLAG_NO_HANDLE_INHERIT));
 }
 
-// shutdown() alone leaves a thread in WSAPoll() or recv() until the peer sends or closes (seen in Wine 8).
+// Also calls CancelIoEx: after shutdown() alone, a thread stays in WSAPoll() or recv() until the peer sends data or
+// closes the connection (seen in Wine 8).
 void shutDownSocket(std::intptr_t socket) {
     ::shutdown(static_cast<SOCKET>(socket), SD_BOTH);
     ::CancelIoEx(reinterpret_cast<HANDLE>(socket), nullptr);
@@ -42,7 +43,7 @@ std::ptrdiff_t receiveWithin(std::intptr_t socket, char* bytes, std::size_t size
     return isReady(socket, POLLRDNORM, limit) ? ::recv(static_cast<SOCKET>(socket), bytes, intSize(size), 0) : -1;
 }
 
-// The library sets a time-out for send() on each accepted socket, so a full buffer does not block for long.
+// A full send buffer does not block for long, because cpp-httplib sets a time-out for send() on each accepted socket.
 std::ptrdiff_t sendWithin(std::intptr_t socket, const char* bytes, std::size_t size, std::chrono::milliseconds limit) {
     return isReady(socket, POLLWRNORM, limit) ? ::send(static_cast<SOCKET>(socket), bytes, intSize(size), 0) : -1;
 }

@@ -33,7 +33,7 @@ SpawnResult spawn(const std::vector<std::string>& arguments, const SpawnOptions&
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     if (options.outputDescriptor >= 0) {
-        // First, because the descriptor may have the number 0 or 2.
+        // Do this first: the descriptor may be 0 or 2, which the actions below replace.
         posix_spawn_file_actions_adddup2(&actions, options.outputDescriptor, STDOUT_FILENO);
     } else {
         posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
@@ -71,8 +71,8 @@ SpawnResult spawnProgram(const std::vector<std::string>& arguments, int outputDe
     return spawn(arguments, options);
 }
 
-// A thread waits for the child, so that it does not stay a zombie. Ignoring SIGCHLD instead would break every other
-// wait in the process.
+// A thread waits for the child, so that the child does not stay a zombie. To ignore SIGCHLD instead would make all
+// other calls of waitpid() in this process fail.
 int spawnDetached(const std::vector<std::string>& arguments, const std::string& workingDirectory,
                   const std::string& executable) {
     std::promise<int> promise;

@@ -1,7 +1,7 @@
 #pragma once
 
-// Starts other programs, without a shell. A started program gets the launcher's environment, default signals, and only
-// the three standard descriptors. Programs without a slash in their name are looked up in PATH. Any thread.
+// Starts other programs, without a shell. A started program gets the launcher's environment, default signal handlers
+// and only the three standard descriptors. A program name without a slash is searched in PATH. Any thread.
 
 #include <string>
 #include <vector>
@@ -13,11 +13,12 @@ struct SpawnResult {
     int error = 0; // errno of a failed start
 };
 
-// The caller must wait for the process. Its output goes to `outputDescriptor`; input and errors are /dev/null.
+// Starts a program whose output is `outputDescriptor`. Its input and error output are /dev/null. The caller must wait
+// for the process.
 [[nodiscard]] SpawnResult spawnProgram(const std::vector<std::string>& arguments, int outputDescriptor);
 
-// Starts a program in a new session, connected to /dev/null. It outlives the launcher; a thread reaps it when it ends
-// first. An empty `workingDirectory` means the launcher's. `executable`, when not empty, is the file to start instead
-// of `arguments[0]`. Returns 0 or an errno.
+// Starts a program in a new session, with /dev/null as input and output. It may outlive the launcher; if it ends first,
+// a thread reaps it. If `workingDirectory` is empty, it gets the launcher's. `executable` is the file to start; empty
+// means `arguments[0]`. Returns 0 or an errno.
 [[nodiscard]] int spawnDetached(const std::vector<std::string>& arguments, const std::string& workingDirectory,
                                 const std::string& executable = {});

@@ -4,5 +4,5 @@
 
 #include <string>
 
-// Binary mode. False when the path cannot be opened or read, or is a directory.
+// Reads a file in binary mode. False if `path` is a directory, or cannot be opened or read.
 [[nodiscard]] bool readWholeFile(const std::string& path, std::string& bytes);

@@ -23,7 +23,7 @@ std::string narrowUnits(const wchar_t* units) {
     return text;
 }
 
-// Only backslashes before a quote are doubled; the closing quote counts.
+// Doubles only the backslashes before a quotation mark, including those before the closing one.
 std::wstring quoteCommandLineArgument(const std::string& text) {
     std::wstring quoted = L"\"";
     std::size_t backslashes = 0;

@@ -1,13 +1,15 @@
 #pragma once
 
-// Converts text to and from the wide interfaces of Windows. Deliberately simple: only ASCII survives, so a path that
-// holds other characters does not name its file. Any thread.
+// Converts text for the wide-character functions of Windows. It is simple on purpose and preserves only ASCII: a path
+// with other characters does not find its file. Any thread.
 
 #include <string>
 
-// widenBytes makes one unit of each byte by sign extension. narrowUnits keeps the low byte of each unit.
+// Sign-extends each byte to one UTF-16 code unit.
 [[nodiscard]] std::wstring widenBytes(const std::string& text);
+
+// Keeps the low byte of each code unit.
 [[nodiscard]] std::string narrowUnits(const wchar_t* units);
 
-// Quotes one argument of a command line so that the C runtime of the started program gets it unchanged.
+// Quotes one argument of a command line, so that the started program receives it unchanged.
 [[nodiscard]] std::wstring quoteCommandLineArgument(const std::string& text);

@@ -18,8 +18,8 @@ namespace {
 constexpr std::size_t kMaxFontFileBytes = 64u << 20;
 constexpr std::size_t kMaxSystemFonts = 16;
 
-// The em square's share of the line height in Roboto. System fonts are scaled by their em square, so that their
-// characters are as high as Roboto's, whatever line height their font has.
+// The size of Roboto's em square divided by its line height. System fonts are scaled by their em square, so that their
+// characters are as high as Roboto's even if the font has another line height.
 constexpr float kEmShare = 2048.0f / 2400.0f;
 
 struct SizedFont {
@@ -35,7 +35,7 @@ struct FallbackFace {
 struct Fonts {
     ImFontAtlas* atlas = nullptr;
     float scale = 1.0f;
-    void* file = nullptr; // the atlas owns it through the first font
+    void* file = nullptr; // the first font of the atlas owns it
     int fileBytes = 0;
     std::vector<SizedFont> sized;
     std::vector<std::unique_ptr<FallbackFace>> faces;
@@ -45,11 +45,11 @@ Fonts fonts;
 
 // --- glyphs on whole pixels ------------------------------------------------------------------------------------------
 
-// Dear ImGui 1.92 puts the baseline on a whole pixel of the size that a glyph is baked for. If the glyph is drawn in
-// another size, the baseline falls between two pixels and the text is blurred, so it is moved to a whole pixel.
+// Loads a glyph and moves its baseline to a whole pixel of the size in which it is drawn. Dear ImGui 1.92 puts it on a
+// whole pixel of the size for which it is baked. If the two sizes differ, the text would be blurred.
 bool loadAlignedGlyph(ImFontAtlas* atlas, ImFontConfig* config, ImFontBaked* baked, void* data, ImWchar character,
                       ImFontGlyph* glyph, float* advance) {
-    const float drawn = baked->RasterizerDensity / ImGui::GetIO().DisplayFramebufferScale.y; // of the baked size
+    const float drawn = baked->RasterizerDensity / ImGui::GetIO().DisplayFramebufferScale.y; // drawn size / baked size
     const float baseline = std::round(baked->Ascent);
     const float shift = std::round(baseline * drawn) / drawn - baseline;
     config->GlyphOffset.y = shift * baked->ContainerFont->Sources[0]->SizePixels / baked->Size;
@@ -68,8 +68,9 @@ const ImFontLoader* alignedLoader() {
 
 // --- characters that the font file lacks -----------------------------------------------------------------------------
 
-// The stb loader (Dear ImGui 1.92) scales a merged font by the quotient of its size and the reference font's size. If
-// both are negative, it scales the em square instead of the line height.
+// Prepares a system font so that it is scaled by its em square. Dear ImGui 1.92's stb loader scales a merged font by
+// its size divided by the reference font's size. If both sizes are negative, it scales the em square, otherwise the
+// line height.
 bool initializeFace(FallbackFace& face) {
     ImFontConfig reference;
     reference.SizePixels = -1.0f;
@@ -88,7 +89,7 @@ bool initializeFace(FallbackFace& face) {
 
 bool isWorthAsking(ImWchar character) {
     const bool surrogateOrPrivate = (character >= 0xD800 && character < 0xF900) || character >= 0xF0000;
-    const bool special = (character & 0xFFFFu) >= 0xFFF0; // no characters for display
+    const bool special = (character & 0xFFFFu) >= 0xFFF0; // non-characters and special characters without a glyph
     return character >= 0xA0 && !surrogateOrPrivate && !special;
 }
 
@@ -160,7 +161,8 @@ ImFont* addFont(float pixels) {
         config.FontDataSize = fonts.fileBytes;
         config.FontLoader = alignedLoader();
         font = fonts.atlas->AddFont(&config);
-        // AddFont copies bytes that the atlas does not own. The first font owns the file; the others share its bytes.
+        // Set the owner after AddFont, which copies the data if the atlas does not own it. The first font owns the
+        // file; the others use the same data.
         font->Sources[0]->FontDataOwnedByAtlas = fonts.sized.empty();
     } else {
         config.PixelSnapH = true;
@@ -176,8 +178,8 @@ ImFont* addFont(float pixels) {
 
 void resize(ImFont* font, float pixels) {
     font->LegacySize = pixels;
-    // Dear ImGui bakes glyphs for whole sizes. The density compensates for the rounding, so that the bitmap is exact
-    // and not blurred by scaling.
+    // Dear ImGui bakes glyphs for whole sizes. Set the density so that the baked bitmap has the exact size and is not
+    // blurred by scaling.
     const float baked = ImGui::GetRoundedFontSize(pixels);
     font->CurrentRasterizerDensity = pixels / baked * ImGui::GetIO().DisplayFramebufferScale.y;
 }
@@ -209,7 +211,7 @@ ImFont* fontAt(float nominalSize) {
     const float pixels = nominalSize * fonts.scale;
     for (const SizedFont& entry : fonts.sized)
         if (entry.nominalSize == nominalSize) {
-            resize(entry.font, pixels); // ImGui::PushFont (1.92) resets the density
+            resize(entry.font, pixels); // again, because ImGui::PushFont (1.92) resets the density
             return entry.font;
         }
     ImFont* font = addFont(pixels);

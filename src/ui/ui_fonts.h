@@ -1,21 +1,20 @@
 #pragma once
 
-// The fonts of the current Dear ImGui context: one per nominal size, all from one copy of the font file in memory. A
-// glyph is rasterised when it is first needed. A character that the file lacks comes from the system's fonts, which are
-// searched only then. Main thread only. The renderer must support texture updates
-// (ImGuiBackendFlags_RendererHasTextures).
+// The fonts of the current Dear ImGui context, one for each nominal size. All share one copy of the font file in
+// memory. A glyph is rasterised when it is first needed. If the font file does not have a character, a system font is
+// searched for it. Main thread only. The renderer must support texture updates (ImGuiBackendFlags_RendererHasTextures).
 
 #include <span>
 #include <string>
 
 #include <imgui.h>
 
-// `path` is UTF-8. An empty path or an unusable file gives Dear ImGui's built-in font.
+// Reads the font file. `path` is UTF-8. If it is empty or the file is unusable, Dear ImGui's built-in font is used.
 void fontsInitialize(const std::string& path, float scale);
-void fontsShutdown();                            // the context's atlas destroys the fonts themselves
-void fontsSetScale(float scale);                 // resizes every font that fontAt has returned, at once
-[[nodiscard]] ImFont* fontAt(float nominalSize); // LegacySize is nominalSize × scale
+void fontsShutdown();                            // does not destroy the fonts: the context's atlas owns them
+void fontsSetScale(float scale);                 // resizes all fonts that fontAt has returned, at once
+[[nodiscard]] ImFont* fontAt(float nominalSize); // the font's LegacySize is nominalSize × scale
 
-// True for a TrueType or OpenType file that has all the tables that the rasteriser reads, each inside the file.
-// stb_truetype does not check bounds, so a truncated file could crash the program.
+// True if the file is TrueType or OpenType and contains all tables that the rasteriser reads, none of them truncated.
+// stb_truetype does not check bounds, so a truncated table could crash the program.
 [[nodiscard]] bool isUsableFontFile(std::span<const unsigned char> file, int faceIndex = 0);

@@ -67,7 +67,7 @@ bool UiHost::beginFrame() {
 
     window.rememberSettledPlacement();
     ImGui_ImplOpenGL3_NewFrame();
-    // A frame without an event asks the window system nothing: size, scale, cursor and focus are as they were.
+    // Without an event, size, scale, cursor and focus have not changed, so the frame need not query the window system.
     if (!pacer.hasNoEvents()) {
         window.followScale();
         ImGui_ImplGlfw_NewFrame();
@@ -124,9 +124,9 @@ void UiHost::repaintBehindDialog(std::int64_t dialog) {
     window.behindDialog = false;
     ImGuiIO& io = ImGui::GetIO();
     io.ClearEventsQueue();
-    io.ClearInputKeys(); // the release of a key may have gone to the dialog
+    io.ClearInputKeys(); // the dialog may have received the release of a key
     io.ClearInputMouse();
-    Window::notePointer(window.handle); // ClearInputMouse also forgot the position
+    Window::notePointer(window.handle); // ClearInputMouse also clears the position
     if (window.dialogInFront != dialog && keepInFront(dialog, window.handle)) window.dialogInFront = dialog;
     window.repaintDamage();
 }

@@ -1,12 +1,12 @@
 #pragma once
 
-// The window: GLFW, OpenGL 3 and Dear ImGui behind one object. Main thread only, but for wake.
+// The window: GLFW, OpenGL 3 and Dear ImGui in one object. Main thread only, except wake.
 //
-// The host does all pacing. While something moves or input arrives, frames follow the display's rate. Once a built
-// frame equals the one on screen and nothing is pending, beginFrame waits for events and presentFrame presents nothing.
-// Worker threads end the wait with wake. It lasts at most a second, so that changes on disk show. A frame after a wait
-// without events asks the window system nothing. An iconified window presents nothing but goes on building frames at
-// that wait.
+// The host decides when frames are built and presented. While something moves or input arrives, it builds frames at the
+// display's rate. When a new frame equals the one on the screen and nothing is pending, beginFrame waits for events and
+// presentFrame presents nothing. Worker threads end the wait with wake. The wait ends after one second, so that changes
+// on disk become visible. A frame after a wait without events does not query the window system. For an iconified
+// window, frames are built after each wait, but not presented.
 
 #include <cstdint>
 #include <memory>
@@ -16,23 +16,23 @@
 
 struct UiHostDesc {
     const char* title = "";
-    std::int32_t width = 0; // the sizes are in units at scale 1
+    std::int32_t width = 0; // all sizes are unscaled pixels
     std::int32_t height = 0;
     std::int32_t minWidth = 0;
     std::int32_t minHeight = 0;
-    const char* fontPath = "";    // UTF-8, borrowed until the host is destroyed; empty: Dear ImGui's built-in font
+    const char* fontPath = "";    // UTF-8; must outlive the host; empty: Dear ImGui's built-in font
     void* parentWindow = nullptr; // for embedding; unused
     bool resizable = true;
 };
 
 class UiHost {
   public:
-    UiHost();  // does not touch the window system
-    ~UiHost(); // needs no shutdown before it
+    UiHost();  // makes no call to the window system
+    ~UiHost(); // also works without shutdown
     UiHost(const UiHost&) = delete;
     UiHost& operator=(const UiHost&) = delete;
 
-    // Opens the window, the graphics device and the UI context. False leaves a reason in `errorText`.
+    // Opens the window, the graphics device and the UI context. On failure returns false and sets `errorText`.
     [[nodiscard]] bool initialize(const UiHostDesc& desc, std::string& errorText);
 
     [[nodiscard]] bool beginFrame();                           // false: end the loop
@@ -40,25 +40,25 @@ class UiHost {
     [[nodiscard]] bool presentFrame(const float* clearColour); // red, green, blue, alpha; false: end the loop
     void shutdown();                                           // saves the window's placement
 
-    // Any thread, between initialize and shutdown: ends the wait of beginFrame.
+    // Ends the wait of beginFrame. Any thread, between initialize and shutdown.
     static void wake();
 
-    // Call repeatedly while a dialog of the process `dialog` blocks the frame thread. Answers the window system,
-    // repaints the last image after damage, keeps the dialog in front, and discards input to the window. Runs no frame.
+    // Call repeatedly while a dialog of the process `dialog` blocks the frame thread. Processes the window's events,
+    // repaints the last image after damage, keeps the dialog in front, and discards input. Builds no frame.
     void repaintBehindDialog(std::int64_t dialog);
 
-    // Asks the user to come back, as the desktop does it (the task bar flashes). Does nothing while the window has the
-    // focus.
+    // Requests the user's attention; for example, the window's button in the task bar flashes. Does nothing if the
+    // window has the focus.
     void requestAttention();
 
-    // Shows the progress of a download in the task bar, from 0 to 1. Negative: none runs.
+    // Shows the progress of a download in the task bar, from 0 to 1. A negative value hides it.
     void setProgress(float fraction);
 
-    // Shows a line over the foot of the window for some seconds. An empty text does nothing.
+    // Shows a line of text at the bottom of the window for 8 s. Does nothing if `text` is empty.
     void say(const std::string& text);
 
-    // The folder of the file that holds the window's placement between runs, UTF-8. Set it before initialize. Empty:
-    // the placement is neither read nor written.
+    // The folder of the file with the window's saved placement, in UTF-8. Set it before initialize. If it is empty, the
+    // placement is neither read nor written.
     std::string placementDirectory;
 
     UiIntegration* integration = nullptr; // set by initialize

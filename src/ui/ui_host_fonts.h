@@ -1,6 +1,6 @@
 #pragma once
 
-// Finds a font of the operating system for a character that the launcher's own font lacks. Main thread only.
+// Finds a font of the operating system for a character that the launcher's own font does not have. Main thread only.
 
 #include <cstdint>
 #include <memory>
@@ -14,9 +14,9 @@ struct SystemFont {
     SystemFont& operator=(const SystemFont&) = delete;
 
     std::span<const unsigned char> file;
-    int faceIndex = 0; // of the face in a font collection
+    int faceIndex = 0; // index of the face in a font collection
 };
 
-// Returns the outline font that matches best among those that have the character, or null if the system has none. The
-// first call may take tens of milliseconds.
+// Returns the outline font that has the character and matches best. Null if the system has none. The first call may
+// take tens of milliseconds.
 [[nodiscard]] std::unique_ptr<SystemFont> findSystemFont(std::uint32_t character);

@@ -1,5 +1,5 @@
-// Finds system fonts with fontconfig. Font files are mapped and not read, so that only the pages of the characters that
-// are shown come into memory.
+// Finds system fonts with fontconfig. Font files are mapped instead of read, so that only the pages of the characters
+// on screen use memory.
 
 #include "ui/ui_host_fonts.h"
 
@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr int kCandidates = 12; // fontconfig sorts by similarity, and a desktop has hundreds of fonts
+constexpr int kCandidates = 12; // try only the most similar fonts: a desktop has hundreds
 
 struct MappedFont : SystemFont {
     ~MappedFont() override { ::munmap(const_cast<unsigned char*>(file.data()), file.size()); }
@@ -74,7 +74,8 @@ std::unique_ptr<SystemFont> findSystemFont(std::uint32_t character) {
             continue;
         ++tried;
         FcPatternGetInteger(fonts->fonts[i], FC_INDEX, 0, &faceIndex);
-        // The upper half of the index is the instance of a variable font. stb_truetype draws the default instance.
+        // Remove the upper half of the index: it selects an instance of a variable font, but stb_truetype can only draw
+        // the default instance.
         if (auto font = mapFont(reinterpret_cast<const char*>(path), faceIndex & 0xFFFF)) return font;
     }
     return nullptr;

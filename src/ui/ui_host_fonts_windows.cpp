@@ -1,5 +1,5 @@
-// Finds system fonts in the registry's list of installed fonts. Font files are mapped and not read, so that only the
-// pages of the characters that are shown come into memory.
+// Finds system fonts in the registry's list of installed fonts. Font files are mapped instead of read, so that only the
+// pages of the characters on screen use memory.
 
 #include "ui/ui_host_fonts.h"
 
@@ -23,7 +23,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The fonts that Windows itself falls back to, the most similar first. They are asked before the other installed fonts.
+// Windows' own fallback fonts, the most similar first. They are searched before the other installed fonts.
 constexpr std::array kPreferred = {L"segoeui.ttf",  L"arial.ttf",    L"msyh.ttc",    L"YuGothM.ttc", L"meiryo.ttc",
                                    L"malgun.ttf",   L"msjh.ttc",     L"Nirmala.ttc", L"Nirmala.ttf", L"LeelawUI.ttf",
                                    L"seguisym.ttf", L"seguihis.ttf", L"ebrima.ttf",  L"gadugi.ttf",  L"mmrtext.ttf"};
@@ -40,7 +40,7 @@ fs::path fontsFolder() {
     return folder;
 }
 
-// A value of the list is a file name in the folder of fonts, or an absolute path.
+// Appends the fonts in a registry list to `files`. A value in the list is an absolute path or a file name in `folder`.
 void appendInstalled(HKEY root, const fs::path& folder, std::vector<fs::path>& files) {
     HKEY list = nullptr;
     if (RegOpenKeyExW(root, L"Software\\Microsoft\\Windows NT\\CurrentVersion\\Fonts", 0, KEY_READ, &list) != 0) return;
@@ -96,7 +96,7 @@ std::unique_ptr<MappedFont> mapFont(const fs::path& path) {
     return font;
 }
 
-// The first face of the file that has the character, or -1.
+// Returns the index of the first face in the file that has the character, or -1.
 int faceWith(std::span<const unsigned char> file, std::uint32_t character) {
     const int faces = stbtt_GetNumberOfFonts(file.data());
     for (int face = 0; face < faces; ++face) {

@@ -9,7 +9,8 @@
 
 #include "ui/ui_host_platform.h"
 
-// glfw3native.h declares these. They are weak because a GLFW that is built for Wayland alone lacks them.
+// glfw3native.h also declares these functions. Here they are weak, because a GLFW that is built only for Wayland does
+// not have them.
 extern "C" __attribute__((weak)) Display* glfwGetX11Display();
 extern "C" __attribute__((weak)) Window glfwGetX11Window(GLFWwindow* window);
 
@@ -17,7 +18,7 @@ namespace {
 
 constexpr const char* kDesktopEntry = "application://" VOLO_APPLICATION_ID ".desktop";
 
-// The numbers in a property of a window. Empty if the window has no such property.
+// Returns the numbers in a property of a window. Empty if the window does not have the property.
 std::vector<unsigned long> numbersIn(Display* display, Window window, const char* property, Atom type) {
     constexpr long kMost = 1024;
     Atom actual = None;
@@ -34,7 +35,7 @@ std::vector<unsigned long> numbersIn(Display* display, Window window, const char
     return numbers;
 }
 
-// All windows that the window manager lists. Without a window manager, the children of the root window.
+// Returns the windows in the window manager's list. Without a window manager, returns the children of the root window.
 std::vector<Window> allWindows(Display* display) {
     const Window root = DefaultRootWindow(display);
     std::vector<Window> windows = numbersIn(display, root, "_NET_CLIENT_LIST", XA_WINDOW);
@@ -53,13 +54,10 @@ std::vector<Window> allWindows(Display* display) {
 
 void darkenTitleBar(GLFWwindow* /*window*/) {} // window managers of X11 and Wayland choose the colours
 
-// zenity 3.44 ignores the parent window that it is given for its file chooser, so the hint is set on its windows from
-// here.
-// The signal of the Unity launcher, which the docks of several desktops show. It is sent to whoever listens, and no
-// answer is awaited. Without a session bus nothing happens.
+// Emits the D-Bus signal of the Unity launcher, which the docks of several desktops support. Does not wait for a reply.
+// Does nothing without a session bus.
 void showTaskbarProgress(GLFWwindow* /*window*/, int percent) {
-    static sd_bus* bus =
-        nullptr; // open until the process ends: docks forget the progress of a connection that is closed
+    static sd_bus* bus = nullptr; // never closed, because docks then remove the progress
     static bool tried = false;
     if (!std::exchange(tried, true) && sd_bus_open_user(&bus) < 0) bus = nullptr;
     if (bus == nullptr) return;
@@ -69,11 +67,13 @@ void showTaskbarProgress(GLFWwindow* /*window*/, int percent) {
     sd_bus_flush(bus);
 }
 
+// Sets the hint WM_TRANSIENT_FOR on the windows of the dialog, because zenity 3.44 ignores its option for a parent
+// window.
 bool keepInFront(std::int64_t process, GLFWwindow* owner) {
     Display* display = glfwGetX11Display && glfwGetX11Window ? glfwGetX11Display() : nullptr;
     if (display == nullptr) return false;
     bool found = false;
-    // A window may be destroyed between two calls. Xlib's default handler would end the program then.
+    // Ignore X errors here: if a window is destroyed between two calls, Xlib's default handler ends the program.
     const XErrorHandler before = XSetErrorHandler([](Display*, XErrorEvent*) { return 0; });
     for (const Window window : allWindows(display)) {
         const std::vector<unsigned long> owners = numbersIn(display, window, "_NET_WM_PID", XA_CARDINAL);

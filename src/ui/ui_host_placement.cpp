@@ -1,4 +1,4 @@
-// Size, scale, zoom and place of the window.
+// The window's size, scale, zoom and position.
 
 #include <algorithm>
 #include <cmath>
@@ -21,7 +21,7 @@ float UiHost::Window::contentScale() const {
     float monitor = 1.0f;
     float ignored = 1.0f;
     glfwGetWindowContentScale(handle, &monitor, &ignored);
-    // On Wayland and macOS screen coordinates are not pixels and already include the scale.
+    // Multiply by screen coordinates per pixel: on Wayland and macOS, screen coordinates already include the scale.
     int width = 0;
     int framebufferWidth = 0;
     int unused = 0;
@@ -31,7 +31,7 @@ float UiHost::Window::contentScale() const {
     return monitor > 0.0f ? monitor : 1.0f;
 }
 
-// The monitors' areas for the window's content, the primary monitor's first.
+// Returns for each monitor the area in which the window's content can be. The primary monitor comes first.
 std::vector<ScreenArea> UiHost::Window::contentAreas() const {
     WindowFrame frame;
     glfwGetWindowFrameSize(handle, &frame.left, &frame.top, &frame.right, &frame.bottom);
@@ -53,7 +53,7 @@ ScreenArea UiHost::Window::minimumSize(int atZoom) const {
 
 void UiHost::Window::limitSize() {
     ScreenArea minimum = minimumSize(zoom);
-    for (const ScreenArea& area : contentAreas()) { // a minimum larger than a monitor would push the window off it
+    for (const ScreenArea& area : contentAreas()) { // the minimum must not be larger than a monitor
         minimum.width = std::min(minimum.width, area.width);
         minimum.height = std::min(minimum.height, area.height);
     }
@@ -85,7 +85,7 @@ void UiHost::Window::zoomBy(int steps) {
 }
 
 void UiHost::Window::place() {
-    constexpr int kNowhere = -100'000; // on no area, so fitPlacement centres the window on the first
+    constexpr int kNowhere = -100'000; // outside all areas, so that fitPlacement centres the window
     WindowPlacement wanted{kNowhere, kNowhere, desc.width, desc.height};
     if (!placementFile.empty() && (placement = readPlacement(placementFile))) wanted = *placement;
     const std::vector<ScreenArea> areas = contentAreas();
@@ -105,7 +105,7 @@ void UiHost::Window::rememberPlacement() {
     const bool maximized = glfwGetWindowAttrib(handle, GLFW_MAXIMIZED) == GLFW_TRUE;
     const bool iconified = glfwGetWindowAttrib(handle, GLFW_ICONIFIED) == GLFW_TRUE;
     WindowPlacement now = placement.value_or(WindowPlacement{0, 0, desc.width, desc.height});
-    // A maximized or iconified window does not know the size it will be restored to, so the last known size stays.
+    // The size to which a maximized or iconified window will be restored is unknown, so keep the last known size.
     if (!maximized && !iconified) {
         glfwGetWindowPos(handle, &now.x, &now.y);
         glfwGetWindowSize(handle, &now.width, &now.height);
@@ -115,10 +115,10 @@ void UiHost::Window::rememberPlacement() {
     now.maximized = maximized;
     now.zoom = zoom;
     if (now == placement) return;
-    if (writePlacement(placementFile, now)) placement = now; // a failure costs only convenience
+    if (writePlacement(placementFile, now)) placement = now; // a failed write is not reported
 }
 
-// A session that ends, SIGTERM and Ctrl+C end the process without a regular shutdown.
+// Saves the placement while the program runs, because SIGTERM, Ctrl+C and the end of the session skip shutdown().
 void UiHost::Window::rememberSettledPlacement() {
     if (placementChangedAt > 0.0 && glfwGetTime() - placementChangedAt >= kSettleSeconds) rememberPlacement();
 }

@@ -1,4 +1,4 @@
-// Opens, paints and closes the window, and notes its events.
+// Opens, paints and closes the window, and handles its events.
 
 #include "ui/ui_host_window.h"
 
@@ -20,7 +20,7 @@ namespace {
 
 constexpr const char* kWindowClass = "volo-launcher"; // StartupWMClass of the desktop entry
 
-// Tried in this order. Each version suffices for what the launcher draws.
+// The OpenGL versions to try, in this order. The launcher works the same with each of them.
 struct GraphicsVersion {
     int major, minor;
     bool core;
@@ -42,8 +42,8 @@ bool onWayland() {
 #endif
 }
 
-// A little less than one frame of the fastest display, so that the display's vertical sync sets the pace. Without a
-// known refresh rate (a virtual display) 1/60 s.
+// Returns a little less than the frame time of the fastest display, so that vertical sync determines the frame rate. If
+// the refresh rate is unknown, as on a virtual display, returns 1/60 s.
 double secondsPerFrame() {
     int fastest = 0;
     int count = 0;
@@ -58,7 +58,7 @@ double secondsPerFrame() {
 // --- opening and closing ---------------------------------------------------------------------------------------------
 
 bool UiHost::Window::open(std::string& errorText) {
-    glfwSetErrorCallback(nullptr); // takeError fetches the reason
+    glfwSetErrorCallback(nullptr); // errors are read with takeError instead
     glfwStarted = glfwInit() == GLFW_TRUE;
     if (!glfwStarted) {
         errorText = "could not open the window: " + takeError();
@@ -70,7 +70,7 @@ bool UiHost::Window::open(std::string& errorText) {
 }
 
 bool UiHost::Window::createWindow(std::string& errorText) {
-    glfwWindowHint(GLFW_VISIBLE, GLFW_FALSE); // show() makes it visible, with its final place and a background
+    glfwWindowHint(GLFW_VISIBLE, GLFW_FALSE); // show() makes it visible, after it has been placed
     glfwWindowHint(GLFW_RESIZABLE, desc.resizable ? GLFW_TRUE : GLFW_FALSE);
     glfwWindowHint(GLFW_SCALE_TO_MONITOR, GLFW_TRUE);
     glfwWindowHint(GLFW_DEPTH_BITS, 0);
@@ -78,9 +78,9 @@ bool UiHost::Window::createWindow(std::string& errorText) {
     glfwWindowHintString(GLFW_X11_CLASS_NAME, kWindowClass);
     glfwWindowHintString(GLFW_X11_INSTANCE_NAME, kWindowClass);
 #if defined(GLFW_WAYLAND_APP_ID)
-    glfwWindowHintString(GLFW_WAYLAND_APP_ID, VOLO_APPLICATION_ID); // the name of the desktop entry
+    glfwWindowHintString(GLFW_WAYLAND_APP_ID, VOLO_APPLICATION_ID); // must equal the name of the desktop entry
 #endif
-    std::string reason; // of the first version, which is the one that is wanted
+    std::string reason; // why the first version failed; it is the preferred one
     for (const GraphicsVersion& version : kGraphicsVersions) {
         glfwWindowHint(GLFW_CONTEXT_VERSION_MAJOR, version.major);
         glfwWindowHint(GLFW_CONTEXT_VERSION_MINOR, version.minor);
@@ -100,8 +100,8 @@ bool UiHost::Window::createWindow(std::string& errorText) {
     darkenTitleBar(handle);
     setIcon();
     glfwMakeContextCurrent(handle);
-    // Some Wayland compositors block glfwSwapBuffers for as long as the window is hidden, if the swap interval is not
-    // 0. The pacer's own clock limits the rate there.
+    // With a swap interval other than 0, some Wayland compositors block glfwSwapBuffers while the window is hidden. On
+    // Wayland the pacer's clock limits the frame rate instead.
     glfwSwapInterval(onWayland() ? 0 : 1);
     pacer = FramePacer(secondsPerFrame());
     place();
@@ -109,7 +109,7 @@ bool UiHost::Window::createWindow(std::string& errorText) {
 }
 
 void UiHost::Window::setIcon() {
-    if (onWayland()) return; // it takes the icon from the desktop entry
+    if (onWayland()) return; // Wayland uses the icon of the desktop entry
     std::vector<GLFWimage> images;
     for (const UiIconPicture& picture : uiIconPictures())
         images.push_back({picture.size, picture.size, const_cast<unsigned char*>(picture.pixels)}); // GLFW only reads
@@ -123,11 +123,11 @@ bool UiHost::Window::createContext(std::string& errorText) {
     io.IniFilename = nullptr;
     io.LogFilename = nullptr;
     io.ConfigFlags |= ImGuiConfigFlags_NavEnableKeyboard;
-    io.ConfigDebugHighlightIdConflicts = false; // two buttons with one label share an identifier on purpose
+    io.ConfigDebugHighlightIdConflicts = false; // some buttons have the same label and therefore identifier
     io.ConfigErrorRecoveryEnableTooltip = false;
-    context->ConfigNavWindowingKeyNext = context->ConfigNavWindowingKeyPrev = ImGuiKey_None; // there is one window
+    context->ConfigNavWindowingKeyNext = context->ConfigNavWindowingKeyPrev = ImGuiKey_None; // there is only one window
 
-    watchEvents(); // before the backend: it chains to the callbacks it finds
+    watchEvents(); // before the backend, which then calls these callbacks too
     platformReady = ImGui_ImplGlfw_InitForOpenGL(handle, true);
     rendererReady = platformReady && ImGui_ImplOpenGL3_Init(shaderVersion);
     if (!rendererReady) errorText = "could not start the graphics device: OpenGL 3 is missing";
@@ -148,7 +148,7 @@ UiHost::Window::~Window() {
 
 // --- painting --------------------------------------------------------------------------------------------------------
 
-// Clears the window before the first frame is ready. Otherwise it would show what the graphics memory held.
+// Makes the window visible and clears it. Otherwise it would show old graphics memory until the first frame is ready.
 void UiHost::Window::show() {
     float background[4];
     uiThemeBackgroundFloat(background);
@@ -169,7 +169,7 @@ void UiHost::Window::draw(ImDrawData& frame, std::span<const float, 4> clear) co
     glfwSwapBuffers(handle);
 }
 
-// Repaints the last image after damage. In a resized window the image keeps its size at the top left corner.
+// Repaints the last image after damage. If the window was resized, the image keeps its size in the top left corner.
 void UiHost::Window::repaintDamage() {
     if (!pacer.takeDamage()) return;
     int width = 0;
@@ -204,8 +204,8 @@ void UiHost::Window::noteEvent(GLFWwindow* source) {
     of(source).pacer.noteEvent();
 }
 
-// Dear ImGui 1.92's GLFW backend drops the pointer position when the window loses the focus, and gets a new one only
-// when the pointer moves. A click before that would hit nothing, so the position is passed on with every click.
+// Passes the pointer's position to Dear ImGui with each click. The GLFW backend of Dear ImGui 1.92 clears the position
+// when the window loses the focus and sets it only when the pointer moves. A click before that would hit nothing.
 void UiHost::Window::notePointer(GLFWwindow* source) {
     double x = 0.0;
     double y = 0.0;
@@ -214,8 +214,8 @@ void UiHost::Window::notePointer(GLFWwindow* source) {
     noteEvent(source);
 }
 
-// Windows shows its dialogs in our process and runs its own event loop meanwhile, so damage is reported in the middle
-// of a frame and no call of repaintBehindDialog follows.
+// Records damage, and repaints at once if a frame is being built. This happens on Windows: a dialog runs its own event
+// loop in our process, and repaintBehindDialog is not called while the dialog is open.
 void UiHost::Window::noteDamage(GLFWwindow* source) {
     Window& window = of(source);
     window.pacer.noteDamage();
@@ -227,7 +227,8 @@ void UiHost::Window::notePlacement(GLFWwindow* source) {
     noteEvent(source);
 }
 
-// Ctrl with +, - and 0 zoom. The keys are compared by their character, because "+" is another key on every layout.
+// Zooms with Ctrl and +, - or 0. Compares the keys' characters, because the position of "+" depends on the keyboard
+// layout.
 void UiHost::Window::noteKey(GLFWwindow* source, int key, int scanCode, int action, int modifiers) {
     noteEvent(source);
     if (action == GLFW_RELEASE || (modifiers & GLFW_MOD_CONTROL) == 0 || (modifiers & GLFW_MOD_ALT) != 0) return;

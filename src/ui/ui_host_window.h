@@ -1,7 +1,7 @@
 #pragma once
 
-// The parts of UiHost that hold resources: the GLFW window, the Dear ImGui context and its backends, and the window's
-// saved placement. Main thread only. Included by the sources of UiHost alone.
+// The private part of UiHost: the GLFW window, the Dear ImGui context and its backends, and the window's saved
+// placement. Main thread only. Only the sources of UiHost include this header.
 
 #include <array>
 #include <cstdint>
@@ -19,7 +19,7 @@
 
 struct GLFWwindow;
 
-// A copy of the frame on screen. Dear ImGui reuses a frame's draw lists as soon as the next frame begins.
+// A copy of the frame on the screen, for repaints. Dear ImGui reuses a frame's draw lists when the next frame begins.
 struct LastImage {
     void keep(const ImDrawData& shown, std::span<const float, 4> clearColour);
     void forget();
@@ -44,13 +44,13 @@ struct UiHost::Window {
     FramePacer pacer;
     LastImage lastImage;
     int zoom = 100;                  // percent
-    double placementChangedAt = 0.0; // when the window was moved or resized last, by glfwGetTime; 0: it has been saved
+    double placementChangedAt = 0.0; // time of the last change, by glfwGetTime; 0: the change has been saved
     int progressPercent = -1;        // in the task bar; -1: none
     std::string footLine;
     double footLineUntil = 0.0;     // by ImGui::GetTime
-    bool behindDialog = false;      // repaintBehindDialog is polling for events
-    std::int64_t dialogInFront = 0; // the dialog process whose windows were made transient last
-    float scale = 0.0f;             // screen coordinates per unit, zoom included, in this frame
+    bool behindDialog = false;      // true while repaintBehindDialog polls for events
+    std::int64_t dialogInFront = 0; // the process whose windows were made transient last
+    float scale = 0.0f;             // screen coordinates per unscaled pixel, including the zoom
 
     ~Window();
     [[nodiscard]] bool open(std::string& errorText);
@@ -58,8 +58,8 @@ struct UiHost::Window {
     void draw(ImDrawData& frame, std::span<const float, 4> clear) const;
     void followScale();
     void rememberPlacement();
-    void rememberSettledPlacement(); // once nothing has changed for half a second
-    void zoomBy(int steps);          // 0: back to 100%
+    void rememberSettledPlacement(); // saves a change after half a second without further changes
+    void zoomBy(int steps);          // 0: set to 100%
     static void notePointer(GLFWwindow* source);
 
   private:

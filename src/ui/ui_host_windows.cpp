@@ -11,14 +11,15 @@
 void darkenTitleBar(GLFWwindow* window) {
     const HWND handle = glfwGetWin32Window(window);
     const BOOL dark = TRUE;
-    // DWMWA_USE_IMMERSIVE_DARK_MODE, which older headers lack. Windows 10 before version 2004 has it under 19.
+    // DWMWA_USE_IMMERSIVE_DARK_MODE, which older headers do not define. Windows 10 before version 2004 uses the
+    // value 19.
     constexpr DWORD kUseDarkMode = 20;
     if (FAILED(DwmSetWindowAttribute(handle, kUseDarkMode, &dark, sizeof dark)))
         DwmSetWindowAttribute(handle, kUseDarkMode - 1, &dark, sizeof dark);
 }
 
 void showTaskbarProgress(GLFWwindow* window, int percent) {
-    static ITaskbarList3* taskbar = nullptr; // released by the end of the process
+    static ITaskbarList3* taskbar = nullptr; // never released before the process ends
     static bool tried = false;
     if (!std::exchange(tried, true)) {
         static_cast<void>(
@@ -35,5 +36,5 @@ void showTaskbarProgress(GLFWwindow* window, int percent) {
 }
 
 bool keepInFront(std::int64_t /*process*/, GLFWwindow* /*owner*/) {
-    return false; // Windows keeps the dialogs of our own process in front
+    return false; // not needed: Windows keeps the dialogs of our own process in front
 }

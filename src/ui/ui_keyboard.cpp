@@ -62,7 +62,7 @@ bool uiThemeFocusRingOfItem() {
     return true;
 }
 
-// The flag is set ahead of BeginChild, which merges it with the flags of its argument.
+// Sets the flag before BeginChild, which combines it with the flags in its argument.
 void uiThemeJoinNavigation() {
     ImGuiNextWindowData& next = ImGui::GetCurrentContext()->NextWindowData;
     next.HasFlags |= ImGuiNextWindowDataFlags_HasChildFlags;

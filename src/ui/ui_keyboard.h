@@ -13,24 +13,26 @@ void uiThemeNewFrame();
 // True if the item has the keyboard focus and the user navigates by keyboard.
 [[nodiscard]] bool uiThemeFocusShows(ImGuiID item);
 
-// Draws the focus ring around a rectangle in pixels. A negative `distance`, in units, puts the ring inside the
-// rectangle: for items that fill a clipped region.
+// Draws the focus ring around a rectangle in pixels. `distance` is in unscaled pixels. A negative `distance` puts the
+// ring inside the rectangle, for items that fill a clipped region.
 void uiThemeFocusRing(ImDrawList* drawList, ImVec2 min, ImVec2 max, float radius, float distance = 2.0f);
 
-// Draws the ring around the last item if that has the focus. True if it was drawn. For Dear ImGui's own widgets.
+// Draws the ring around the last item if the item has the focus. True if it was drawn. For Dear ImGui's own widgets.
 bool uiThemeFocusRingOfItem();
 
-// Call before ImGui::BeginChild. Tab and the arrow keys then move between the child's items and those of the window
-// around it.
+// Call it before ImGui::BeginChild. Tab and the arrow keys then also move between the child's items and the items of
+// its parent window.
 void uiThemeJoinNavigation();
 
-// Call after the items of the current window and of its children. If the focused item is gone, the next Tab goes to the
-// first item. Without this Tab does nothing in Dear ImGui 1.92, because it searches from the focused item.
+// Call it after the items of the current window and its children. If the focused item no longer exists, the next Tab
+// then moves to the first item. Without this call, Tab does nothing in Dear ImGui 1.92, which searches from the focused
+// item.
 void uiThemeRecoverKeyboard();
 
-// The menu key, or Shift+F10.
+// True if the user pressed the menu key or Shift+F10.
 [[nodiscard]] bool uiThemeMenuKeyPressed();
 
-// Enter and Escape in a modal popup. The key press that opened the popup does not count.
+// True if the user pressed Enter (confirm) or Escape (cancel) in the current popup. The key press that opened the popup
+// does not count.
 [[nodiscard]] bool uiThemeConfirmKeyPressed();
 [[nodiscard]] bool uiThemeCancelKeyPressed();

@@ -11,10 +11,11 @@
 namespace {
 
 constexpr float kBarGap = 2.0f;    // between the rows and the bar
-constexpr float kBarWidth = 12.0f; // of the part that reacts to the mouse
-constexpr float kGrabInset = 3.0f; // of what is drawn, on each side
+constexpr float kBarWidth = 12.0f; // width of the area that reacts to the mouse
+constexpr float kGrabInset = 3.0f; // the drawn grab is narrower by this on each side
 
-// Dear ImGui's own bar (1.92) takes width from the rows, and reacts to the mouse only on what is drawn.
+// Draws the scroll bar and handles the mouse on it. Dear ImGui's own bar (1.92) makes the rows narrower, and its mouse
+// area is only as wide as the drawn bar.
 void drawScrollbar(ImGuiWindow* list) {
     if (list->ScrollMax.y <= 0.0f) return;
     const ImRect bar(list->Pos.x + list->Size.x + uiThemePx(kBarGap), list->Pos.y,
@@ -28,7 +29,7 @@ void drawScrollbar(ImGuiWindow* list) {
     bool held = false;
     ImGui::ButtonBehavior(bar, id, &hovered, &held, ImGuiButtonFlags_NoNavFocus);
 
-    static float heldAt = 0.0f; // where on the grab the mouse holds it
+    static float heldAt = 0.0f; // distance from the grab's top to the mouse
     const float room = track - length;
     float top = bar.Min.y + room * list->Scroll.y / list->ScrollMax.y;
     if (held && room > 0.0f) {

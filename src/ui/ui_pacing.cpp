@@ -42,7 +42,7 @@ std::uint64_t frameFingerprint(const ImDrawData& frame, std::span<const float, 4
         digest.add(list->IdxBuffer);
         for (const ImDrawCmd& command : list->CmdBuffer) {
             digest.add(command.ClipRect);
-            digest.add(command.TexRef._TexData); // _TexID is assigned only when the texture is uploaded
+            digest.add(command.TexRef._TexData); // also needed: _TexID is set only when the texture is uploaded
             digest.add(command.TexRef._TexID);
             digest.add(command.VtxOffset);
             digest.add(command.IdxOffset);
@@ -68,13 +68,13 @@ bool FramePacer::takeDamage() {
 }
 
 void FramePacer::setIconified(bool iconified) {
-    if (iconified != iconified_) noteDamage(); // the window system does not keep its content
+    if (iconified != iconified_) noteDamage(); // the window system does not keep the content of an iconified window
     iconified_ = iconified;
 }
 
 float FramePacer::frameStarted(double now) {
     const double since = now - std::exchange(lastStart_, now);
-    return static_cast<float>(std::max(since, 1e-5)); // Dear ImGui needs time that goes on, even if the clock does not
+    return static_cast<float>(std::max(since, 1e-5)); // Dear ImGui requires a positive time step
 }
 
 double FramePacer::secondsUntilDue(double now) const {

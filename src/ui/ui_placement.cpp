@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr int kFarthest = 100'000; // beyond any desktop; sums of two stay inside an int
+constexpr int kFarthest = 100'000; // larger than any desktop; the sum of two does not overflow an int
 constexpr std::size_t kMaxFileBytes = 128;
 constexpr std::array kZooms = {80, 90, 100, 110, 125, 150, 175, 200}; // percent
 
@@ -99,7 +99,7 @@ WindowPlacement fitPlacement(const WindowPlacement& wanted, std::span<const Scre
         return overlap(wanted.x, wanted.width, area.x, area.width) *
                overlap(wanted.y, wanted.height, area.y, area.height);
     };
-    const ScreenArea& area = *std::ranges::max_element(areas, {}, shown); // max_element returns the first of equals
+    const ScreenArea& area = *std::ranges::max_element(areas, {}, shown); // if several are equal, the first
     WindowPlacement fitted = wanted;
     fitted.width = std::clamp(wanted.width, std::min(minimum.width, area.width), area.width);
     fitted.height = std::clamp(wanted.height, std::min(minimum.height, area.height), area.height);

@@ -1,8 +1,8 @@
 #pragma once
 
-// The window's placement and zoom between runs. The file is one line of text: "2 x y width height maximized zoom",
-// where 2 is the version; version 1 had no zoom. The size is in units at zoom 100, so that it survives a change of the
-// monitor's scale. The position is in screen coordinates. The zoom is in percent.
+// Saves and restores the window's placement and zoom. The file is one line of text: "2 x y width height maximized
+// zoom". 2 is the version; version 1 has no zoom. The size is in unscaled pixels, so that it is still right if the
+// monitor's scale changes. The position is in screen coordinates. The zoom is in percent.
 
 #include <filesystem>
 #include <optional>
@@ -21,7 +21,7 @@ struct WindowPlacement {
     bool operator==(const WindowPlacement&) const = default;
 };
 
-struct ScreenArea { // of a monitor, without task bars
+struct ScreenArea { // the area of a monitor without task bars, in screen coordinates
     int x = 0;
     int y = 0;
     int width = 0;
@@ -30,32 +30,35 @@ struct ScreenArea { // of a monitor, without task bars
     bool operator==(const ScreenArea&) const = default;
 };
 
-struct WindowFrame { // the title bar and the borders, which are outside a window's own position and size
+struct WindowFrame { // sizes of title bar and borders, which a window's position and size do not include
     int left = 0;
     int top = 0;
     int right = 0;
     int bottom = 0;
 };
 
-// What is left of a monitor's area for the content of a window.
+// Returns the part of a monitor's area in which the content of a window with this frame can be.
 [[nodiscard]] ScreenArea insideFrame(const ScreenArea& area, const WindowFrame& frame);
 
-[[nodiscard]] std::optional<WindowPlacement> parsePlacement(std::string_view text); // nothing if any part is invalid
+[[nodiscard]] std::optional<WindowPlacement> parsePlacement(std::string_view text); // nullopt if any value is invalid
 [[nodiscard]] std::string formatPlacement(const WindowPlacement& placement);
 
-// Nothing if the file is missing or invalid.
+// Returns nullopt if the file is missing or invalid.
 [[nodiscard]] std::optional<WindowPlacement> readPlacement(const std::filesystem::path& file);
-// False leaves the old file unchanged.
+
+// Replaces the file. On failure returns false and leaves the old file unchanged.
 [[nodiscard]] bool writePlacement(const std::filesystem::path& file, const WindowPlacement& placement);
 
-// Moves and shrinks a placement until it lies inside the area that shows most of it, or in the middle of the first area
-// if none shows any of it. All values are in screen coordinates; the areas exclude the window's frame. The result is at
-// least as large as `minimum`, unless the area is smaller. Without areas the placement is returned unchanged.
+// Returns the placement, moved and shrunk so that it is inside the area that shows most of it. If no area shows any of
+// it, the result is in the middle of the first area. All values are in screen coordinates; the areas do not include the
+// window's frame. The result is at least as large as `minimum`, unless the area is smaller. If `areas` is empty,
+// returns the placement unchanged.
 [[nodiscard]] WindowPlacement fitPlacement(const WindowPlacement& wanted, std::span<const ScreenArea> areas,
                                            const ScreenArea& minimum);
 
-// The zoom after `steps` steps of zooming in (positive) or out (negative), in percent, and at most `most`.
+// Returns the zoom in percent after `steps` steps in (positive) or out (negative). The result is at most `most`.
 [[nodiscard]] int stepZoom(int zoom, int steps, int most);
 
-// The largest zoom at which a window of `minimum`, its size at zoom 100, fits into one of the areas. From 100 to 200.
+// Returns the largest zoom, from 100 to 200, at which a window of the smallest size fits into one of the areas.
+// `minimum` is that size at zoom 100.
 [[nodiscard]] int largestZoom(std::span<const ScreenArea> areas, const ScreenArea& minimum);

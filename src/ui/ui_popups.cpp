@@ -12,7 +12,7 @@
 namespace {
 
 constexpr ImVec2 kMenuPadding = {16.0f, 13.0f};
-constexpr ImVec2 kMenuSpacing = {16.0f, 14.0f}; // the highlight of an entry covers half of it on each side
+constexpr ImVec2 kMenuSpacing = {16.0f, 14.0f}; // the highlight of an entry is larger by half of it on each side
 constexpr ImVec2 kModalPadding = {20.0f, 18.0f};
 constexpr ImVec2 kModalTitlePadding = {20.0f, 12.0f};
 constexpr ImVec2 kModalSpacing = {8.0f, 8.0f};
@@ -24,7 +24,7 @@ struct Opening {
     ImGuiID window = 0;
     double since = 0.0; // the time of its first visible frame
 };
-Opening opening; // of the popup that was opened last
+Opening opening; // the popup that was opened last
 
 void fadeIn(const ImGuiWindow& window) {
     if (window.Appearing || window.Hidden) opening = {window.ID, ImGui::GetTime()};
@@ -35,8 +35,8 @@ void fadeIn(const ImGuiWindow& window) {
     uiThemeFade(window.DrawList, opacity);
 }
 
-// Moves a modal popup back inside when the viewport has become smaller or the popup larger. At other times the user may
-// drag it anywhere.
+// Moves a modal popup back into the viewport after one of the two has changed its size. Without such a change the user
+// may drag it anywhere.
 void keepInside(ImGuiWindow* popup) {
     static ImVec2 checkedViewport, checkedSize;
     const ImGuiViewport& viewport = *ImGui::GetMainViewport();
@@ -65,7 +65,7 @@ bool uiThemeBeginModal(const char* name) {
     ImGui::PushStyleVar(ImGuiStyleVar_WindowPadding, uiThemePx(kModalPadding));
     ImVec2 titlePadding = uiThemePx(kModalTitlePadding);
     titlePadding.x -=
-        ImGui::GetStyle().WindowBorderSize; // Dear ImGui 1.92 adds it to the title, but not to the content
+        ImGui::GetStyle().WindowBorderSize; // because Dear ImGui 1.92 adds it to the title, but not to the content
     ImGui::PushStyleVar(ImGuiStyleVar_FramePadding, titlePadding);
     const bool open = ImGui::BeginPopupModal(name, nullptr, ImGuiWindowFlags_AlwaysAutoResize);
     ImGui::PopStyleVar(2);
@@ -82,8 +82,9 @@ void uiThemeEndPopup() {
     ImGui::EndPopup();
 }
 
-// MenuItem's own highlight (Dear ImGui 1.92) has sharp corners. It is made invisible, and a rounded one is drawn on a
-// channel below the entry, because the entry must be drawn before it is known to be hovered.
+// Draws a menu entry with a rounded highlight. MenuItem's own highlight (Dear ImGui 1.92) has sharp corners, so it is
+// made transparent. The rounded one is drawn on a lower channel, because only MenuItem tells whether the entry is
+// hovered.
 bool uiThemeMenuItem(const char* label, bool enabled) {
     ImDrawList* drawList = ImGui::GetWindowDrawList();
     drawList->ChannelsSplit(2);

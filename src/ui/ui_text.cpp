@@ -21,8 +21,8 @@ float widthOf(ImFont* font, std::string_view text) {
     return font->CalcTextSizeA(font->LegacySize, FLT_MAX, 0.0f, text.data(), text.data() + text.size()).x;
 }
 
-// How many bytes of a word that is too long go on one line: up to the last separator that fits, otherwise all
-// characters that fit, and at least one.
+// Returns how many bytes of a word that is too long to put on one line: up to the last separator that fits, otherwise
+// all characters that fit. At least one character.
 std::size_t bytesThatFit(ImFont* font, std::string_view word, float width) {
     std::size_t fits = 0;
     while (fits < word.size()) {
@@ -39,7 +39,7 @@ std::size_t bytesThatFit(ImFont* font, std::string_view word, float width) {
     return fits;
 }
 
-// Puts as many words on every line as fit.
+// Breaks a paragraph into lines. Puts as many words as possible on each line.
 Lines fillLines(ImFont* font, std::string_view paragraph, float width) {
     Lines lines;
     std::string_view line;
@@ -69,9 +69,9 @@ Lines fillLines(ImFont* font, std::string_view paragraph, float width) {
     return lines;
 }
 
-// The same number of lines, as narrow as possible.
+// Breaks a paragraph into as many lines as `lines` has, but makes them as narrow as possible.
 Lines balanceLines(ImFont* font, std::string_view paragraph, float width, Lines lines) {
-    float tooNarrow = 0.0f; // as wide as the longest word, which must not be cut
+    float tooNarrow = 0.0f; // starts at the width of the longest word, which must not be cut
     for (std::size_t at = 0; (at = paragraph.find_first_not_of(kBlanks, at)) != std::string_view::npos;) {
         const std::size_t wordEnd = std::min(paragraph.find_first_of(kBlanks, at), paragraph.size());
         tooNarrow = std::max(tooNarrow, widthOf(font, paragraph.substr(at, wordEnd - at)));

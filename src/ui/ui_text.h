@@ -7,8 +7,8 @@
 
 struct ImFont;
 
-// The lines of a text in the font's own size, at most wrapWidth pixels wide. Words stay whole if they fit on a line;
-// longer ones are cut, after a separator of an address or path if there is one. The lines of a short paragraph get
-// about the same width, so that no single word is left on the last one. A wrapWidth of 0 or less breaks at line ends
-// only.
+// Returns the lines of a text in the font's own size, at most `wrapWidth` pixels wide. A word that is too long for a
+// line is cut, if possible after a separator in an address or path. The lines of a short paragraph get about the same
+// width, so that the last line is not a single word. If `wrapWidth` is 0 or less, the text is broken only at line
+// feeds.
 [[nodiscard]] std::vector<std::string_view> wrapText(ImFont* font, std::string_view text, float wrapWidth);

@@ -14,7 +14,7 @@
 namespace {
 
 constexpr float kPi = 3.14159265f;
-constexpr int kPillSegments = 16; // of half a circle
+constexpr int kPillSegments = 16; // for half a circle
 
 struct Theme {
     float scale = 1.0f;
@@ -23,7 +23,7 @@ struct Theme {
 };
 Theme theme;
 
-// Every colour of Dear ImGui's own widgets, so that none of its defaults ever shows.
+// Sets all colours of Dear ImGui's own widgets, so that no default colour is visible.
 constexpr std::pair<ImGuiCol, ImU32> kStyleColours[] = {
     {ImGuiCol_Text, palette::kForeground},
     {ImGuiCol_TextDisabled, palette::kMuted},
@@ -81,7 +81,7 @@ constexpr std::pair<ImGuiCol, ImU32> kStyleColours[] = {
     {ImGuiCol_PlotHistogram, palette::kPrimary},
     {ImGuiCol_PlotHistogramHovered, palette::kPrimaryLight},
     {ImGuiCol_DragDropTarget, palette::kPrimaryLight},
-    {ImGuiCol_NavCursor, palette::kNone}, // uiThemeFocusRing is drawn instead
+    {ImGuiCol_NavCursor, palette::kNone}, // uiThemeFocusRing draws the cursor instead
     {ImGuiCol_NavWindowingHighlight, palette::kPrimaryLight},
 #ifdef IMGUI_HAS_DOCK
     {ImGuiCol_DockingPreview, palette::kSelection},
@@ -98,7 +98,7 @@ ImGuiStyle styleAtScaleOne() {
     style.FramePadding = {14.0f, 8.0f};
     style.ItemSpacing = {6.0f, 8.0f};
     style.ItemInnerSpacing = {8.0f, 6.0f};
-    style.WindowRounding = palette::kPopupRounding; // of modal popups and tooltips too
+    style.WindowRounding = palette::kPopupRounding; // also for modal popups and tooltips
     style.PopupRounding = palette::kPopupRounding;
     style.ChildRounding = palette::kRounding;
     style.FrameRounding = palette::kRounding;
@@ -112,13 +112,13 @@ ImGuiStyle styleAtScaleOne() {
     style.FrameBorderSize = 1.0f;
     style.WindowTitleAlign = {0.0f, 0.5f};
     style.WindowMenuButtonPosition = ImGuiDir_None;
-    style.DisplaySafeAreaPadding = {8.0f, 8.0f}; // between a menu and the window's edge
-    style.DisabledAlpha = 0.5f; // texts of disabled entries keep a contrast of 4.5 : 1
+    style.DisplaySafeAreaPadding = {8.0f, 8.0f}; // distance of menus from the window's edge
+    style.DisabledAlpha = 0.5f;                  // texts of disabled entries have a contrast of 4.5 : 1
     return style;
 }
 
-// Dear ImGui fixes the font of stock widgets when a frame begins. If the scale changes after that, the font in use is
-// replaced, so that no widget of this frame has the old size.
+// Sets the font of Dear ImGui's own widgets. Dear ImGui chooses this font when a frame begins. If the scale changes
+// during a frame, replaces the font in use, so that no widget in this frame has the old size.
 void applyDefaultFont() {
     ImGuiContext& context = *ImGui::GetCurrentContext();
     const float size = uiThemePx(palette::kTextSize);
@@ -140,7 +140,7 @@ void uiThemeInitialize(UiIntegration* integration) {
     theme.seconds = 0.0f;
     fontsInitialize(integration ? integration->fontPath : std::string{}, theme.scale);
     applyDefaultFont();
-    ImGui::GetIO().ConfigWindowsMoveFromTitleBarOnly = true; // popups
+    ImGui::GetIO().ConfigWindowsMoveFromTitleBarOnly = true; // the windows to move are popups
 }
 
 void uiThemeShutdown() {
@@ -156,7 +156,7 @@ void uiThemeSetScale(float scale) {
     fontsSetScale(scale);
 }
 
-// The first tick is not counted: it is the time that the start took, when nothing was on screen.
+// Does not count the first tick: it is the time before the first frame, when nothing was on the screen.
 void uiThemeTick(float deltaSeconds) {
     if (theme.ticked) theme.seconds += std::max(0.0f, deltaSeconds);
     theme.ticked = true;
@@ -239,7 +239,7 @@ ImVec2 uiThemeTextSize(ImFont* font, std::string_view text, float wrapWidth) {
 }
 
 float uiThemeTextTop(ImFont* font, float top, float bottom) {
-    constexpr float kAscentShare = 1900.0f / 2400.0f; // of Roboto's line height
+    constexpr float kAscentShare = 1900.0f / 2400.0f; // Roboto's ascent divided by its line height
     const ImFontBaked* baked = font->GetFontBaked(font->LegacySize);
     const float drawnAscent = std::round(std::round(baked->Ascent) * font->LegacySize / baked->Size);
     return std::round((top + bottom - font->LegacySize) * 0.5f + font->LegacySize * kAscentShare) - drawnAscent;
@@ -254,7 +254,7 @@ void uiThemeRoundedPanel(ImDrawList* drawList, ImVec2 min, ImVec2 max, ImU32 col
         drawList->AddRectFilled(min, max, colour, radius);
         return;
     }
-    // AddRectFilled (Dear ImGui 1.92) keeps a pixel of straight edge in a fully rounded shape.
+    // Do not use AddRectFilled for a fully rounded shape: Dear ImGui 1.92 leaves one pixel of each edge straight.
     const ImVec2 first{min.x + limit, min.y + limit};
     const ImVec2 last{max.x - limit, max.y - limit};
     if (std::abs(size.x - size.y) < 0.5f) {
@@ -276,7 +276,7 @@ void uiThemeText(ImDrawList* drawList, ImFont* font, ImVec2 position, ImU32 colo
     drawList->AddText(font, font->LegacySize, position, colour, text.data(), text.data() + text.size());
 }
 
-// Glyph by glyph: AddText starts at whole pixels, which would make gaps of a quarter pixel uneven.
+// Draws each glyph itself, because AddText starts at whole pixels. Gaps of a quarter pixel would become uneven.
 void uiThemeTextTracked(ImDrawList* drawList, ImFont* font, ImVec2 position, ImU32 colour, std::string_view text,
                         float tracking) {
     const ImVec2 start{std::floor(position.x), std::floor(position.y)};
@@ -351,6 +351,6 @@ void uiThemeReveal(ImDrawList* drawList, ImVec2 min, ImVec2 max) {
     if (left <= 0.0f) return;
     const auto alpha = static_cast<ImU32>(255.0f * left * left);
     drawList->AddRectFilled(min, max, (palette::kBackground & ~IM_COL32_A_MASK) | alpha << IM_COL32_A_SHIFT);
-    for (const ImGuiWindow* child : ImGui::GetCurrentWindow()->DC.ChildWindows) // shown above the rectangle
+    for (const ImGuiWindow* child : ImGui::GetCurrentWindow()->DC.ChildWindows) // drawn above the rectangle
         uiThemeFade(child->DrawList, 1.0f - left * left);
 }

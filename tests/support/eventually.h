@@ -1,6 +1,6 @@
 #pragma once
 
-// Waits until a condition holds that another thread or process brings about. False after the deadline.
+// Waits until another thread or process makes a condition true. False after the deadline.
 
 #include <chrono>
 #include <thread>

@@ -1,6 +1,7 @@
 #pragma once
 
-// Sets or removes an environment variable and restores it. Use it only while no other thread reads the environment.
+// Sets or removes an environment variable and restores its old value at the end of the scope. Use it only while no
+// other thread reads the environment.
 
 #include <cstdlib>
 #include <optional>
@@ -9,7 +10,7 @@
 
 class ScopedEnvironment {
   public:
-    // Without a value the variable is removed.
+    // Removes the variable if there is no value.
     explicit ScopedEnvironment(std::string name, const std::optional<std::string>& value = std::nullopt)
         : name_(std::move(name)) {
         if (const char* before = std::getenv(name_.c_str())) before_ = before;

@@ -1,6 +1,6 @@
 #pragma once
 
-// A folder of the test, removed with its contents at the end of the test.
+// A temporary folder for a test. The destructor removes it with its contents.
 
 #include <atomic>
 #include <filesystem>
@@ -47,7 +47,7 @@ class TemporaryFolder {
     std::filesystem::path path_;
 };
 
-// The bytes of a file; empty when there is none.
+// Returns the bytes of a file. Empty if the file does not exist.
 inline std::string readFileBytes(const std::filesystem::path& file) {
     std::ifstream in(file, std::ios::binary);
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};

@@ -1,6 +1,6 @@
 #pragma once
 
-// The TLS server of the sandbox, as tests use it: a script decides every byte of an answer.
+// Includes the sandbox's TLS server for tests. In tests, a script chooses each byte of a response.
 
 #include "sandbox/http_message.h" // IWYU pragma: export
 #include "sandbox/tls_server.h"   // IWYU pragma: export

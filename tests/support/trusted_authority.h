@@ -1,7 +1,7 @@
 #pragma once
 
-// A certificate authority that this process trusts while the object lives, with a certificate for loopback servers.
-// No other thread of the test may read the environment when it is made or destroyed.
+// A certificate authority that this process trusts while the object exists, and a certificate for loopback servers. No
+// other thread of the test may read the environment during construction and destruction.
 
 #include <optional>
 #include <stdexcept>
@@ -19,7 +19,7 @@ class TrustedAuthority {
         if (!trust_->isTrusted()) throw std::runtime_error("the system does not accept " + rootFile());
     }
 
-    // One authority and one good certificate for all tests: making keys is slow.
+    // All tests share one authority and one valid certificate, because the creation of keys is slow.
     static const CertificateAuthority& authority() {
         static const CertificateAuthority one;
         return one;

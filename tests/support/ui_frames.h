@@ -1,6 +1,6 @@
 #pragma once
 
-// A Dear ImGui context without a window, and the one thing that a frame needs from a renderer: it takes the textures.
+// A Dear ImGui context without a window. It does for the textures of a frame what a renderer would do.
 
 #include <imgui.h>
 
