@@ -268,7 +268,7 @@ class Tour:
         """a project whose name has emoji is in the list and on disk"""
         self.window.press("ctrl+n")
         self.window.see("Create a new project", DIALOG)
-        self.window.type(EMOJI_NAME)
+        self.window.tool("type", "--delay", "200", EMOJI_NAME)  # xdotool maps a key for the emoji, which takes a while
         self.window.press("Return")
         self.window.see_no("Create a new project", DIALOG)
         self.window.see("Heart", LIST)
