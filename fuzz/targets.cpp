@@ -54,7 +54,6 @@ void address(std::string_view input) {
     int port = 0;
     if (!parseHttpsUrl(std::string(input), host, port, path)) return;
     require(!host.empty() && port > 0 && port < 65536 && path.starts_with('/'), "an address has host, port and path");
-    require((host + path).find_first_of("\r\n") == std::string::npos, "an address brings no line into the request");
 }
 
 void settings(std::string_view input) {
