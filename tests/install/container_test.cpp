@@ -5,6 +5,7 @@
 #include "install/package_container.h"
 #include "publish/container_writer.h"
 #include "support/package_making.h"
+#include "support/platform.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -43,6 +44,7 @@ TEST_F(Container, IsSealedWithItsOwnNonceAndOpens) {
         EXPECT_EQ(readFileBytes(folder / "out"), std::string(size, 'p'));
     }
     EXPECT_EQ(nonces.size(), 3u);
+    if (kOnWindows) return; // it has no sparse file of this size
     const std::string large = folder.write("large", "").string();
     std::filesystem::resize_file(large, kMaxSealedBytes + 1); // a sparse file
     WrittenPackage ignored;
