@@ -102,6 +102,7 @@ void LauncherApp::drawProjectsScreen() {
     rows.editorLabel = defaultEditorLabel(*this);
     // After the search box, so that a text that was cleared in this frame already lists every project.
     rows.indices = displayedProjects(*this, rows.editorLabel);
+    displayedBefore = rows.indices;
     rows.openFirst = searchKey == SearchKey::Enter && !searchTerms(searchText).empty();
     if (searchKey == SearchKey::Down && !rows.indices.empty()) {
         projectToFocus = settings->projects()[static_cast<std::size_t>(rows.indices.front())].path;

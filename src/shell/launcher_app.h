@@ -58,6 +58,7 @@ class LauncherApp {
     bool sortStarredFirst = false;
     ProjectSortColumn sortColumn = ProjectSortColumn::LastOpened;
     bool sortAscending = true;
+    std::vector<std::int32_t> displayedBefore; // the rows of the last frame; from them the next frame is sorted faster
     std::string projectToFocus; // path of the row that gets the keyboard focus when it is drawn next; empty: none
 
     // The popups. A request flag is set anywhere in a frame; drawProjectDialogs opens the popup and clears the flag.
