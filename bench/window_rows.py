@@ -8,7 +8,6 @@ import shutil
 import signal
 import subprocess
 import sys
-import tempfile
 import threading
 import time
 
@@ -36,38 +35,47 @@ def stage(build, folder):
     return folder / "volo-launcher"
 
 
-@contextlib.contextmanager
-def shown(desktop, program, watch, empty_frames):
-    """Starts a program and waits for its first frame. Gives the process, and the milliseconds from its start."""
-    with tempfile.TemporaryDirectory() as home:
-        frames = pathlib.Path(home) / "frames"
-        environment = {**desktop.environment, "HOME": home, "XDG_CONFIG_HOME": home, "XDG_RUNTIME_DIR": home,
-                       "LD_PRELOAD": str(watch), "VOLO_FRAMES": str(frames), "VOLO_EMPTY_FRAMES": str(empty_frames)}
+class Program:
+    """A program with a window. Its home folder lasts, so that only the first start fills the caches of the drivers."""
+
+    def __init__(self, desktop, path, home, watch, empty_frames=1):
+        home.mkdir()
+        self.path = path
+        self.frames = home / "frames"
+        self.environment = {**desktop.environment, "HOME": str(home), "XDG_CONFIG_HOME": str(home),
+                            "XDG_RUNTIME_DIR": str(home), "LD_PRELOAD": str(watch), "VOLO_FRAMES": str(self.frames),
+                            "VOLO_EMPTY_FRAMES": str(empty_frames)}
+
+    @contextlib.contextmanager
+    def shown(self):
+        """Starts it and waits for its first frame. Gives the process, and the milliseconds from its start."""
+        self.frames.unlink(missing_ok=True)
         began = time.monotonic()
-        with subprocess.Popen([program], env=environment, stdin=subprocess.DEVNULL) as process:
-            wait_for(f"the first frame of {program}", lambda: frames.exists() and frames.read_text().endswith("\n"))
+        with subprocess.Popen([self.path], env=self.environment, stdin=subprocess.DEVNULL) as process:
+            wait_for(f"the first frame of {self.path}",
+                     lambda: self.frames.exists() and self.frames.read_text().endswith("\n"))
             try:
-                yield process, float(frames.read_text()) / 1000 - began * 1000
+                yield process, float(self.frames.read_text()) / 1000 - began * 1000
             finally:
                 process.terminate()
 
+    def first_frame(self):
+        with self.shown() as (_, milliseconds):
+            return {"first": milliseconds}
 
-def first_frame(desktop, program, watch, empty_frames=1):
-    with shown(desktop, program, watch, empty_frames) as (_, milliseconds):
-        return {"first": milliseconds}
-
-
-def rest_of(desktop, program, watch):
-    with shown(desktop, program, watch, 1) as (process, _):
-        time.sleep(3)  # the picture is decoded, and the animations end
-        return share_at_rest(f"/proc/{process.pid}", SECONDS_AT_REST)
+    def rest(self):
+        with self.shown() as (process, _):
+            time.sleep(3)  # the picture is decoded, and the animations end
+            return share_at_rest(f"/proc/{process.pid}", SECONDS_AT_REST)
 
 
 class Chromium:
-    """A window of Chromium without its controls. It counts as painted one frame after its first."""
+    """A window of Chromium without its controls, with a profile that lasts. It counts as painted one frame after its
+    first."""
 
-    def __init__(self, desktop):
+    def __init__(self, desktop, home):
         self.desktop = desktop
+        self.home = home
 
     def measure(self):
         painted = []
@@ -86,18 +94,17 @@ class Chromium:
 
         server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Answer)
         threading.Thread(target=server.serve_forever, daemon=True).start()
-        with tempfile.TemporaryDirectory(ignore_cleanup_errors=True) as home:
-            command = ["chromium", f"--app=http://127.0.0.1:{server.server_port}/", f"--user-data-dir={home}",
-                       "--no-first-run", "--no-default-browser-check", "--password-store=basic",
-                       "--window-size=1180,740"] + (["--no-sandbox"] if os.getuid() == 0 else [])
-            began = time.monotonic()
-            with subprocess.Popen(command, env={**self.desktop.environment, "HOME": home}, start_new_session=True,
-                                  stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                                  stderr=subprocess.DEVNULL) as process:
-                wait_for("Chromium's first frame", lambda: painted)
-                time.sleep(2)  # its services have started
-                memory = sum(pss(one) for one in family(process.pid))
-                os.killpg(process.pid, signal.SIGTERM)
+        command = ["chromium", f"--app=http://127.0.0.1:{server.server_port}/", f"--user-data-dir={self.home}",
+                   "--no-first-run", "--no-default-browser-check", "--password-store=basic",
+                   "--window-size=1180,740"] + (["--no-sandbox"] if os.getuid() == 0 else [])
+        environment = {**self.desktop.environment, "HOME": str(self.home)}
+        began = time.monotonic()
+        with subprocess.Popen(command, env=environment, start_new_session=True, stdin=subprocess.DEVNULL,
+                              stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as process:
+            wait_for("Chromium's first frame", lambda: painted)
+            time.sleep(2)  # its services have started
+            memory = sum(pss(one) for one in family(process.pid))
+            os.killpg(process.pid, signal.SIGTERM)
         server.shutdown()
         server.server_close()
         return {"first": 1000 * (painted[0] - began), "memory": memory}
@@ -128,9 +135,10 @@ class Windows:
     def __init__(self, desktop, build, folder):
         self.desktop = desktop
         self.build = build
-        self.watch = build / "bench/libvolo_frame_watch.so"
-        self.launcher = stage(build, folder / "launcher")
-        self.chromium = Chromium(desktop)
+        watch = build / "bench/libvolo_frame_watch.so"
+        self.launcher = Program(desktop, stage(build, folder / "launcher"), folder / "home", watch)
+        self.minimal = Program(desktop, build / "bin/volo-minimal-window", folder / "minimal", watch, 0)
+        self.chromium = Chromium(desktop, folder / "chromium")
 
     @contextlib.contextmanager
     def signed_in(self):
@@ -159,10 +167,7 @@ class Windows:
         return [Row("memory vs a Chromium window, PSS MiB", turns["ours"]["memory"], turns["chromium"]["memory"], 0.14)]
 
     def first(self, contest):
-        minimal = self.build / "bin/volo-minimal-window"
-        turns = contest.run(ours=lambda: first_frame(self.desktop, self.launcher, self.watch),
-                            minimal=lambda: first_frame(self.desktop, minimal, self.watch, 0),
-                            chromium=self.chromium.measure)
+        turns = contest.run(ours=self.launcher.first_frame, minimal=self.minimal.first_frame, chromium=self.chromium.measure)
         return [Row(f"first frame vs {name}, ms", turns["ours"]["first"], turns[key]["first"], goal)
                 for name, key, goal in (("a minimal program", "minimal", 0.87), ("a Chromium window", "chromium", 0.16))]
 
