@@ -67,6 +67,15 @@ class Nginx:
         self.process.wait()
 
 
+def publish(build, archive, folder, url):
+    """Publishes the archive as a sealed package in folder/site. Returns the manifest."""
+    key, program = folder / "publisher.key", build / "bin/volo-publish"
+    subprocess.run([program, "keygen", key], check=True, capture_output=True)
+    subprocess.run([program, "release", "--zip", archive, "--version", "1.0", "--platform", "linux", "--base-url", url,
+                    "--sign-key", key, "--out", folder / "site"], check=True, capture_output=True)
+    return json.loads((folder / "site/manifest.json").read_text())
+
+
 class Work:
     """The input of all rows, made once per run. `memory` is a folder on tmpfs, `disk` one on a disk."""
 
@@ -78,13 +87,7 @@ class Work:
         self.archive = memory / "editor.zip"
         shutil.copyfile(archive, self.archive)
         self.server = Nginx(memory, self.site)
-        key = memory / "publisher.key"
-        publish = build / "bin/volo-publish"
-        subprocess.run([publish, "keygen", key], check=True, capture_output=True)
-        subprocess.run([publish, "release", "--zip", self.archive, "--version", "1.0", "--platform", "linux",
-                        "--base-url", self.server.url, "--sign-key", key, "--out", self.site],
-                       check=True, capture_output=True)
-        self.manifest = json.loads((self.site / "manifest.json").read_text())
+        self.manifest = publish(build, self.archive, memory, self.server.url)
         self.container = self.site / self.manifest["url"].rsplit("/", 1)[1]
 
     def hash(self, contest):
