@@ -48,20 +48,21 @@ class Program:
 
     @contextlib.contextmanager
     def shown(self):
-        """Starts it and waits for its first frame. Gives the process, and the milliseconds from its start."""
+        """Starts it and waits for its first frame. Gives the process, and the milliseconds that the frame took."""
         self.frames.unlink(missing_ok=True)
         began = time.monotonic()
         with subprocess.Popen([self.path], env=self.environment, stdin=subprocess.DEVNULL) as process:
             wait_for(f"the first frame of {self.path}",
                      lambda: self.frames.exists() and self.frames.read_text().endswith("\n"))
             try:
-                yield process, float(self.frames.read_text()) / 1000 - began * 1000
+                wall, processor = (float(word) / 1000 for word in self.frames.read_text().split())
+                yield process, {"wall": wall - began * 1000, "CPU": processor}
             finally:
                 process.terminate()
 
     def first_frame(self):
-        with self.shown() as (_, milliseconds):
-            return {"first": milliseconds}
+        with self.shown() as (_, figures):
+            return figures
 
     def rest(self):
         with self.shown() as (process, _):
@@ -107,7 +108,7 @@ class Chromium:
             os.killpg(process.pid, signal.SIGTERM)
         server.shutdown()
         server.server_close()
-        return {"first": 1000 * (painted[0] - began), "memory": memory}
+        return {"wall": 1000 * (painted[0] - began), "memory": memory}
 
 
 def family(process):
@@ -168,8 +169,10 @@ class Windows:
 
     def first(self, contest):
         turns = contest.run(ours=self.launcher.first_frame, minimal=self.minimal.first_frame, chromium=self.chromium.measure)
-        return [Row(f"first frame vs {name}, ms", turns["ours"]["first"], turns[key]["first"], goal)
-                for name, key, goal in (("a minimal program", "minimal", 0.87), ("a Chromium window", "chromium", 0.16))]
+        return [Row(f"first frame vs {name}, {clock} ms", turns["ours"][clock], turns[key][clock], goal)
+                for name, key, clock, goal in (("a minimal program", "minimal", "CPU", 0.87),
+                                               ("a minimal program", "minimal", "wall", 0.87),
+                                               ("a Chromium window", "chromium", "wall", 0.16))]
 
     def frame(self, contest):
         def ours():
