@@ -8,6 +8,7 @@ import shutil
 import signal
 import subprocess
 import sys
+import tempfile
 import threading
 import time
 
@@ -16,6 +17,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "tests/e
 from desktop import wait_for  # noqa: E402
 from measure import Row, share_at_rest  # noqa: E402
 from sandbox_run import Sandbox  # noqa: E402
+from setup import tmpfs  # noqa: E402
 from tour import USER_CARD  # noqa: E402
 
 BESIDE = ("volo-launcher", "Roboto-Medium.ttf", "background.png")
@@ -132,6 +134,14 @@ def pss(process):
     return 0.0
 
 
+def frame_milliseconds(build, projects):
+    """Processor time of a frame, in the slowest column. The projects are made on tmpfs, because there are many."""
+    environment = {**os.environ, "TMPDIR": str(tmpfs() or tempfile.gettempdir())}
+    done = subprocess.run([build / "bin/volo-bench", "frames", str(projects)], check=True, capture_output=True,
+                          env=environment)
+    return float(done.stdout)
+
+
 class Windows:
     def __init__(self, desktop, build, folder):
         self.desktop = desktop
@@ -175,8 +185,5 @@ class Windows:
                                                ("a Chromium window", "chromium", "wall", 0.16))]
 
     def frame(self, contest):
-        def ours():
-            done = subprocess.run([self.build / "bin/volo-bench", "frames", "10000"], check=True, capture_output=True)
-            return {"ms": float(done.stdout)}
-
-        return [Row("frame with 10,000 projects, worst column, CPU ms", contest.run(ours=ours)["ours"]["ms"], [], 1.0)]
+        turns = contest.run(ours=lambda: {"ms": frame_milliseconds(self.build, 10000)})
+        return [Row("frame with 10,000 projects, worst column, CPU ms", turns["ours"]["ms"], [], 1.0)]
