@@ -1,7 +1,8 @@
-// Measures the frames of a program with a GLFW window. This library is preloaded into the program (LD_PRELOAD). A frame
-// is the time between two waits for events. At exit the library writes the file VOLO_FRAMES. The first line is the time
-// when the first frame was shown, in microseconds of the monotonic clock. Then there is one line for each frame: the
-// processor time of the frame's thread and the wall-clock time, in microseconds.
+// Measures the frames of a program with a GLFW window, into which it is preloaded. A frame is the time between two
+// waits for events. As soon as the first frame is shown, the file that VOLO_FRAMES names gets its time in microseconds
+// of the monotonic clock, and the processor microseconds of the process until then. VOLO_EMPTY_FRAMES frames before it
+// do not count (default: 1, the launcher's empty window). On exit a line per frame follows: processor microseconds of
+// the frame's thread, and wall-clock microseconds.
 
 #include <cstdio>
 #include <cstdlib>
@@ -25,14 +26,16 @@ struct Frame {
 
 class FrameWatch {
   public:
+    FrameWatch() {
+        const char* empty = std::getenv("VOLO_EMPTY_FRAMES");
+        emptyShows_ = empty ? std::atoi(empty) : 1;
+    }
+
     ~FrameWatch() {
-        const char* path = std::getenv("VOLO_FRAMES");
-        std::FILE* file = path && !frames_.empty() ? std::fopen(path, "w") : nullptr;
-        if (!file) return;
-        std::fprintf(file, "%.0f\n", firstShown_);
+        if (!file_) return;
         for (const Frame& frame : frames_)
-            std::fprintf(file, "%.0f %.0f\n", frame.processor, frame.wall);
-        std::fclose(file);
+            std::fprintf(file_, "%.0f %.0f\n", frame.processor, frame.wall);
+        std::fclose(file_);
     }
 
     void begin() { began_ = {microseconds(CLOCK_THREAD_CPUTIME_ID), microseconds(CLOCK_MONOTONIC)}; }
@@ -44,13 +47,18 @@ class FrameWatch {
     }
 
     void shown() {
-        if (++shows_ == 2) firstShown_ = microseconds(CLOCK_MONOTONIC); // the first one shows the empty window
+        const char* path = std::getenv("VOLO_FRAMES");
+        if (emptyShows_-- != 0 || !path) return;
+        file_ = std::fopen(path, "w");
+        if (!file_) return;
+        std::fprintf(file_, "%.0f %.0f\n", microseconds(CLOCK_MONOTONIC), microseconds(CLOCK_PROCESS_CPUTIME_ID));
+        std::fflush(file_);
     }
 
   private:
     Frame began_;
-    int shows_ = 0;
-    double firstShown_ = 0.0;
+    int emptyShows_ = 0; // still to come
+    std::FILE* file_ = nullptr;
     std::vector<Frame> frames_;
 };
 

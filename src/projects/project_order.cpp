@@ -32,6 +32,25 @@ struct SortKey {
     bool favorite;
 };
 
+// The rows of this frame as the last frame ordered them, then the new rows. In most frames nothing is left to sort.
+std::vector<std::int32_t> orderedAsBefore(const std::vector<std::int32_t>& indices,
+                                          const std::vector<std::int32_t>& before, std::size_t projectCount) {
+    std::vector<bool> pending(projectCount);
+    for (const std::int32_t index : indices)
+        pending[static_cast<std::size_t>(index)] = true;
+    std::vector<std::int32_t> ordered;
+    ordered.reserve(indices.size());
+    for (const std::vector<std::int32_t>* source : {&before, &indices}) {
+        for (const std::int32_t index : *source) {
+            const auto at = static_cast<std::size_t>(index);
+            if (at >= projectCount || !pending[at]) continue;
+            pending[at] = false;
+            ordered.push_back(index);
+        }
+    }
+    return ordered;
+}
+
 std::vector<SortKey> makeSortKeys(const LauncherApp& app, const std::vector<std::int32_t>& indices,
                                   const std::string& editorLabel, std::string& foldedTexts) {
     const std::vector<ProjectEntry>& projects = app.settings->projects();
@@ -90,15 +109,18 @@ std::vector<std::int32_t> displayedProjects(const LauncherApp& app, const std::s
     std::vector<std::int32_t> indices = filterProjects(app.settings->projects(), searchTerms(app.searchText));
     if (!app.sortStarredFirst && app.sortColumn == ProjectSortColumn::LastOpened) return indices;
 
+    indices = orderedAsBefore(indices, app.displayedBefore, app.settings->projects().size());
     std::string foldedTexts;
     std::vector<SortKey> keys = makeSortKeys(app, indices, editorLabel, foldedTexts);
     const bool starredFirst = app.sortStarredFirst, ascending = app.sortAscending;
-    std::stable_sort(keys.begin(), keys.end(), [starredFirst, ascending](const SortKey& a, const SortKey& b) {
+    const auto isBefore = [starredFirst, ascending](const SortKey& a, const SortKey& b) {
         if (starredFirst && a.favorite != b.favorite) return a.favorite;
         const int order = a.text.compare(b.text);
         if (order != 0) return ascending ? order < 0 : order > 0;
-        return a.lastOpened > b.lastOpened;
-    });
+        if (a.lastOpened != b.lastOpened) return a.lastOpened > b.lastOpened;
+        return a.index < b.index; // stable, whatever the order before
+    };
+    if (!std::is_sorted(keys.begin(), keys.end(), isBefore)) std::sort(keys.begin(), keys.end(), isBefore);
     std::transform(keys.begin(), keys.end(), indices.begin(), [](const SortKey& key) { return key.index; });
     return indices;
 }

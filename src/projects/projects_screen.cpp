@@ -102,6 +102,7 @@ void LauncherApp::drawProjectsScreen() {
     rows.editorLabel = defaultEditorLabel(*this);
     // Compute the rows after the search box: a search text that was cleared in this frame then hides no rows.
     rows.indices = displayedProjects(*this, rows.editorLabel);
+    displayedBefore = rows.indices;
     rows.openFirst = searchKey == SearchKey::Enter && !searchTerms(searchText).empty();
     if (searchKey == SearchKey::Down && !rows.indices.empty()) {
         projectToFocus = settings->projects()[static_cast<std::size_t>(rows.indices.front())].path;

@@ -58,7 +58,8 @@ class LauncherApp {
     bool sortStarredFirst = false;
     ProjectSortColumn sortColumn = ProjectSortColumn::LastOpened;
     bool sortAscending = true;
-    std::string projectToFocus; // path of the project whose row gets the keyboard focus next; empty: none
+    std::vector<std::int32_t> displayedBefore; // the rows of the last frame, which are nearly in order for the next
+    std::string projectToFocus;                // path of the project whose row gets the keyboard focus next; or empty
 
     // The popups. Code anywhere in a frame sets a request flag. drawProjectDialogs opens the popup and clears the flag.
     bool createProjectRequested = false;
