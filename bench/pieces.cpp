@@ -26,7 +26,7 @@
 #include "install/package_container.h"
 #include "install/package_download.h"
 #include "install/package_extraction.h"
-#include "install/run_stop.h"
+#include "install/update_cancellation.h"
 #include "install/update_pipeline.h"
 #include "support/ui_harness.h"
 #include "system/platform.h"
@@ -50,7 +50,7 @@ bool open(const Arguments& arguments) {
 }
 
 bool extract(const Arguments& arguments) {
-    const RunStop stop;
+    const UpdateCancellation stop;
     return extractArchive(arguments[0], arguments[1], stop) == ExtractionOutcome::Done;
 }
 
@@ -58,14 +58,14 @@ bool download(const Arguments& arguments) {
     PackageTransfer transfer;
     if (!parseHttpsUrl(arguments[0], transfer.server.host, transfer.server.port, transfer.urlPath)) return false;
     transfer.packagePath = arguments[1];
-    const RunStop stop;
+    const UpdateCancellation stop;
     return downloadPackage(transfer, stop, [](auto...) {}) == UpdateEvent::Downloaded;
 }
 
 bool install(const Arguments& arguments) {
     const std::filesystem::path launcher(arguments[1]);
     recordingSystem().launcherDirectory = launcher.string();
-    const RunStop stop;
+    const UpdateCancellation stop;
     const UpdateEvent end = updateEditor({.manifestUrl = arguments[0],
                                           .downloadsDirectory = (launcher / "downloads").string(),
                                           .authenticity = {},

@@ -16,6 +16,7 @@
 #include "config/launcher_config.h"
 #include "config/launcher_settings.h"
 #include "crypto/base64.h"
+#include "install/archive_plan.h"
 #include "install/package_container.h"
 #include "install/package_extraction.h"
 #include "install/release_statement.h"
@@ -138,7 +139,7 @@ void archive(std::string_view input) {
     const fs::path root = folder() / "unpack";
     fs::remove_all(root);
     const std::string file = folder().write("unpack/archive", std::string(input)).string();
-    (void)extractArchive(file, (root / "staging").string(), RunStop{});
+    (void)extractArchive(file, (root / "staging").string(), UpdateCancellation{});
     for (const auto& entry : fs::directory_iterator(root))
         require(entry.path().filename() == "archive" || entry.path().filename() == "staging",
                 "an archive writes below its directory only");

@@ -13,8 +13,8 @@
 #include <rapidjson/memorystream.h>
 #include <rapidjson/stringbuffer.h>
 
+#include "install/archive_plan.h"
 #include "install/editor_location.h"
-#include "install/package_extraction.h"
 
 namespace {
 

@@ -4,9 +4,9 @@
 // thread reads it once, before it opens the window. The result never changes; workers get copies of the values.
 //
 // The file is one JSON object with string members:
-//   google_client_id, google_client_secret   OAuth credentials; a placeholder is empty or begins with "YOUR_"
-//   editor_update_manifest_url               the launcher adds the query parameter `platform`
-//   downloads_directory                      relative to the launcher's directory, or absolute; default "downloads"
+//   google_client_id, google_client_secret   OAuth credentials; required. "YOUR_..." is a placeholder
+//   editor_update_manifest_url               optional; the launcher adds the query parameter `platform`
+//   downloads_directory                      optional; relative to the launcher's directory, or absolute
 //   artifact_authenticity_url                folder of the release statements; optional
 //   artifact_authenticity_keys               1 to 4 Ed25519 public keys in base64, separated by spaces; optional
 // A build that defines VOLO_AUTHENTICITY_URL or VOLO_AUTHENTICITY_KEYS uses that value instead of the file's.

@@ -2,12 +2,21 @@
 
 #include <cstring>
 #include <exception>
-#include <string_view>
 #include <unordered_set>
 
-#include "install/package_extraction.h"
-
 namespace fs = std::filesystem;
+
+bool isSafeEntryName(std::string_view name) {
+    constexpr std::string_view kSeparators = "/\\";
+    if (name.find(':') != std::string_view::npos) return false;
+    if (!name.empty() && kSeparators.find(name.front()) != std::string_view::npos) return false;
+    for (;;) {
+        const std::size_t end = name.find_first_of(kSeparators);
+        if (name.substr(0, end) == "..") return false;
+        if (end == std::string_view::npos) return true;
+        name.remove_prefix(end + 1);
+    }
+}
 
 namespace {
 

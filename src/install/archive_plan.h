@@ -5,9 +5,14 @@
 
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <miniz.h>
+
+// False for a name that could lead out of the staging directory: an absolute name, a name with a colon (a drive or an
+// NTFS stream), or a name with a part "..". "/" and "\" separate parts on every platform. Names are UTF-8.
+[[nodiscard]] bool isSafeEntryName(std::string_view name);
 
 struct PlannedFile {
     mz_uint index = 0; // of the entry

@@ -9,8 +9,8 @@
 #include "system/operating_system.h"
 
 bool verifyArtifactAuthenticity(const ArtifactAuthenticity& pinned, const std::string& version,
-                                const std::string& packagePath, const std::string& decryptedPath, const RunStop& stop,
-                                std::string& failureText) {
+                                const std::string& packagePath, const std::string& decryptedPath,
+                                const UpdateCancellation& stop, std::string& failureText) {
     const auto fail = [&](const std::string& text) {
         failureText = text;
         return false;

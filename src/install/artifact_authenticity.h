@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "install/run_stop.h"
+#include "install/update_cancellation.h"
 
 // The publisher that the configuration pins. If both fields are empty, the check passes without a request.
 struct ArtifactAuthenticity {
@@ -18,4 +18,4 @@ struct ArtifactAuthenticity {
 // worker only. On failure returns false and sets `failureText` to a message for the user.
 [[nodiscard]] bool verifyArtifactAuthenticity(const ArtifactAuthenticity& pinned, const std::string& version,
                                               const std::string& packagePath, const std::string& decryptedPath,
-                                              const RunStop& stop, std::string& failureText);
+                                              const UpdateCancellation& stop, std::string& failureText);

@@ -15,7 +15,7 @@
 #include "install/artifact_authenticity.h"
 #include "install/download_record.h"
 #include "install/install_progress.h"
-#include "install/run_stop.h"
+#include "install/update_cancellation.h"
 
 class EditorInstallState {
   public:
@@ -49,7 +49,7 @@ class EditorInstallState {
     mutable std::mutex mutex_; // guards progress_
     InstallProgress progress_;
 
-    RunStop stop_;
+    UpdateCancellation stop_;
     std::atomic<bool> workerFinished_ = false; // the worker sets it after the run
     std::thread worker_;                       // frame thread only
     std::string shownMessage_;                 // frame thread only; the text that statusMessage returned last

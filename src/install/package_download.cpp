@@ -43,8 +43,8 @@ class PartFile {
     std::string gathered_;
 };
 
-UpdateEvent::Kind receiveIntoPart(const PackageTransfer& transfer, const std::string& partPath, const RunStop& stop,
-                                  const TransferProgress& onProgress) {
+UpdateEvent::Kind receiveIntoPart(const PackageTransfer& transfer, const std::string& partPath,
+                                  const UpdateCancellation& stop, const TransferProgress& onProgress) {
     PartFile part(partPath);
     if (!part.isOpen()) return UpdateEvent::DownloadsNotWritable;
     const auto receive = [&](const char* data, std::size_t size) {
@@ -72,7 +72,7 @@ UpdateEvent::Kind receiveIntoPart(const PackageTransfer& transfer, const std::st
 
 } // namespace
 
-UpdateEvent::Kind downloadPackage(const PackageTransfer& transfer, const RunStop& stop,
+UpdateEvent::Kind downloadPackage(const PackageTransfer& transfer, const UpdateCancellation& stop,
                                   const TransferProgress& onProgress) {
     const std::string partPath = transfer.packagePath + ".part";
     const UpdateEvent::Kind received = receiveIntoPart(transfer, partPath, stop, onProgress);

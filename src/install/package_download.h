@@ -10,7 +10,7 @@
 #include <string>
 
 #include "install/install_progress.h"
-#include "install/run_stop.h"
+#include "install/update_cancellation.h"
 #include "system/http.h"
 
 struct PackageTransfer {
@@ -24,5 +24,5 @@ struct PackageTransfer {
 using TransferProgress = std::function<void(std::int64_t received, std::int64_t total)>;
 
 // Returns Downloaded, or the event that tells how the download failed. A cancel takes effect at the next piece of data.
-[[nodiscard]] UpdateEvent::Kind downloadPackage(const PackageTransfer& transfer, const RunStop& stop,
+[[nodiscard]] UpdateEvent::Kind downloadPackage(const PackageTransfer& transfer, const UpdateCancellation& stop,
                                                 const TransferProgress& onProgress);

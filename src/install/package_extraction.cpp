@@ -17,18 +17,6 @@
 
 namespace fs = std::filesystem;
 
-bool isSafeEntryName(std::string_view name) {
-    constexpr std::string_view kSeparators = "/\\";
-    if (name.find(':') != std::string_view::npos) return false;
-    if (!name.empty() && kSeparators.find(name.front()) != std::string_view::npos) return false;
-    for (;;) {
-        const std::size_t end = name.find_first_of(kSeparators);
-        if (name.substr(0, end) == "..") return false;
-        if (end == std::string_view::npos) return true;
-        name.remove_prefix(end + 1);
-    }
-}
-
 namespace {
 
 constexpr std::size_t kMostThreads = 4;
@@ -69,7 +57,7 @@ class ArchiveReader {
 // Distributes the files of an archive to several threads, by ascending index.
 class Extraction {
   public:
-    Extraction(const ArchivePlan& plan, const RunStop& stop)
+    Extraction(const ArchivePlan& plan, const UpdateCancellation& stop)
         : plan_(plan)
         , stop_(stop) {}
 
@@ -93,7 +81,7 @@ class Extraction {
     }
 
     const ArchivePlan& plan_;
-    const RunStop& stop_;
+    const UpdateCancellation& stop_;
     std::atomic<std::size_t> next_ = 0;
     std::atomic<bool> failed_ = false;
 };
@@ -111,7 +99,8 @@ void createDirectories(const std::vector<PlannedFile>& files) {
 
 // Extracts the planned files on this thread and on helper threads. Each helper opens its own reader. If a helper cannot
 // start, the other threads extract all files.
-bool extractFiles(ArchiveReader& reader, const std::string& archivePath, const ArchivePlan& plan, const RunStop& stop) {
+bool extractFiles(ArchiveReader& reader, const std::string& archivePath, const ArchivePlan& plan,
+                  const UpdateCancellation& stop) {
     Extraction extraction(plan, stop);
     const std::size_t cores = std::max(1u, std::thread::hardware_concurrency());
     const std::size_t threads = plan.needsOrder ? 1 : std::min({cores, kMostThreads, plan.files.size()});
@@ -158,7 +147,7 @@ std::vector<std::string> pathsOf(const std::vector<PlannedFile>& files) {
 } // namespace
 
 ExtractionOutcome extractArchive(const std::string& archivePath, const std::string& stagingDirectory,
-                                 const RunStop& stop) {
+                                 const UpdateCancellation& stop) {
     ArchiveReader reader(archivePath, stop.closing);
     if (!reader.isOpen()) return ExtractionOutcome::Unreadable;
     if (!isEmptyOrMissing(stagingDirectory)) return ExtractionOutcome::Failed;

@@ -4,13 +4,8 @@
 // threads and joins them.
 
 #include <string>
-#include <string_view>
 
-#include "install/run_stop.h"
-
-// False for a name that could lead out of the staging directory: an absolute name, a name with a colon (a drive or an
-// NTFS stream), or a name with a part "..". "/" and "\" separate parts on every platform. Names are UTF-8.
-[[nodiscard]] bool isSafeEntryName(std::string_view name);
+#include "install/update_cancellation.h"
 
 enum class ExtractionOutcome {
     Done,
@@ -23,4 +18,4 @@ enum class ExtractionOutcome {
 // editor's executables always become executable. A cancel takes effect before the next entry. When the launcher closes,
 // the extraction also stops inside an entry.
 [[nodiscard]] ExtractionOutcome extractArchive(const std::string& archivePath, const std::string& stagingDirectory,
-                                               const RunStop& stop);
+                                               const UpdateCancellation& stop);

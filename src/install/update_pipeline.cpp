@@ -10,7 +10,7 @@
 
 #include "crypto/sha256.h"
 #include "install/editor_location.h"
-#include "install/editor_swap.h"
+#include "install/editor_replacement.h"
 #include "install/package_container.h"
 #include "install/package_extraction.h"
 #include "install/update_manifest.h"
@@ -42,7 +42,7 @@ std::string besideEditor(const char* name) {
 enum class Waiting { No, Yes, Cancelled };
 
 // Waits while another launcher holds the lock. If the lock file cannot be created, the run continues without the lock.
-Waiting takeLock(FileLock& lock, const std::string& path, const RunStop& stop) {
+Waiting takeLock(FileLock& lock, const std::string& path, const UpdateCancellation& stop) {
     Waiting waiting = Waiting::No;
     while (lock.tryToTake(path) == FileLock::Result::Held) {
         if (stop.cancelRequested) return Waiting::Cancelled;
@@ -55,7 +55,7 @@ Waiting takeLock(FileLock& lock, const std::string& path, const RunStop& stop) {
 // --- package -------------------------------------------------------------------------------------------------------
 
 // True if the package is on disk and has the manifest's checksum. If the manifest has no checksum, any file is usable.
-bool isUsablePackage(const std::string& path, const std::string& sha256, const RunStop& stop) {
+bool isUsablePackage(const std::string& path, const std::string& sha256, const UpdateCancellation& stop) {
     std::error_code error;
     return fs::exists(path, error) && (sha256.empty() || sha256OfFile(path, &stop.closing) == sha256);
 }
@@ -136,7 +136,7 @@ UpdateEvent installPackage(const UpdateRun& run, const UpdateManifest& manifest,
         if (run.stop.cancelRequested) return {UpdateEvent::InstallCancelled, manifest.version};
     }
     if (end.kind != UpdateEvent::Installed) return end;
-    if (!swapIn(staging, run.stop)) return {UpdateEvent::SwapFailed};
+    if (!replaceEditor(staging, run.stop)) return {UpdateEvent::SwapFailed};
     writeMarker(manifest.version);
     return end;
 }

@@ -12,13 +12,13 @@
 #include "install/artifact_authenticity.h"
 #include "install/install_progress.h"
 #include "install/package_download.h"
-#include "install/run_stop.h"
+#include "install/update_cancellation.h"
 
 struct UpdateRun {
     std::string manifestUrl;
     std::string downloadsDirectory;
     ArtifactAuthenticity authenticity;
-    const RunStop& stop;
+    const UpdateCancellation& stop;
     std::function<void(const UpdateEvent&)> onEvent; // called on the worker for each step, not for the final event
     TransferProgress onProgress;
 };

@@ -1,7 +1,7 @@
 #pragma once
 
 // Allows only one running launcher: per user on Linux, per logon session on Windows. The operating system releases the
-// guard when the process ends. Main thread only.
+// guard when the process ends. Main thread only. main() ends the program at once when another instance runs.
 
 #include <memory>
 

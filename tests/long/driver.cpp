@@ -49,7 +49,7 @@ bool install(const std::string& root, const std::string& version) {
     const std::string address = "https://127.0.0.1:" + std::to_string(server.port());
     manifest =
         R"({"version":")" + version + R"(","url":")" + address + R"(/package","sha256":")" + sha256Hex(package) + "\"}";
-    const RunStop stop;
+    const UpdateCancellation stop;
     const auto ignoreEvent = [](const UpdateEvent&) {};
     const auto ignoreBytes = [](std::int64_t, std::int64_t) {};
     const UpdateEvent end =

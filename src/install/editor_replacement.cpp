@@ -1,4 +1,4 @@
-#include "install/editor_swap.h"
+#include "install/editor_replacement.h"
 
 #include <chrono>
 #include <filesystem>
@@ -18,7 +18,7 @@ static std::error_code replaceTarget(const std::string& stagingDirectory, const 
     return error;
 }
 
-bool swapIn(const std::string& stagingDirectory, const RunStop& stop) {
+bool replaceEditor(const std::string& stagingDirectory, const UpdateCancellation& stop) {
     const std::string target = managedEditorDirectory();
     std::error_code ignored;
     // Delete the marker and the executables first: a crash then never leaves a half-deleted folder that looks

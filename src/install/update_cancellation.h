@@ -6,7 +6,7 @@
 
 #include "system/http.h"
 
-struct RunStop {
+struct UpdateCancellation {
     // The worker checks it during the download, before each entry of the archive, and while it waits for another
     // launcher.
     std::atomic<bool> cancelRequested = false;
