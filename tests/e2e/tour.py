@@ -293,7 +293,7 @@ class Tour:
         """the next start needs no sign-in"""
         self.window = self.desktop.window("VOLO Launcher")
         self.window.see("Ada Sandbox ada@sandbox.test", USER_CARD)
-        self.window.see("Hernia repair", name_box(0))
+        self.window.see("Heart", name_box(0))
         self.sandbox.see("identity provider: refresh")
         check("no consent asked", not any("consent" in line for line in self.sandbox.lines))
 
