@@ -30,7 +30,7 @@ volo_test_packages=(
 )
 # The cross-compiler, Wine, and a source package that is built for Windows.
 volo_windows_packages=(g++-mingw-w64-x86-64-posix wine wine64 googletest)
-volo_clang_packages=(clang clang-tidy)
+volo_clang_packages=(clang clang-tidy libclang-rt-dev)
 # Tools that check packages, and NSIS, which makes the Windows installer.
 volo_package_packages=(desktop-file-utils appstream nsis)
 # The tools of docs/deploying.md. Only ./release installs them, because nginx's package also starts a server.
