@@ -214,13 +214,8 @@ def remembered_placement(build):
                  lambda: file.is_file() and file.read_text().endswith(" 1000 600 0 90\n"))
 
 
-def processor_seconds(process):
-    fields = (process / "stat").read_text().rsplit(") ", 1)[1].split()
-    return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
-
-
-def idle(build, seconds=8.0):
-    """An untouched launcher uses less than 1% of a processor."""
+def idle(build, seconds=10):
+    """An untouched launcher wakes once a second, and sends nothing to the X server."""
     options = ("--stored-session", "--with-editor", "--projects", "12")
     with launcher_window(build, *options) as (_, sandbox, window):
         window.point(*NOWHERE)
@@ -228,13 +223,14 @@ def idle(build, seconds=8.0):
         window.see("Cholecystectomy", WHOLE)
         process, = sandbox.processes("volo-launcher")
         for _ in range(2):  # the first look may still include the start
-            before, began = processor_seconds(process), time.monotonic()
-            time.sleep(seconds)
-            share = (processor_seconds(process) - before) / (time.monotonic() - began)
-            print(f"{100 * share:.2f}% of a processor")
-            if share < 0.01:
+            trace = ["strace", "-p", process.name, "-e", "trace=%network,ppoll,poll,writev"]
+            calls = subprocess.run(["timeout", str(seconds), *trace], capture_output=True, text=True, check=False).stderr
+            wakes = len(re.findall(r"poll\(.*Timeout", calls))
+            requests = len(re.findall(r"(?:writev|sendmsg|sendto)\(", calls))
+            print(f"{wakes} wakes and {requests} requests in {seconds} s")
+            if 1 <= wakes <= seconds + 1 and requests == 0:
                 return
-        check("less than 1% of a processor", False)
+        check("at most a wake a second and no request", False)
 
 
 def production_endpoints(build):
