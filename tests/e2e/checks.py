@@ -12,7 +12,6 @@ import shutil
 import subprocess
 import sys
 import tempfile
-import time
 
 from desktop import Desktop, NotSeen, check, missing_programs, wait_for
 from sandbox_run import WINE, Sandbox, command_of, isolate, stand_apart
