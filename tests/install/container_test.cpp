@@ -37,7 +37,7 @@ class Container : public testing::Test {
 
 TEST_F(Container, IsSealedWithItsOwnNonceAndOpens) {
     std::set<std::string> nonces;
-    for (const std::size_t size : {0, 65536, 65537}) {
+    for (const std::size_t size : {0u, 65536u, 65537u}) {
         const std::string sealed = sealContainer(std::string(size, 'p'), kKey);
         nonces.insert(sealed.substr(20, 12));
         EXPECT_EQ(decrypt(sealed), "");
