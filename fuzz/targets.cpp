@@ -22,6 +22,7 @@
 #include "install/release_statement.h"
 #include "install/update_manifest.h"
 #include "projects/project_list.h"
+#include "projects/project_search.h"
 #include "signin/loopback_listener.h"
 #include "support/recording_system.h"
 #include "support/temporary_folder.h"

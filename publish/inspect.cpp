@@ -9,6 +9,7 @@
 #include "crypto/sha256.h"
 #include "install/package_container.h"
 #include "publish/site.h"
+#include "publish/statement_expiry.h"
 #include "publish/zip_check.h"
 #include "system/http.h"
 

@@ -17,6 +17,7 @@
 #include "publish/keys.h"
 #include "publish/progress.h"
 #include "publish/release.h"
+#include "publish/statement_expiry.h"
 #include "publish/statement_writer.h"
 #include "system/operating_system.h"
 

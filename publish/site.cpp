@@ -166,10 +166,3 @@ std::string utcDate(std::int64_t seconds) {
                   static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()));
     return text;
 }
-
-std::string expiryWarning(const PublishedStatement& published, std::int64_t nowSeconds) {
-    const std::int64_t left = published.numbers.notAfter - nowSeconds;
-    if (published.isWithdrawn() || left < 0 || left > site::kWarningDays * statement::kDaySeconds) return {};
-    return "The statement of " + published.label() + " ends in " + std::to_string(left / statement::kDaySeconds) +
-           " days, on " + utcDate(published.numbers.notAfter) + ". Renew it before.";
-}

@@ -17,7 +17,7 @@
 #include "install/release_statement.h"
 #include "install/update_manifest.h"
 #include "publish/keys.h"
-#include "system/disk.h"
+#include "system/file_lock.h"
 
 namespace site {
 inline constexpr std::string_view kManifestName = "manifest.json";
@@ -26,7 +26,6 @@ inline constexpr std::string_view kStatementsName = "statements";
 inline constexpr std::string_view kPlatformMember = "platform"; // member of the manifest; launchers ignore it
 inline constexpr int kDefaultDays = 30;                         // lifetime of a statement
 inline constexpr int kMaxDays = static_cast<int>(statement::kMaxLifetimeSeconds / statement::kDaySeconds);
-inline constexpr std::int64_t kWarningDays = 10; // warn this many days before a statement expires
 } // namespace site
 
 [[nodiscard]] std::string joinPath(const std::string& directory, std::string_view name);
@@ -84,6 +83,3 @@ struct PublishedStatement {
                                   std::string& failureText);
 
 [[nodiscard]] std::string utcDate(std::int64_t seconds); // such as "2026-11-21"
-
-// Returns a warning if the statement expires within kWarningDays; otherwise an empty text.
-[[nodiscard]] std::string expiryWarning(const PublishedStatement& published, std::int64_t nowSeconds);

@@ -5,6 +5,7 @@
 
 #include "crypto/base64.h"
 #include "publish/site.h"
+#include "publish/statement_expiry.h"
 
 std::string writeStatement(const PackageIdentity& package, std::string_view status, std::int64_t nowSeconds, int days,
                            const std::vector<PublisherKey>& keys) {
@@ -31,10 +32,6 @@ std::string writeStatement(const PackageIdentity& package, std::string_view stat
 }
 
 namespace {
-
-bool isExpired(const PublishedStatement& published, std::int64_t nowSeconds) {
-    return published.numbers.notAfter < nowSeconds;
-}
 
 // Marks the statements that the request selects. False if a version or hash in the request matches no statement.
 bool choose(const StatementRequest& request, const std::vector<PublishedStatement>& statements,
@@ -96,21 +93,6 @@ void reportOn(const PublishedStatement& published, std::int64_t nowSeconds, Stat
                            (published.isWithdrawn()            ? "withdrawn"
                             : isExpired(published, nowSeconds) ? "expired on " + until
                                                                : "holds until " + until));
-}
-
-// Returns a warning if launchers cannot install the offered release now or within kWarningDays. The text says what the
-// publisher must do. Empty if nothing is to be done.
-std::string offerWarning(const std::string& siteDirectory, const PublishedManifest& offer,
-                         const PublishedStatement* published, std::int64_t nowSeconds) {
-    const std::string release = "The manifest offers " + offer.manifest.version + ", but ";
-    const std::string renew = "Renew it: volo-publish statement --out " + siteDirectory + " --offered --sign-key FILE";
-    if (!published) return release + "its statement is missing. Publish the release again.";
-    const std::string until = utcDate(published->numbers.notAfter);
-    if (published->isWithdrawn()) return release + "it is withdrawn. Publish another release.";
-    if (isExpired(*published, nowSeconds)) return release + "its statement expired on " + until + ". " + renew;
-    if (!expiryWarning(*published, nowSeconds).empty())
-        return release + "its statement ends on " + until + ". " + renew;
-    return {};
 }
 
 // Adds warnings about statements that expire soon. A warning about the offered release also sets `offerNeedsAction`.

@@ -126,7 +126,8 @@ class ArchiveCheck {
         return entry.m_version_made_by >> 8 == kMadeOnUnix && (entry.m_external_attr >> 16 & kTypeBits) == kLink;
     }
 
-    // True for names such as "a/.", and on Windows "a\", which cannot be the name of a file.
+    // True if the last part of the name is empty or ".", so that it cannot be the name of a file. In a package for
+    // Windows, a backslash separates parts too.
     bool endsInNoName(const std::string& name) const {
         const bool windows = platform_ == PackagePlatform::Windows;
         const std::size_t separator = name.find_last_of(windows ? "/\\" : "/");

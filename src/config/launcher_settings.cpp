@@ -24,8 +24,8 @@ constexpr std::string_view kLastAddedLocation = "projects/lastAddedLocation";
 constexpr std::string_view kProjectsPrefix = "Projects\\";
 constexpr std::string_view kProjectsSize = "Projects\\size";
 
-// Returns the number of project entries. Ignores comments and sections: any line with this key counts, and the last one
-// wins.
+// Returns the value of Projects\size, the number of project entries. Ignores comments and sections: any line with this
+// key counts, and the last one wins.
 int readProjectCount(std::string_view text) {
     int count = 0;
     std::string key;

@@ -13,9 +13,9 @@
 //   Projects%5Csize=N                        the number of projects
 //   Projects%5C1%5Cname=                     the first project; likewise its path, lastOpened and favorite, and
 //                                            targetPlatform and editorVersion if they are not empty
-// In keys, space, %, /, =, @ and backslash are written as %XX; in values, line feed, % and @. The reader decodes both,
-// so keys in a file edited by hand need not be encoded. Tabs, carriage returns and spaces at both ends of lines, keys
-// and values are ignored.
+// Reserved bytes are written as "%" and two hexadecimal digits. Reserved in keys are space, %, /, =, @ and backslash.
+// Reserved in values are line feed, % and @. The reader also accepts these keys without the encoding, for example
+// auth/refreshToken. It removes tabs, carriage returns and spaces at both ends of lines, keys and values.
 
 #include <string>
 #include <string_view>

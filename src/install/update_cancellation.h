@@ -10,8 +10,8 @@ struct UpdateCancellation {
     // The worker checks it during the download, before each entry of the archive, and while it waits for another
     // launcher.
     std::atomic<bool> cancelRequested = false;
-    // The launcher closes. This also interrupts all requests, hashing, the extraction of one entry, and the swap's
-    // retries.
+    // The launcher closes. The worker then also stops in the middle of a hash or an entry, and stops retrying to
+    // replace the editor. close() sets it.
     std::atomic<bool> closing = false;
     HttpAbort transfer; // package download; a cancel aborts it
     HttpAbort requests; // manifest and statement; only closing aborts them

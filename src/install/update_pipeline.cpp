@@ -15,6 +15,7 @@
 #include "install/package_extraction.h"
 #include "install/update_manifest.h"
 #include "system/disk.h"
+#include "system/file_lock.h"
 #include "system/http.h"
 
 namespace fs = std::filesystem;

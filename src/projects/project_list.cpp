@@ -13,10 +13,6 @@ constexpr char folded(char letter) {
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
 }
 
-constexpr bool separatesTerms(char letter) {
-    return letter == ' ' || letter == '\t';
-}
-
 } // namespace
 
 void sortByLastOpened(std::vector<ProjectEntry>& projects) {
@@ -24,44 +20,10 @@ void sortByLastOpened(std::vector<ProjectEntry>& projects) {
                      [](const ProjectEntry& a, const ProjectEntry& b) { return a.lastOpened > b.lastOpened; });
 }
 
-std::vector<std::string> searchTerms(std::string_view text) {
-    std::vector<std::string> terms;
-    bool inside = false;
-    for (const char letter : text) {
-        if (!separatesTerms(letter)) {
-            if (!inside) terms.emplace_back();
-            terms.back() += folded(letter);
-        }
-        inside = !separatesTerms(letter);
-    }
-    return terms;
-}
-
 void appendFolded(std::string_view text, std::string& out) {
     const std::size_t start = out.size();
     out.resize(start + text.size());
     std::transform(text.begin(), text.end(), out.begin() + static_cast<std::ptrdiff_t>(start), folded);
-}
-
-std::vector<std::int32_t> filterProjects(const std::vector<ProjectEntry>& projects,
-                                         const std::vector<std::string>& terms) {
-    std::vector<std::int32_t> kept;
-    kept.reserve(projects.size());
-    std::string name, path; // outside the loop, so that their memory is reused
-    for (std::size_t index = 0; index < projects.size(); ++index) {
-        bool matches = true;
-        if (!terms.empty()) {
-            name.clear();
-            path.clear();
-            appendFolded(projects[index].name, name);
-            appendFolded(projects[index].path, path);
-            matches = std::all_of(terms.begin(), terms.end(), [&](const std::string& term) {
-                return name.find(term) != std::string::npos || path.find(term) != std::string::npos;
-            });
-        }
-        if (matches) kept.push_back(static_cast<std::int32_t>(index));
-    }
-    return kept;
 }
 
 bool lessIgnoringCase(std::string_view a, std::string_view b) {

@@ -1,9 +1,8 @@
 #pragma once
 
-// Rules for ordering, searching and labelling the project list. Pure functions, except that isProjectMissing reads the
+// Rules for ordering and labelling the project list. Pure functions, except that isProjectMissing reads the
 // file system. Any thread.
 
-#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,14 +11,6 @@
 
 // Sorts into the stored order, newest first. Entries with the same time keep their order.
 void sortByLastOpened(std::vector<ProjectEntry>& projects);
-
-// Splits a search text at spaces and tabs. Converts A to Z to lower case.
-[[nodiscard]] std::vector<std::string> searchTerms(std::string_view text);
-
-// Returns the indices of the entries that contain each term in their name or path, in list order. Terms must be in
-// lower case.
-[[nodiscard]] std::vector<std::int32_t> filterProjects(const std::vector<ProjectEntry>& projects,
-                                                       const std::vector<std::string>& terms);
 
 // True if `a` comes before `b`. Compares byte by byte and treats A to Z as lower case. A prefix comes before the longer
 // text.

@@ -5,6 +5,7 @@
 
 #include "install/editor_location.h"
 #include "projects/project_list.h"
+#include "projects/project_search.h"
 #include "shell/launcher_app.h"
 
 namespace {

@@ -9,8 +9,8 @@
 
 #include <imgui_internal.h>
 
-#include "projects/project_list.h"
 #include "projects/project_order.h"
+#include "projects/project_search.h"
 #include "shell/shell_layout.h"
 #include "shell/widgets.h"
 #include "ui/ui_keyboard.h"
@@ -126,29 +126,6 @@ std::int32_t LauncherApp::takeProjectToFocus() {
     const auto entry = std::find_if(projects.begin(), projects.end(),
                                     [&](const ProjectEntry& candidate) { return candidate.path == path; });
     return entry != projects.end() ? static_cast<std::int32_t>(entry - projects.begin()) : -1;
-}
-
-// Starts a search when the user types while no control is active. Returns true if the search field must be activated.
-// Appends the typed characters to the search text itself: Dear ImGui 1.92 drops the characters that arrive between
-// ActivateItemByID and the frame in which the field is active.
-bool LauncherApp::startSearchByTyping() {
-    const ImGuiIO& io = ImGui::GetIO();
-    const bool listens = ImGui::GetActiveID() == 0 &&
-                         ImGui::IsWindowFocused(ImGuiFocusedFlags_ChildWindows | ImGuiFocusedFlags_NoPopupHierarchy);
-    // A leading space does not start a search, because Space presses the focused control. Ctrl or Alt alone is a key
-    // command, but both together are AltGr, which types characters.
-    if (!listens || io.InputQueueCharacters.empty() || io.InputQueueCharacters[0] == ' ' || io.KeyCtrl != io.KeyAlt) {
-        return false;
-    }
-    std::string typed = searchStartedByTyping ? searchText : "";
-    for (const ImWchar character : io.InputQueueCharacters) {
-        char utf8[5];
-        ImTextCharToUtf8(utf8, character);
-        typed += utf8;
-    }
-    copyToBuffer(typed, searchText);
-    searchStartedByTyping = true;
-    return true;
 }
 
 LauncherApp::SearchKey LauncherApp::drawSearchBox(const ProjectsLayout& at) {

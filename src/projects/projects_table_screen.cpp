@@ -8,6 +8,7 @@
 
 #include "projects/project_file.h"
 #include "projects/project_list.h"
+#include "projects/project_search.h"
 #include "projects/projects_screen.h"
 #include "shell/widgets.h"
 #include "system/operating_system.h"
@@ -181,22 +182,6 @@ void LauncherApp::drawProjectTable(const ProjectsLayout& at, const ProjectRows& 
     handleRowKeys(rows, request);
     if (request.openIndex >= 0) openProjectRow(request.openIndex);
     if (request.removeIndex >= 0) removeProject(request.removeIndex);
-}
-
-void LauncherApp::handleRowKeys(const ProjectRows& rows, RowRequest& request) {
-    const auto pathOf = [&](std::int32_t index) { return settings->projects()[static_cast<std::size_t>(index)].path; };
-    if (rows.openFirst && !isProjectMissing(pathOf(rows.indices.front()))) request.openIndex = rows.indices.front();
-    if (request.focusedIndex < 0) return;
-    copyOnCtrlC(pathOf(request.focusedIndex));
-    if (!ImGui::Shortcut(ImGuiKey_Delete)) return;
-    request.removeIndex = request.focusedIndex;
-    // Move the focus to the next row. If the last row was removed, move it to the row above.
-    auto row = std::find(rows.indices.begin(), rows.indices.end(), request.focusedIndex);
-    if (row + 1 != rows.indices.end()) {
-        projectToFocus = pathOf(row[1]);
-    } else if (row != rows.indices.begin()) {
-        projectToFocus = pathOf(row[-1]);
-    }
 }
 
 void LauncherApp::drawProjectRow(const ProjectRows& rows, std::size_t position, RowRequest& request) {

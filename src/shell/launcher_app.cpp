@@ -113,15 +113,3 @@ void LauncherApp::drawSignedInShell() {
         break;
     }
 }
-
-// Handles the key commands of the shell. ImGui::Shortcut returns false while an open popup or a text field uses the
-// key.
-void LauncherApp::handleShellKeys() {
-    if (ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_N)) {
-        activeTab = LauncherTab::Projects; // the screen that will show the new project
-        beginNewProject();
-    }
-    if (ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_1)) activeTab = LauncherTab::Projects;
-    if (ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_2)) activeTab = LauncherTab::Installs;
-    if (activeTab == LauncherTab::Projects && ImGui::Shortcut(ImGuiMod_Ctrl | ImGuiKey_Z)) restoreRemovedProject();
-}

@@ -3,7 +3,6 @@
 #include <cerrno>
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <unistd.h>
 
 namespace {
@@ -18,20 +17,6 @@ bool syncPath(const std::string& path, const Sync& sync) {
 }
 
 } // namespace
-
-FileLock::~FileLock() {
-    if (file_ < 0) return;
-    const int file = static_cast<int>(file_);
-    ::flock(file, LOCK_UN); // close() alone keeps the lock while a child between fork and exec shares it
-    ::close(file);
-}
-
-FileLock::Result FileLock::tryToTake(const std::string& path) {
-    if (file_ < 0) file_ = ::open(path.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0644);
-    if (file_ < 0) return Result::Impossible;
-    if (::flock(static_cast<int>(file_), LOCK_EX | LOCK_NB) == 0) return Result::Taken;
-    return errno == EWOULDBLOCK || errno == EINTR ? Result::Held : Result::Impossible;
-}
 
 bool syncFile(const std::string& path) {
     return syncPath(path, [](int file) { return ::fsync(file); });

@@ -21,23 +21,6 @@ bool syncOne(const fs::path& path) {
 
 } // namespace
 
-FileLock::~FileLock() {
-    if (file_ != -1) CloseHandle(reinterpret_cast<HANDLE>(file_)); // releases the lock too
-}
-
-FileLock::Result FileLock::tryToTake(const std::string& path) {
-    if (file_ == -1)
-        file_ = reinterpret_cast<std::intptr_t>(CreateFileW(fs::path(path).c_str(), GENERIC_READ | GENERIC_WRITE,
-                                                            kShareAll, nullptr, OPEN_ALWAYS, 0, nullptr));
-    if (file_ == -1) return Result::Impossible;
-    OVERLAPPED firstByte{};
-    if (LockFileEx(reinterpret_cast<HANDLE>(file_), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0,
-                   &firstByte))
-        return Result::Taken;
-    const DWORD error = GetLastError();
-    return error == ERROR_LOCK_VIOLATION || error == ERROR_IO_PENDING ? Result::Held : Result::Impossible;
-}
-
 bool syncFile(const std::string& path) {
     return syncOne(path);
 }

@@ -214,8 +214,8 @@ void UiHost::Window::notePointer(GLFWwindow* source) {
     noteEvent(source);
 }
 
-// Records damage, and repaints at once if a frame is being built. This happens on Windows: a dialog runs its own event
-// loop in our process, and repaintBehindDialog is not called while the dialog is open.
+// Records damage. If a frame is being built, repaints the last image at once. Damage arrives during a frame only on
+// Windows: the file dialog blocks the frame, and the dialog's own event loop calls this function.
 void UiHost::Window::noteDamage(GLFWwindow* source) {
     Window& window = of(source);
     window.pacer.noteDamage();

@@ -6,7 +6,7 @@
 
 #include "install/install_world.h"
 #include "support/eventually.h"
-#include "system/disk.h"
+#include "system/file_lock.h"
 
 namespace fs = std::filesystem;
 

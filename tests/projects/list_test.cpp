@@ -5,6 +5,7 @@
 #include "projects/project_file.h"
 #include "projects/project_list.h"
 #include "projects/project_order.h"
+#include "projects/project_search.h"
 #include "projects_fixture.h"
 
 namespace {

@@ -1,0 +1,23 @@
+#pragma once
+
+// Decides when a statement must be renewed. Pure functions. Any thread.
+
+#include <cstdint>
+#include <string>
+
+#include "publish/site.h"
+
+namespace site {
+inline constexpr std::int64_t kWarningDays = 10; // warn this many days before a statement expires
+} // namespace site
+
+// True if launchers refuse the statement because of its date.
+[[nodiscard]] bool isExpired(const PublishedStatement& published, std::int64_t nowSeconds);
+
+// Returns a warning if the statement expires within kWarningDays; otherwise an empty text.
+[[nodiscard]] std::string expiryWarning(const PublishedStatement& published, std::int64_t nowSeconds);
+
+// Returns a warning if launchers cannot install the offered release now or within kWarningDays. The text says what the
+// publisher must do. Empty if nothing is to be done.
+[[nodiscard]] std::string offerWarning(const std::string& siteDirectory, const PublishedManifest& offer,
+                                       const PublishedStatement* published, std::int64_t nowSeconds);

@@ -1,0 +1,18 @@
+#pragma once
+
+// Decides which projects a search finds. Pure functions. Any thread.
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "projects/project_entry.h"
+
+// Splits a search text at spaces and tabs. Converts A to Z to lower case.
+[[nodiscard]] std::vector<std::string> searchTerms(std::string_view text);
+
+// Returns the indices of the entries that contain each term in their name or path, in list order. Terms must be in
+// lower case.
+[[nodiscard]] std::vector<std::int32_t> filterProjects(const std::vector<ProjectEntry>& projects,
+                                                       const std::vector<std::string>& terms);

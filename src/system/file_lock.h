@@ -1,0 +1,28 @@
+#pragma once
+
+// A lock on a file that excludes other processes. Blocking; any thread. One source per platform.
+
+#include <cstdint>
+#include <string>
+
+// An exclusive lock on a file. The operating system releases it when the process ends, also after a crash. The lock
+// file is created if it is missing. It is never removed: otherwise two processes could lock two files with the same
+// name.
+class FileLock {
+  public:
+    FileLock() = default;
+    ~FileLock(); // releases the lock
+    FileLock(const FileLock&) = delete;
+    FileLock& operator=(const FileLock&) = delete;
+
+    enum class Result {
+        Taken,
+        Held,       // another process or another FileLock holds it; try again
+        Impossible, // the file cannot be created, or its file system has no locks
+    };
+    // Does not wait.
+    [[nodiscard]] Result tryToTake(const std::string& path);
+
+  private:
+    std::intptr_t file_ = -1;
+};
