@@ -5,9 +5,8 @@
 //   volo-bench extract ARCHIVE FOLDER
 //   volo-bench download URL FILE
 //   volo-bench install MANIFEST_URL FOLDER      a whole update run of a launcher in this folder
-//   volo-bench frames PROJECTS                  prints the processor milliseconds of a frame of the Projects screen,
-//   for
-//                                               the column that takes longest
+//   volo-bench frames PROJECTS                  prints the processor milliseconds of a frame of the Projects screen in
+//                                               the slowest sort order
 //
 // Exit status: 0 done, 1 the work failed, 2 wrong usage.
 

@@ -37,28 +37,28 @@ class LauncherSettings {
     // "Launcher.conf.unreadable".
     bool save();
 
-    std::string refreshToken() const { return refreshToken_; }
-    std::string userName() const { return userName_; }
-    std::string userEmail() const { return userEmail_; }
+    [[nodiscard]] std::string refreshToken() const { return refreshToken_; }
+    [[nodiscard]] std::string userName() const { return userName_; }
+    [[nodiscard]] std::string userEmail() const { return userEmail_; }
     void setRefreshToken(const std::string& token) { refreshToken_ = token; }
     void setUserName(const std::string& name) { userName_ = name; }
     void setUserEmail(const std::string& email) { userEmail_ = email; }
     void clearSession();
 
     // Returns the folder that contains the editor. If none is set, returns the launcher's directory.
-    std::string installPath() const;
+    [[nodiscard]] std::string installPath() const;
     void setInstallPath(const std::string& path) { installPath_ = path; }
 
     // Sorted by load, newest first. To change the list, copy it and pass the copy to setProjects.
-    const std::vector<ProjectEntry>& projects() const { return projects_; }
+    [[nodiscard]] const std::vector<ProjectEntry>& projects() const { return projects_; }
     void setProjects(const std::vector<ProjectEntry>& projects);
 
     // Change the first entry with exactly this path. Do nothing if there is none.
     void toggleFavorite(const std::string& path);
     void setFavorite(const std::string& path, bool favorite);
 
-    std::string defaultLocation() const { return defaultLocation_; }
-    std::string lastAddedLocation() const { return lastAddedLocation_; }
+    [[nodiscard]] std::string defaultLocation() const { return defaultLocation_; }
+    [[nodiscard]] std::string lastAddedLocation() const { return lastAddedLocation_; }
     void setDefaultLocation(const std::string& folder) { defaultLocation_ = folder; }
     void setLastAddedLocation(const std::string& folder) { lastAddedLocation_ = folder; }
 

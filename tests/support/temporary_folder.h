@@ -29,13 +29,14 @@ class TemporaryFolder {
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
-    const std::filesystem::path& path() const { return path_; }
-    std::string string() const { return path_.string(); }
+    [[nodiscard]] const std::filesystem::path& path() const { return path_; }
+    [[nodiscard]] std::string string() const { return path_.string(); }
     std::filesystem::path operator/(const std::filesystem::path& name) const { return (path_ / name).make_preferred(); }
 
-    // Writes bytes in binary mode and creates missing folders. Returns the full path.
+    // Writes bytes in binary mode and creates missing folders. Returns the full path, which most callers do not need.
+    // NOLINTNEXTLINE(modernize-use-nodiscard)
     std::filesystem::path write(const std::filesystem::path& name, const std::string& bytes) const {
-        const std::filesystem::path file = *this / name;
+        std::filesystem::path file = *this / name;
         std::filesystem::create_directories(file.parent_path());
         std::ofstream out(file, std::ios::binary | std::ios::trunc);
         out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));

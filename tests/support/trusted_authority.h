@@ -28,7 +28,7 @@ class TrustedAuthority {
         static const ServerIdentity one = authority().issue({{"localhost"}, {"127.0.0.1"}, "a server"});
         return one;
     }
-    std::string rootFile() const { return (folder_ / "root.pem").string(); }
+    [[nodiscard]] std::string rootFile() const { return (folder_ / "root.pem").string(); }
 
   private:
     TemporaryFolder folder_;

@@ -24,9 +24,9 @@ class Processes : public testing::Test {
         std::filesystem::create_directory(reports_);
         endChildren();
     }
-    ~Processes() override { endChildren(); }
+    ~Processes() override { endChildren(); } // NOLINT(bugprone-exception-escape): a failed test may end the program
 
-    std::string childNamed(const std::string& name) const {
+    [[nodiscard]] std::string childNamed(const std::string& name) const {
         const std::filesystem::path copy = folder_ / "a folder with blanks" / name;
         const std::string child = launcherDirectory() + "/volo_test_child" + (kOnWindows ? ".exe" : "");
         std::filesystem::create_directories(copy.parent_path());
@@ -41,7 +41,7 @@ class Processes : public testing::Test {
     }
 
     // What a child wrote about itself. Waits for the next child that does.
-    Report nextReport() const {
+    [[nodiscard]] Report nextReport() const {
         std::filesystem::path file;
         EXPECT_TRUE(eventually([&] {
             for (const auto& entry : std::filesystem::directory_iterator(reports_))
@@ -57,7 +57,7 @@ class Processes : public testing::Test {
     }
 
     // Starts instances of the launcher and returns how many of them hold the guard.
-    int instancesWithGuard(const std::string& executable, int started) const {
+    [[nodiscard]] int instancesWithGuard(const std::string& executable, int started) const {
         for (int i = 0; i < started; ++i)
             launch(executable, "--guard");
         int holding = 0;
