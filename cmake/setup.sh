@@ -30,6 +30,8 @@ volo_test_packages=(
 )
 # The cross-compiler, Wine, and a source package that is built for Windows.
 volo_windows_packages=(g++-mingw-w64-x86-64-posix wine wine64 googletest)
+# A browser, and the tool that makes it trust a certificate authority.
+volo_browser_packages=(chromium libnss3-tools)
 volo_clang_packages=(clang clang-tidy libclang-rt-dev)
 # Tools that check packages, and NSIS, which makes the Windows installer.
 volo_package_packages=(desktop-file-utils appstream nsis)

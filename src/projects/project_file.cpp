@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "system/disk.h"
 #include "system/path_text.h"
 
 namespace {
@@ -42,6 +43,7 @@ std::string createProjectOnDisk(const std::string& location, const std::string& 
         }
         stream << "ZantorProject:\n  Name: " << name << "\n  FormatVersion: 1\n";
     }
+    (void)syncFile(pathText(unfinished)); // else the renamed file could be empty after a power failure
     std::filesystem::rename(unfinished, file, status);
     if (status) {
         error = "Could not save the .zantorproj project file.";

@@ -7,6 +7,7 @@ then hold the old state, the new state or nothing, and the next run must repair 
 import argparse
 import collections
 import concurrent.futures
+import os
 import pathlib
 import re
 import shutil
@@ -31,8 +32,11 @@ def points(driver, arguments, root):
     log = root.parent / "calls"
     if traced(driver, arguments, ["-e", f"trace={CHANGING}"], log) != 0:
         sys.exit(f"{arguments[0]} fails without a fault")
+    lines = log.read_text(errors="replace").splitlines()
+    if unsynced(lines):
+        sys.exit(f"{arguments[0]} does not wait until {unsynced(lines)} is on the disk")
     counts, found = collections.Counter(), []
-    for line in log.read_text(errors="replace").splitlines():
+    for line in lines:
         call = re.match(r"(\w+)\(", line)
         if not call:
             continue
@@ -41,6 +45,23 @@ def points(driver, arguments, root):
         if str(root) in line and not opens_to_read:
             found.append((call[1], counts[call[1]]))
     return found
+
+
+def unsynced(lines):
+    """A file that is renamed before it is on the disk, or the settings' folder if its renamed file may vanish again."""
+    def synced(path, calls):
+        return any(re.match(rf"(fsync|syncfs)\(\d+<{re.escape(path)}[/>]", call) for call in calls)
+
+    for number, line in enumerate(lines):
+        renamed = re.match(r'rename\w*\(.*?"([^"]+)", ', line)
+        if not renamed:
+            continue
+        folder, name = os.path.split(renamed[1])
+        if not synced(renamed[1], lines[:number]):
+            return renamed[1]
+        if name == "Launcher.conf.tmp" and not synced(folder, lines[number:]):
+            return folder
+    return None
 
 
 def whole(folder, version):
