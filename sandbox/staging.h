@@ -5,10 +5,10 @@
 //
 //   <root>/apps/volo/launcher/   the launcher, its font, picture and configuration, and the editor that it installs
 //   <root>/home/                 the user's home: AppData (Launcher.conf), Documents (projects)
-//   <root>/bin/                  the browser; on Linux this folder is the first on PATH, and the browser is its
-//   xdg-open <root>/runtime/              XDG_RUNTIME_DIR, so that a real launcher and this one do not share an
-//   instance guard <root>/site/                 the published directory <root>/authority.pem         the only
-//   certificate authority that the launcher trusts
+//   <root>/bin/                  the browser; on Linux its name is xdg-open and this folder is the first on PATH
+//   <root>/runtime/              XDG_RUNTIME_DIR, so that a real launcher and this one do not share a guard
+//   <root>/site/                 the published directory
+//   <root>/authority.pem         the only certificate authority that the launcher trusts
 //
 // The launcher searches for an editor up to two levels above its folder. So its folder is deep enough that these levels
 // contain no editor.
