@@ -11,7 +11,8 @@
 // The maximum number of bytes that AES-GCM may encrypt with one nonce.
 inline constexpr std::uint64_t kMaxSealedBytes = (std::uint64_t{1} << 36) - 32;
 
-// The hashes are computed from the bytes that are copied, so that a zip that changes during the copy gets another hash.
+// The hashes are those of the copied bytes. If the zip changes during the copy, they differ from the hash computed
+// before.
 struct WrittenPackage {
     std::uint64_t size = 0;
     std::string sha256;

@@ -14,7 +14,7 @@
 
 #include "install/artifact_authenticity.h"
 #include "install/download_record.h"
-#include "install/install_progress.h"
+#include "install/install_status.h"
 #include "install/update_cancellation.h"
 
 class EditorInstallState {

@@ -31,9 +31,11 @@ class LauncherApp;
 // Returns the first of these paths that is a regular file.
 [[nodiscard]] std::string findEditorExecutable(const std::string& directory);
 
-// Searches the launcher's directory and two levels above it. The result decides whether an install is needed.
+// Searches the launcher's directory, its parent and its grandparent. Empty if none of them contains an editor; then an
+// install is needed.
 [[nodiscard]] std::string findEditorNearLauncher();
 
+// Searches the folder into which the launcher installs the editor.
 [[nodiscard]] std::string findManagedEditor();
 
 // Searches for the editor that opens projects and that the screens show: first in ZANTOR_DIR, then in the user's

@@ -9,7 +9,7 @@
 #include <functional>
 #include <string>
 
-#include "install/install_progress.h"
+#include "install/install_status.h"
 #include "install/update_cancellation.h"
 #include "system/http.h"
 

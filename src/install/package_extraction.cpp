@@ -151,7 +151,8 @@ ExtractionOutcome extractArchive(const std::string& archivePath, const std::stri
     ArchiveReader reader(archivePath, stop.closing);
     if (!reader.isOpen()) return ExtractionOutcome::Unreadable;
     if (!isEmptyOrMissing(stagingDirectory)) return ExtractionOutcome::Failed;
-    // Check for a cancel here too: an archive that contains only directories has no file before which to check.
+    // extractFiles checks for a cancel before each file. An archive that contains only directories has no files, so
+    // check here too. An empty archive has no entry before which a cancel could take effect.
     if (stop.cancelRequested && mz_zip_reader_get_num_files(&reader.archive()) > 0) return ExtractionOutcome::Failed;
     const ArchivePlan plan = planArchive(reader.archive(), stagingDirectory);
     createDirectories(plan.files);

@@ -1,21 +1,18 @@
 #include "install/update_pipeline.h"
 
-#include <chrono>
 #include <filesystem>
 #include <fstream>
-#include <string_view>
 #include <system_error>
-#include <thread>
 #include <variant>
 
 #include "crypto/sha256.h"
 #include "install/editor_location.h"
 #include "install/editor_replacement.h"
+#include "install/install_locks.h"
 #include "install/package_container.h"
 #include "install/package_extraction.h"
 #include "install/update_manifest.h"
 #include "system/disk.h"
-#include "system/file_lock.h"
 #include "system/http.h"
 
 namespace fs = std::filesystem;
@@ -30,27 +27,6 @@ bool isEditorNearLauncher() {
 
 bool isUpToDate(const UpdateManifest& manifest) {
     return isEditorNearLauncher() && installedEditorVersion() == manifest.version;
-}
-
-// Returns a path next to the editor's directory. It is on the same volume, so that the staging directory can be
-// renamed.
-std::string besideEditor(const char* name) {
-    return (fs::path(managedEditorDirectory()).parent_path() / name).string();
-}
-
-// --- locks ---------------------------------------------------------------------------------------------------------
-
-enum class Waiting { No, Yes, Cancelled };
-
-// Waits while another launcher holds the lock. If the lock file cannot be created, the run continues without the lock.
-Waiting takeLock(FileLock& lock, const std::string& path, const UpdateCancellation& stop) {
-    Waiting waiting = Waiting::No;
-    while (lock.tryToTake(path) == FileLock::Result::Held) {
-        if (stop.cancelRequested) return Waiting::Cancelled;
-        waiting = Waiting::Yes;
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
-    return waiting;
 }
 
 // --- package -------------------------------------------------------------------------------------------------------
@@ -117,7 +93,8 @@ void writeMarker(const std::string& version) {
 }
 
 UpdateEvent installPackage(const UpdateRun& run, const UpdateManifest& manifest, const std::string& packagePath) {
-    const std::string staging = besideEditor("editor-staging");
+    // On the same volume as the editor, so that it can be renamed.
+    const std::string staging = (fs::path(managedEditorDirectory()).parent_path() / "editor-staging").string();
     std::error_code ignored; // the extraction notices a staging directory that is not empty
     fs::remove_all(staging, ignored);
     fs::create_directories(staging, ignored);
@@ -147,14 +124,10 @@ UpdateEvent updateFromManifest(const UpdateRun& run, const UpdateManifest& manif
     const fs::path downloads(run.downloadsDirectory);
     std::error_code ignored; // if the directory is missing, the download reports it
     fs::create_directories(downloads, ignored);
-    FileLock downloadsLock;
-    FileLock stagingLock;
-    const Waiting first = takeLock(downloadsLock, (downloads / "zantor_editor.lock").string(), run.stop);
-    if (first == Waiting::Cancelled) return {UpdateEvent::WaitCancelled};
-    const Waiting second = takeLock(stagingLock, besideEditor("editor-staging.lock"), run.stop);
-    if (second == Waiting::Cancelled) return {UpdateEvent::WaitCancelled};
-    const bool waited = first == Waiting::Yes || second == Waiting::Yes;
-    if (waited && isUpToDate(manifest)) return {UpdateEvent::UpToDate, manifest.version};
+    InstallLocks locks;
+    const InstallLocks::Waiting waiting = locks.take(run.downloadsDirectory, managedEditorDirectory(), run.stop);
+    if (waiting == InstallLocks::Waiting::Cancelled) return {UpdateEvent::WaitCancelled};
+    if (waiting == InstallLocks::Waiting::Yes && isUpToDate(manifest)) return {UpdateEvent::UpToDate, manifest.version};
 
     transfer.packagePath = packagePathIn(run.downloadsDirectory, manifest.version);
     const UpdateEvent::Kind brought = bringPackage(run, manifest, transfer);

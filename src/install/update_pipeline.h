@@ -10,7 +10,7 @@
 #include <string>
 
 #include "install/artifact_authenticity.h"
-#include "install/install_progress.h"
+#include "install/install_status.h"
 #include "install/package_download.h"
 #include "install/update_cancellation.h"
 

@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "projects/project_file.h"
+#include "projects/project_on_disk.h"
 #include "shell/launcher_app.h"
 #include "system/operating_system.h"
 #include "system/path_text.h"

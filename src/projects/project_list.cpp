@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "projects/project_file.h"
+#include "projects/project_on_disk.h"
 
 namespace {
 
-// Returns the same as tolower in the default locale. It is defined here so that the compiler can inline it: a search
+// Returns the same as tolower in the "C" locale. It is defined here so that the compiler can inline it: a search
 // calls it for each byte of all names and paths in every frame.
 constexpr char folded(char letter) {
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;

@@ -6,8 +6,8 @@
 
 #include "install/editor_location.h"
 #include "install/update_manifest.h"
-#include "projects/project_file.h"
 #include "projects/project_list.h"
+#include "projects/project_on_disk.h"
 #include "shell/launcher_app.h"
 #include "system/operating_system.h"
 #include "system/path_text.h"

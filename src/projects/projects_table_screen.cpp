@@ -6,8 +6,8 @@
 
 #include <imgui_internal.h>
 
-#include "projects/project_file.h"
 #include "projects/project_list.h"
+#include "projects/project_on_disk.h"
 #include "projects/project_search.h"
 #include "projects/projects_screen.h"
 #include "shell/widgets.h"

@@ -27,7 +27,7 @@ void closeSocket(std::intptr_t socket);
 [[nodiscard]] std::ptrdiff_t receiveWithin(std::intptr_t socket, char* bytes, std::size_t size,
                                            std::chrono::milliseconds limit);
 
-// Waits until the socket is writable, at most for `limit`, and writes what is possible at once. Returns the number of
-// bytes, or -1 after the limit or a failure.
+// Waits up to `limit` until the socket is writable. Then writes once, which may take fewer bytes than `size`. Returns
+// the number of bytes written, or -1 after the limit or a failure.
 [[nodiscard]] std::ptrdiff_t sendWithin(std::intptr_t socket, const char* bytes, std::size_t size,
                                         std::chrono::milliseconds limit);

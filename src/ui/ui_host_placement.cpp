@@ -21,7 +21,8 @@ float UiHost::Window::contentScale() const {
     float monitor = 1.0f;
     float ignored = 1.0f;
     glfwGetWindowContentScale(handle, &monitor, &ignored);
-    // Multiply by screen coordinates per pixel: on Wayland and macOS, screen coordinates already include the scale.
+    // On Wayland and macOS, the window's size in screen coordinates is already divided by the monitor's scale. Divide
+    // the scale by the same factor there, which is the framebuffer's width divided by the window's.
     int width = 0;
     int framebufferWidth = 0;
     int unused = 0;

@@ -15,7 +15,7 @@
 
 #include "config/launcher_settings.h"
 #include "install/update_pipeline.h"
-#include "projects/project_file.h"
+#include "projects/project_on_disk.h"
 #include "support/package_making.h"
 #include "support/recording_system.h"
 #include "support/tls_server.h"

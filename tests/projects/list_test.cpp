@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "projects/project_file.h"
 #include "projects/project_list.h"
+#include "projects/project_on_disk.h"
 #include "projects/project_order.h"
 #include "projects/project_search.h"
 #include "projects_fixture.h"

@@ -1,4 +1,4 @@
-#include "install/install_progress.h"
+#include "install/install_status.h"
 
 namespace {
 

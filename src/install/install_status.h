@@ -1,7 +1,7 @@
 #pragma once
 
-// The progress of an install as the screens show it, and the events of an update run that change it. Plain values: no
-// locks, no files, no network. Any thread.
+// What the screens show of an install (status, message, byte counts, download rows), and the events of an update run
+// that change it. Plain values: no locks, no files, no network. Any thread.
 
 #include <cstdint>
 #include <string>

@@ -1,4 +1,4 @@
-#include "projects/project_file.h"
+#include "projects/project_on_disk.h"
 
 #include <filesystem>
 #include <fstream>
