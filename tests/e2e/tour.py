@@ -36,6 +36,7 @@ EDITOR_WINDOW = (0, 0, 760, 420)
 DIALOG = (330, 200, 520, 360)
 ROW_HEIGHT, FIRST_ROW, NOTICE_HEIGHT = 52, 98, 40
 STAR_X, NAME_X, DOTS_X = 248, 330, 1136
+YELLOW = (0xFB, 0xBF, 0x24)
 
 NAME = "My First Simulation"
 EMOJI_NAME = "Heart 😀"
@@ -48,11 +49,6 @@ def row(number, x=NAME_X, shift=0):
 
 def name_box(number, shift=0):
     return 272, FIRST_ROW + shift + ROW_HEIGHT * number + 4, 300, 24
-
-
-def is_yellow(colour):
-    red, _, blue = colour
-    return red > 180 and blue < 80
 
 
 class Tour:
@@ -117,7 +113,6 @@ def sign_in(tour):
     with tour.step("shell", "Ada Sandbox is signed in"):
         window.see("Ada Sandbox ada@sandbox.test", USER_CARD)
         sandbox.see("reads: Sign-in complete")
-        check("the session in Launcher.conf", sandbox.settings().get("auth%2FrefreshToken", "").startswith("1//0"))
 
 
 def open_projects(tour):
@@ -166,7 +161,6 @@ def open_projects(tour):
         tour.see_editor("Hernia repair")
         tour.close_editor()
         window.see("Hernia repair", name_box(0))
-        check("the opened project first", sandbox.listed()[:2] == ["Hernia repair", NAME])
 
 
 def update_editor(tour):
@@ -213,9 +207,9 @@ def look_through_the_list(tour):
                 window.see(name, name_box(number))
     with tour.step("star", "a project becomes a favorite"):
         star = row(0, STAR_X)
-        check("no star yet", not is_yellow(window.colour(*star)))
+        check("no star yet", window.colour(*star) != YELLOW)
         window.click(star)
-        wait_for("a yellow star", lambda: is_yellow(window.colour(*star)))
+        wait_for("a yellow star", lambda: window.colour(*star) == YELLOW)
         favorite = f"Projects%5C{sandbox.listed().index(NAME) + 1}%5Cfavorite"
         wait_for("the favorite in Launcher.conf", lambda: sandbox.settings()[favorite] == "true")
     with tour.step("menu", "the project's menu opens its folder"):
@@ -265,7 +259,6 @@ def sign_out(tour):
         tour.window.click(SIGN_OUT)
         tour.window.see("Sign in", SIGN_IN_BUTTON)
         check("no session in Launcher.conf", tour.sandbox.settings()["auth%2FrefreshToken"] == "")
-        check("the projects still in Launcher.conf", len(tour.sandbox.listed()) == len(MADE_UP) + 2)
 
 
 def come_back(tour):

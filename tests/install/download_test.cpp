@@ -15,9 +15,7 @@ namespace {
 const std::string kPackage = makeZip({{"editor.exe", std::string(300000, 'n')}, {"data/a", "b"}});
 const std::string kLength = "Content-Length: " + std::to_string(kPackage.size()) + "\r\n";
 const std::string kChunked = "Transfer-Encoding: chunked\r\n";
-const std::string kInstalled = "Installed: Installed — version 2.0 [Installed]";
 constexpr std::chrono::seconds kShortestReadTimeout(30);
-const std::string kChecksum = "Failed: The downloaded package failed its checksum verification. [Failed]";
 
 std::string ok(const std::string& fields, const std::string& body) {
     return "HTTP/1.1 200 OK\r\n" + fields + "\r\n" + body;
@@ -62,9 +60,10 @@ TEST(PackageDownload, ReusesAPackageOnlyWhenItsChecksumMatches) {
         std::string present, extraMembers, outcome, editor;
     } cases[] = {
         {kPackage, "", "Installed: Installed — version 2.0 []", std::string(300000, 'n')},
-        {other, "", kInstalled, std::string(300000, 'n')},
+        {other, "", "Installed: Installed — version 2.0 [Installed]", std::string(300000, 'n')},
         {other, R"("sha256":"",)", "Installed: Installed — version 2.0 []", "other"}, // nothing to verify
-        {kPackage, R"("sha256":"ABCDEF",)", kChecksum, ""},                           // upper case never matches
+        {kPackage, R"("sha256":"ABCDEF",)", "Failed: The downloaded package failed its checksum verification. [Failed]",
+         ""}, // upper case never matches
     };
     for (const auto& c : cases) {
         InstallWorld world;
