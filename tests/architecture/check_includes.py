@@ -34,6 +34,9 @@ def is_screen(path):
 
 def problems_of(path, inside, text, platforms):
     folder = inside.split("/")[0]
+    if folder not in LAYER:
+        yield "its folder is missing in LAYER"
+        return
     is_platform_file = (
         (folder == "system" and path.stem.endswith(tuple(f"_{platform}" for platform in platforms)))
         or inside.startswith("ui/ui_host")
@@ -64,19 +67,13 @@ def problems_of(path, inside, text, platforms):
 def main():
     source, platforms = pathlib.Path(sys.argv[1]) / "src", sys.argv[2:]
     files = sorted(path for path in source.rglob("*") if path.suffix in (".h", ".cpp"))
-    found = 0
+    problems = []
     for path in files:
         inside = path.relative_to(source).as_posix()
-        if inside.split("/")[0] not in LAYER:
-            print(f"{inside}: its folder is missing in LAYER")
-            found += 1
-            continue
         text = re.sub(r"//.*", "", path.read_text(encoding="utf-8"))
-        for problem in problems_of(path, inside, text, platforms):
-            print(f"{inside}: {problem}")
-            found += 1
-    print(f"{len(files)} files, {found} problems")
-    return 1 if found or len(files) < 20 else 0
+        problems += [f"{inside}: {problem}" for problem in problems_of(path, inside, text, platforms)]
+    print(*problems, f"{len(files)} files, {len(problems)} problems", sep="\n")
+    return 1 if problems or len(files) < 20 else 0
 
 
 if __name__ == "__main__":

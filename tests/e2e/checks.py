@@ -62,7 +62,6 @@ def leaks(build):
             wait_for("the secrets", lambda: token in secrets_file.read_text().split())
             secrets = secrets_file.read_text().split()
             check("client secret, code, verifier and two tokens", len(secrets) >= 5)
-            check("the token in Launcher.conf", token.encode() in sandbox.settings_file.read_bytes())
             for name in ("cmdline", "environ", "comm"):
                 exposed[f"/proc/.../{name}"] = (process / name).read_bytes()
             for file in sandbox.root.rglob("*"):
@@ -251,8 +250,7 @@ def production_endpoints(build):
             shipped = pathlib.Path(build) / "bin/volo-launcher"
             check("the shipped launcher", (sandbox.launcher / "volo-launcher").read_bytes() == shipped.read_bytes())
             window.see("Ada Sandbox ada@sandbox.test", USER_CARD)
-            for event in ("consent", "code", "token", "userinfo"):
-                sandbox.see("identity provider: " + event)
+            sandbox.see("identity provider: userinfo")
 
 
 def windows_dialogs(build):

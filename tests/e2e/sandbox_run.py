@@ -62,7 +62,6 @@ class Sandbox:
         self.launcher = self.root / "apps/volo/launcher"
         self.settings_file = self.root / "home/AppData/ZANTOR/Launcher.conf"
         self.projects = self.root / "home/Documents/VOLO Projects"
-        self.line_end = "\r\n" if self.windows else "\n"
         self.lines = []
 
     def __enter__(self):

@@ -3,6 +3,7 @@
 step. Prints a line and saves a picture for each step; exit status 0 if every step succeeded."""
 
 import argparse
+import contextlib
 import pathlib
 import subprocess
 import sys
@@ -35,9 +36,9 @@ EDITOR_WINDOW = (0, 0, 760, 420)
 DIALOG = (330, 200, 520, 360)
 ROW_HEIGHT, FIRST_ROW, NOTICE_HEIGHT = 52, 98, 40
 STAR_X, NAME_X, DOTS_X = 248, 330, 1136
+YELLOW = (0xFB, 0xBF, 0x24)
 
 NAME = "My First Simulation"
-PROJECT_FILE = f"ZantorProject:\n  Name: {NAME}\n  FormatVersion: 1\n"
 EMOJI_NAME = "Heart 😀"
 MADE_UP = ["Cholecystectomy", "Appendectomy", "Hernia repair", "Colonoscopy"]
 
@@ -50,254 +51,27 @@ def name_box(number, shift=0):
     return 272, FIRST_ROW + shift + ROW_HEIGHT * number + 4, 300, 24
 
 
-def is_yellow(colour):
-    red, _, blue = colour
-    return red > 180 and blue < 80
-
-
 class Tour:
     def __init__(self, desktop, hold, pictures):
         self.desktop, self.hold, self.pictures = desktop, hold, pictures
-        self.sandbox = None
-        self.window = None
+        self.sandbox = self.window = None
         self.number = 0
 
-    def step(self, action):
-        """Runs one of the steps below. Its name and description are those of the function."""
+    @contextlib.contextmanager
+    def step(self, name, description):
+        """Runs a block, prints its line and saves its picture. A failure ends the tour."""
         self.number += 1
-        name = f"{self.number:02} {action.__name__}"
+        name = f"{self.number:02} {name}"
         failure = None
         try:
-            action(self)
+            yield
         except (NotSeen, OSError, subprocess.TimeoutExpired) as error:
             failure = str(error)
         if self.window:
             self.window.picture(str(self.pictures / f"{name.replace(' ', '-')}.png"))
-        print(f"FAIL {name}: not seen: {failure}" if failure else f"ok   {name}: {action.__doc__}", flush=True)
+        print(f"FAIL {name}: not seen: {failure}" if failure else f"ok   {name}: {description}", flush=True)
         if failure:
             raise SystemExit(1)
-
-    # --- signing in ------------------------------------------------------------------------------------------------
-
-    def start(self):
-        """the window shows the sign-in screen"""
-        self.window = self.desktop.window("VOLO Launcher")
-        wait_for("a window of 1180 x 740", lambda: self.window.size() == (1180, 740))
-        self.window.see("Welcome to VOLO Launcher", SIGN_IN_COLUMN)
-        self.window.see("Sign in", SIGN_IN_BUTTON)
-
-    def browser(self):
-        """the launcher waits for the browser"""
-        self.window.click(SIGN_IN)
-        self.window.see("Finish signing in in your browser.", SIGN_IN_COLUMN)
-        self.release_held("browser")
-        self.sandbox.see("identity provider: consent")
-
-    def shell(self):
-        """Ada Sandbox is signed in"""
-        self.window.see("Ada Sandbox ada@sandbox.test", USER_CARD)
-        self.sandbox.see("identity provider: userinfo")
-        self.sandbox.see("reads: Sign-in complete")
-        check("the session in Launcher.conf", self.sandbox.settings().get("auth%2FrefreshToken", "").startswith("1//0"))
-        check("Launcher.conf readable by its owner only",
-              self.sandbox.windows or self.sandbox.settings_file.stat().st_mode & 0o777 == 0o600)
-
-    # --- a project, from nothing to the editor -------------------------------------------------------------------------
-
-    def dialog(self):
-        """a new project gets a name"""
-        self.window.click(NEW_PROJECT)
-        self.window.see("Create a new project", DIALOG)
-        self.window.click(self.window.find("VOLO project", DIALOG))  # the hint
-        self.window.type(NAME)
-        self.window.see(self.sandbox.name_of(self.sandbox.projects / NAME)[-len(f"VOLO Projects/{NAME}"):], DIALOG)
-
-    def creation(self):
-        """the project is first in the list and its file is on disk"""
-        self.window.press("Return")  # tesseract cannot read the white label of the blue button
-        self.window.see_no("Create a new project", DIALOG)
-        self.window.see(NAME, name_box(0))
-        self.window.see("Cholecystectomy", name_box(1))
-        file = self.sandbox.projects / NAME / f"{NAME}.zantorproj"
-        check("the bytes of the project file",
-              file.read_bytes() == PROJECT_FILE.replace("\n", self.sandbox.line_end).encode())
-        check("the project first in Launcher.conf", self.sandbox.listed() == [NAME, *MADE_UP])
-
-    def installation(self):
-        """opening the project first installs the editor, and the project waits"""
-        self.window.click(row(0))
-        self.window.see("Downloading", INSTALLS_CARD)
-        self.window.see("Cancel download", INSTALL_ACTION)
-        self.window.click(PROJECTS_TAB)
-        self.window.see("Installing VOLO Editor before opening this project...", NOTICE)
-
-    def verification(self):
-        """nothing is installed before the publisher's statement arrives"""
-        self.window.click(INSTALLS_TAB)
-        self.release_held("package")
-        self.window.see("Installing editor 1.0.0", INSTALLS_CARD)
-        check("no editor process", not self.sandbox.processes("editor.exe"))
-        check("no editor yet", not (self.sandbox.launcher / "editor/editor.exe").exists())
-
-    def editor(self):
-        """the editor is installed and shows the waiting project"""
-        self.release_held("statement")
-        self.see_editor(NAME)
-        self.see_marker("1.0.0")
-        self.window.come_forward()
-        self.window.see("Installed — version 1.0.0", INSTALLS_CARD)
-        self.window.click(PROJECTS_TAB)
-        self.window.see("VOLO 1.0.0", EDITOR_COLUMN)
-
-    def second_click(self):
-        """a second editor is refused"""
-        self.window.click(row(1))
-        self.window.see("VOLO Editor is already open.", NOTICE)
-        check("one editor", len(self.sandbox.processes("editor.exe")) == 1)
-
-    def another_project(self):
-        """another project opens after the editor is closed"""
-        self.close_editor()
-        time.sleep(2)  # the launcher ignores clicks for two seconds after starting an editor
-        self.window.click(row(3, shift=NOTICE_HEIGHT))
-        self.see_editor("Hernia repair")
-        self.close_editor()
-        self.window.see("Hernia repair", name_box(0))
-        check("the opened project first", self.sandbox.listed()[:2] == ["Hernia repair", NAME])
-
-    # --- the editor kept current ---------------------------------------------------------------------------------------
-
-    def update(self):
-        """a newer version is found and installed"""
-        self.sandbox.publish("1.1.0")
-        self.window.click(INSTALLS_TAB)
-        (self.hold / "manifest").touch()
-        self.window.click(self.window.find("Check for updates", INSTALL_ACTION))
-        self.window.see("Checking for updates", INSTALLS_CARD)
-        self.release_held("manifest")
-        self.window.see("Installed — version 1.1.0", INSTALLS_CARD)
-        self.see_marker("1.1.0")
-
-    def cancel(self):
-        """a download is cancelled and the editor stays"""
-        self.sandbox.publish("1.2.0")
-        (self.hold / "package").touch()
-        self.window.click(self.window.find("Check for updates", INSTALL_ACTION))
-        self.window.click(self.window.find("Cancel download", INSTALL_ACTION))
-        self.window.see("Download cancelled.", INSTALLS_CARD)
-        self.see_marker("1.1.0")
-        check("no partial package", not list(self.sandbox.launcher.rglob("*.part")))
-
-    def retry(self):
-        """the second attempt installs the version"""
-        self.release_held("package")
-        self.window.click(self.window.find("Retry", INSTALL_ACTION))
-        self.window.see("Installed — version 1.2.0", INSTALLS_CARD)
-        self.see_marker("1.2.0")
-
-    # --- the list ------------------------------------------------------------------------------------------------------
-
-    def search(self):
-        """the search narrows the list, and its cross clears it"""
-        self.window.click(PROJECTS_TAB)
-        self.window.click(SEARCH)
-        self.window.type("scop")
-        self.window.see("Colonoscopy", name_box(0))
-        self.window.type("xx")
-        self.window.see("No matching projects", EMPTY_LIST)
-        self.window.click(SEARCH_CLEAR)
-        self.window.see("Hernia repair", name_box(0))
-
-    def sort(self):
-        """the list sorts by name in both directions"""
-        stored = self.sandbox.listed()
-        for order in (sorted(stored, key=str.lower), sorted(stored, key=str.lower, reverse=True)):
-            self.window.click(NAME_HEADER)
-            for number, name in enumerate(order):
-                self.window.see(name, name_box(number))
-        check("the stored order unchanged", self.sandbox.listed() == stored)
-
-    def star(self):
-        """a project becomes a favorite"""
-        x, y = row(0, STAR_X)
-        check("no star yet", not is_yellow(self.window.colour(x, y)))
-        self.window.click((x, y))
-        wait_for("a yellow star", lambda: is_yellow(self.window.colour(x, y)))
-        entry = self.sandbox.listed().index(NAME) + 1
-        wait_for("the favorite in Launcher.conf",
-                 lambda: self.sandbox.settings()[f"Projects%5C{entry}%5Cfavorite"] == "true")
-
-    def menu(self):
-        """the project's menu opens its folder"""
-        self.window.click(row(0), button=3)
-        self.window.see("Remove from Favorites", WHOLE)
-        self.window.click(self.window.find("Show in File Manager", WHOLE))
-        if self.sandbox.windows:  # Wine's file manager opens a window
-            self.desktop.window(NAME).close()
-            wait_for("the folder's window closed", lambda: not self.desktop.windows(NAME))
-            self.window.come_forward()
-        else:
-            self.sandbox.see(f"browser: shows the folder {self.sandbox.projects / NAME}")
-
-    def removal(self):
-        """a project leaves the list and stays on disk"""
-        self.window.click(row(4, DOTS_X))
-        self.window.click(self.window.find("Remove From List", WHOLE))
-        wait_for("one project fewer in Launcher.conf", lambda: "Appendectomy" not in self.sandbox.listed())
-        self.window.see_no("Appendectomy", LIST)
-        check("the project still on disk", (self.sandbox.projects / "Appendectomy/Appendectomy.zantorproj").is_file())
-
-    def undo(self):
-        """Ctrl+Z brings the removed project back"""
-        self.window.press("ctrl+z")
-        self.window.see("Appendectomy", LIST)
-        wait_for("the project in Launcher.conf", lambda: "Appendectomy" in self.sandbox.listed())
-
-    def zoom(self):
-        """Ctrl and + enlarge the window's content, and Ctrl and 0 bring it back"""
-        def height():
-            return self.window.find("Colonoscopy", WHOLE)[1]
-
-        normal = height()
-        self.window.press("ctrl+plus", "ctrl+plus")
-        wait_for("larger rows", lambda: height() > 1.1 * normal)
-        self.window.press("ctrl+0")
-        wait_for("rows of the normal size", lambda: abs(height() - normal) < 3)
-
-    def emoji(self):
-        """a project whose name has emoji is in the list and on disk"""
-        self.window.press("ctrl+n")
-        self.window.see("Create a new project", DIALOG)
-        self.window.tool("type", "--delay", "200", EMOJI_NAME)  # xdotool maps a key for the emoji, which takes a while
-        self.window.press("Return")
-        self.window.see_no("Create a new project", DIALOG)
-        self.window.see("Heart", LIST)
-        check("the project's file", (self.sandbox.projects / EMOJI_NAME / f"{EMOJI_NAME}.zantorproj").is_file())
-        check("the project first in Launcher.conf", self.sandbox.listed()[0] == EMOJI_NAME)
-
-    # --- the end -------------------------------------------------------------------------------------------------------
-
-    def sign_out(self):
-        """the sign-in screen returns and the session is removed"""
-        self.window.click(SIGN_OUT)
-        self.window.see("Sign in", SIGN_IN_BUTTON)
-        check("no session in Launcher.conf", self.sandbox.settings()["auth%2FrefreshToken"] == "")
-        check("the projects still in Launcher.conf", len(self.sandbox.listed()) == len(MADE_UP) + 2)
-
-    def close(self):
-        """the launcher ends with its window"""
-        window, self.window = self.window, None
-        self.sandbox.close(window)
-
-    def stored_session(self):
-        """the next start needs no sign-in"""
-        self.window = self.desktop.window("VOLO Launcher")
-        self.window.see("Ada Sandbox ada@sandbox.test", USER_CARD)
-        self.window.see("Heart", name_box(0))
-        self.sandbox.see("identity provider: refresh")
-        check("no consent asked", not any("consent" in line for line in self.sandbox.lines))
-
-    # --- what several steps need ---------------------------------------------------------------------------------------
 
     def release_held(self, what):
         (self.hold / what).unlink()
@@ -324,10 +98,186 @@ class Tour:
         self.window.come_forward()
 
 
-FIRST_RUN = (Tour.start, Tour.browser, Tour.shell, Tour.dialog, Tour.creation, Tour.installation, Tour.verification,
-             Tour.editor, Tour.second_click, Tour.another_project, Tour.update, Tour.cancel, Tour.retry, Tour.search,
-             Tour.sort, Tour.star, Tour.menu, Tour.removal, Tour.undo, Tour.zoom, Tour.emoji, Tour.sign_out, Tour.close)
-SECOND_RUN = (Tour.stored_session, Tour.close)
+def sign_in(tour):
+    sandbox = tour.sandbox
+    with tour.step("start", "the window shows the sign-in screen"):
+        window = tour.window = tour.desktop.window("VOLO Launcher")
+        wait_for("a window of 1180 x 740", lambda: window.size() == (1180, 740))
+        window.see("Welcome to VOLO Launcher", SIGN_IN_COLUMN)
+        window.see("Sign in", SIGN_IN_BUTTON)
+    with tour.step("browser", "the launcher waits for the browser"):
+        window.click(SIGN_IN)
+        window.see("Finish signing in in your browser.", SIGN_IN_COLUMN)
+        tour.release_held("browser")
+        sandbox.see("identity provider: consent")
+    with tour.step("shell", "Ada Sandbox is signed in"):
+        window.see("Ada Sandbox ada@sandbox.test", USER_CARD)
+        sandbox.see("reads: Sign-in complete")
+
+
+def open_projects(tour):
+    window, sandbox = tour.window, tour.sandbox
+    with tour.step("dialog", "a new project gets a name"):
+        window.click(NEW_PROJECT)
+        window.see("Create a new project", DIALOG)
+        window.click(window.find("VOLO project", DIALOG))  # the hint
+        window.type(NAME)
+        window.see(sandbox.name_of(sandbox.projects / NAME)[-len(f"VOLO Projects/{NAME}"):], DIALOG)
+    with tour.step("creation", "the project is first in the list and its file is on disk"):
+        window.press("Return")  # tesseract cannot read the white label of the blue button
+        window.see_no("Create a new project", DIALOG)
+        window.see(NAME, name_box(0))
+        window.see("Cholecystectomy", name_box(1))
+        check("the project's file", (sandbox.projects / NAME / f"{NAME}.zantorproj").is_file())
+        check("the project first in Launcher.conf", sandbox.listed() == [NAME, *MADE_UP])
+    with tour.step("installation", "opening the project first installs the editor, and the project waits"):
+        window.click(row(0))
+        window.see("Downloading", INSTALLS_CARD)
+        window.see("Cancel download", INSTALL_ACTION)
+        window.click(PROJECTS_TAB)
+        window.see("Installing VOLO Editor before opening this project...", NOTICE)
+    with tour.step("verification", "nothing is installed before the publisher's statement arrives"):
+        window.click(INSTALLS_TAB)
+        tour.release_held("package")
+        window.see("Installing editor 1.0.0", INSTALLS_CARD)
+        check("no editor process", not sandbox.processes("editor.exe"))
+        check("no editor yet", not (sandbox.launcher / "editor/editor.exe").exists())
+    with tour.step("editor", "the editor is installed and shows the waiting project"):
+        tour.release_held("statement")
+        tour.see_editor(NAME)
+        tour.see_marker("1.0.0")
+        window.come_forward()
+        window.see("Installed — version 1.0.0", INSTALLS_CARD)
+        window.click(PROJECTS_TAB)
+        window.see("VOLO 1.0.0", EDITOR_COLUMN)
+    with tour.step("second_click", "a second editor is refused"):
+        window.click(row(1))
+        window.see("VOLO Editor is already open.", NOTICE)
+        check("one editor", len(sandbox.processes("editor.exe")) == 1)
+    with tour.step("another_project", "another project opens after the editor is closed"):
+        tour.close_editor()
+        time.sleep(2)  # the launcher ignores clicks for two seconds after starting an editor
+        window.click(row(3, shift=NOTICE_HEIGHT))
+        tour.see_editor("Hernia repair")
+        tour.close_editor()
+        window.see("Hernia repair", name_box(0))
+
+
+def update_editor(tour):
+    window, sandbox = tour.window, tour.sandbox
+    with tour.step("update", "a newer version is found and installed"):
+        sandbox.publish("1.1.0")
+        window.click(INSTALLS_TAB)
+        (tour.hold / "manifest").touch()
+        window.click(window.find("Check for updates", INSTALL_ACTION))
+        window.see("Checking for updates", INSTALLS_CARD)
+        tour.release_held("manifest")
+        window.see("Installed — version 1.1.0", INSTALLS_CARD)
+        tour.see_marker("1.1.0")
+    with tour.step("cancel", "a download is cancelled and the editor stays"):
+        sandbox.publish("1.2.0")
+        (tour.hold / "package").touch()
+        window.click(window.find("Check for updates", INSTALL_ACTION))
+        window.click(window.find("Cancel download", INSTALL_ACTION))
+        window.see("Download cancelled.", INSTALLS_CARD)
+        tour.see_marker("1.1.0")
+    with tour.step("retry", "the second attempt installs the version"):
+        tour.release_held("package")
+        window.click(window.find("Retry", INSTALL_ACTION))
+        window.see("Installed — version 1.2.0", INSTALLS_CARD)
+        tour.see_marker("1.2.0")
+
+
+def look_through_the_list(tour):
+    window, sandbox = tour.window, tour.sandbox
+    with tour.step("search", "the search narrows the list, and its cross clears it"):
+        window.click(PROJECTS_TAB)
+        window.click(SEARCH)
+        window.type("scop")
+        window.see("Colonoscopy", name_box(0))
+        window.type("xx")
+        window.see("No matching projects", EMPTY_LIST)
+        window.click(SEARCH_CLEAR)
+        window.see("Hernia repair", name_box(0))
+    with tour.step("sort", "the list sorts by name in both directions"):
+        names = sorted(sandbox.listed(), key=str.lower)
+        for order in (names, names[::-1]):
+            window.click(NAME_HEADER)
+            for number, name in enumerate(order):
+                window.see(name, name_box(number))
+    with tour.step("star", "a project becomes a favorite"):
+        star = row(0, STAR_X)
+        check("no star yet", window.colour(*star) != YELLOW)
+        window.click(star)
+        wait_for("a yellow star", lambda: window.colour(*star) == YELLOW)
+        favorite = f"Projects%5C{sandbox.listed().index(NAME) + 1}%5Cfavorite"
+        wait_for("the favorite in Launcher.conf", lambda: sandbox.settings()[favorite] == "true")
+    with tour.step("menu", "the project's menu opens its folder"):
+        window.click(row(0), button=3)
+        window.see("Remove from Favorites", WHOLE)
+        window.click(window.find("Show in File Manager", WHOLE))
+        if sandbox.windows:  # Wine's file manager opens a window
+            tour.desktop.window(NAME).close()
+            wait_for("the folder's window closed", lambda: not tour.desktop.windows(NAME))
+            window.come_forward()
+        else:
+            sandbox.see(f"browser: shows the folder {sandbox.projects / NAME}")
+
+
+def change_the_list(tour):
+    window, sandbox = tour.window, tour.sandbox
+    with tour.step("removal", "a project leaves the list and stays on disk"):
+        window.click(row(4, DOTS_X))
+        window.click(window.find("Remove From List", WHOLE))
+        wait_for("one project fewer in Launcher.conf", lambda: "Appendectomy" not in sandbox.listed())
+        window.see_no("Appendectomy", LIST)
+        check("the project still on disk", (sandbox.projects / "Appendectomy/Appendectomy.zantorproj").is_file())
+    with tour.step("undo", "Ctrl+Z brings the removed project back"):
+        window.press("ctrl+z")
+        window.see("Appendectomy", LIST)
+        wait_for("the project in Launcher.conf", lambda: "Appendectomy" in sandbox.listed())
+    with tour.step("zoom", "Ctrl and + enlarge the window's content, and Ctrl and 0 bring it back"):
+        normal = window.find("Colonoscopy", WHOLE)[1]
+        window.press("ctrl+plus", "ctrl+plus")
+        wait_for("larger rows", lambda: window.find("Colonoscopy", WHOLE)[1] > 1.1 * normal)
+        window.press("ctrl+0")
+        wait_for("rows of the normal size", lambda: abs(window.find("Colonoscopy", WHOLE)[1] - normal) < 3)
+    with tour.step("emoji", "a project whose name has emoji is in the list and on disk"):
+        window.press("ctrl+n")
+        window.see("Create a new project", DIALOG)
+        window.type("Heart ")
+        window.tool("type", "--delay", "2000", "😀")  # xdotool maps a key for it, and unmaps the key after the delay
+        window.press("Return")
+        window.see_no("Create a new project", DIALOG)
+        window.see("Heart", LIST)
+        check("the project's file", (sandbox.projects / EMOJI_NAME / f"{EMOJI_NAME}.zantorproj").is_file())
+        check("the project first in Launcher.conf", sandbox.listed()[0] == EMOJI_NAME)
+
+
+def sign_out(tour):
+    with tour.step("sign_out", "the sign-in screen returns and the session is removed"):
+        tour.window.click(SIGN_OUT)
+        tour.window.see("Sign in", SIGN_IN_BUTTON)
+        check("no session in Launcher.conf", tour.sandbox.settings()["auth%2FrefreshToken"] == "")
+
+
+def come_back(tour):
+    with tour.step("stored_session", "the next start needs no sign-in"):
+        tour.window = tour.desktop.window("VOLO Launcher")
+        tour.window.see("Ada Sandbox ada@sandbox.test", USER_CARD)
+        tour.window.see("Heart", name_box(0))
+        tour.sandbox.see("identity provider: refresh")
+        check("no consent asked", not any("consent" in line for line in tour.sandbox.lines))
+
+
+def close(tour):
+    with tour.step("close", "the launcher ends with its window"):
+        window, tour.window = tour.window, None
+        tour.sandbox.close(window)
+
+
+FIRST_RUN = (sign_in, open_projects, update_editor, look_through_the_list, change_the_list, sign_out, close)
+SECOND_RUN = (come_back, close)
 
 
 def take(build, pictures):
@@ -338,11 +288,11 @@ def take(build, pictures):
         for what in ("browser", "package", "statement"):
             (hold / what).touch()
         tour = Tour(desktop, hold, pictures)
-        for steps, options in ((FIRST_RUN, ("--projects", str(len(MADE_UP)), "--hold", hold)),
-                               (SECOND_RUN, ("--stored-session",))):
+        for sections, options in ((FIRST_RUN, ("--projects", str(len(MADE_UP)), "--hold", hold)),
+                                  (SECOND_RUN, ("--stored-session",))):
             with Sandbox(desktop, build, *options, root=root) as tour.sandbox:
-                for step in steps:
-                    tour.step(step)
+                for section in sections:
+                    section(tour)
 
 
 def main():

@@ -15,9 +15,7 @@ namespace {
 const std::string kPackage = makeZip({{"editor.exe", std::string(300000, 'n')}, {"data/a", "b"}});
 const std::string kLength = "Content-Length: " + std::to_string(kPackage.size()) + "\r\n";
 const std::string kChunked = "Transfer-Encoding: chunked\r\n";
-const std::string kInstalled = "Installed: Installed — version 2 [Installed]";
 constexpr std::chrono::seconds kShortestReadTimeout(30);
-const std::string kChecksum = "Failed: The downloaded package failed its checksum verification. [Failed]";
 
 std::string ok(const std::string& fields, const std::string& body) {
     return "HTTP/1.1 200 OK\r\n" + fields + "\r\n" + body;
@@ -61,30 +59,31 @@ TEST(PackageDownload, ReusesAPackageOnlyWhenItsChecksumMatches) {
     const struct {
         std::string present, extraMembers, outcome, editor;
     } cases[] = {
-        {kPackage, "", "Installed: Installed — version 2 []", std::string(300000, 'n')},
-        {other, "", kInstalled, std::string(300000, 'n')},
-        {other, R"("sha256":"",)", "Installed: Installed — version 2 []", "other"}, // nothing to verify
-        {kPackage, R"("sha256":"ABCDEF",)", kChecksum, ""},                         // upper case never matches
+        {kPackage, "", "Installed: Installed — version 2.0 []", std::string(300000, 'n')},
+        {other, "", "Installed: Installed — version 2.0 [Installed]", std::string(300000, 'n')},
+        {other, R"("sha256":"",)", "Installed: Installed — version 2.0 []", "other"}, // nothing to verify
+        {kPackage, R"("sha256":"ABCDEF",)", "Failed: The downloaded package failed its checksum verification. [Failed]",
+         ""}, // upper case never matches
     };
     for (const auto& c : cases) {
         InstallWorld world;
-        world.release("2", kPackage, c.extraMembers);
-        world.folder.write("downloads/zantor_editor_2.zip", c.present);
+        world.release("2.0", kPackage, c.extraMembers);
+        world.folder.write("downloads/zantor_editor_2.0.zip", c.present);
         EXPECT_EQ(world.run(), c.outcome);
         EXPECT_EQ(readFileBytes(world.editor / "editor.exe"), c.editor);
-        EXPECT_EQ(fs::exists(world.downloads / "zantor_editor_2.zip"), !c.editor.empty());
+        EXPECT_EQ(fs::exists(world.downloads / "zantor_editor_2.0.zip"), !c.editor.empty());
     }
 }
 
 TEST(PackageDownload, AnUnusableDownloadsDirectoryLeavesTheRowDownloading) {
     for (const bool atTheEnd : {false, true}) {
-        InstallWorld world;
-        world.release("2", kPackage);
+        InstallWorld world(kPackage);
         // A directory that is not empty takes the place of the file.
-        world.folder.write(std::string("downloads/zantor_editor_2.zip") + (atTheEnd ? "" : ".part") + "/occupied", "x");
+        world.folder.write(std::string("downloads/zantor_editor_2.0.zip") + (atTheEnd ? "" : ".part") + "/occupied",
+                           "x");
         EXPECT_EQ(world.run(), atTheEnd ? "Failed: Could not finalize the downloaded package. [Downloading]"
                                         : "Failed: Could not write to the downloads directory. [Downloading]");
-        EXPECT_EQ(fs::is_regular_file(world.downloads / "zantor_editor_2.zip.part"), atTheEnd);
+        EXPECT_EQ(fs::is_regular_file(world.downloads / "zantor_editor_2.0.zip.part"), atTheEnd);
         EXPECT_EQ(world.requestCount(), atTheEnd ? 2u : 1u);
     }
 }
@@ -94,9 +93,8 @@ TEST(PackageDownload, CancelEndsATransferThatDripsOrIsSilent) {
         const bool counts = fields.starts_with("Content-Length");
         const bool drips = fields != kChunked; // the chunked body never begins
         std::atomic<int> written = 0;          // outlives the server
-        InstallWorld world;
+        InstallWorld world(kPackage);
         world.installOldEditor();
-        world.release("2", kPackage);
         world.serve("/package", [&](TlsConnection& connection) {
             connection.write(ok(fields, ""));
             while (drips && connection.write("x") && connection.pause(50))
@@ -109,7 +107,7 @@ TEST(PackageDownload, CancelEndsATransferThatDripsOrIsSilent) {
         ASSERT_TRUE(eventually([&] {
             return drips ? written >= 3 && (!counts || state.downloadedBytes() > 0) : world.requestCount() == 2;
         }));
-        EXPECT_EQ(state.statusMessage(), "Downloading editor 2…");
+        EXPECT_EQ(state.statusMessage(), "Downloading editor 2.0…");
         EXPECT_EQ(state.totalBytes(), counts ? 1000000 : 0);
         state.removeDownload(0);
         EXPECT_EQ(state.downloadsSnapshot().size(), 1u) << "a row that is downloading stays";
@@ -118,7 +116,7 @@ TEST(PackageDownload, CancelEndsATransferThatDripsOrIsSilent) {
         world.expectOldEditor({}, false);
         EXPECT_LT(std::chrono::steady_clock::now() - start, kShortestReadTimeout);
         world.serve("/package", httpAnswer(200, kPackage));
-        EXPECT_EQ(world.run(), "Installed: Installed — version 2 [Installed Installed]") << "a retry starts afresh";
+        EXPECT_EQ(world.run(), "Installed: Installed — version 2.0 [Installed Installed]") << "a retry starts afresh";
     }
 }
 
@@ -126,8 +124,7 @@ TEST(PackageDownload, ClosingDoesNotWaitForASilentServer) {
     for (const std::string& silent :
          {std::string("/package"), std::string("/manifest"), "/statements/" + sha256Hex(kPackage) + ".txt"}) {
         SCOPED_TRACE(silent);
-        InstallWorld world;
-        world.release("2", kPackage);
+        InstallWorld world(kPackage);
         std::atomic<bool> asked = false;
         world.serve(silent, [&](TlsConnection& connection) {
             asked = true;
@@ -143,9 +140,8 @@ TEST(PackageDownload, ClosingDoesNotWaitForASilentServer) {
 
 // A hash that is given up must not look like a wrong checksum, which deletes the package.
 TEST(PackageDownload, ClosingDuringTheHashKeepsThePackage) {
-    InstallWorld world;
-    world.release("2", kPackage);
-    const fs::path package = world.folder.write("downloads/zantor_editor_2.zip", "");
+    InstallWorld world(kPackage);
+    const fs::path package = world.folder.write("downloads/zantor_editor_2.0.zip", "");
     fs::resize_file(package, std::uintmax_t{1} << 30);
     world.state().startUpdate();
     ASSERT_TRUE(eventually([&] { return world.requestCount() == 1; }));

@@ -11,9 +11,8 @@ namespace fs = std::filesystem;
 
 // As a virus scanner does with a new file.
 TEST(WindowsExtraction, TheSwapWaitsForAnotherProgramThatHoldsAFile) {
-    InstallWorld world;
+    InstallWorld world(makeZip({{"editor.exe", "new"}}));
     world.installOldEditor();
-    world.release("2.0", makeZip({{"editor.exe", "new"}}));
     const HANDLE held =
         CreateFileW((world.editor / "data/model.bin").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     ASSERT_NE(held, INVALID_HANDLE_VALUE);

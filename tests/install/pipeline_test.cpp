@@ -128,9 +128,8 @@ TEST(InstallPipeline, CancelBeforeAnEntryFailsEveryRowOfTheVersion) {
 
 TEST(InstallPipeline, ClosingInterruptsAnEntryAndKeepsTheOldEditor) {
     const std::string package = makeZip({{"editor.exe", std::string(100'000'000, 'n')}});
-    InstallWorld world;
+    InstallWorld world(package);
     world.installOldEditor();
-    world.release("2.0", package);
     startExtracting(world);
     world.close();
     world.expectOldEditor({{"zantor_editor_2.0.zip", package}}, false);

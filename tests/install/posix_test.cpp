@@ -44,8 +44,7 @@ TEST(PackageExtraction, KeepsUnixModesAndMakesEveryEditorExecutable) {
 
 TEST(PackageDownload, AFullDiskFailsTheTransfer) {
     for (const std::size_t limit : {std::size_t{0}, kArchive.size() - 1}) {
-        InstallWorld world;
-        world.release("2", kArchive);
+        InstallWorld world(kArchive);
         rlimit before{};
         getrlimit(RLIMIT_FSIZE, &before);
         std::signal(SIGXFSZ, SIG_IGN); // a write beyond the limit then fails as on a full disk
@@ -75,9 +74,8 @@ extern "C" int syncfs(int file) noexcept {
 }
 
 TEST(InstallPipeline, EverythingIsOnTheDiskBeforeWhatReplacesOrRecordsIt) {
-    InstallWorld world;
+    InstallWorld world(kArchive);
     world.installOldEditor();
-    world.release("2.0", kArchive);
     const fs::path package = world.downloads / "zantor_editor_2.0.zip";
     const fs::path marker = world.editor / ".zantor_editor_version";
     std::vector<std::string> synced;
@@ -93,10 +91,9 @@ TEST(InstallPipeline, EverythingIsOnTheDiskBeforeWhatReplacesOrRecordsIt) {
 }
 
 TEST(InstallPipeline, ReplacesAnEditorThatIsALinkAndKeepsItsTarget) {
-    InstallWorld world;
+    InstallWorld world(kArchive);
     const fs::path built = world.folder.write("build/editor.exe", "built");
     fs::create_directory_symlink(built.parent_path(), world.editor);
-    world.release("2.0", kArchive);
     EXPECT_EQ(world.run(), "Installed: Installed — version 2.0 [Installed]");
     EXPECT_EQ(readFileBytes(built), "built");
     EXPECT_FALSE(fs::is_symlink(world.editor));
@@ -107,11 +104,10 @@ TEST(InstallPipeline, AFailedSwapLeavesNoStagingAndNoHalfEditor) {
     if (geteuid() != 0) GTEST_SKIP() << "needs root, to become a user who may not delete";
     for (const bool nothingCanGo : {true, false}) {
         ASSERT_EQ(seteuid(65534), 0);
-        InstallWorld world;
+        InstallWorld world(kArchive);
         world.installOldEditor();
         fs::permissions(world.editor / "data", fs::perms::owner_write, fs::perm_options::remove);
         if (nothingCanGo) fs::permissions(world.editor, fs::perms::owner_write, fs::perm_options::remove);
-        world.release("2.0", kArchive);
         EXPECT_EQ(world.run(), "Failed: Could not move the extracted editor into place. [Installing]");
         ASSERT_EQ(seteuid(0), 0);
         EXPECT_FALSE(fs::exists(world.staging));

@@ -4,26 +4,23 @@
 
 namespace {
 
-// Presses Tab or another key until an item has the focus.
-bool goTo(UiHarness& ui, const char* window, IdPath path, ImGuiKey by = ImGuiKey_Tab) {
-    for (int i = 0; i < 40 && !ui.focused(window, path); ++i)
-        ui.key(by);
-    return ui.focused(window, path);
-}
-
-bool activate(UiHarness& ui, const char* window, IdPath path) {
-    if (!goTo(ui, window, path)) return false;
-    ui.key(ImGuiKey_Enter);
-    ui.frames(3); // a popup needs some frames to open
-    return true;
-}
-
-std::string copied(UiHarness& ui) {
-    ui.key(ImGuiKey_C, ImGuiMod_Ctrl);
-    return ImGui::GetClipboardText();
-}
-
 struct Keys : ProjectsTest {
+    // Presses Tab or another key until an item has the focus.
+    bool goTo(const char* window, IdPath path, ImGuiKey by = ImGuiKey_Tab) {
+        for (int i = 0; i < 40 && !focused(window, path); ++i)
+            key(by);
+        return focused(window, path);
+    }
+    bool activate(const char* window, IdPath path) {
+        if (!goTo(window, path)) return false;
+        key(ImGuiKey_Enter);
+        frames(3); // a popup needs some frames to open
+        return true;
+    }
+    std::string copied() {
+        key(ImGuiKey_C, ImGuiMod_Ctrl);
+        return ImGui::GetClipboardText();
+    }
     void openCreatePopup() {
         key(ImGuiKey_N, ImGuiMod_Ctrl);
         frames(3);
@@ -38,15 +35,15 @@ struct Keys : ProjectsTest {
 };
 
 TEST_F(Keys, ReachEverythingOnARow) {
-    ASSERT_TRUE(goTo(*this, kProjectList, {0, "##project_row"}));
+    ASSERT_TRUE(goTo(kProjectList, {0, "##project_row"}));
     key(ImGuiKey_DownArrow);
     EXPECT_TRUE(ringOn(1));
     key(ImGuiKey_LeftArrow);
     ASSERT_TRUE(ringOn(1, "##star_toggle"));
     key(ImGuiKey_Space);
     EXPECT_TRUE(projects()[1].favorite);
-    ASSERT_TRUE(goTo(*this, kProjectList, {1, "##dots_menu"}, ImGuiKey_RightArrow));
-    ASSERT_TRUE(activate(*this, kProjectList, {1, "##dots_menu"}));
+    ASSERT_TRUE(goTo(kProjectList, {1, "##dots_menu"}, ImGuiKey_RightArrow));
+    ASSERT_TRUE(activate(kProjectList, {1, "##dots_menu"}));
     EXPECT_TRUE(menuEntry("Remove from Favorites"));
     key(ImGuiKey_Escape);
     frames(2);
@@ -58,7 +55,7 @@ TEST_F(Keys, ReachEverythingOnARow) {
     for (const ImGuiKey pressed : {ImGuiKey_DownArrow, ImGuiKey_DownArrow, ImGuiKey_Enter})
         key(pressed);
     EXPECT_EQ(system.openedFolders.size(), 1u) << "the third entry is \"Show in File Manager\"";
-    ASSERT_TRUE(activate(*this, kRoot, {"##header_star_sort"}));
+    ASSERT_TRUE(activate(kRoot, {"##header_star_sort"}));
     EXPECT_TRUE(app->sortStarredFirst);
 }
 
@@ -121,15 +118,15 @@ TEST_F(Keys, MakeAShortcutEvenWhenTheyAreReleasedAtOnce) {
 
 TEST_F(Keys, CopyTheFocusedPathAndTheStatus) {
     focusRow(2);
-    EXPECT_EQ(copied(*this), projects()[2].path);
+    EXPECT_EQ(copied(), projects()[2].path);
     key(ImGuiKey_2, ImGuiMod_Ctrl);
-    EXPECT_EQ(copied(*this), "Channel: Stable - Linux x86_64");
+    EXPECT_EQ(copied(), "Channel: Stable - Linux x86_64");
     key(ImGuiKey_1, ImGuiMod_Ctrl);
     EXPECT_EQ(app->activeTab, LauncherTab::Projects);
 }
 
 TEST_F(Keys, CreateAProjectInThePopup) {
-    ASSERT_TRUE(activate(*this, kRoot, {"+ New project"}));
+    ASSERT_TRUE(activate(kRoot, {"+ New project"}));
     EXPECT_EQ(app->createProjectError, "") << "the key press that opens the popup does not confirm it";
     type("a/b");
     key(ImGuiKey_Enter);
@@ -143,10 +140,10 @@ TEST_F(Keys, CreateAProjectInThePopup) {
     openCreatePopup();
     const std::string name = "Hernia \xF0\x9F\x98\x80\xF0\x9F\xAB\x80"; // two characters beyond U+FFFF
     type(name);
-    ASSERT_TRUE(activate(*this, kCreatePopup, {"Browse"}));
+    ASSERT_TRUE(activate(kCreatePopup, {"Browse"}));
     EXPECT_EQ(system.folderDialogs.size(), 1u);
     EXPECT_TRUE(popupOpen(kCreatePopup)) << "Enter on a button presses only that button";
-    ASSERT_TRUE(activate(*this, kCreatePopup, {"##NewProjectName"}));
+    ASSERT_TRUE(activate(kCreatePopup, {"##NewProjectName"}));
     EXPECT_EQ(listed(), (Names{name, "c", "b", "a"}));
     EXPECT_TRUE(ringOn(0)) << "on the new project";
 }
@@ -162,7 +159,7 @@ TEST_F(Keys, AnErrorWaitsUntilTheCreatePopupIsClosed) {
     ASSERT_TRUE(click(kCreatePopup, {"Cancel"}));
     for (const ImGuiKey closing : {ImGuiKey_Enter, ImGuiKey_Escape}) {
         frames(3);
-        EXPECT_EQ(copied(*this), "the reason");
+        EXPECT_EQ(copied(), "the reason");
         key(closing);
         frames(2);
         EXPECT_FALSE(popupOpen(kErrorPopup));
@@ -186,25 +183,24 @@ TEST_F(Keys, ATextThatIsTooLongIsCutAtAWholeCharacter) {
     EXPECT_EQ(app->newProjectName, "<" + umlauts.substr(0, 156) + ">") << "the text around the caret stays";
 }
 
-TEST(SignInKeys, SignInCancelCopyAndSignOut) {
-    UiHarness ui;
-    ui.configure();
-    SignInFlow& signIn = *ui.start().signIn;
+TEST_F(Keys, SignInCancelCopyAndSignOut) {
+    SignInFlow& signIn = *app->signIn;
+    signIn.state = SignInState::SignedOut;
     signIn.errorMessage = "the reason";
-    ui.frames(2);
-    EXPECT_EQ(copied(ui), "the reason");
+    frames(2);
+    EXPECT_EQ(copied(), "the reason");
     for (const ImGuiKey cancel : {ImGuiKey_Escape, ImGuiKey_Enter}) {
-        ui.key(ImGuiKey_Enter);
+        key(ImGuiKey_Enter);
         EXPECT_EQ(signIn.state, SignInState::SigningIn);
-        EXPECT_EQ(copied(ui), recordingSystem().openedUrls.back());
-        ui.key(cancel);
+        EXPECT_EQ(copied(), system.openedUrls.back());
+        key(cancel);
         EXPECT_EQ(signIn.state, SignInState::SignedOut);
     }
-    ui.key(ImGuiKey_DownArrow);
-    EXPECT_TRUE(ui.focused(kRoot, {"Sign in"})) << "any first key shows the focus";
+    key(ImGuiKey_DownArrow);
+    EXPECT_TRUE(focused(kRoot, {"Sign in"})) << "any first key shows the focus";
     signIn.state = SignInState::SignedIn;
-    ui.frames(2);
-    ASSERT_TRUE(activate(ui, kRoot, {"Sign out"}));
+    frames(2);
+    ASSERT_TRUE(activate(kRoot, {"Sign out"}));
     EXPECT_EQ(signIn.state, SignInState::SignedOut);
 }
 

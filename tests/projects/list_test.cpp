@@ -8,8 +8,6 @@
 #include "projects/project_search.h"
 #include "projects_fixture.h"
 
-namespace {
-
 using ProjectOrder = ProjectsTest;
 using Indices = std::vector<std::int32_t>;
 
@@ -65,5 +63,3 @@ TEST(ProjectFolder, IsMissingOnlyWhenTheFolderIsGone) {
     EXPECT_TRUE(isProjectMissing((disk / "gone/gone.zantorproj").string()));
     EXPECT_TRUE(isProjectMissing((disk / std::string(300, 'x')).string())) << "the query fails";
 }
-
-} // namespace

@@ -7,8 +7,6 @@
 
 #include "sign_in_fixture.h"
 
-namespace {
-
 TEST_F(SignInTest, WithoutDescriptorsOrRandomnessFailsBeforeTheBrowserOpens) {
     for (int i = 0; i < 2; ++i) { // the sanitizers open descriptors when code runs for the first time
         flow_->startSignIn();
@@ -38,5 +36,3 @@ TEST_F(SignInTest, WithoutDescriptorsOrRandomnessFailsBeforeTheBrowserOpens) {
     EXPECT_EQ(flow_->state, SignInState::SigningIn) << "the next press starts a new attempt";
     EXPECT_EQ(flow_->errorMessage, "");
 }
-
-} // namespace

@@ -32,12 +32,7 @@ const unsigned char* asBytes(const std::string& text) {
 } // namespace
 
 ZipEntry unixEntry(const std::string& name, const std::string& data, std::uint32_t mode) {
-    ZipEntry entry;
-    entry.name = name;
-    entry.data = data;
-    entry.madeBy = 3 << 8 | 20;
-    entry.externalAttributes = mode << 16;
-    return entry;
+    return {.name = name, .data = data, .madeBy = 3 << 8 | 20, .externalAttributes = mode << 16};
 }
 
 std::string makeZip(const std::vector<ZipEntry>& entries) {

@@ -19,6 +19,21 @@ struct SubmittedItem {
 
 std::map<ImGuiID, SubmittedItem> theItems; // of the last frame
 
+// 0: not submitted in the last frame.
+ImGuiID identify(const char* window, IdPath path) {
+    for (const ImGuiWindow* candidate : ImGui::GetCurrentContext()->Windows) {
+        const std::string_view name = candidate->Name; // that of a child ends in "_" and its identifier
+        if (name != window && !name.starts_with(std::string(window) + "_")) continue;
+        ImGuiID id = candidate->ID;
+        for (const auto& step : path) {
+            const int* number = std::get_if<int>(&step);
+            id = number ? ImHashData(number, sizeof *number, id) : ImHashStr(std::get<const char*>(step), 0, id);
+        }
+        if (theItems.contains(id)) return id;
+    }
+    return 0;
+}
+
 } // namespace
 
 // --- called by the test build of Dear ImGui --------------------------------------------------------------------------
@@ -77,16 +92,9 @@ LauncherApp& UiHarness::startSignedIn(const std::string& manifestUrl) {
     return *app;
 }
 
-fs::path UiHarness::installEditor(const fs::path& below) const {
-    return folder.write(below / "editor.exe", "editor");
-}
-
 ProjectEntry UiHarness::makeProject(const std::string& name, std::int64_t lastOpened) const {
-    ProjectEntry entry;
-    entry.name = name;
-    entry.path = folder.write("projects/" + name + "/" + name + ".zantorproj", "").string();
-    entry.lastOpened = lastOpened;
-    return entry;
+    const fs::path file = folder.write("projects/" + name + "/" + name + ".zantorproj", "");
+    return {name, file.string(), "", "", lastOpened};
 }
 
 std::vector<ProjectEntry> UiHarness::storedProjects() const {
@@ -112,26 +120,7 @@ void UiHarness::frame() {
     present();
 }
 
-void UiHarness::frames(int count) {
-    for (int i = 0; i < count; ++i)
-        frame();
-}
-
 // --- items -----------------------------------------------------------------------------------------------------------
-
-ImGuiID UiHarness::identify(const char* window, IdPath path) const {
-    for (const ImGuiWindow* candidate : ImGui::GetCurrentContext()->Windows) {
-        const std::string_view name = candidate->Name; // that of a child ends in "_" and its identifier
-        if (name != window && !name.starts_with(std::string(window) + "_")) continue;
-        ImGuiID id = candidate->ID;
-        for (const auto& step : path) {
-            const int* number = std::get_if<int>(&step);
-            id = number ? ImHashData(number, sizeof *number, id) : ImHashStr(std::get<const char*>(step), 0, id);
-        }
-        if (theItems.contains(id)) return id;
-    }
-    return 0;
-}
 
 std::optional<ImRect> UiHarness::rect(const char* window, IdPath path) const {
     const ImGuiID id = identify(window, path);
@@ -156,21 +145,6 @@ bool UiHarness::focused(const char* window, IdPath path) const {
 }
 
 // --- input -----------------------------------------------------------------------------------------------------------
-
-void UiHarness::moveTo(ImVec2 point) {
-    ImGui::GetIO().AddMousePosEvent(point.x, point.y);
-    frame();
-}
-
-void UiHarness::press(ImGuiMouseButton button) {
-    ImGui::GetIO().AddMouseButtonEvent(button, true);
-    frame();
-}
-
-void UiHarness::release(ImGuiMouseButton button) {
-    ImGui::GetIO().AddMouseButtonEvent(button, false);
-    frame();
-}
 
 void UiHarness::clickAt(ImVec2 point, ImGuiMouseButton button) {
     moveTo(point);

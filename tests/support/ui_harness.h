@@ -34,22 +34,24 @@ class UiHarness {
     UiHarness(const UiHarness&) = delete;
     UiHarness& operator=(const UiHarness&) = delete;
 
-    void configure(const std::string& manifestUrl = {}) const; // writes launcher_config.json
-    LauncherApp& start();                                      // builds the launcher
+    void configure(const std::string& manifestUrl) const; // writes launcher_config.json
+    LauncherApp& start();                                 // builds the launcher
     LauncherApp& startSignedIn(const std::string& manifestUrl = {});
 
-    std::filesystem::path installEditor(const std::filesystem::path& below = "launcher/here/bin") const;
+    std::filesystem::path installEditor() const { return folder.write("launcher/here/bin/editor.exe", "editor"); }
     ProjectEntry makeProject(const std::string& name, std::int64_t lastOpened) const; // with its file on disk
     std::vector<ProjectEntry> storedProjects() const;                                 // as Launcher.conf has them
 
     void resize(float width, float height, float scale = 1.0f); // units
     void frame();
-    void frames(int count);
+    void frames(int count) {
+        for (int i = 0; i < count; ++i)
+            frame();
+    }
 
     // The rectangle of an item in the last frame, or nothing if it was not submitted. A window is named by the start of
     // its name. A menu entry is found by its label.
     [[nodiscard]] std::optional<ImRect> rect(const char* window, IdPath path) const;
-    [[nodiscard]] ImGuiID identify(const char* window, IdPath path) const; // 0: not submitted in the last frame
     [[nodiscard]] std::optional<ImRect> menuEntry(const std::string& label, bool* disabled = nullptr) const;
     [[nodiscard]] bool popupOpen(const char* name) const;
     [[nodiscard]] bool focused(const char* window, IdPath path) const; // has the focus ring
@@ -58,9 +60,18 @@ class UiHarness {
     bool click(const char* window, IdPath path, ImGuiMouseButton button = ImGuiMouseButton_Left);
     bool clickMenu(const std::string& label);
     void clickAt(ImVec2 point, ImGuiMouseButton button = ImGuiMouseButton_Left);
-    void moveTo(ImVec2 point);
-    void press(ImGuiMouseButton button);
-    void release(ImGuiMouseButton button);
+    void moveTo(ImVec2 point) {
+        ImGui::GetIO().AddMousePosEvent(point.x, point.y);
+        frame();
+    }
+    void press(ImGuiMouseButton button) {
+        ImGui::GetIO().AddMouseButtonEvent(button, true);
+        frame();
+    }
+    void release(ImGuiMouseButton button) {
+        ImGui::GetIO().AddMouseButtonEvent(button, false);
+        frame();
+    }
     void key(ImGuiKey pressed, ImGuiKey modifier = ImGuiKey_None);
     void type(const std::string& text);
 

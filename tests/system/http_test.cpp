@@ -123,16 +123,6 @@ TEST_F(Http, AbortEndsARequestInEveryPhase) {
     expectEnd("handshake", silent.bind_to_any_port("127.0.0.1"), [] { return true; });
 }
 
-TEST_F(Http, SilenceInTheMiddleIsNoAnswer) {
-    const TlsServer server(TrustedAuthority::loopback(), [](TlsConnection& connection) {
-        connection.readRequest();
-        connection.write("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nbody");
-        connection.stall();
-    });
-    EXPECT_FALSE(httpsGet({"127.0.0.1", server.port(), 1}, "/a").answered);
-    EXPECT_FALSE(httpsGet({"127.0.0.1", 1, 1}, "/").answered) << "no server listens there";
-}
-
 TEST_F(Http, StatusLineOfAnyLengthIsSafeOnAWorkersStack) {
     for (const std::size_t length : {std::size_t{20000}, std::size_t{32000}}) {
         const TlsServer server(TrustedAuthority::loopback(), [&](TlsConnection& connection) {

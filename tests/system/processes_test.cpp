@@ -5,8 +5,6 @@
 #include "processes_fixture.h"
 #include "system/single_instance.h"
 
-namespace {
-
 TEST_F(Processes, EditorIsSeenByItsNameInAnyCase) {
     for (const auto& [name, seen] : {std::pair("myeditor.exe", false), {"EdItOr.ExE", true}}) {
         launch(childNamed(name));
@@ -63,5 +61,3 @@ TEST_F(Processes, OneInstanceHoldsTheGuardUntilItReleasesOrDies) {
     guard.release();
     EXPECT_EQ(instancesWithGuard(instance, 1), 1);
 }
-
-} // namespace
