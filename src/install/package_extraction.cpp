@@ -138,9 +138,8 @@ bool isEmptyOrMissing(const std::string& directory) {
 }
 
 std::vector<std::string> pathsOf(const std::vector<PlannedFile>& files) {
-    std::vector<std::string> paths;
-    for (const PlannedFile& file : files)
-        paths.push_back(file.path);
+    std::vector<std::string> paths(files.size());
+    std::transform(files.begin(), files.end(), paths.begin(), [](const PlannedFile& file) { return file.path; });
     return paths;
 }
 
