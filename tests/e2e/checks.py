@@ -215,25 +215,27 @@ def remembered_placement(build):
                  lambda: file.is_file() and file.read_text().endswith(" 1000 600 0 90\n"))
 
 
-def idle(build, seconds=10):
-    """An untouched launcher wakes once a second, and sends nothing to the X server."""
-    options = ("--stored-session", "--with-editor", "--projects", "12")
+def idle(build, seconds=10, projects=12):
+    """An untouched launcher wakes once a second, and sends nothing to the X server. A frame looks at each project's
+    folder and at a few files of the editor."""
+    options = ("--stored-session", "--with-editor", "--projects", str(projects))
     with launcher_window(build, *options) as (_, sandbox, window):
         window.point(*NOWHERE)
         sandbox.see("update server: 200 /manifest.json")
         window.see("Cholecystectomy", WHOLE)
         process, = sandbox.processes("volo-launcher")
         for _ in range(2):  # the first look may still include the start
-            trace = ["strace", "-p", process.name, "-e", "trace=%network,ppoll,poll,writev"]
+            trace = ["strace", "-p", process.name, "-e", "trace=%network,%file,ppoll,poll,writev"]
             calls = subprocess.run(["timeout", str(seconds), *trace], capture_output=True, text=True, check=False).stderr
             if "not permitted" in calls:
                 skip("strace may not attach to a process here")
             wakes = len(re.findall(r"poll\(.*Timeout", calls))
             requests = len(re.findall(r"(?:writev|sendmsg|sendto)\(", calls))
-            print(f"{wakes} wakes and {requests} requests in {seconds} s")
-            if 1 <= wakes <= seconds + 1 and requests == 0:
+            files = len(re.findall(r"(?:stat|statx|fstatat|openat|access)\(", calls))
+            print(f"{wakes} wakes, {requests} requests and {files} looks at files in {seconds} s")
+            if 1 <= wakes <= seconds + 1 and requests == 0 and files <= wakes * (projects + 5):
                 return
-        check("at most a wake a second and no request", False)
+        check("at most a wake a second, no request, and few looks at files", False)
 
 
 def production_endpoints(build):

@@ -57,6 +57,21 @@ TEST(PackageDownload, AFullDiskFailsTheTransfer) {
     }
 }
 
+TEST(InstallPipeline, LeavesNoThreadAndNoOpenFile) {
+    InstallWorld world(kArchive);
+    const auto use = [&] { // of the second run, when the test's server has all its threads
+        world.release("2.0", kArchive);
+        EXPECT_TRUE(world.run().starts_with("Installed"));
+        fs::remove_all(world.editor);
+        std::error_code noProc; // a system without /proc
+        return std::pair{std::distance(fs::directory_iterator("/proc/self/task", noProc), {}),
+                         std::distance(fs::directory_iterator("/proc/self/fd", noProc), {})};
+    };
+    use();
+    const auto before = use();
+    EXPECT_TRUE(eventually([&] { return use() == before; }));
+}
+
 // --- syncs ---------------------------------------------------------------------------------------------------------
 
 static std::function<void(const fs::path& path)> onSync;
