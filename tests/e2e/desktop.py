@@ -92,10 +92,6 @@ class Window:
         """Raises and focuses the window, as a window manager would after a click on the title bar."""
         self.tool("windowraise", self.identifier, "windowfocus", "--sync", self.identifier)
 
-    def size(self):
-        fields = dict(re.findall(r"(\w+)=(\d+)", self.tool("getwindowgeometry", "--shell", self.identifier)))
-        return int(fields["WIDTH"]), int(fields["HEIGHT"])
-
     # --- mouse and keys ------------------------------------------------------------------------------------------
 
     def point(self, x, y):

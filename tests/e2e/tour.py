@@ -102,7 +102,6 @@ def sign_in(tour):
     sandbox = tour.sandbox
     with tour.step("start", "the window shows the sign-in screen"):
         window = tour.window = tour.desktop.window("VOLO Launcher")
-        wait_for("a window of 1180 x 740", lambda: window.size() == (1180, 740))
         window.see("Welcome to VOLO Launcher", SIGN_IN_COLUMN)
         window.see("Sign in", SIGN_IN_BUTTON)
     with tour.step("browser", "the launcher waits for the browser"):

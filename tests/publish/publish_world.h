@@ -50,8 +50,6 @@ class PublishWorld {
         return publish();
     }
 
-    Tree files() const { return treeOf(site); }
-
     UpdateManifest manifest() const {
         PublishedManifest published;
         std::string failure;

@@ -53,9 +53,9 @@ TEST(Release, ARefusalOrAFailureChangesNothing) {
         ASSERT_EQ(world.publishBytes(makeZip({{"editor.exe", "second"}})), "");
         world.request.version = "1.4.3";
         spoil(world);
-        const Tree before = world.files();
+        const Tree before = treeOf(world.site);
         EXPECT_NE(world.publishBytes(third), "") << what;
-        EXPECT_EQ(world.files(), before) << what;
+        EXPECT_EQ(treeOf(world.site), before) << what;
     }
 }
 
@@ -63,7 +63,7 @@ TEST(Release, APlainArchiveHasOneVersionOnly) {
     PublishWorld world;
     world.request.encrypt = false;
     ASSERT_EQ(world.publish(), "");
-    const Tree before = world.files();
+    const Tree before = treeOf(world.site);
     world.request.version = "2";
     EXPECT_NE(world.publish().find("as version 1.4.2"), std::string::npos);
     world.request.force = true;
@@ -75,7 +75,7 @@ TEST(Release, APlainArchiveHasOneVersionOnly) {
                 fs::resize_file(file.path(), 0);
     };
     EXPECT_NE(world.publish().find("does not contain what was written"), std::string::npos);
-    EXPECT_EQ(world.files(), before) << "the release on offer has lost its statement";
+    EXPECT_EQ(treeOf(world.site), before) << "the release on offer has lost its statement";
     world.request.progress = nullptr;
     EXPECT_EQ(world.publish(), "");
     EXPECT_EQ(world.verdict(world.manifest().sha256), "");
@@ -87,12 +87,12 @@ TEST(Release, PublishingAgainChangesOnlyTheStatement) {
         world.request.encrypt = encrypt;
         world.request.baseUrl += "/"; // ignored
         ASSERT_EQ(world.publish(), "");
-        const Tree before = world.files();
+        const Tree before = treeOf(world.site);
         EXPECT_EQ(before.size(), 4u) << "manifest, package, statement and its folder";
         world.request.nowSeconds += kDay;
         EXPECT_EQ(world.publish(), "");
         EXPECT_TRUE(world.result.packageKept);
-        Tree after = world.files();
+        Tree after = treeOf(world.site);
         const std::string statement = "statements/" + world.manifest().sha256 + ".txt";
         EXPECT_NE(after[statement], before.at(statement));
         after[statement] = before.at(statement);
@@ -123,7 +123,7 @@ TEST(Release, RefusesADirectoryThatAnotherRunChanges) {
         EXPECT_NE(world.publish().find("Another volo-publish"), std::string::npos);
     }
     EXPECT_EQ(world.publish(), "");
-    EXPECT_EQ(world.files().count("manifest.json.killed.tmp"), 0u);
+    EXPECT_EQ(treeOf(world.site).count("manifest.json.killed.tmp"), 0u);
 }
 
 TEST(Release, ProgressTellsBytesShareAndTimeLeft) {

@@ -110,10 +110,10 @@ TEST_F(Statements, ThatOthersWroteAreNotSigned) {
     const std::string theirs = std::string(64, 'a');
     world.folder.write("site/statements/" + theirs + ".txt",
                        writeStatement({"3", 10, theirs, "-"}, "ok", kNow, 90, world.keys({"second"})));
-    const auto before = world.files();
+    const auto before = treeOf(world.site);
     request.all = true;
     EXPECT_NE(run(), "");
-    EXPECT_EQ(world.files(), before) << "some statements were signed";
+    EXPECT_EQ(treeOf(world.site), before) << "some statements were signed";
     fs::remove(statementPath(world.site, theirs));
     world.folder.write(statementPath(world.site, hashes["2"]), readFileBytes(statementPath(world.site, hashes["3"])));
     EXPECT_NE(run().find("another package than its name"), std::string::npos);

@@ -19,6 +19,7 @@ const std::string kConsentQuery =
 const std::string kTokenForm = // the code follows; challenge and verifier are those of RFC 7636, B
     "client_id=sandbox-client&client_secret=sandbox-secret&redirect_uri=http://127.0.0.1:1"
     "&code_verifier=dBjftJeZ4CVP-mB92K27uhbUJU1p1r_wW1gFWFOEjXk&grant_type=authorization_code&code=";
+constexpr char kForm[] = "application/x-www-form-urlencoded";
 
 class StrictProvider : public testing::Test {
   protected:
@@ -27,9 +28,6 @@ class StrictProvider : public testing::Test {
         const std::string url = provider_.authorizationUrl() + "?" + query;
         const std::string redirect = signInWithBrowser(url, trust_.rootFile()).redirect;
         return parseHttpRequest("GET " + redirect + " HTTP/1.1\r\n\r\n").parameter("code");
-    }
-    void exchange(const std::string& form, const std::string& type = "application/x-www-form-urlencoded") {
-        client_.Post("/token", form, type);
     }
 
     TrustedAuthority trust_;
@@ -40,11 +38,11 @@ class StrictProvider : public testing::Test {
 TEST_F(StrictProvider, RefusesWrongRequests) {
     client_.set_ca_cert_path(trust_.rootFile());
     const std::string used = code();
-    exchange(kTokenForm + used);
+    client_.Post("/token", kTokenForm + used, kForm);
     EXPECT_EQ(provider_.events().back(), "token");
-    exchange(kTokenForm + used);
+    client_.Post("/token", kTokenForm + used, kForm);
     EXPECT_EQ(provider_.events().back(), "refused: unknown code");
-    exchange(kTokenForm + code(), "text/plain");
+    client_.Post("/token", kTokenForm + code(), "text/plain");
     EXPECT_EQ(provider_.events().back(), "refused: not a form");
     const struct {
         bool exchanges;
@@ -62,7 +60,7 @@ TEST_F(StrictProvider, RefusesWrongRequests) {
     for (const auto& [exchanges, part, replacement, why] : cases) {
         std::string request = exchanges ? kTokenForm + code() : kConsentQuery;
         request.replace(request.find(part), part.size(), replacement);
-        exchanges ? exchange(request) : (void)code(request);
+        exchanges ? (void)client_.Post("/token", request, kForm) : (void)code(request);
         EXPECT_EQ(provider_.events().back(), "refused: " + why);
     }
     client_.Get("/v1/userinfo", {{"Authorization", "Bearer unknown"}});

@@ -14,9 +14,7 @@ using SignIn = SignInTest;
 TEST_F(SignIn, BrowserSignInIsRestoredByTheNextRunUntilSignOut) {
     flow_->startSignIn();
     EXPECT_EQ(flow_->state, SignInState::SigningIn);
-    const BrowserVisit visited = visit();
-    EXPECT_EQ(visited.error, "");
-    EXPECT_NE(visited.finalPage.find("<h2>Sign-in complete</h2>"), std::string::npos);
+    EXPECT_NE(visit().finalPage.find("<h2>Sign-in complete</h2>"), std::string::npos);
     pollUntil(SignInState::SignedIn);
     EXPECT_EQ(flow_->userName, "Ada \"L\" \xC3\xBC");
     EXPECT_EQ(flow_->userEmail, "ada@sandbox.test");
@@ -65,11 +63,10 @@ TEST_F(SignIn, RefusedConsentShowsTheReasonAndAValidRedirectMayStillFollow) {
     pollUntil(SignInState::SignedOut);
     EXPECT_EQ(flow_->errorMessage, "Google sign-in was not completed (access_denied).");
     EXPECT_FALSE(flow_->failedOnRestore);
-    const BrowserVisit visited = visit();
-    EXPECT_EQ(visited.error, "");
+    const std::string redirect = visit().redirect;
     pollUntil(SignInState::SignedIn);
     EXPECT_EQ(flow_->errorMessage, "");
-    EXPECT_FALSE(httplib::Client(visited.redirect.substr(0, visited.redirect.find("/?"))).Get("/?error=reload"))
+    EXPECT_FALSE(httplib::Client(redirect.substr(0, redirect.find("/?"))).Get("/?error=reload"))
         << "the listener must end with the code";
 }
 

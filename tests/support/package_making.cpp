@@ -25,10 +25,6 @@ std::string deflate(const std::string& data) {
     return out;
 }
 
-const unsigned char* asBytes(const std::string& text) {
-    return reinterpret_cast<const unsigned char*>(text.data());
-}
-
 } // namespace
 
 ZipEntry unixEntry(const std::string& name, const std::string& data, std::uint32_t mode) {
@@ -40,15 +36,16 @@ std::string makeZip(const std::vector<ZipEntry>& entries) {
     std::string directory;
     for (const ZipEntry& entry : entries) {
         const std::string stored = entry.deflated ? deflate(entry.data) : entry.data;
-        const std::uint32_t crc = entry.claimedCrc.value_or(
-            static_cast<std::uint32_t>(mz_crc32(MZ_CRC32_INIT, asBytes(entry.data), entry.data.size())));
+        const auto* bytes = reinterpret_cast<const unsigned char*>(entry.data.data());
+        const auto crc = static_cast<std::uint32_t>(mz_crc32(MZ_CRC32_INIT, bytes, entry.data.size()));
         const std::uint64_t offset = archive.size();
         const std::string sizes64 = littleEndian(entry.data.size(), 8) + littleEndian(stored.size(), 8);
         const std::string sizes32 =
             entry.zip64 ? std::string(8, '\xFF') : littleEndian(stored.size(), 4) + littleEndian(entry.data.size(), 4);
         // Version needed, flags, method, time, date, checksum, sizes: the same in both headers.
         const std::string common = littleEndian(entry.zip64 ? 45 : 20, 4) + littleEndian(entry.deflated ? 8 : 0, 2) +
-                                   littleEndian(0x5B210000, 4) + littleEndian(crc, 4) + sizes32;
+                                   littleEndian(0x5B210000, 4) + littleEndian(entry.claimedCrc.value_or(crc), 4) +
+                                   sizes32;
         const std::string localExtra = entry.zip64 ? littleEndian(1, 2) + littleEndian(16, 2) + sizes64 : "";
         const std::string directoryExtra =
             entry.zip64 ? littleEndian(1, 2) + littleEndian(24, 2) + sizes64 + littleEndian(offset, 8) : "";

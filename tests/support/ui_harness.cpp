@@ -5,7 +5,6 @@
 #include <string_view>
 
 #include "ui/ui_keyboard.h"
-#include "ui/ui_theme.h"
 
 namespace fs = std::filesystem;
 
@@ -81,11 +80,6 @@ void UiHarness::configure(const std::string& manifestUrl) const {
                      manifestUrl + "\"}");
 }
 
-LauncherApp& UiHarness::start() {
-    app = std::make_unique<LauncherApp>();
-    return *app;
-}
-
 LauncherApp& UiHarness::startSignedIn(const std::string& manifestUrl) {
     configure(manifestUrl);
     start().signIn->state = SignInState::SignedIn;
@@ -103,11 +97,6 @@ std::vector<ProjectEntry> UiHarness::storedProjects() const {
 }
 
 // --- frames ----------------------------------------------------------------------------------------------------------
-
-void UiHarness::resize(float width, float height, float scale) {
-    ImGui::GetIO().DisplaySize = {width * scale, height * scale};
-    uiThemeSetScale(scale);
-}
 
 void UiHarness::frame() {
     theItems.clear();
@@ -134,11 +123,6 @@ std::optional<ImRect> UiHarness::menuEntry(const std::string& label, bool* disab
     return found->second.rect;
 }
 
-bool UiHarness::popupOpen(const char* name) const {
-    const ImGuiWindow* window = ImGui::FindWindowByName(name);
-    return window != nullptr && window->WasActive;
-}
-
 bool UiHarness::focused(const char* window, IdPath path) const {
     const ImGuiContext& context = *ImGui::GetCurrentContext();
     return context.NavCursorVisible && context.NavId != 0 && context.NavId == identify(window, path);
@@ -152,27 +136,10 @@ void UiHarness::clickAt(ImVec2 point, ImGuiMouseButton button) {
     release(button);
 }
 
-bool UiHarness::click(const char* window, IdPath path, ImGuiMouseButton button) {
-    const std::optional<ImRect> found = rect(window, path);
-    if (found) clickAt(found->GetCenter(), button);
-    return found.has_value();
-}
-
-bool UiHarness::clickMenu(const std::string& label) {
-    const std::optional<ImRect> found = menuEntry(label);
-    if (found) clickAt(found->GetCenter());
-    return found.has_value();
-}
-
 void UiHarness::key(ImGuiKey pressed, ImGuiKey modifier) {
     for (const bool down : {true, false}) {
         if (modifier != ImGuiKey_None) ImGui::GetIO().AddKeyEvent(modifier, down);
         ImGui::GetIO().AddKeyEvent(pressed, down);
         frame();
     }
-}
-
-void UiHarness::type(const std::string& text) {
-    ImGui::GetIO().AddInputCharactersUTF8(text.c_str());
-    frame();
 }

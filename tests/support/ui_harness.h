@@ -17,6 +17,7 @@
 #include "support/temporary_folder.h"
 #include "support/ui_frames.h"
 #include "ui/ui_integration.h"
+#include "ui/ui_theme.h"
 
 inline constexpr const char* kRoot = "##ZantorLauncher";
 inline constexpr const char* kProjectList = "##ZantorLauncher/##ProjectsTableList";
@@ -35,14 +36,20 @@ class UiHarness {
     UiHarness& operator=(const UiHarness&) = delete;
 
     void configure(const std::string& manifestUrl) const; // writes launcher_config.json
-    LauncherApp& start();                                 // builds the launcher
+    LauncherApp& start() {                                // builds the launcher
+        app = std::make_unique<LauncherApp>();
+        return *app;
+    }
     LauncherApp& startSignedIn(const std::string& manifestUrl = {});
 
     std::filesystem::path installEditor() const { return folder.write("launcher/here/bin/editor.exe", "editor"); }
     ProjectEntry makeProject(const std::string& name, std::int64_t lastOpened) const; // with its file on disk
     std::vector<ProjectEntry> storedProjects() const;                                 // as Launcher.conf has them
 
-    void resize(float width, float height, float scale = 1.0f); // units
+    void resize(float width, float height, float scale = 1.0f) { // units
+        ImGui::GetIO().DisplaySize = {width * scale, height * scale};
+        uiThemeSetScale(scale);
+    }
     void frame();
     void frames(int count) {
         for (int i = 0; i < count; ++i)
@@ -53,12 +60,21 @@ class UiHarness {
     // its name. A menu entry is found by its label.
     [[nodiscard]] std::optional<ImRect> rect(const char* window, IdPath path) const;
     [[nodiscard]] std::optional<ImRect> menuEntry(const std::string& label, bool* disabled = nullptr) const;
-    [[nodiscard]] bool popupOpen(const char* name) const;
+    [[nodiscard]] bool popupOpen(const char* name) const {
+        const ImGuiWindow* window = ImGui::FindWindowByName(name);
+        return window != nullptr && window->WasActive;
+    }
     [[nodiscard]] bool focused(const char* window, IdPath path) const; // has the focus ring
 
-    // Each runs a frame for every event. The clicks return false if the item is not there.
-    bool click(const char* window, IdPath path, ImGuiMouseButton button = ImGuiMouseButton_Left);
-    bool clickMenu(const std::string& label);
+    // Each runs a frame for every event. The clicks on items return false if the item is not there.
+    bool click(const char* window, IdPath path, ImGuiMouseButton button = ImGuiMouseButton_Left) {
+        return click(rect(window, path), button);
+    }
+    bool clickMenu(const std::string& label) { return click(menuEntry(label)); }
+    bool click(const std::optional<ImRect>& item, ImGuiMouseButton button = ImGuiMouseButton_Left) {
+        if (item) clickAt(item->GetCenter(), button);
+        return item.has_value();
+    }
     void clickAt(ImVec2 point, ImGuiMouseButton button = ImGuiMouseButton_Left);
     void moveTo(ImVec2 point) {
         ImGui::GetIO().AddMousePosEvent(point.x, point.y);
@@ -73,7 +89,10 @@ class UiHarness {
         frame();
     }
     void key(ImGuiKey pressed, ImGuiKey modifier = ImGuiKey_None);
-    void type(const std::string& text);
+    void type(const std::string& text) {
+        ImGui::GetIO().AddInputCharactersUTF8(text.c_str());
+        frame();
+    }
 
     TemporaryFolder folder;
     const std::filesystem::path launcher = folder / "launcher/here";
