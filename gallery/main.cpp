@@ -61,6 +61,8 @@ std::optional<int> drawAll(Offscreen& canvas, const StageSetting& setting, const
 
 } // namespace
 
+// An exception, such as a full disk, ends the program.
+// NOLINTNEXTLINE(bugprone-exception-escape)
 int main(int count, char** arguments) {
     Options options;
     CLI::App commandLine("Draws every screen of the launcher in every state.");

@@ -59,8 +59,10 @@ bool UiHost::beginFrame() {
         glfwWaitEventsTimeout(pacer.idleWaitSeconds());
     } else {
         double wait = pacer.secondsUntilDue(glfwGetTime());
-        for (; wait > 0.0; wait = pacer.secondsUntilDue(glfwGetTime()))
+        while (wait > 0.0) {
             glfwWaitEventsTimeout(wait);
+            wait = pacer.secondsUntilDue(glfwGetTime());
+        }
         glfwPollEvents();
     }
     if (glfwWindowShouldClose(window.handle)) return false;

@@ -41,7 +41,7 @@ TEST_F(OpenProject, ReportsTheFirstReasonThatPreventsIt) {
     system.editorRunning = false;
     EXPECT_EQ(open(), "VOLO Editor is not installed and automatic installation is not configured.");
     EXPECT_EQ(app->activeTab, LauncherTab::Installs);
-    installEditor();
+    (void)installEditor();
     EXPECT_EQ(open(), "The project no longer exists:\n" + path);
     std::filesystem::create_directory(folder / "projects/b");
     EXPECT_EQ(open(), "opened");
@@ -89,7 +89,7 @@ TEST_F(OpenProject, WaitsUntilAnEditorIsFound) {
     frames(2);
     EXPECT_EQ(app->pendingOpenProjectPath, projects()[1].path);
     EXPECT_FALSE(popupOpen(kErrorPopup));
-    installEditor();
+    (void)installEditor();
     frame();
     EXPECT_EQ(app->pendingOpenProjectPath, "");
     EXPECT_EQ(listed(), (Names{"b", "c", "a"}));

@@ -63,7 +63,7 @@ TEST_F(Routing, EverySignInChecksForUpdatesOnce) {
     EXPECT_TRUE(rect(kRoot, {"Sign in"}));
     EXPECT_FALSE(app->updateCheckStarted);
 
-    installEditor(); // so that the second check ends in another status
+    (void)installEditor(); // so that the second check ends in another status
     app->signIn->state = SignInState::SignedIn;
     frame();
     EXPECT_EQ(app->activeTab, LauncherTab::Installs) << "the tab is kept";

@@ -42,9 +42,12 @@ class UiHarness {
     }
     LauncherApp& startSignedIn(const std::string& manifestUrl = {});
 
-    std::filesystem::path installEditor() const { return folder.write("launcher/here/bin/editor.exe", "editor"); }
-    ProjectEntry makeProject(const std::string& name, std::int64_t lastOpened) const; // with its file on disk
-    std::vector<ProjectEntry> storedProjects() const;                                 // as Launcher.conf has them
+    [[nodiscard]] std::filesystem::path installEditor() const {
+        return folder.write("launcher/here/bin/editor.exe", "editor");
+    }
+    [[nodiscard]] ProjectEntry makeProject(const std::string& name,
+                                           std::int64_t lastOpened) const; // with its file on disk
+    [[nodiscard]] std::vector<ProjectEntry> storedProjects() const;        // as Launcher.conf has them
 
     void resize(float width, float height, float scale = 1.0f) { // units
         ImGui::GetIO().DisplaySize = {width * scale, height * scale};
