@@ -34,7 +34,7 @@ volo_windows_packages=(g++-mingw-w64-x86-64-posix wine wine64 googletest)
 volo_browser_packages=(chromium libnss3-tools)
 volo_clang_packages=(clang clang-tidy libclang-rt-dev)
 # Tools that check packages, and NSIS, which makes the Windows installer.
-volo_package_packages=(desktop-file-utils appstream nsis)
+volo_package_packages=(file desktop-file-utils appstream nsis)
 # The tools of docs/deploying.md. Only ./release installs them, because nginx's package also starts a server.
 volo_deploying_packages=(nginx-light rsync rclone curl)
 

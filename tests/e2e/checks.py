@@ -123,7 +123,7 @@ def dialog(build):
             return desktop.run("xprop", "-id", chooser.identifier, "WM_TRANSIENT_FOR")[1].decode().split()[-1]
 
         wait_for("a transient window", lambda: owner() == hex(int(window.identifier)))
-        chooser.tool("windowmove", chooser.identifier, "0", "0")
+        chooser.tool("windowmove", chooser.identifier, "0", "400")  # it covers the place, also when it is small
         wait_for("the dialog over the window", lambda: window.colour(*place) != shown)
         chooser.tool("windowmove", chooser.identifier, "400", "0")
         wait_for("the repainted image", lambda: window.colour(*place) == shown)
