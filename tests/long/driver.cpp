@@ -4,8 +4,11 @@
 //   volo_long_driver install ROOT VERSION   one update run, against a server of its own that offers this version
 //   volo_long_driver settings ROOT COUNT    loads Launcher.conf, lists COUNT projects, and saves it
 //   volo_long_driver create ROOT NAME       creates a project in ROOT/projects
+//   volo_long_driver matrix                 meets servers that misbehave; prints a line for each
+//   volo_long_driver cycles|rounds COUNT    starts and closes COUNT launchers; see soak.cpp
 //
-// The exit status is 0 if the operation reported success. All of its system calls come from the main thread.
+// The exit status is 0 if the operation reported success. All system calls of the first three come from the main
+// thread.
 
 #include <cstddef>
 #include <cstdint>
@@ -15,6 +18,7 @@
 
 #include "config/launcher_settings.h"
 #include "install/update_pipeline.h"
+#include "long/runs.h"
 #include "projects/project_file.h"
 #include "support/package_making.h"
 #include "support/recording_system.h"
@@ -76,6 +80,8 @@ bool create(const std::string& root, const std::string& name) {
 } // namespace
 
 int main(int count, char** arguments) {
+    if (count == 2 && std::string(arguments[1]) == "matrix") return runMatrix() ? 0 : 1;
+    if (count == 3) return runSoak(arguments[1], std::atoi(arguments[2])) ? 0 : 1;
     if (count != 4) return 2;
     const std::string operation = arguments[1], root = arguments[2], value = arguments[3];
     if (operation == "install") return install(root, value) ? 0 : 1;
