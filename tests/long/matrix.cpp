@@ -163,7 +163,7 @@ milliseconds Matrix::interrupt(Fetch fetch, bool close) {
         app.reset();
     } else if (fetch == Fetch::Package) {
         app->install->requestCancel();
-        (void)eventually([&] { return !isBusy(); });
+        (void)eventually([&] { return app->install->status() >= EditorInstallStatus::Installed; });
     } else {
         fetch == Fetch::Code ? app->signIn->cancelSignIn() : app->signIn->signOut();
     }
