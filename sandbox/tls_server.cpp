@@ -27,6 +27,7 @@ struct TlsConnection::State {
 
 struct TlsServer::Shared {
     Script script;
+    bool hasCertificate = false;
     SSL_CTX* context = nullptr;
     socket_t listener = INVALID_SOCKET;
     int port = 0;
@@ -55,7 +56,7 @@ void TlsServer::Shared::close(TlsConnection::State& state, bool withReset) {
 }
 
 void TlsServer::Shared::serve(TlsConnection::State& state) {
-    if (SSL_accept(state.ssl) == 1) {
+    if (!hasCertificate || SSL_accept(state.ssl) == 1) {
         TlsConnection connection(state);
         script(connection);
         if (state.socket != INVALID_SOCKET) SSL_shutdown(state.ssl);
@@ -133,6 +134,7 @@ TlsServer::TlsServer(const ServerIdentity& identity, Script script, int port)
     std::signal(SIGPIPE, SIG_IGN);
 #endif
     shared_->script = std::move(script);
+    shared_->hasCertificate = !identity.certificatePem.empty();
     shared_->context = newContext(identity);
     shared_->listener = socket(AF_INET, SOCK_STREAM, 0);
     shared_->port = listenAt(shared_->listener, port);

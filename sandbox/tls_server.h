@@ -41,7 +41,8 @@ class TlsServer {
     using Script = std::function<void(TlsConnection&)>;
 
     // Starts to listen. If `port` is 0, the system chooses the port. The script runs once for each connection, on
-    // several threads at the same time.
+    // several threads at the same time. It starts after the handshake. If the identity has no certificate, there is no
+    // handshake: the script starts at once and can only pause, stall, reset or close.
     TlsServer(const ServerIdentity& identity, Script script, int port = 0);
     ~TlsServer(); // shuts down the open connections and joins their threads
     TlsServer(const TlsServer&) = delete;

@@ -1,6 +1,7 @@
 #include "system/http.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <string>
@@ -16,7 +17,13 @@
 namespace {
 
 constexpr int kConnectionTimeoutSeconds = 15;
-constexpr int kDefaultReadTimeoutSeconds = 300; // cpp-httplib's default
+
+std::atomic<int> longestReadTimeoutSeconds = 300; // cpp-httplib's default
+
+int readTimeoutOf(const HttpsServer& server) {
+    const int longest = longestReadTimeoutSeconds;
+    return server.readTimeoutSeconds > 0 ? std::min(server.readTimeoutSeconds, longest) : longest;
+}
 
 // Returns OpenSSL's context of a client. cpp-httplib 0.53.1 has tls_context() for it and deprecates ssl_context().
 // Older versions have only ssl_context().
@@ -73,7 +80,7 @@ httplib::Request newRequest(const char* method, const std::string& path, const H
 HttpsAnswer send(HttpExchange& exchange, const HttpsServer& server, const httplib::Request& request) {
     httplib::SSLClient client(server.host, server.port);
     client.set_connection_timeout(kConnectionTimeoutSeconds, 0);
-    if (server.readTimeoutSeconds > 0) client.set_read_timeout(server.readTimeoutSeconds, 0);
+    client.set_read_timeout(readTimeoutOf(server), 0);
     client.enable_server_certificate_verification(true);
     client.set_socket_options([&exchange](socket_t socket) { exchange.watch(static_cast<std::intptr_t>(socket)); });
     HttpsAnswer answer;
@@ -91,9 +98,8 @@ HttpsAnswer send(HttpExchange& exchange, const HttpsServer& server, const httpli
 // Sends a request and keeps the response's body in memory, up to `bodyLimit` bytes. Ends after twice the read time-out
 // at the latest.
 HttpsAnswer sendForSmallAnswer(const HttpsServer& server, const httplib::Request& request, std::size_t bodyLimit) {
-    const int readTimeout = server.readTimeoutSeconds > 0 ? server.readTimeoutSeconds : kDefaultReadTimeoutSeconds;
     return HttpExchange::run(
-        server.abort, std::chrono::seconds(2 * readTimeout),
+        server.abort, std::chrono::seconds(2 * readTimeoutOf(server)),
         [server, request = request, bodyLimit](HttpExchange& exchange) mutable {
             int status = 0;
             std::string body;
@@ -116,6 +122,10 @@ HttpsAnswer sendForSmallAnswer(const HttpsServer& server, const httplib::Request
 }
 
 } // namespace
+
+void setLongestReadTimeout(int seconds) {
+    longestReadTimeoutSeconds = seconds;
+}
 
 HttpsAnswer httpsGet(const HttpsServer& server, const std::string& path, const HttpFields& headers,
                      std::size_t bodyLimit) {

@@ -40,10 +40,14 @@ class HttpAbort {
 // server. If the number is not 0, main must exit with std::_Exit, because these threads still use static objects.
 [[nodiscard]] int unfinishedRequests();
 
+// Sets the longest read time-out of later requests, which is 300 seconds at the start. Test programs set a shorter one,
+// so that they need not wait for servers that stay silent. Any thread.
+void setLongestReadTimeout(int seconds);
+
 struct HttpsServer {
     std::string host;
     int port = 443;
-    int readTimeoutSeconds = 0; // 0: 300 seconds, the library's default
+    int readTimeoutSeconds = 0; // 0: the longest read time-out
     HttpAbort abort = {};
 };
 

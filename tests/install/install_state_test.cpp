@@ -23,6 +23,7 @@ TEST(UpdateManifestText, TakesTextsAndNothingElse) {
         {start, invalid},
         {"[]", invalid},
         {deep, invalid},
+        {start + R"(,"x":")" + std::string(600000, ',') + "\"}", invalid}, // as many values would need much memory
     };
     for (const auto& [body, failure] : cases) {
         UpdateManifest manifest;

@@ -4,8 +4,11 @@
 //   volo_long_driver install ROOT VERSION   one update run, against a server of its own that offers this version
 //   volo_long_driver settings ROOT COUNT    loads Launcher.conf, lists COUNT projects, and saves it
 //   volo_long_driver create ROOT NAME       creates a project in ROOT/projects
+//   volo_long_driver matrix [PART]          meets servers that misbehave; prints a line for each, see matrix.cpp
+//   volo_long_driver cycles|rounds COUNT    starts and closes COUNT launchers; see soak.cpp
 //
-// The exit status is 0 if the operation reported success. All of its system calls come from the main thread.
+// The exit status is 0 if the operation reported success. All system calls of the first three come from the main
+// thread.
 
 #include <cstddef>
 #include <cstdint>
@@ -15,11 +18,21 @@
 
 #include "config/launcher_settings.h"
 #include "install/update_pipeline.h"
+#include "long/launcher_run.h"
 #include "projects/project_on_disk.h"
+#include "signin/google_endpoints.h"
 #include "support/package_making.h"
 #include "support/recording_system.h"
 #include "support/tls_server.h"
 #include "support/trusted_authority.h"
+
+GoogleEndpoints googleEndpoints() { // the token endpoint serves two fetches, of which a run changes one
+    const int code = fetchPorts[static_cast<std::size_t>(Fetch::Code)];
+    const int renewal = fetchPorts[static_cast<std::size_t>(Fetch::Renewal)];
+    const int userInfo = fetchPorts[static_cast<std::size_t>(Fetch::UserInfo)];
+    const int good = fetchPorts[static_cast<std::size_t>(Fetch::Manifest)];
+    return {"https://127.0.0.1/auth", "127.0.0.1", code != good ? code : renewal, "127.0.0.1", userInfo};
+}
 
 namespace {
 
@@ -76,6 +89,11 @@ bool create(const std::string& root, const std::string& name) {
 } // namespace
 
 int main(int count, char** arguments) {
+    if (count > 1 && std::string(arguments[1]) == "matrix") return runMatrix(count > 2 ? arguments[2] : "") ? 0 : 1;
+    if (count == 3) {
+        const int number = std::atoi(arguments[2]);
+        return (std::string(arguments[1]) == "cycles" ? runCycles(number) : runRounds(number)) ? 0 : 1;
+    }
     if (count != 4) return 2;
     const std::string operation = arguments[1], root = arguments[2], value = arguments[3];
     if (operation == "install") return install(root, value) ? 0 : 1;
