@@ -11,7 +11,7 @@ import tempfile
 import time
 
 from desktop import Desktop, NotSeen, check, missing_programs, wait_for
-from sandbox_run import Sandbox, stand_apart
+from sandbox_run import Sandbox, be_google, stand_apart
 
 # The layout of a launcher window of 1180 x 740 at scale 1: places (x, y) and boxes (left, top, width, height).
 SIGN_IN = (236, 383)
@@ -279,7 +279,7 @@ FIRST_RUN = (sign_in, open_projects, update_editor, look_through_the_list, chang
 SECOND_RUN = (come_back, close)
 
 
-def take(build, pictures):
+def take(build, pictures, always=()):
     with tempfile.TemporaryDirectory(prefix="volo-tour-") as folder, Desktop() as desktop:
         root = pathlib.Path(folder) / "world"
         hold = pathlib.Path(folder) / "hold"
@@ -289,7 +289,7 @@ def take(build, pictures):
         tour = Tour(desktop, hold, pictures)
         for sections, options in ((FIRST_RUN, ("--projects", str(len(MADE_UP)), "--hold", hold)),
                                   (SECOND_RUN, ("--stored-session",))):
-            with Sandbox(desktop, build, *options, root=root) as tour.sandbox:
+            with Sandbox(desktop, build, *options, *always, root=root) as tour.sandbox:
                 for section in sections:
                     section(tour)
 
@@ -298,14 +298,18 @@ def main():
     options = argparse.ArgumentParser(description=__doc__)
     options.add_argument("--build", default="build/linux", help="the folder of the built programs")
     options.add_argument("--out", default="out/tour", help="the folder for the pictures")
+    options.add_argument("--as-google", action="store_true",
+                         help="with the shipped launcher, where Google's host names are this machine")
     arguments = options.parse_args()
     if missing_programs():
         sys.exit("not installed: " + ", ".join(missing_programs()))
+    if arguments.as_google and not be_google():
+        sys.exit("network and mount namespaces are not permitted")
     stand_apart(arguments.build)
     pictures = pathlib.Path(arguments.out)
     pictures.mkdir(parents=True, exist_ok=True)
     began = time.monotonic()
-    take(arguments.build, pictures)
+    take(arguments.build, pictures, ("--as-google",) if arguments.as_google else ())
     print(f"[tour] every step succeeded in {time.monotonic() - began:.0f} s; the pictures are in {pictures}")
 
 
