@@ -14,10 +14,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Returns the user's configuration directory. The XDG base directory rules say that a relative path is
-// ignored.
+// Returns the user's configuration directory. The XDG base directory rules say that a relative path is ignored.
 fs::path configHome() {
-    const fs::path configured = getEnvironmentString("XDG_CONFIG_HOME");
+    fs::path configured = getEnvironmentString("XDG_CONFIG_HOME");
     if (configured.is_absolute()) return configured;
     const fs::path home = getEnvironmentString("HOME");
     return home.empty() ? fs::path() : home / ".config";
