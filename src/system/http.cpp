@@ -70,7 +70,8 @@ httplib::Request newRequest(const char* method, const std::string& path, const H
     httplib::Request request;
     request.method = method;
     request.path = path;
-    request.headers.insert(headers.begin(), headers.end());
+    for (const auto& header : headers) // cpp-httplib 0.53.1 inserts no range
+        request.headers.insert(header);
     // cpp-httplib 0.18.7 sends no User-Agent in requests with a content receiver.
     request.headers.emplace("User-Agent", std::string("cpp-httplib/") + CPPHTTPLIB_VERSION);
     return request;
