@@ -10,6 +10,7 @@
 
 # The reverse-DNS name in the desktop entry, the metainfo, the icons' names and the registry key.
 set(VOLO_APPLICATION_ID "org.volo.Launcher" CACHE STRING "Reverse-DNS name of the application")
+set(VOLO_HOMEPAGE "https://example.org/volo-launcher" CACHE STRING "Web page of the launcher, for software centres")
 target_compile_definitions(vls_en PRIVATE VOLO_APPLICATION_ID="${VOLO_APPLICATION_ID}")
 set(VOLO_CONTACT "VOLO Launcher maintainers <maintainers@volo.example>" CACHE STRING "Maintainer named in the packages")
 set(VOLO_LAUNCHER_CONFIG "" CACHE FILEPATH "launcher_config.json for the packages; empty: only the example")
