@@ -46,7 +46,7 @@ struct ReleaseResult {
                                   ReleaseResult& result, std::string& failureText);
 
 // Returns why a version is refused; empty if it is accepted. Launchers write the version to a marker file and trim it
-// when they read it, so refuses versions that this would change.
+// when they read the file. A version that would differ after that is refused.
 [[nodiscard]] std::string versionProblem(const std::string& version);
 
 // Returns why an address is refused as the base of the published addresses; empty if it is accepted.

@@ -52,7 +52,7 @@ void makeReadableFolders(const std::string& path);
 // and keeps the old file.
 [[nodiscard]] bool replaceFile(const std::string& path, const std::string& text, std::string& failureText);
 
-// A manifest and the platform that it contains; empty if it contains none.
+// A manifest and the platform that it names. `platform` is empty if the manifest names none.
 struct PublishedManifest {
     UpdateManifest manifest;
     std::string platform;

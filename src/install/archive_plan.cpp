@@ -28,8 +28,9 @@ bool isWholeEntry(mz_zip_archive& archive, mz_uint index, const mz_zip_archive_f
     return entry.m_comp_size != 0 || (entry.m_uncomp_size == 0 && entry.m_crc32 == 0);
 }
 
-// Returns the file mode from the upper half of the external attributes, or `unknown` if the entry was not made on Unix.
-// Some archivers leave the type bits zero, so zero counts as a regular file.
+// Returns the entry's permissions, limited to 0755 and always with 0600. Returns `unknown` if the entry was not made on
+// Unix, has no mode, or is not a regular file. Some archivers leave the type bits zero; such an entry counts as a
+// regular file.
 fs::perms modeOf(const mz_zip_archive_file_stat& entry) {
     constexpr unsigned kMadeOnUnix = 3, kTypeBits = 0170000, kRegular = 0100000;
     const unsigned mode = entry.m_external_attr >> 16;

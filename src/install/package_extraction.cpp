@@ -131,7 +131,8 @@ void makeEditorExecutable(const std::string& stagingDirectory) {
     }
 }
 
-// True if the staging directory contains no files. A file left by an earlier run would become part of the new editor.
+// True if the staging directory is empty or does not exist. A file left by an earlier run would become part of the new
+// editor.
 bool isEmptyOrMissing(const std::string& directory) {
     std::error_code error;
     return !fs::exists(directory, error) || fs::is_empty(directory, error);

@@ -1,4 +1,5 @@
-// The install stage of a run: what each of its ends leaves on disk and in the rows.
+// Tests of the install stage: what each outcome (installed, failed, cancelled, closed) leaves on disk and in the rows
+// of the Downloads screen; and that a run waits while another launcher installs.
 
 #include <thread>
 

@@ -1,4 +1,5 @@
-// The logic of the popup "Create a new project": its initial values and the creation itself.
+// The logic of the popup "Create a new project": its initial values, and what its button does. project_on_disk.cpp
+// makes the folder and the file.
 
 #include <filesystem>
 
