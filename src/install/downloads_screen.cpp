@@ -92,7 +92,7 @@ void LauncherApp::drawDownloadRow(int index) {
     ImDrawList* drawList = ImGui::GetWindowDrawList();
     uiThemeText(drawList, uiThemeFont(14.0f), min + uiThemePx({kRowInset, 12.0f}), kRowTitle,
                 "VOLO Editor " + record.version);
-    const std::size_t status = static_cast<std::size_t>(record.status);
+    const auto status = static_cast<std::size_t>(record.status);
     const InstallBadge& badge = kBadges[status < kBadges.size() ? status : 0];
     uiThemeBadge("dl_badge", drawList, min + uiThemePx({kRowInset, 36.0f}), badge.text, badge.look);
 

@@ -20,6 +20,7 @@ constexpr milliseconds kConnectionLimit{5000};
 
 // The pure virtual functions of httplib::Stream differ between cpp-httplib 0.18.7 and 0.53.1. This class defines the
 // functions of both versions, so none can be marked `override`.
+// NOLINTBEGIN(modernize-use-override,modernize-use-nodiscard)
 class BoundedConnection : public httplib::Stream {
   public:
     explicit BoundedConnection(std::intptr_t socket)
@@ -63,6 +64,7 @@ class BoundedConnection : public httplib::Stream {
     std::size_t begin_ = 0;
     std::size_t end_ = 0;
 };
+// NOLINTEND(modernize-use-override,modernize-use-nodiscard)
 
 } // namespace
 
