@@ -21,7 +21,7 @@ volo_build_packages=(
   fonts-roboto-unhinted librsvg2-bin imagemagick
 )
 # Programs and drivers that a running launcher uses: dialogs, xdg-open, the OpenGL driver.
-volo_desktop_packages=(zenity xdg-utils libgl1-mesa-dri)
+volo_desktop_packages=(zenity xdg-utils libgl1-mesa-dri libegl1)
 # A virtual screen, and the tools that read it and send input to it.
 volo_screen_packages=(xvfb xauth xdotool tesseract-ocr tesseract-ocr-eng x11-utils procps python3 fonts-droid-fallback)
 # Test libraries, and independent tools with which the tests compare results.

@@ -29,6 +29,7 @@ class EditorInstallState {
     void requestCancel();  // takes effect at the worker's next cancellation point
     void joinIfFinished(); // call once per frame; does not block
 
+    [[nodiscard]] bool isRunning() const { return worker_.joinable(); } // until joinIfFinished has ended the run
     [[nodiscard]] EditorInstallStatus status() const;
     [[nodiscard]] std::int64_t downloadedBytes() const;
     [[nodiscard]] std::int64_t totalBytes() const;

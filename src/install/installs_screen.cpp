@@ -71,7 +71,7 @@ void LauncherApp::drawInstallsScreen() {
 
     ImDrawList* drawList = ImGui::GetWindowDrawList();
     drawEditorIcon(drawList, min + uiThemePx({kCardInset, kIconTop}), uiThemePx(kIconSize), kIcon);
-    const std::string version = install ? installedEditorVersion() : std::string();
+    const std::string version = install ? looks.ask(&installedEditorVersion) : std::string();
     uiThemeText(drawList, uiThemeFont(16.0f), min + uiThemePx({kTextLeft, kTitleTop}), kTitle, editorLabel(version));
 
     const std::size_t known = static_cast<std::size_t>(status) < kBadges.size() ? static_cast<std::size_t>(status) : 0;
@@ -80,7 +80,7 @@ void LauncherApp::drawInstallsScreen() {
                  {max.x - uiThemePx(kCardInset) - uiThemeBadgeWidth(badge.text), min.y + uiThemePx(kTitleTop)},
                  badge.text, badge.look);
 
-    const std::string editor = resolveEditorExecutable(*this);
+    const std::string editor = looks.ask([this] { return resolveEditorExecutable(*this); });
     ImFont* small = uiThemeFont(12.0f);
     drawList->PushClipRect(min, max - uiThemePx({kCardInset, 0.0f}),
                            true); // clip long paths and messages at the card's edge

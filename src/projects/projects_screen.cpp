@@ -99,7 +99,7 @@ void LauncherApp::drawProjectsScreen() {
     drawTableHeader(at, headerTop, uiThemePx(kHeaderHeight));
 
     ProjectRows rows;
-    rows.editorLabel = defaultEditorLabel(*this);
+    rows.editorLabel = looks.ask([this] { return defaultEditorLabel(*this); });
     // Compute the rows after the search box: a search text that was cleared in this frame then hides no rows.
     rows.indices = displayedProjects(*this, rows.editorLabel);
     displayedBefore = rows.indices;

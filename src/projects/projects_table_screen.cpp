@@ -236,7 +236,7 @@ void LauncherApp::drawProjectRow(const ProjectRows& rows, std::size_t position, 
                  : star.hovered ? kStarOffHovered
                                 : kStarOff,
                  entry.favorite);
-    const bool exists = !isProjectMissing(entry.path);
+    const bool exists = looks.ask([path = entry.path] { return isProjectMissing(path) ? "missing" : ""; }).empty();
     drawRowTexts(rows, entry, exists, min, max);
     drawDots(drawList, dotsCentre, dots.hovered ? kDotsHovered : kDots);
 

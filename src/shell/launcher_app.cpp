@@ -35,6 +35,7 @@ void LauncherApp::restoreStoredSession() {
 }
 
 void LauncherApp::drawFrame(float /*deltaSeconds*/) {
+    looks.forget();
     collectResults();
     if (signIn && !sessionRestoreStarted && signIn->state == SignInState::SignedOut) restoreStoredSession();
 
@@ -72,6 +73,15 @@ void LauncherApp::drawFrame(float /*deltaSeconds*/) {
     drawProjectDialogs();
     uiThemeReveal(drawList, min, max);
     ImGui::End();
+}
+
+bool LauncherApp::isAtRest() const {
+    // In these states frames also collect results, and they do so for a short time only.
+    const bool signInRuns =
+        signIn && (signIn->state == SignInState::SigningIn || signIn->state == SignInState::RestoringSession);
+    const bool installRuns = install && install->isRunning();
+    if (signInRuns || installRuns || decodingBackground.valid() || !pendingOpenProjectPath.empty()) return false;
+    return !looks.answersChanged();
 }
 
 // Processes the results of the workers.

@@ -17,6 +17,7 @@
 #include "shell/text_field.h"
 #include "signin/picture_file.h"
 #include "signin/sign_in_flow.h"
+#include "system/file_looks.h"
 
 struct ImTextureData;
 struct ImVec2;
@@ -32,6 +33,9 @@ class LauncherApp {
     LauncherApp& operator=(const LauncherApp&) = delete;
 
     void drawFrame(float deltaSeconds);
+
+    // True if a new frame would equal the last one as long as there is no input and no worker wakes the window.
+    [[nodiscard]] bool isAtRest() const;
 
     // The actions of the Projects screen. An index is a position in the stored list.
     void beginNewProject();
@@ -116,6 +120,8 @@ class LauncherApp {
     void showOpenError(const std::string& message);
     bool refuseWhileEditorRuns(std::int64_t now);
     void keepAfterOpening(std::vector<ProjectEntry> projects);
+
+    FileLooks looks; // what the last frame has read from the disk
 
     std::optional<ProjectEntry> removedProject; // for Ctrl+Z
     bool searchStartedByTyping = false;         // true until the search field is active

@@ -73,6 +73,7 @@ int run() {
     uiThemeInitialize(host.integration);
     setDialogHook([&host](std::int64_t dialog) { host.repaintBehindDialog(dialog); });
     setFrameWake(&UiHost::wake);
+    host.isAtRest = [&app] { return app.isAtRest(); };
     while (host.beginFrame()) {
         uiThemeSetScale(host.dpiScale());
         uiThemeTick(host.deltaSeconds);

@@ -1,6 +1,7 @@
 #include "ui/ui_host.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <filesystem>
 #include <span>
@@ -21,6 +22,8 @@ namespace {
 
 constexpr const char* kPlacementFile = "Launcher.window";
 constexpr double kFootLineSeconds = 8.0;
+
+std::atomic<bool> woken = false; // since the last wait
 
 } // namespace
 
@@ -56,7 +59,10 @@ bool UiHost::beginFrame() {
     Window& window = *window_;
     FramePacer& pacer = window.pacer;
     if (pacer.idle()) {
-        glfwWaitEventsTimeout(pacer.idleWaitSeconds());
+        do {
+            glfwWaitEventsTimeout(pacer.idleWaitSeconds());
+            window.rememberSettledPlacement();
+        } while (!woken.exchange(false) && window.isUntouched() && isAtRest && isAtRest());
     } else {
         double wait = pacer.secondsUntilDue(glfwGetTime());
         while (wait > 0.0) {
@@ -67,7 +73,6 @@ bool UiHost::beginFrame() {
     }
     if (glfwWindowShouldClose(window.handle)) return false;
 
-    window.rememberSettledPlacement();
     ImGui_ImplOpenGL3_NewFrame();
     // Without an event, size, scale, cursor and focus have not changed, so the frame need not query the window system.
     if (!pacer.hasNoEvents()) {
@@ -99,6 +104,7 @@ bool UiHost::presentFrame(const float* clearColour) {
 }
 
 void UiHost::wake() {
+    woken = true;
     glfwPostEmptyEvent();
 }
 

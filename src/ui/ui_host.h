@@ -5,10 +5,11 @@
 // The host decides when frames are built and presented. While something moves or input arrives, it builds frames at the
 // display's rate. When a new frame equals the one on the screen and nothing is pending, beginFrame waits for events and
 // presentFrame presents nothing. Worker threads end the wait with wake. The wait ends after one second, so that changes
-// on disk become visible. A frame after a wait without events does not query the window system. For an iconified
-// window, frames are built after each wait, but not presented.
+// on disk become visible: a frame begins unless isAtRest is true. A frame after a wait without events does not query
+// the window system. For an iconified window, frames are built after each wait, but not presented.
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -56,6 +57,9 @@ class UiHost {
 
     // Shows a line of text at the bottom of the window for 8 s. Does nothing if `text` is empty.
     void say(const std::string& text);
+
+    // Called after a wait without events. True: beginFrame waits again instead of starting a frame. Optional.
+    std::function<bool()> isAtRest;
 
     // The folder of the file with the window's saved placement, in UTF-8. Set it before initialize. If it is empty, the
     // placement is neither read nor written.

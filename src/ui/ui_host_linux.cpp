@@ -2,6 +2,7 @@
 #include <utility>
 #include <vector>
 
+#include <GLFW/glfw3.h>
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
@@ -51,6 +52,10 @@ std::vector<Window> allWindows(Display* display) {
 }
 
 } // namespace
+
+int fastContextApi() {
+    return GLFW_EGL_CONTEXT_API;
+}
 
 void darkenTitleBar(GLFWwindow* /*window*/) {} // window managers of X11 and Wayland choose the colours
 

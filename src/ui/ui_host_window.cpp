@@ -75,25 +75,14 @@ bool UiHost::Window::createWindow(std::string& errorText) {
     glfwWindowHint(GLFW_SCALE_TO_MONITOR, GLFW_TRUE);
     glfwWindowHint(GLFW_DEPTH_BITS, 0);
     glfwWindowHint(GLFW_STENCIL_BITS, 0);
+    glfwWindowHint(GLFW_ALPHA_BITS, 0); // with EGL, alpha bits would select a translucent visual
     glfwWindowHintString(GLFW_X11_CLASS_NAME, kWindowClass);
     glfwWindowHintString(GLFW_X11_INSTANCE_NAME, kWindowClass);
 #if defined(GLFW_WAYLAND_APP_ID)
     glfwWindowHintString(GLFW_WAYLAND_APP_ID, VOLO_APPLICATION_ID); // must equal the name of the desktop entry
 #endif
-    std::string reason; // why the first version failed; it is the preferred one
-    for (const GraphicsVersion& version : kGraphicsVersions) {
-        glfwWindowHint(GLFW_CONTEXT_VERSION_MAJOR, version.major);
-        glfwWindowHint(GLFW_CONTEXT_VERSION_MINOR, version.minor);
-        glfwWindowHint(GLFW_OPENGL_PROFILE, version.core ? GLFW_OPENGL_CORE_PROFILE : GLFW_OPENGL_ANY_PROFILE);
-        glfwWindowHint(GLFW_OPENGL_FORWARD_COMPAT, version.core ? GLFW_TRUE : GLFW_FALSE);
-        handle = glfwCreateWindow(desc.width, desc.height, desc.title, nullptr, nullptr);
-        if (handle) {
-            shaderVersion = version.shaderVersion;
-            break;
-        }
-        if (reason.empty()) reason = takeError();
-    }
-    if (!handle) {
+    std::string reason;
+    if (!createHandle(fastContextApi(), reason) && !createHandle(GLFW_NATIVE_CONTEXT_API, reason)) {
         errorText = "could not open the window: " + reason;
         return false;
     }
@@ -106,6 +95,26 @@ bool UiHost::Window::createWindow(std::string& errorText) {
     pacer = FramePacer(secondsPerFrame());
     place();
     return true;
+}
+
+// Creates the window with the first OpenGL version that works. On failure sets `reason` to the error of the preferred
+// version, which is the first.
+bool UiHost::Window::createHandle(int contextApi, std::string& reason) {
+    reason.clear();
+    glfwWindowHint(GLFW_CONTEXT_CREATION_API, contextApi);
+    for (const GraphicsVersion& version : kGraphicsVersions) {
+        glfwWindowHint(GLFW_CONTEXT_VERSION_MAJOR, version.major);
+        glfwWindowHint(GLFW_CONTEXT_VERSION_MINOR, version.minor);
+        glfwWindowHint(GLFW_OPENGL_PROFILE, version.core ? GLFW_OPENGL_CORE_PROFILE : GLFW_OPENGL_ANY_PROFILE);
+        glfwWindowHint(GLFW_OPENGL_FORWARD_COMPAT, version.core ? GLFW_TRUE : GLFW_FALSE);
+        handle = glfwCreateWindow(desc.width, desc.height, desc.title, nullptr, nullptr);
+        if (handle) {
+            shaderVersion = version.shaderVersion;
+            return true;
+        }
+        if (reason.empty()) reason = takeError();
+    }
+    return false;
 }
 
 void UiHost::Window::setIcon() {
@@ -167,6 +176,10 @@ void UiHost::Window::draw(ImDrawData& frame, std::span<const float, 4> clear) co
     glClear(GL_COLOR_BUFFER_BIT);
     ImGui_ImplOpenGL3_RenderDrawData(&frame);
     glfwSwapBuffers(handle);
+}
+
+bool UiHost::Window::isUntouched() const {
+    return pacer.hasNoEvents() && !pacer.timersRun() && ImGui::GetTime() >= footLineUntil;
 }
 
 // Repaints the last image after damage. If the window was resized, the image keeps its size in the top left corner.

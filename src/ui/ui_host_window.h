@@ -54,6 +54,7 @@ struct UiHost::Window {
 
     ~Window();
     [[nodiscard]] bool open(std::string& errorText);
+    [[nodiscard]] bool isUntouched() const; // true if neither an event nor a timer of ours changes the next frame
     void repaintDamage();
     void draw(ImDrawData& frame, std::span<const float, 4> clear) const;
     void followScale();
@@ -69,6 +70,7 @@ struct UiHost::Window {
     static void notePlacement(GLFWwindow* source);
     static void noteKey(GLFWwindow* source, int key, int scanCode, int action, int modifiers);
     [[nodiscard]] bool createWindow(std::string& errorText);
+    [[nodiscard]] bool createHandle(int contextApi, std::string& reason);
     [[nodiscard]] bool createContext(std::string& errorText);
     void setIcon();
     void watchEvents();

@@ -8,6 +8,10 @@
 #include <dwmapi.h>
 #include <shobjidl.h>
 
+int fastContextApi() {
+    return GLFW_NATIVE_CONTEXT_API;
+}
+
 void darkenTitleBar(GLFWwindow* window) {
     const HWND handle = glfwGetWin32Window(window);
     const BOOL dark = TRUE;

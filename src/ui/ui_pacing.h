@@ -38,6 +38,7 @@ class FramePacer {
     [[nodiscard]] double idleWaitSeconds() const { return timersRun_ ? kTimerWaitSeconds : kIdleWaitSeconds; }
     [[nodiscard]] double secondsUntilDue(double now) const;
 
+    [[nodiscard]] bool timersRun() const { return timersRun_; }
     void setTimersRun(bool run) { timersRun_ = run; } // for a blinking caret, a tooltip's delay, a held button
 
     float frameStarted(double now); // returns the seconds since the previous frame

@@ -7,6 +7,7 @@ namespace {
 using SearchBox = ProjectsTest;
 using SortHeaders = ProjectsTest;
 using Row = ProjectsTest;
+using AtRest = ProjectsTest;
 
 TEST_F(SearchBox, TheCrossClearsTheTextThatIsBeingEditedButNotBehindAPopup) {
     const ImRect field = *rect(kRoot, {"##ProjectSearch"});
@@ -105,6 +106,38 @@ TEST_F(Menu, RemovesEveryRowAndDeletesNothing) {
         EXPECT_EQ(storedProjects().size(), left.size());
     }
     EXPECT_TRUE(std::filesystem::exists(folder / "projects/a/a.zantorproj"));
+}
+
+TEST_F(AtRest, OnlyAChangeOnDiskNeedsAFrame) {
+    ASSERT_TRUE(app->isAtRest());
+    std::filesystem::remove_all(folder / "projects/b");
+    EXPECT_FALSE(app->isAtRest());
+    frame();
+    EXPECT_TRUE(app->isAtRest());
+    for (const LauncherTab tab : {LauncherTab::Projects, LauncherTab::Installs}) {
+        app->activeTab = tab;
+        frame();
+        EXPECT_TRUE(app->isAtRest());
+        folder.write("launcher/here/editor/.zantor_editor_version", tab == LauncherTab::Projects ? "1.0" : "2.0");
+        EXPECT_FALSE(app->isAtRest()) << "the screen shows another version";
+    }
+    frame();
+    std::filesystem::remove(editor);
+    EXPECT_FALSE(app->isAtRest()) << "the card shows another location";
+}
+
+TEST_F(AtRest, AWorkerOrAWaitingProjectNeedsFrames) {
+    app->pendingOpenProjectPath = projects()[0].path;
+    EXPECT_FALSE(app->isAtRest());
+    app->pendingOpenProjectPath.clear();
+    app->install->startUpdate();
+    EXPECT_FALSE(app->isAtRest());
+    while (app->install->isRunning())
+        frame();
+    EXPECT_TRUE(app->isAtRest());
+    app->signIn->state = SignInState::SigningIn;
+    EXPECT_FALSE(app->isAtRest());
+    app->signIn->state = SignInState::SignedIn;
 }
 
 } // namespace
