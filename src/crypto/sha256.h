@@ -3,10 +3,13 @@
 // Computes the SHA-256 of texts, streams and files. Any thread.
 
 #include <atomic>
+#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <openssl/evp.h>
@@ -26,6 +29,33 @@ class Sha256 {
 // Returns the digest of a file as 64 lower-case hexadecimal digits; empty on failure. Reads the file 256 KiB at a time.
 // If another thread sets `stop`, it ends early and returns an empty text.
 [[nodiscard]] std::string sha256OfFile(const std::string& path, const std::atomic<bool>* stop = nullptr);
+
+// Computes the digest of a file while another thread writes it, on a thread of its own.
+class GrowingFileSha256 {
+  public:
+    explicit GrowingFileSha256(std::string path, const std::atomic<bool>* stop = nullptr);
+    ~GrowingFileSha256(); // joins the thread
+    GrowingFileSha256(const GrowingFileSha256&) = delete;
+    GrowingFileSha256& operator=(const GrowingFileSha256&) = delete;
+
+    // The first `size` bytes are in the file. The writer calls it after each write.
+    void grewTo(std::uint64_t size);
+
+    // Reads the rest of the file, then returns what sha256OfFile would return. Call it once, after the last write.
+    [[nodiscard]] std::string finish();
+
+  private:
+    std::uint64_t waitPast(std::uint64_t at);
+
+    const std::string path_;
+    const std::atomic<bool>* const stop_;
+    std::mutex mutex_; // guards readable_
+    std::condition_variable grown_;
+    std::uint64_t readable_ = 0;
+    std::atomic<bool> abandoned_ = false;
+    std::string digest_;
+    std::thread thread_; // not joinable if the system could not create it: finish then reads the whole file
+};
 
 // Returns the 32 bytes of the digest of `text`; empty on failure.
 [[nodiscard]] std::vector<std::uint8_t> sha256Bytes(const std::string& text);

@@ -10,7 +10,11 @@
 
 bool verifyArtifactAuthenticity(const ArtifactAuthenticity& pinned, const std::string& version,
                                 const std::string& packagePath, const std::string& decryptedPath,
-                                const UpdateCancellation& stop, std::string& failureText) {
+                                const UpdateCancellation& stop, std::string& failureText,
+                                const PackageDigests& digests) {
+    const auto digestOf = [&](const std::string& known, const std::string& path) {
+        return known.empty() ? sha256OfFile(path, &stop.closing) : known;
+    };
     const auto fail = [&](const std::string& text) {
         failureText = text;
         return false;
@@ -25,9 +29,9 @@ bool verifyArtifactAuthenticity(const ArtifactAuthenticity& pinned, const std::s
     package.version = version;
     std::error_code error;
     package.size = static_cast<std::int64_t>(std::filesystem::file_size(packagePath, error));
-    package.sha256 = sha256OfFile(packagePath, &stop.closing);
+    package.sha256 = digestOf(digests.package, packagePath);
     package.plaintextSha256 =
-        decryptedPath.empty() ? std::string(statement::kNoPlaintext) : sha256OfFile(decryptedPath, &stop.closing);
+        decryptedPath.empty() ? std::string(statement::kNoPlaintext) : digestOf(digests.plaintext, decryptedPath);
 
     HttpsServer server;
     std::string path;

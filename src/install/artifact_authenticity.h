@@ -13,9 +13,16 @@ struct ArtifactAuthenticity {
     std::string keys; // one to four Ed25519 public keys, base64 of 32 bytes each, separated by spaces
 };
 
+// Digests that the run has computed from the files; empty: not computed yet.
+struct PackageDigests {
+    std::string package;
+    std::string plaintext;
+};
+
 // Fetches the release statement of the package file. Checks it against the files on disk, the pinned keys and the
 // clock. `decryptedPath` is the decrypted archive; it is empty if the package is not encrypted. Blocking; install
 // worker only. On failure returns false and sets `failureText` to a message for the user.
 [[nodiscard]] bool verifyArtifactAuthenticity(const ArtifactAuthenticity& pinned, const std::string& version,
                                               const std::string& packagePath, const std::string& decryptedPath,
-                                              const UpdateCancellation& stop, std::string& failureText);
+                                              const UpdateCancellation& stop, std::string& failureText,
+                                              const PackageDigests& digests = {});

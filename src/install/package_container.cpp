@@ -123,7 +123,7 @@ bool isEncryptedPackage(const std::string& path) {
 }
 
 bool decryptPackage(const std::string& containerPath, const std::string& outputPath, const std::string& keyText,
-                    std::string& failureText) {
+                    std::string& failureText, const std::function<void(std::uint64_t size)>& onWritten) {
     const auto fail = [&](const char* text) {
         failureText = text;
         return false;
@@ -134,8 +134,11 @@ bool decryptPackage(const std::string& containerPath, const std::string& outputP
     output.rdbuf()->pubsetbuf(nullptr, 0);
     output.open(outputPath, std::ios::binary | std::ios::trunc);
     if (!output) return fail("Could not open output file for writing.");
+    std::uint64_t size = 0;
     const auto write = [&](const unsigned char* bytes, std::size_t count) {
         output.write(reinterpret_cast<const char*>(bytes), static_cast<std::streamsize>(count));
+        size += count;
+        if (onWritten) onWritten(size);
     };
     if (const char* wrong = decryptPayload(opened, write)) return fail(wrong);
     return true;

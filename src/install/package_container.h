@@ -45,9 +45,11 @@ inline constexpr std::size_t kKeySize = 32;
 //
 // The tag is at the end of the container, so the plaintext is written before the tag can be checked. After a failure
 // the output stays on disk and may contain unauthenticated plaintext: open it only if the result is true. Write errors
-// are ignored, because the extraction fails for an incomplete archive.
+// are ignored, because the extraction fails for an incomplete archive. After each write, passes the size of the output
+// so far to `onWritten`.
 [[nodiscard]] bool decryptPackage(const std::string& containerPath, const std::string& outputPath,
-                                  const std::string& keyText, std::string& failureText);
+                                  const std::string& keyText, std::string& failureText,
+                                  const std::function<void(std::uint64_t size)>& onWritten = {});
 
 // Decrypts like decryptPackage, but passes the plaintext to `sink` piece by piece. Use the plaintext only if the result
 // is true.

@@ -1,8 +1,10 @@
 #include "install/package_download.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <string_view>
 #include <system_error>
 
@@ -28,10 +30,12 @@ class PartFile {
 
     void flush() {
         stream_.write(gathered_.data(), static_cast<std::streamsize>(gathered_.size()));
+        size_ += gathered_.size();
         gathered_.clear();
         stream_.flush();
     }
 
+    [[nodiscard]] std::uint64_t size() const { return size_; } // without what has not been written yet
     [[nodiscard]] bool isOpen() const { return stream_.is_open(); }
     [[nodiscard]] bool good() const { return !stream_.fail(); }
     void close() { stream_.close(); }
@@ -41,14 +45,19 @@ class PartFile {
 
     std::ofstream stream_;
     std::string gathered_;
+    std::uint64_t size_ = 0;
 };
 
 UpdateEvent::Kind receiveIntoPart(const PackageTransfer& transfer, const std::string& partPath,
                                   const UpdateCancellation& stop, const TransferProgress& onProgress) {
     PartFile part(partPath);
     if (!part.isOpen()) return UpdateEvent::DownloadsNotWritable;
+    std::optional<GrowingFileSha256> digest;
+    if (!transfer.sha256.empty()) digest.emplace(partPath, &stop.closing);
     const auto receive = [&](const char* data, std::size_t size) {
-        return !stop.cancelRequested && part.write({data, size});
+        if (stop.cancelRequested || !part.write({data, size})) return false;
+        if (digest) digest->grewTo(part.size());
+        return true;
     };
     const auto progress = [&](std::int64_t received, std::int64_t total) {
         onProgress(received, total);
@@ -63,8 +72,7 @@ UpdateEvent::Kind receiveIntoPart(const PackageTransfer& transfer, const std::st
     if (stop.cancelRequested) return UpdateEvent::DownloadCancelled;
     // httpsDownload also writes the body of a response whose status is not 200 into the part file.
     if (!answer.answered || answer.status != 200 || !written) return UpdateEvent::DownloadFailed;
-    if (!transfer.sha256.empty() && sha256OfFile(partPath, &stop.closing) != transfer.sha256)
-        return UpdateEvent::ChecksumDiffers;
+    if (digest && digest->finish() != transfer.sha256) return UpdateEvent::ChecksumDiffers;
     // Sync before the rename. Otherwise the file with the final name could be empty after a power failure.
     if (!syncFile(partPath)) return UpdateEvent::DownloadFailed;
     return UpdateEvent::Downloaded;

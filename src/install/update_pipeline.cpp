@@ -1,5 +1,6 @@
 #include "install/update_pipeline.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
@@ -69,12 +70,13 @@ void removeLeftovers(const std::string& downloadsDirectory, const std::string& p
 // Verifies the package and extracts it. `decryptedPath` is the decrypted archive; it is empty if the package is not
 // encrypted. Returns Installed on success, otherwise the event that ends the run.
 UpdateEvent verifyAndExtract(const UpdateRun& run, const UpdateManifest& manifest, const std::string& packagePath,
-                             const std::string& decryptedPath, const std::string& staging) {
-    if (!decryptedPath.empty() && !manifest.plaintextSha256.empty() &&
-        sha256OfFile(decryptedPath, &run.stop.closing) != manifest.plaintextSha256)
+                             const std::string& decryptedPath, const PackageDigests& digests,
+                             const std::string& staging) {
+    if (!decryptedPath.empty() && !manifest.plaintextSha256.empty() && digests.plaintext != manifest.plaintextSha256)
         return {UpdateEvent::PlaintextDiffers};
     std::string cause;
-    if (!verifyArtifactAuthenticity(run.authenticity, manifest.version, packagePath, decryptedPath, run.stop, cause))
+    if (!verifyArtifactAuthenticity(run.authenticity, manifest.version, packagePath, decryptedPath, run.stop, cause,
+                                    digests))
         return {UpdateEvent::NotAuthentic, manifest.version, cause};
     switch (extractArchive(decryptedPath.empty() ? packagePath : decryptedPath, staging, run.stop)) {
     case ExtractionOutcome::Unreadable:
@@ -98,15 +100,20 @@ UpdateEvent installPackage(const UpdateRun& run, const UpdateManifest& manifest,
     std::error_code ignored; // the extraction notices a staging directory that is not empty
     fs::remove_all(staging, ignored);
     fs::create_directories(staging, ignored);
+    // bringPackage has compared the manifest's checksum with the digest of the file.
+    PackageDigests digests{manifest.sha256, {}};
     std::string decryptedPath;
     if (isEncryptedPackage(packagePath)) {
         decryptedPath = packagePath + ".decrypted.zip";
         std::string cause;
+        GrowingFileSha256 plaintext(decryptedPath, &run.stop.closing);
+        const auto onWritten = [&](std::uint64_t size) { plaintext.grewTo(size); };
         // If the decryption fails, the decrypted file stays. After any other result it is removed below.
-        if (!decryptPackage(packagePath, decryptedPath, manifest.encryptionKey, cause))
+        if (!decryptPackage(packagePath, decryptedPath, manifest.encryptionKey, cause, onWritten))
             return {UpdateEvent::DecryptionFailed, manifest.version, cause};
+        digests.plaintext = plaintext.finish();
     }
-    UpdateEvent end = verifyAndExtract(run, manifest, packagePath, decryptedPath, staging);
+    UpdateEvent end = verifyAndExtract(run, manifest, packagePath, decryptedPath, digests, staging);
     if (!decryptedPath.empty()) fs::remove(decryptedPath, ignored);
     if (end.kind == UpdateEvent::ExtractionFailed) {
         fs::remove_all(staging, ignored);

@@ -1,10 +1,13 @@
 // The transfer of a package: only a complete and verified file gets the final name.
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <fstream>
 
 #include <gtest/gtest.h>
 
+#include "crypto/sha256.h"
 #include "install/install_world.h"
 #include "support/eventually.h"
 
@@ -147,4 +150,26 @@ TEST(PackageDownload, ClosingDuringTheHashKeepsThePackage) {
     world.close();
     EXPECT_TRUE(fs::exists(package));
     EXPECT_EQ(world.requestCount(), 1u);
+}
+
+TEST(GrowingFileSha256, IsTheDigestOfTheWholeFile) {
+    const TemporaryFolder folder;
+    const std::string path = (folder / "growing").string();
+    for (const std::size_t size : {0, 1, 262144, 262145, 1000000}) {
+        const std::string bytes(size, 'x');
+        GrowingFileSha256 digest(path);
+        {
+            std::ofstream file(path, std::ios::binary);
+            for (std::size_t at = 0; at < size; at += 100000) {
+                file.write(bytes.data() + at, static_cast<std::streamsize>(std::min<std::size_t>(100000, size - at)));
+                file.flush();
+                digest.grewTo(std::min(at + 100000, size));
+            }
+        }
+        EXPECT_EQ(digest.finish(), sha256Hex(bytes)) << size;
+    }
+    const std::atomic<bool> stop = true;
+    GrowingFileSha256 stopped(path, &stop);
+    EXPECT_EQ(stopped.finish(), "");
+    const GrowingFileSha256 abandoned(path); // its destructor does not wait for the writer
 }
