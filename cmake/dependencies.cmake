@@ -59,7 +59,7 @@ add_library(imgui_hooked STATIC EXCLUDE_FROM_ALL ${VOLO_IMGUI_SOURCES})
 target_link_libraries(imgui_hooked PUBLIC imgui_headers)
 target_compile_definitions(imgui_hooked PRIVATE IMGUI_ENABLE_TEST_ENGINE)
 
-add_library(imgui_backends STATIC
+add_library(imgui_backends OBJECT
   ${imgui_SOURCE_DIR}/backends/imgui_impl_glfw.cpp ${imgui_SOURCE_DIR}/backends/imgui_impl_opengl3.cpp)
 target_link_libraries(imgui_backends PUBLIC imgui_headers glfw)
 if(NOT WIN32)
@@ -96,7 +96,7 @@ target_include_directories(cli11_headers SYSTEM INTERFACE ${CLI11_INCLUDE_DIR})
 # miniz_export.h, which miniz's own build would generate. install/crc32.cpp replaces miniz's CRC-32, which needs almost
 # half of the time of an extraction, by libdeflate's.
 file(GLOB VOLO_MINIZ_SOURCES ${miniz_SOURCE_DIR}/miniz*.c)
-add_library(miniz STATIC ${VOLO_MINIZ_SOURCES} ${CMAKE_SOURCE_DIR}/src/install/crc32.cpp)
+add_library(miniz OBJECT ${VOLO_MINIZ_SOURCES} ${CMAKE_SOURCE_DIR}/src/install/crc32.cpp)
 target_compile_definitions(miniz PRIVATE USE_EXTERNAL_MZCRC)
 target_include_directories(miniz SYSTEM PRIVATE ${LIBDEFLATE_INCLUDE_DIR})
 target_link_libraries(miniz PRIVATE ${LIBDEFLATE_LIBRARY})

@@ -3,6 +3,7 @@
 // Remembers what a frame has read from the disk. While nothing else happens, asking again costs less than a new frame.
 // Main thread.
 
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <utility>
@@ -15,10 +16,16 @@ class FileLooks {
     void forget() { asked_.clear(); } // call it when a frame begins
 
     // Returns the answer to `question`, and remembers both. The question must read its answer from the disk only.
-    std::string ask(Question question);
+    std::string ask(Question question) {
+        std::string answer = question();
+        asked_.emplace_back(std::move(question), answer);
+        return answer;
+    }
 
     // Asks all questions again, until one has another answer.
-    [[nodiscard]] bool answersChanged() const;
+    [[nodiscard]] bool answersChanged() const {
+        return std::ranges::any_of(asked_, [](const auto& asked) { return asked.first() != asked.second; });
+    }
 
   private:
     std::vector<std::pair<Question, std::string>> asked_;

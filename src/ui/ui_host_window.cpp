@@ -179,7 +179,8 @@ void UiHost::Window::draw(ImDrawData& frame, std::span<const float, 4> clear) co
 }
 
 bool UiHost::Window::isUntouched() const {
-    return pacer.hasNoEvents() && !pacer.timersRun() && ImGui::GetTime() >= footLineUntil;
+    return glfwWindowShouldClose(handle) == GLFW_FALSE && pacer.hasNoEvents() && !pacer.timersRun() &&
+           ImGui::GetTime() >= footLineUntil;
 }
 
 // Repaints the last image after damage. If the window was resized, the image keeps its size in the top left corner.
