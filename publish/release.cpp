@@ -114,8 +114,9 @@ class Publication {
     }
 
     // Refuses a version that was published with other bytes: launchers compare only versions, so they would not install
-    // the new bytes. Also refuses a plain archive that is published as another version: its hash is the name of the
-    // statement's file, and a statement contains only one version.
+    // the new bytes. Also refuses an unencrypted archive that was published as another version before: the archive's
+    // hash is the name of the statement's file, so both versions would need the same file, and it contains only one
+    // version.
     bool checkHistory() {
         if (request_.force) return true;
         for (const PublishedStatement& past : statements_) {

@@ -149,7 +149,8 @@ bool keysLieOutside(const std::string& siteDirectory, const std::vector<Publishe
     const fs::path root = fs::weakly_canonical(fs::absolute(siteDirectory, error), error) / "";
     for (const PublisherKey& key : keys) {
         const fs::path file = fs::weakly_canonical(fs::absolute(key.path(), error), error);
-        // The last part of `root` is empty. A file is inside the root if it has all parts of `root` before this one.
+        // `root` ends with a separator, so its last part is empty. A file is inside `root` if its path starts with all
+        // other parts of `root`.
         const auto [inRoot, inFile] = std::mismatch(root.begin(), root.end(), file.begin(), file.end());
         if (inRoot != std::prev(root.end()) || inFile == file.end()) continue;
         failureText = key.path() + " is inside the published directory. Move the private key elsewhere.";

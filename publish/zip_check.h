@@ -24,7 +24,7 @@ struct ArchiveSummary {
 // Extracts each entry and discards its bytes, 64 KiB at a time. Only the archive's central directory is kept in memory.
 // Refuses what the launcher refuses: unsafe names, damage, encryption, unknown compression methods. Also refuses
 // entries that would not become the files that were packed: two entries for one file, links, and names that `platform`
-// cannot store. Also refuses an archive without an editor where the launcher searches. If the archive is refused,
-// returns false and sets `failureText` to a message for the user.
+// cannot store. Also refuses an archive that has no editor in the places where the launcher searches for it. If the
+// archive is refused, returns false and sets `failureText` to a message for the user.
 [[nodiscard]] bool checkArchive(const std::string& zipPath, PackagePlatform platform, ArchiveSummary& summary,
                                 std::string& failureText, const Progress& progress = {});

@@ -34,7 +34,8 @@ class ChildProcess {
 void setEnvironment(const char* name, const std::string& value);
 void unsetEnvironment(const char* name);
 
-// After this call, Ctrl-C and requests to end do not end this program. Instead interrupted() returns true.
+// After this call, Ctrl-C and a termination request (SIGTERM on Linux) do not end this program. Instead interrupted()
+// returns true.
 void rememberInterrupts();
 [[nodiscard]] bool interrupted();
 

@@ -239,7 +239,7 @@ std::string IdentityProvider::Service::faultAnswer(int status, const std::string
     return body.empty() ? refusal : httpAnswer(answered, body);
 }
 
-// Returns why a code is refused; empty if it is valid. After this call the code is used up, also if it was refused.
+// Returns why a code is refused; empty if it is valid. After this call the code is used up, even if it was refused.
 std::string IdentityProvider::Service::redeemCode(const HttpRequest& request) {
     const auto found = codes.extract(request.parameter("code"));
     if (found.empty()) return "unknown code";

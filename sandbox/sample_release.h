@@ -33,6 +33,6 @@ struct SampleRelease {
     std::string fault; // a release_fault, or empty
 };
 
-// Packs editor and font, creates a publisher's key in `workFolder`, and publishes for this platform in `siteFolder`. On
-// failure returns false and sets `failureText`.
+// Packs the editor and the font, creates a publisher's key in `workFolder`, and publishes the package for this platform
+// in `siteFolder`. On failure returns false and sets `failureText`.
 [[nodiscard]] bool publishSampleEditor(const SampleRelease& sample, ReleaseResult& result, std::string& failureText);

@@ -76,7 +76,7 @@ void LauncherApp::drawFrame(float /*deltaSeconds*/) {
 }
 
 bool LauncherApp::isAtRest() const {
-    // In these states frames also collect results, and they do so for a short time only.
+    // While a worker runs or a project waits to be opened, each frame calls collectResults, so frames must continue.
     const bool signInRuns =
         signIn && (signIn->state == SignInState::SigningIn || signIn->state == SignInState::RestoringSession);
     const bool installRuns = install && install->isRunning();

@@ -71,7 +71,7 @@ SpawnResult spawnProgram(const std::vector<std::string>& arguments, int outputDe
     return spawn(arguments, options);
 }
 
-// A thread waits for the child, so that the child does not stay a zombie. To ignore SIGCHLD instead would make all
+// A thread waits for the child, so that the child does not remain a zombie. Ignoring SIGCHLD instead would make all
 // other calls of waitpid() in this process fail.
 int spawnDetached(const std::vector<std::string>& arguments, const std::string& workingDirectory,
                   const std::string& executable) {

@@ -1,8 +1,9 @@
 #pragma once
 
-// The fonts of the current Dear ImGui context, one for each nominal size. All share one copy of the font file in
-// memory. A glyph is rasterised when it is first needed. If the font file does not have a character, a system font is
-// searched for it. Main thread only. The renderer must support texture updates (ImGuiBackendFlags_RendererHasTextures).
+// The fonts of the current Dear ImGui context, one for each unscaled ("nominal") size. All share one copy of the font
+// file in memory. A glyph is rasterised when it is first needed. If the font file has no glyph for a character, a
+// system font that has one is used. Main thread only. The renderer must support texture updates
+// (ImGuiBackendFlags_RendererHasTextures).
 
 #include <span>
 #include <string>

@@ -4,9 +4,10 @@
 //
 // The host decides when frames are built and presented. While something moves or input arrives, it builds frames at the
 // display's rate. When a new frame equals the one on the screen and nothing is pending, beginFrame waits for events and
-// presentFrame presents nothing. Worker threads end the wait with wake. The wait ends after one second, so that changes
-// on disk become visible: a frame begins unless isAtRest is true. A frame after a wait without events does not query
-// the window system. For an iconified window, frames are built after each wait, but not presented.
+// presentFrame presents nothing. Worker threads end the wait with wake. The wait ends after one second. Then beginFrame
+// calls isAtRest, which the application sets. If it returns true, beginFrame waits again. Otherwise a frame begins, so
+// that changes on disk become visible. A frame after a wait without events does not query the window system. For an
+// iconified window, frames are not presented.
 
 #include <cstdint>
 #include <functional>

@@ -19,7 +19,8 @@ bool isModifier(ImGuiKey key) {
     return (key & ImGuiMod_Mask_) != 0 || ImGui::IsLRModKey(key);
 }
 
-// The number of the first event that releases a modifier after another key was pressed, or the size of the queue.
+// Returns the index of the first event that releases a modifier after an event that presses another key. Returns the
+// size of the queue if there is no such event.
 int firstLateRelease(const ImVector<ImGuiInputEvent>& queue) {
     bool pressed = false;
     for (int i = 0; i < queue.Size; ++i) {

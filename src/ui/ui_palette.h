@@ -27,7 +27,7 @@ inline constexpr ImU32 kGrab = 0xFF706C6C; // scroll bars
 inline constexpr ImU32 kGrabHovered = 0xFF8A8686;
 inline constexpr ImU32 kGrabHeld = 0xFFA3A0A0;
 
-// Text.
+// Colours of texts.
 inline constexpr ImU32 kForeground = 0xFFF5F5F5;
 inline constexpr ImU32 kCaret = 0xFFF4F5F5; // use it only for the caret: text_field.cpp searches for this colour
 inline constexpr ImU32 kMuted = 0xFFA8A4A3;

@@ -1,7 +1,7 @@
 #pragma once
 
 // The look of the launcher: colours, metrics, fonts and shapes. ui_palette.h has the values. Main thread only, inside a
-// frame of the current Dear ImGui context unless stated.
+// frame of the current Dear ImGui context unless stated otherwise.
 //
 // Colours are in Dear ImGui's packed order (alpha in the top byte, then blue, green, red). Positions, sizes and radii
 // are in scaled pixels. "Units" are unscaled pixels; uiThemePx scales them. Font sizes are unscaled; uiThemeFont scales

@@ -1,4 +1,4 @@
-// The file dialog of the desktop portal, against a portal of the test on a bus of its own.
+// Tests the file dialog of the desktop portal. The test starts a private D-Bus daemon and runs a fake portal on it.
 
 #include <csignal>
 #include <cstdio>

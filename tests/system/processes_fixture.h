@@ -56,12 +56,12 @@ class Processes : public testing::Test {
         return values;
     }
 
-    // Starts instances of the launcher and returns how many of them hold the guard.
-    [[nodiscard]] int instancesWithGuard(const std::string& executable, int started) const {
-        for (int i = 0; i < started; ++i)
+    // Starts `count` processes that each try to take the single-instance guard. Returns how many of them got it.
+    [[nodiscard]] int instancesWithGuard(const std::string& executable, int count) const {
+        for (int i = 0; i < count; ++i)
             launch(executable, "--guard");
         int holding = 0;
-        for (int i = 0; i < started; ++i)
+        for (int i = 0; i < count; ++i)
             holding += nextReport()["guard"] == "held" ? 1 : 0;
         return holding;
     }

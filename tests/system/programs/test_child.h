@@ -2,5 +2,5 @@
 
 #include <string>
 
-// More lines "key=value", for the tests of one platform.
+// Returns the lines "key=value" of the report that only the tests of the current platform read.
 std::string platformReport();
