@@ -13,8 +13,8 @@ namespace fs = std::filesystem;
 
 } // namespace
 
-// Installs the browser as xdg-open in a folder at the start of PATH, because the launcher starts the first xdg-open that
-// it finds in PATH.
+// Installs the browser as xdg-open in a folder at the start of PATH, because the launcher starts the first xdg-open
+// that it finds in PATH.
 bool stageBrowser(const SandboxPlaces& places, const fs::path& browser, const std::string& command,
                   std::string& failureText) {
     const fs::path opener = places.bin / "xdg-open";
