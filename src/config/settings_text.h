@@ -5,9 +5,8 @@
 #include <string>
 #include <string_view>
 
-// Return the text with each reserved byte replaced by "%" and two upper-case hexadecimal digits. A key reserves the
-// blank,
-// "%", "/", "=", "@" and "\"; a value reserves the line feed, "%" and "@".
+// Return the text with each reserved byte replaced by "%" and two upper-case hexadecimal digits. Reserved in a key are
+// the blank, "%", "/", "=", "@" and "\"; in a value the line feed, "%" and "@".
 [[nodiscard]] std::string encodeSettingKey(std::string_view key);
 [[nodiscard]] std::string encodeSettingValue(std::string_view value);
 
