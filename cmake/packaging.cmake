@@ -61,7 +61,7 @@ if(NOT WIN32)
   set(linux ${CMAKE_CURRENT_BINARY_DIR}/linux)
   configure_file(assets/linux/launcher.desktop.in ${linux}/${VOLO_APPLICATION_ID}.desktop @ONLY)
   configure_file(assets/linux/launcher.metainfo.xml.in ${linux}/${VOLO_APPLICATION_ID}.metainfo.xml @ONLY)
-  configure_file(assets/linux/volo-launcher.in ${linux}/volo-launcher @ONLY)
+  configure_file(assets/linux/per-user-starter.in ${linux}/volo-launcher @ONLY)
 
   install(TARGETS volo-launcher RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/volo-launcher COMPONENT system)
   install(FILES ${VOLO_FOLDER_FILES} DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/volo-launcher COMPONENT system)
