@@ -44,7 +44,7 @@ class Inspection {
     }
     void say(const std::string& line) { report_.lines.push_back(line); }
 
-    std::string firstBytes() const {
+    [[nodiscard]] std::string firstBytes() const {
         std::ifstream file(request_.path, std::ios::binary);
         std::string bytes(statement::kFirstLine.size(), '\0');
         file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));

@@ -140,7 +140,7 @@ class Publication {
         return true;
     }
 
-    const std::string& offeredArchiveSha256() const {
+    [[nodiscard]] const std::string& offeredArchiveSha256() const {
         return offer_.manifest.encryptionKey.empty() ? offer_.manifest.sha256 : offer_.manifest.plaintextSha256;
     }
 
@@ -163,7 +163,7 @@ class Publication {
         return result_.packageKept;
     }
 
-    bool opensToZip(const std::string& container, const std::string& keyText) const {
+    [[nodiscard]] bool opensToZip(const std::string& container, const std::string& keyText) const {
         Sha256 hash;
         std::string ignored;
         return decryptPackageTo([&](const unsigned char* bytes, std::size_t count) { hash.update(bytes, count); },
@@ -191,7 +191,7 @@ class Publication {
         return true;
     }
 
-    std::string packagePath(const std::string& sha256) const {
+    [[nodiscard]] std::string packagePath(const std::string& sha256) const {
         return joinPath(request_.siteDirectory, "editor-" + sanitizeVersion(request_.version) + "-" +
                                                     sha256.substr(0, 16) + (request_.encrypt ? ".container" : ".zip"));
     }

@@ -99,7 +99,7 @@ class ArchiveCheck {
     }
 
     // Returns the path of the editor's executable. Empty if the archive has none where the launcher searches.
-    std::string foundEditor() const {
+    [[nodiscard]] std::string foundEditor() const {
         for (const std::string& place : editorExecutablePlaces({})) {
             const std::string name = std::filesystem::path(place).generic_string();
             if (files_.contains(name)) return name;
@@ -109,7 +109,7 @@ class ArchiveCheck {
 
     // Returns a warning if entries are writable for all users; otherwise an empty text. Launchers remove this
     // permission, but other users may have changed the files before they were packed.
-    std::string writableWarning() const {
+    [[nodiscard]] std::string writableWarning() const {
         if (writableFiles_ == 0) return {};
         return std::to_string(writableFiles_) + " entries are writable for every user, for example \"" +
                firstWritable_ + "\". Check who could change them before they were packed.";
@@ -128,7 +128,7 @@ class ArchiveCheck {
 
     // True if the last part of the name is empty or ".", so that it cannot be the name of a file. In a package for
     // Windows, a backslash separates parts too.
-    bool endsInNoName(const std::string& name) const {
+    [[nodiscard]] bool endsInNoName(const std::string& name) const {
         const bool windows = platform_ == PackagePlatform::Windows;
         const std::size_t separator = name.find_last_of(windows ? "/\\" : "/");
         const std::string last = name.substr(separator == std::string::npos ? 0 : separator + 1);

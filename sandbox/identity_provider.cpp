@@ -132,7 +132,7 @@ struct IdentityProvider::Service {
     std::string answerToken(const HttpRequest& request);
     std::string answerUserInfo(const HttpRequest& request);
 
-    std::string refusalOf(const HttpRequest& authorization) const;
+    [[nodiscard]] std::string refusalOf(const HttpRequest& authorization) const;
     std::string redeemCode(const HttpRequest& request);
     std::string refusePage(const std::string& why);
     std::string refuse(int status, const char* error, const std::string& why);

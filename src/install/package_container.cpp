@@ -24,7 +24,7 @@ struct ContainerHeader {
     std::array<unsigned char, container::kTagSize> tag{};
     std::uint64_t payloadSize = 0;
 
-    const unsigned char* nonce() const { return bytes.data() + container::kNonceOffset; }
+    [[nodiscard]] const unsigned char* nonce() const { return bytes.data() + container::kNonceOffset; }
 };
 
 // A container with a valid header. The file is positioned at the ciphertext.

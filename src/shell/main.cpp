@@ -96,7 +96,7 @@ int run() {
 
 } // namespace
 
-int main() {
+int main() { // NOLINT(bugprone-exception-escape): an exception ends the process, because nothing could handle it
     const int status = run();
     if (LoopbackListener::hasLeftThreads() || unfinishedRequests() > 0) std::_Exit(status);
     return status;

@@ -26,12 +26,12 @@ class BoundedConnection : public httplib::Stream {
     explicit BoundedConnection(std::intptr_t socket)
         : socket_(socket) {}
 
-    bool is_readable() const { return begin_ < end_; }
-    bool is_writable() const { return true; }
-    bool wait_readable() const { return true; }
-    bool wait_writable() const { return true; }
-    std::time_t duration() const { return 0; }
-    socket_t socket() const { return static_cast<socket_t>(socket_); }
+    [[nodiscard]] bool is_readable() const { return begin_ < end_; }
+    [[nodiscard]] bool is_writable() const { return true; }
+    [[nodiscard]] bool wait_readable() const { return true; }
+    [[nodiscard]] bool wait_writable() const { return true; }
+    [[nodiscard]] std::time_t duration() const { return 0; }
+    [[nodiscard]] socket_t socket() const { return static_cast<socket_t>(socket_); }
     void get_remote_ip_and_port(std::string& /*address*/, int& /*port*/) const {}
     void get_local_ip_and_port(std::string& /*address*/, int& /*port*/) const {}
 
@@ -53,7 +53,7 @@ class BoundedConnection : public httplib::Stream {
     }
 
   private:
-    milliseconds patience() const {
+    [[nodiscard]] milliseconds patience() const {
         const auto left = std::chrono::duration_cast<milliseconds>(deadline_ - steady_clock::now());
         return std::clamp(left, milliseconds(0), kSilenceLimit);
     }

@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 
 class Settings : public testing::Test {
   protected:
-    LauncherSettings loaded(const std::string& text) const {
+    [[nodiscard]] LauncherSettings loaded(const std::string& text) const {
         folder_.write("ZANTOR/Launcher.conf", text);
         LauncherSettings settings;
         EXPECT_TRUE(settings.load());

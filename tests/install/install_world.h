@@ -59,10 +59,10 @@ class InstallWorld {
             bytes.empty() ? connection.reset() : (void)connection.write(bytes);
         });
     }
-    std::string url(const std::string& path) const {
+    [[nodiscard]] std::string url(const std::string& path) const {
         return "https://127.0.0.1:" + std::to_string(server_.port()) + path;
     }
-    std::size_t requestCount() const { return server_.requests().size(); }
+    [[nodiscard]] std::size_t requestCount() const { return server_.requests().size(); }
 
     // Serves the package, and a manifest with its checksum. `extraMembers` come first in the manifest and win.
     void release(const std::string& version, const std::string& package, const std::string& extraMembers = {}) {

@@ -53,7 +53,7 @@ class LauncherRun : public UiHarness {
     }
 
     // Reads a request and returns the body of its right answer.
-    std::string bodyFor(TlsConnection& connection) const {
+    [[nodiscard]] std::string bodyFor(TlsConnection& connection) const {
         const std::string path = parseHttpRequest(connection.readRequest()).path, name = versionName();
         const std::string package = makeZip({{"editor.exe", name, true}});
         if (path == "/manifest")
@@ -108,7 +108,7 @@ class LauncherRun : public UiHarness {
     }
 
     // True if the offered version is installed.
-    bool isInstalled() const {
+    [[nodiscard]] bool isInstalled() const {
         return app->install->status() == EditorInstallStatus::Installed &&
                readFileBytes(launcher / "editor/editor.exe") == versionName();
     }
@@ -117,7 +117,7 @@ class LauncherRun : public UiHarness {
     std::atomic<int> version = 1;                        // of the offered release
 
   private:
-    std::string versionName() const { return "1." + std::to_string(version); }
+    [[nodiscard]] std::string versionName() const { return "1." + std::to_string(version); }
     static std::string address(Fetch fetch) {
         return "https://127.0.0.1:" + std::to_string(fetchPorts[static_cast<std::size_t>(fetch)]);
     }

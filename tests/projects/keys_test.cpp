@@ -31,7 +31,9 @@ struct Keys : ProjectsTest {
         frames(2);
         ASSERT_TRUE(ringOn(index));
     }
-    bool ringOn(int index, const char* item = "##project_row") const { return focused(kProjectList, {index, item}); }
+    [[nodiscard]] bool ringOn(int index, const char* item = "##project_row") const {
+        return focused(kProjectList, {index, item});
+    }
 };
 
 TEST_F(Keys, ReachEverythingOnARow) {

@@ -17,16 +17,16 @@ struct ProjectsTest : testing::Test, UiHarness {
         app->settings->setProjects({makeProject("c", 30), makeProject("b", 20), makeProject("a", 10)});
         frames(2);
     }
-    const std::vector<ProjectEntry>& projects() const { return app->settings->projects(); }
+    [[nodiscard]] const std::vector<ProjectEntry>& projects() const { return app->settings->projects(); }
 
     // The names in the stored order, and the names of the visible rows from top to bottom.
-    Names listed() const {
+    [[nodiscard]] Names listed() const {
         Names names;
         for (const ProjectEntry& entry : projects())
             names.push_back(entry.name);
         return names;
     }
-    Names shown() const {
+    [[nodiscard]] Names shown() const {
         std::map<float, std::string> rows;
         for (int index = 0; const std::string& name : listed()) {
             if (const auto row = rect(kProjectList, {index++, "##project_row"})) rows[row->Min.y] = name;

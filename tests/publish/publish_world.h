@@ -36,7 +36,7 @@ class PublishWorld {
     std::vector<PublisherKey> keys(const std::vector<std::string>& names = {"first"}) const {
         return publisherKeys(names, folder);
     }
-    std::string publicKey(const std::string& name) const { return keys({name}).front().publicKey(); }
+    [[nodiscard]] std::string publicKey(const std::string& name) const { return keys({name}).front().publicKey(); }
 
     // The failure text, or empty.
     std::string publish() {
@@ -50,7 +50,7 @@ class PublishWorld {
         return publish();
     }
 
-    UpdateManifest manifest() const {
+    [[nodiscard]] UpdateManifest manifest() const {
         PublishedManifest published;
         std::string failure;
         if (!readManifest((folder / "site/manifest.json").string(), published, failure))

@@ -185,7 +185,7 @@ struct Downloads : testing::Test, UiHarness {
         launcherApp.activeTab = static_cast<LauncherTab>(9); // an unknown tab shows the downloads
         frames(2);
     }
-    std::vector<DownloadRecord> records() const { return app->install->downloadsSnapshot(); }
+    [[nodiscard]] std::vector<DownloadRecord> records() const { return app->install->downloadsSnapshot(); }
 };
 
 TEST_F(Downloads, ARowOffersWhatFitsItsState) {

@@ -31,7 +31,7 @@ class Desktop : public testing::Test {
         fs::permissions(file, fs::perms::owner_all);
     }
     // Everything that ran.
-    std::string record() const { return readFileBytes(folder_ / "record"); }
+    [[nodiscard]] std::string record() const { return readFileBytes(folder_ / "record"); }
 
     TemporaryFolder folder_;
     ScopedEnvironment path_{"PATH", (folder_ / "bin").string()};
