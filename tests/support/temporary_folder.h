@@ -35,7 +35,7 @@ class TemporaryFolder {
 
     // Writes bytes in binary mode and creates missing folders. Returns the full path, which most callers do not need.
     // NOLINTNEXTLINE(modernize-use-nodiscard)
-    [[nodiscard]] std::filesystem::path write(const std::filesystem::path& name, const std::string& bytes) const {
+    std::filesystem::path write(const std::filesystem::path& name, const std::string& bytes) const {
         std::filesystem::path file = *this / name;
         std::filesystem::create_directories(file.parent_path());
         std::ofstream out(file, std::ios::binary | std::ios::trunc);
