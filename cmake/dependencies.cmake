@@ -21,6 +21,9 @@ if(NOT WIN32)
   find_package(X11 REQUIRED)
   find_package(PkgConfig REQUIRED)
   pkg_check_modules(LIBSYSTEMD REQUIRED IMPORTED_TARGET libsystemd) # for its D-Bus client
+  if(glfw3_VERSION VERSION_GREATER_EQUAL 3.4) # it supports X11 and Wayland in one library
+    pkg_check_modules(WAYLAND REQUIRED IMPORTED_TARGET wayland-client)
+  endif()
 else()
   # A static OpenSSL needs ws2_32. cpp-httplib reads the certificate store through crypt32.
   set_property(TARGET OpenSSL::Crypto APPEND PROPERTY INTERFACE_LINK_LIBRARIES ws2_32 crypt32)
@@ -63,7 +66,8 @@ add_library(imgui_backends OBJECT
   ${imgui_SOURCE_DIR}/backends/imgui_impl_glfw.cpp ${imgui_SOURCE_DIR}/backends/imgui_impl_opengl3.cpp)
 target_link_libraries(imgui_backends PUBLIC imgui_headers glfw)
 if(NOT WIN32)
-  target_link_libraries(imgui_backends PUBLIC OpenGL::GL Fontconfig::Fontconfig X11::X11 PkgConfig::LIBSYSTEMD ${CMAKE_DL_LIBS})
+  target_link_libraries(imgui_backends PUBLIC OpenGL::GL Fontconfig::Fontconfig X11::X11 PkgConfig::LIBSYSTEMD
+    $<TARGET_NAME_IF_EXISTS:PkgConfig::WAYLAND> ${CMAKE_DL_LIBS})
 else()
   target_link_libraries(imgui_backends PUBLIC opengl32 gdi32 dwmapi ole32 uuid)
 endif()

@@ -1,4 +1,9 @@
 #include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -7,6 +12,10 @@
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 #include <systemd/sd-bus.h>
+#if defined(GLFW_PLATFORM)
+#include <dlfcn.h>
+#include <wayland-client.h>
+#endif
 
 #include "ui/ui_host_platform.h"
 
@@ -51,7 +60,70 @@ std::vector<Window> allWindows(Display* display) {
     return windows;
 }
 
+#if defined(GLFW_PLATFORM)
+// What a Wayland compositor offers.
+struct Compositor {
+    bool isRunning = false;
+    bool hasSeat = false;          // keyboard and pointer
+    bool decoratesWindows = false; // draws title bars itself
+};
+
+Compositor findCompositor() {
+    Compositor found;
+    const std::unique_ptr<wl_display, decltype(&wl_display_disconnect)> display(wl_display_connect(nullptr),
+                                                                                &wl_display_disconnect);
+    if (!display) return found;
+    static constexpr wl_registry_listener kListener = {
+        [](void* data, wl_registry*, std::uint32_t, const char* interface, std::uint32_t) {
+            auto* compositor = static_cast<Compositor*>(data);
+            compositor->hasSeat |= interface == std::string_view("wl_seat");
+            compositor->decoratesWindows |= interface == std::string_view("zxdg_decoration_manager_v1");
+        },
+        [](void*, wl_registry*, std::uint32_t) {}};
+    const std::unique_ptr<wl_registry, decltype(&wl_registry_destroy)> registry(wl_display_get_registry(display.get()),
+                                                                                &wl_registry_destroy);
+    wl_registry_add_listener(registry.get(), &kListener, &found);
+    found.isRunning = wl_display_roundtrip(display.get()) >= 0;
+    return found;
+}
+
+// True if libdecor, which GLFW loads, has a plugin. Without one it draws no title bar.
+bool libdecorHasPlugin() {
+    namespace fs = std::filesystem;
+    void* library = dlopen("libdecor-0.so.0", RTLD_LAZY);
+    void* symbol = library != nullptr ? dlsym(library, "libdecor_new") : nullptr;
+    Dl_info place{};
+    const bool found = symbol != nullptr && dladdr(symbol, &place) != 0;
+    const fs::path own = found ? fs::path(place.dli_fname).parent_path() / "libdecor/plugins-1" : fs::path();
+    if (library != nullptr) dlclose(library);
+    if (!found) return false;
+    const char* chosen = std::getenv("LIBDECOR_PLUGIN_DIR");
+    std::error_code error;
+    const fs::directory_iterator plugins(chosen != nullptr ? fs::path(chosen) : own, error);
+    return !error && std::any_of(begin(plugins), end(plugins),
+                                 [](const fs::directory_entry& entry) { return entry.path().extension() == ".so"; });
+}
+
+bool hasXServer() {
+    Display* display = XOpenDisplay(nullptr);
+    if (display == nullptr) return false;
+    XCloseDisplay(display);
+    return true;
+}
+#endif
+
 } // namespace
+
+// Without a title bar the window can be neither moved nor closed with the mouse. Under a compositor without a seat,
+// such as Weston with its headless backend, glfwInit of GLFW 3.4 crashes on Wayland; on X11 it fails with a message.
+void chooseWindowSystem() {
+#if defined(GLFW_PLATFORM)
+    const Compositor compositor = findCompositor();
+    if (!compositor.isRunning) return; // GLFW then chooses X11
+    const bool hasTitleBar = compositor.decoratesWindows || libdecorHasPlugin();
+    if (!compositor.hasSeat || (!hasTitleBar && hasXServer())) glfwInitHint(GLFW_PLATFORM, GLFW_PLATFORM_X11);
+#endif
+}
 
 int fastContextApi() {
     return GLFW_EGL_CONTEXT_API;

@@ -6,6 +6,10 @@
 
 struct GLFWwindow;
 
+// Chooses between Wayland and X11. Call it before glfwInit. Does nothing on Windows and with GLFW before 3.4, which is
+// built for one of them only.
+void chooseWindowSystem();
+
 // Returns the context API of GLFW that opens a window fastest: EGL on Linux, where Mesa's GLX takes 70 ms more, the
 // native one on Windows. It may be missing: then use GLFW_NATIVE_CONTEXT_API.
 [[nodiscard]] int fastContextApi();

@@ -59,6 +59,7 @@ double secondsPerFrame() {
 
 bool UiHost::Window::open(std::string& errorText) {
     glfwSetErrorCallback(nullptr); // errors are read with takeError instead
+    chooseWindowSystem();
     glfwStarted = glfwInit() == GLFW_TRUE;
     if (!glfwStarted) {
         errorText = "could not open the window: " + takeError();

@@ -8,6 +8,8 @@
 #include <dwmapi.h>
 #include <shobjidl.h>
 
+void chooseWindowSystem() {}
+
 int fastContextApi() {
     return GLFW_NATIVE_CONTEXT_API;
 }
