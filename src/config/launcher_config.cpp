@@ -62,7 +62,7 @@ LauncherConfig loadLauncherConfigFrom(const std::string& launcherDirectory) {
     std::string downloads = jsonStringMember(document, "downloads_directory");
     if (downloads.empty()) downloads = "downloads";
     config.downloadsDirectory =
-        (directory / downloads).lexically_normal().string(); // an absolute path replaces the directory
+        (directory / downloads).lexically_normal().string(); // if `downloads` is absolute, `directory` is ignored
     readAuthenticity(document, config);
 
     if (!isPlaceholderCredential(config.googleClientId) && !isPlaceholderCredential(config.googleClientSecret)) {
@@ -81,8 +81,8 @@ bool isPlaceholderCredential(const std::string& value) {
     return value.empty() || value.starts_with("YOUR_");
 }
 
-// Searches for the bytes "platform=" and does not parse the query. So it also matches a longer name that ends in
-// "platform=", and a match outside the query.
+// Searches for the bytes "platform=" and does not parse the query, so it also finds them at the end of a longer name
+// and outside the query.
 std::string withPlatformQuery(const std::string& url) {
     constexpr std::string_view key = "platform=";
     std::string result = url;

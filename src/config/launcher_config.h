@@ -1,7 +1,8 @@
 #pragma once
 
-// Reads launcher_config.json, the configuration file in the executable's folder. The launcher never writes it. The main
-// thread reads it once, before it opens the window. The result never changes; workers get copies of the values.
+// Reads launcher_config.json, the configuration file in the executable's folder. The launcher never writes this
+// file. The main thread reads it once, before the window opens. The result never changes; workers get copies of the
+// values.
 //
 // The file is one JSON object with string members:
 //   google_client_id, google_client_secret   OAuth credentials; required. "YOUR_..." is a placeholder
@@ -29,7 +30,8 @@ struct LauncherConfig {
 // If no file can be used, `configured` is false and `message` is set.
 [[nodiscard]] LauncherConfig loadLauncherConfig();
 
-// Does the same for the given directory. An empty text means that the launcher's directory is unknown.
+// Does the same as loadLauncherConfig for the given directory. An empty text means that the launcher's directory is
+// unknown.
 [[nodiscard]] LauncherConfig loadLauncherConfigFrom(const std::string& launcherDirectory);
 
 [[nodiscard]] bool isPlaceholderCredential(const std::string& value);

@@ -24,8 +24,8 @@ constexpr std::string_view kLastAddedLocation = "projects/lastAddedLocation";
 constexpr std::string_view kProjectsPrefix = "Projects\\";
 constexpr std::string_view kProjectsSize = "Projects\\size";
 
-// Returns the value of Projects\size, the number of project entries. Ignores comments and sections: any line with this
-// key counts, and the last one wins.
+// Returns the value of Projects\size, the number of project entries. Does not recognise comments and sections: the last
+// line with this key wins, in any section.
 int readProjectCount(std::string_view text) {
     int count = 0;
     std::string key;
@@ -52,7 +52,8 @@ void readProjectField(ProjectEntry& project, std::string_view field, const std::
     }
 }
 
-// Reads the lines "Projects\N\field=value" into the entries. N starts at 1. Ignores comments and sections.
+// Reads the lines "Projects\N\field=value" into the entries. N starts at 1. Does not recognise comments and
+// sections.
 void readProjects(std::string_view text, std::vector<ProjectEntry>& projects) {
     std::string key;
     std::string value;
@@ -172,8 +173,8 @@ bool LauncherSettings::save() {
     return true;
 }
 
-// Renames a file that load could not read, because it may contain a session and projects; for example, it may belong to
-// another user. False if the rename fails.
+// Renames the settings file if load could not read it, for example because it belongs to another user. The file may
+// contain a session and projects, so save must not replace it. False if the rename fails.
 bool LauncherSettings::keepUnreadableFile() {
     if (!fileIsUnreadable_) return true;
     const std::string firstName = filePath_ + ".unreadable";

@@ -1,7 +1,7 @@
 #pragma once
 
-// Launcher.conf: the user's session, project list and folders. Main thread only. The setters do not write the file;
-// call save() after the last change.
+// Reads and writes Launcher.conf: the user's session, project list and folders. Main thread only. The setters do not
+// write the file; call save() after the last change.
 //
 // The file is text with one section, [General]:
 //   auth%2FrefreshToken=
@@ -13,8 +13,8 @@
 //   Projects%5Csize=N                        the number of projects
 //   Projects%5C1%5Cname=                     the first project; likewise its path, lastOpened and favorite, and
 //                                            targetPlatform and editorVersion if they are not empty
-// Reserved bytes are written as "%" and two hexadecimal digits. Reserved in keys are space, %, /, =, @ and backslash.
-// Reserved in values are line feed, % and @. The reader also accepts these keys without the encoding, for example
+// Reserved bytes are written as "%" and two hexadecimal digits. The reserved bytes of keys are space, %, /, =, @ and
+// backslash; those of values are line feed, % and @. load() also accepts keys without this encoding, for example
 // auth/refreshToken. It removes tabs, carriage returns and spaces at both ends of lines, keys and values.
 
 #include <string>
@@ -49,7 +49,7 @@ class LauncherSettings {
     [[nodiscard]] std::string installPath() const;
     void setInstallPath(const std::string& path) { installPath_ = path; }
 
-    // Sorted by load, newest first. To change the list, copy it and pass the copy to setProjects.
+    // load() sorts the list by lastOpened, newest first. To change the list, copy it and pass the copy to setProjects.
     [[nodiscard]] const std::vector<ProjectEntry>& projects() const { return projects_; }
     void setProjects(const std::vector<ProjectEntry>& projects);
 
@@ -67,7 +67,7 @@ class LauncherSettings {
 
     [[nodiscard]] bool keepUnreadableFile();
 
-    std::string filePath_;          // empty: no file
+    std::string filePath_;          // empty: there is no user data directory
     bool fileIsUnreadable_ = false; // the file exists, but load could not read it
     std::string refreshToken_;
     std::string userName_;

@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-// Return the text with each reserved byte replaced by "%" and two upper-case hexadecimal digits. Reserved in a key are
-// the blank, "%", "/", "=", "@" and "\"; in a value the line feed, "%" and "@".
+// Replace each reserved byte by "%" and two upper-case hexadecimal digits. The reserved bytes of a key are the space,
+// "%", "/", "=", "@" and "\"; those of a value are the line feed, "%" and "@".
 [[nodiscard]] std::string encodeSettingKey(std::string_view key);
 [[nodiscard]] std::string encodeSettingValue(std::string_view value);
 

@@ -12,7 +12,7 @@
 [[nodiscard]] std::string base64UrlEncode(std::string_view bytes);
 
 // Decodes the standard alphabet with padding. Returns an empty text unless base64Encode of the decoded bytes is exactly
-// `text`: it refuses white space, missing padding, and unused bits that are not zero.
+// `text`. So white space, missing padding, and unused bits that are not zero are refused.
 [[nodiscard]] std::string base64DecodeCanonical(std::string_view text);
 
 // Decodes both alphabets, also mixed in one text. "=" ends the text. Skips other bytes and ignores bits at the end that

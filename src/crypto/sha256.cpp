@@ -13,8 +13,8 @@ namespace {
 constexpr std::uint64_t kBufferBytes = 262144;
 constexpr std::uint64_t kWholeFile = std::numeric_limits<std::uint64_t>::max();
 
-// Computes the digest of a file. `waitPast` returns how many bytes of the file are readable, more than its argument; or
-// 0 to give up.
+// Computes the digest of a file. `waitPast(n)` waits until more than n bytes of the file are readable and returns their
+// number, or returns 0 to end the computation without a digest.
 std::string digestOf(const std::string& path, const std::function<std::uint64_t(std::uint64_t)>& waitPast) {
     std::ifstream file;
     file.rdbuf()->pubsetbuf(nullptr, 0); // unbuffered, because the reads below are large

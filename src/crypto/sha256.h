@@ -27,18 +27,18 @@ class Sha256 {
 };
 
 // Returns the digest of a file as 64 lower-case hexadecimal digits; empty on failure. Reads the file 256 KiB at a time.
-// If another thread sets `stop`, it ends early and returns an empty text.
+// If another thread sets `stop`, the function ends early and returns an empty text.
 [[nodiscard]] std::string sha256OfFile(const std::string& path, const std::atomic<bool>* stop = nullptr);
 
-// Computes the digest of a file while another thread writes it, on a thread of its own.
+// Starts a thread that computes the digest of a file while the caller still writes the file.
 class GrowingFileSha256 {
   public:
     explicit GrowingFileSha256(std::string path, const std::atomic<bool>* stop = nullptr);
-    ~GrowingFileSha256(); // joins the thread
+    ~GrowingFileSha256(); // ends the computation and joins the thread
     GrowingFileSha256(const GrowingFileSha256&) = delete;
     GrowingFileSha256& operator=(const GrowingFileSha256&) = delete;
 
-    // The first `size` bytes are in the file. The writer calls it after each write.
+    // Call it after each write. `size` is the number of bytes that the file then has.
     void grewTo(std::uint64_t size);
 
     // Reads the rest of the file, then returns what sha256OfFile would return. Call it once, after the last write.

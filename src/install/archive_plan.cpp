@@ -20,8 +20,8 @@ bool isSafeEntryName(std::string_view name) {
 
 namespace {
 
-// False if the entry is damaged in a way that miniz 3.1 does not report: its name is longer than 511 bytes or contains
-// a zero byte (miniz cuts it there), or it has no data although its size or checksum is not zero.
+// False if the entry is damaged in a way that miniz 3.1 does not report: the name is longer than 511 bytes or contains
+// a zero byte (miniz cuts the name there), or the entry has no data although its size or checksum is not zero.
 bool isWholeEntry(mz_zip_archive& archive, mz_uint index, const mz_zip_archive_file_stat& entry) {
     const std::size_t fullSize = mz_zip_reader_get_filename(&archive, index, nullptr, 0);
     if (std::strlen(entry.m_filename) + 1 != fullSize) return false;
@@ -41,7 +41,8 @@ fs::perms modeOf(const mz_zip_archive_file_stat& entry) {
 }
 
 // Returns a key that is equal for two names if any file system could treat them as the same path. The key ignores case,
-// repeated separators, "." parts, and dots and spaces at the end of a part. All letters outside ASCII count as equal.
+// repeated separators, "." parts, and dots and spaces at the end of a part. All sequences of non-ASCII bytes count as
+// equal.
 std::string meetingKey(std::string_view name) {
     std::string key;
     const auto endPart = [&] {
@@ -64,8 +65,8 @@ std::string meetingKey(std::string_view name) {
     return key;
 }
 
-// Collects the names of an archive. add() returns true if the name may be the same path as an earlier name, or if one
-// of the two may be a directory of the other.
+// Collects the entry names of an archive. add() returns true if the name may be the same path as an earlier name, or if
+// one of the two may be a parent directory of the other.
 class MeetingNames {
   public:
     bool add(std::string_view name) {
@@ -102,7 +103,7 @@ ArchivePlan planArchive(mz_zip_archive& archive, const fs::path& stagingDirector
         try {
             plan.files.push_back({index, (stagingDirectory / name).string(), modeOf(entry)});
         } catch (const std::exception&) {
-            plan.endsAtBadEntry = true; // on Windows a name that is not UTF-8 has no path
+            plan.endsAtBadEntry = true; // on Windows, fs::path throws if the name is not UTF-8
             return plan;
         }
         plan.needsOrder = names.add(name) || plan.needsOrder;

@@ -15,15 +15,17 @@
 [[nodiscard]] bool isSafeEntryName(std::string_view name);
 
 struct PlannedFile {
-    mz_uint index = 0; // of the entry
+    mz_uint index = 0; // of the entry in the archive
     std::string path;
-    std::filesystem::perms mode = std::filesystem::perms::unknown; // unknown: keep the zip library's mode
+    std::filesystem::perms mode = std::filesystem::perms::unknown; // unknown: keep the mode that miniz sets
 };
 
 struct ArchivePlan {
     std::vector<PlannedFile> files; // by ascending index; directory entries are left out
-    bool endsAtBadEntry = false;    // the entry after the last file is refused or unreadable; `files` ends before it
-    bool needsOrder = false; // extract in order: two files may have the same path, or one the path of a directory
+    bool endsAtBadEntry = false;    // an entry is unsafe or unreadable; `files` has only the files before this entry
+    // True if one thread must extract the files in order: two files may have the same path, or the path of one file may
+    // be a parent directory of another.
+    bool needsOrder = false;
 };
 
 // Reads the central directory of the open archive. Writes nothing.

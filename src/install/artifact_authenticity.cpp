@@ -24,7 +24,7 @@ bool verifyArtifactAuthenticity(const ArtifactAuthenticity& pinned, const std::s
     if (pinned.url.empty() || keys.empty())
         return fail("the publisher key in the launcher configuration is not usable.");
 
-    // Compute size and hashes from the files, because the manifest's values come from the server that is not trusted.
+    // Take size and hashes from the files and not from the manifest, because the update server is not trusted.
     PackageIdentity package;
     package.version = version;
     std::error_code error;

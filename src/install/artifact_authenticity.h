@@ -7,13 +7,15 @@
 
 #include "install/update_cancellation.h"
 
-// The publisher that the configuration pins. If both fields are empty, the check passes without a request.
+// The address of the publisher's statements and the publisher's keys, from the configuration. If both are empty,
+// verifyArtifactAuthenticity succeeds without a request.
 struct ArtifactAuthenticity {
     std::string url;  // https; a package's statement has the address <url>/<SHA-256 of the package>.txt
     std::string keys; // one to four Ed25519 public keys, base64 of 32 bytes each, separated by spaces
 };
 
-// Digests that the run has computed from the files; empty: not computed yet.
+// SHA-256 digests of the package file and of the decrypted archive, if the update run has already computed them.
+// verifyArtifactAuthenticity computes an empty digest from the file.
 struct PackageDigests {
     std::string package;
     std::string plaintext;

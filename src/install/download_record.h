@@ -1,6 +1,6 @@
 #pragma once
 
-// One row of the Downloads screen: one package download since the launcher started.
+// A DownloadRecord is one row of the Downloads screen: one package download since the launcher started.
 
 #include <cstdint>
 #include <string>

@@ -1,4 +1,4 @@
-// The Downloads screen: one row for each package download since the launcher started, newest first.
+// Draws the Downloads screen: one row for each package download since the launcher started, newest first.
 
 #include <array>
 #include <filesystem>
@@ -28,7 +28,7 @@ constexpr float kRowInset = 16.0f;
 constexpr float kBodyLeft = 120.0f;
 constexpr float kButtonHeight = 32.0f;
 constexpr float kButtonTop = 16.0f;
-constexpr float kRetryLeft = 230.0f; // from the row's right edge
+constexpr float kRetryLeft = 230.0f; // this and kShowLeft: from the row's right edge
 constexpr float kShowLeft = 150.0f;
 constexpr float kTextGap = 8.0f; // between a long path and the buttons
 

@@ -9,7 +9,7 @@
 
 using std::chrono::steady_clock;
 
-static constexpr std::chrono::milliseconds kProgressPeriod{33}; // limits the frames that a download causes to 30/s
+static constexpr std::chrono::milliseconds kProgressPeriod{33}; // a download causes at most 30 frames per second
 
 EditorInstallState::EditorInstallState(const std::string& manifestUrl, const std::string& downloadsDirectory,
                                        const ArtifactAuthenticity& authenticity, const InstallProgress& initial)

@@ -2,7 +2,7 @@
 
 // Starts and cancels the install worker, and gives the screens copies of its progress.
 //
-// Call all members on the frame thread, except those marked "worker". The mutex is held for a few assignments or one
+// Call all members on the main thread, except those marked "worker". The mutex is held for a few assignments or one
 // copy, never during network, file or hashing work.
 
 #include <atomic>
@@ -21,19 +21,19 @@ class EditorInstallState {
   public:
     EditorInstallState(const std::string& manifestUrl, const std::string& downloadsDirectory,
                        const ArtifactAuthenticity& authenticity = {}, const InstallProgress& initial = {});
-    ~EditorInstallState(); // stops the run and joins; cannot interrupt decryption, removal, rename and sync
+    ~EditorInstallState(); // stops the run and joins the worker; cannot interrupt decryption, removal, rename or sync
     EditorInstallState(const EditorInstallState&) = delete;
     EditorInstallState& operator=(const EditorInstallState&) = delete;
 
     void startUpdate();    // does nothing while a run is active
-    void requestCancel();  // takes effect at the worker's next cancellation point
+    void requestCancel();  // aborts a download, an extraction or a wait for a lock; other steps finish first
     void joinIfFinished(); // call once per frame; does not block
 
-    [[nodiscard]] bool isRunning() const { return worker_.joinable(); } // until joinIfFinished has ended the run
+    [[nodiscard]] bool isRunning() const { return worker_.joinable(); } // until the worker has been joined
     [[nodiscard]] EditorInstallStatus status() const;
     [[nodiscard]] std::int64_t downloadedBytes() const;
     [[nodiscard]] std::int64_t totalBytes() const;
-    [[nodiscard]] const std::string& statusMessage(); // valid until the next call
+    [[nodiscard]] const std::string& statusMessage(); // the next call changes the text
     [[nodiscard]] std::vector<DownloadRecord> downloadsSnapshot() const;
 
     // Deletes a row and its package file. Does nothing if the row's download is still active.
@@ -41,7 +41,7 @@ class EditorInstallState {
 
   private:
     void runUpdate();                      // worker
-    void report(const UpdateEvent& event); // frame thread or worker; applies the event to progress_
+    void report(const UpdateEvent& event); // main thread or worker; applies the event to progress_
 
     const std::string manifestUrl_;
     const std::string downloadsDirectory_;
@@ -51,7 +51,7 @@ class EditorInstallState {
     InstallProgress progress_;
 
     UpdateCancellation stop_;
-    std::atomic<bool> workerFinished_ = false; // the worker sets it after the run
-    std::thread worker_;                       // frame thread only
-    std::string shownMessage_;                 // frame thread only; the text that statusMessage returned last
+    std::atomic<bool> workerFinished_ = false; // set by the worker at its end
+    std::thread worker_;                       // main thread only
+    std::string shownMessage_;                 // main thread only; the text that statusMessage returned last
 };

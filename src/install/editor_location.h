@@ -8,11 +8,11 @@
 
 class LauncherApp;
 
-// Returns the directory into which the launcher installs the editor: "editor" in the launcher's own directory. In this
-// header it is called the managed directory.
+// Returns the managed directory, into which the launcher installs the editor: "editor" in the launcher's own directory.
 [[nodiscard]] std::string managedEditorDirectory();
 
-// Returns the path of the version marker. This file records a finished install. Its one line is the manifest's version.
+// Returns the path of the version marker, a file that the launcher writes at the end of an install. Its one line is the
+// version from the manifest.
 [[nodiscard]] std::string editorVersionMarkerPath();
 
 // Returns the first line of a file without line ends and spaces at its end.
@@ -28,17 +28,18 @@ class LauncherApp;
 // bin/editor.exe, editor.exe.
 [[nodiscard]] std::array<std::string, 3> editorExecutablePlaces(const std::string& directory);
 
-// Returns the first of these paths that is a regular file.
+// Returns the first path of editorExecutablePlaces(directory) that is a regular file.
 [[nodiscard]] std::string findEditorExecutable(const std::string& directory);
 
-// Searches the launcher's directory, its parent and its grandparent. Empty if none of them contains an editor; then an
-// install is needed.
+// Searches for the executable in the launcher's directory, in its parent and in its grandparent. If none of them
+// contains the executable, an install is necessary.
 [[nodiscard]] std::string findEditorNearLauncher();
 
-// Searches the folder into which the launcher installs the editor.
+// Searches for the executable in the managed directory.
 [[nodiscard]] std::string findManagedEditor();
 
-// Searches for the editor that opens projects and that the screens show: first in ZANTOR_DIR, then in the user's
-// install path, in the managed directory, and near the launcher. findEditorNearLauncher ignores ZANTOR_DIR and the
-// install path on purpose: an editor there does not make an install unnecessary.
+// Returns the executable that opens projects and that the screens show. Searches the directory in the environment
+// variable ZANTOR_DIR, then the user's install path, the managed directory, and the directories of
+// findEditorNearLauncher. An editor in ZANTOR_DIR or in the install path does not replace an install, so
+// findEditorNearLauncher ignores both on purpose.
 [[nodiscard]] std::string resolveEditorExecutable(const LauncherApp& app);

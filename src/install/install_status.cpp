@@ -14,8 +14,8 @@ void failUpdate(InstallProgress& progress, const std::string& message) {
     show(progress, Status::Failed, message);
 }
 
-// Fails the first row, which belongs to this download: new rows are added in front, and an active one cannot be
-// removed.
+// Marks the first row as failed. The first row is the active download, because new rows are added at the front and an
+// active row cannot be removed.
 void failTransfer(InstallProgress& progress, const std::string& message) {
     progress.downloads.front().status = DownloadStatus::Failed;
     failUpdate(progress, message);

@@ -1,7 +1,7 @@
 #pragma once
 
-// What the screens show of an install (status, message, byte counts, download rows), and the events of an update run
-// that change it. Plain values: no locks, no files, no network. Any thread.
+// Holds what the screens show of an install (status, message, byte counts, download rows), and changes it for each
+// event of an update run. Uses plain values: no locks, no files, no network. Any thread.
 
 #include <cstdint>
 #include <string>
@@ -39,11 +39,11 @@ struct UpdateEvent {
 
         // Each run ends with one of these.
         NotConfigured,
-        Offline,        // no server is configured or it did not respond, but an editor is installed
+        Offline,        // the server is not configured or did not respond, but an editor is installed
         Unreachable,    // the server did not respond, and no editor is installed
         ManifestFailed, // detail: the cause, for the user
         PackageUrlInvalid,
-        WaitCancelled, // cancelled while another launcher installs, or closed while a checksum is computed
+        WaitCancelled, // cancelled while another launcher installs, or the launcher closed during a checksum
         DownloadsNotWritable,
         DownloadCancelled,
         DownloadFailed,
@@ -67,5 +67,5 @@ struct UpdateEvent {
 // Updates status, message and rows for one event.
 void recordEvent(InstallProgress& progress, const UpdateEvent& event);
 
-// Sets the byte counters of the active download, in the progress and in its newest row.
+// Sets the byte counters of the active download, in `progress` and in the newest row.
 void recordBytes(InstallProgress& progress, std::int64_t received, std::int64_t total);

@@ -1,5 +1,5 @@
-// The Installs screen: one card with the installed editor, its location, the state of the install worker, and one
-// button for the action that this state allows.
+// Draws the Installs screen: one card with the installed editor, its location, the install status, and the button or
+// the spinner for this status.
 
 #include <array>
 
@@ -43,7 +43,7 @@ constexpr std::array<InstallBadge, 7> kBadges = {{
     kBadgeFailed,
 }};
 
-// Draws a spinner with a label. The spinner's clock advances only in frames that show it. It is never reset.
+// Draws a spinner with a label. The clock advances only in frames that show the spinner, and is never reset.
 void drawBusy(ImVec2 rowRight, const char* label) {
     static float clock = 0.0f;
     clock += ImGui::GetIO().DeltaTime;

@@ -27,7 +27,7 @@ struct ContainerHeader {
     [[nodiscard]] const unsigned char* nonce() const { return bytes.data() + container::kNonceOffset; }
 };
 
-// A container with a valid header. The file is positioned at the ciphertext.
+// After openContainer succeeds, the header is valid and the file is positioned at the ciphertext.
 struct OpenContainer {
     std::string key;
     std::ifstream file;
@@ -62,8 +62,8 @@ const char* readHeader(std::ifstream& file, ContainerHeader& header) {
     return nullptr;
 }
 
-// Decrypts the payload into `sink`. Returns an error text, or null if the tag has verified all data that `sink`
-// received.
+// Decrypts the payload into `sink`. Returns null if the tag authenticates all data that `sink` received, otherwise an
+// error text.
 const char* decryptPayload(OpenContainer& opened, const PlaintextSink& sink) {
     ContainerHeader& header = opened.header;
     const std::unique_ptr<EVP_CIPHER_CTX, decltype(&EVP_CIPHER_CTX_free)> cipher(EVP_CIPHER_CTX_new(),

@@ -1,6 +1,7 @@
 #pragma once
 
-// The encrypted container of an editor package: AES-256-GCM over the plain zip archive, no additional data.
+// Reads the encrypted container of an editor package: the zip archive, encrypted with AES-256-GCM without additional
+// authenticated data.
 //
 //   offset  size  field
 //        0     8  magic: "ZANTOR1" and a zero byte
@@ -44,7 +45,7 @@ inline constexpr std::size_t kKeySize = 32;
 // user.
 //
 // The tag is at the end of the container, so the plaintext is written before the tag can be checked. After a failure
-// the output stays on disk and may contain unauthenticated plaintext: open it only if the result is true. Write errors
+// the output stays on disk and may contain unauthenticated plaintext: use it only if the result is true. Write errors
 // are ignored, because the extraction fails for an incomplete archive. After each write, passes the size of the output
 // so far to `onWritten`.
 [[nodiscard]] bool decryptPackage(const std::string& containerPath, const std::string& outputPath,

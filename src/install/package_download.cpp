@@ -13,7 +13,7 @@
 
 namespace {
 
-// The file that a download writes. Data arrives in pieces of up to 16 KiB; the class collects 256 KiB for each write.
+// The part file of a download. Data arrives in pieces of up to 16 KiB; the class collects up to 256 KiB for each write.
 class PartFile {
   public:
     explicit PartFile(const std::string& path) {
@@ -35,7 +35,7 @@ class PartFile {
         stream_.flush();
     }
 
-    [[nodiscard]] std::uint64_t size() const { return size_; } // without what has not been written yet
+    [[nodiscard]] std::uint64_t size() const { return size_; } // without collected data that is not written yet
     [[nodiscard]] bool isOpen() const { return stream_.is_open(); }
     [[nodiscard]] bool good() const { return !stream_.fail(); }
     void close() { stream_.close(); }
@@ -70,7 +70,7 @@ UpdateEvent::Kind receiveIntoPart(const PackageTransfer& transfer, const std::st
     part.close();
 
     if (stop.cancelRequested) return UpdateEvent::DownloadCancelled;
-    // httpsDownload also writes the body of a response whose status is not 200 into the part file.
+    // `receive` also writes the body of a response whose status is not 200, for example an error page.
     if (!answer.answered || answer.status != 200 || !written) return UpdateEvent::DownloadFailed;
     if (digest && digest->finish() != transfer.sha256) return UpdateEvent::ChecksumDiffers;
     // Sync before the rename. Otherwise the file with the final name could be empty after a power failure.

@@ -20,9 +20,11 @@ struct PackageTransfer {
     std::string packagePath;
 };
 
-// Called on the worker for each piece of data. `total` is 0 while the size is unknown.
+// Called on the request's thread for each piece of data, while the worker waits. `total` is 0 while the size is
+// unknown.
 using TransferProgress = std::function<void(std::int64_t received, std::int64_t total)>;
 
-// Returns Downloaded, or the event that tells how the download failed. A cancel takes effect at the next piece of data.
+// Returns Downloaded, or the event for the failure. A cancel takes effect at the next piece of data, or at once if
+// `transfer.server.abort` is `stop.transfer`.
 [[nodiscard]] UpdateEvent::Kind downloadPackage(const PackageTransfer& transfer, const UpdateCancellation& stop,
                                                 const TransferProgress& onProgress);

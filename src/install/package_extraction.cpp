@@ -21,7 +21,7 @@ namespace {
 
 constexpr std::size_t kMostThreads = 4;
 
-// The zip reader of one thread. When the launcher closes, its reads fail, so that the extraction ends soon.
+// The zip reader of one thread. Its reads fail when the launcher closes, so that the extraction ends soon.
 class ArchiveReader {
   public:
     ArchiveReader(const std::string& path, const std::atomic<bool>& closing)
@@ -151,13 +151,13 @@ ExtractionOutcome extractArchive(const std::string& archivePath, const std::stri
     ArchiveReader reader(archivePath, stop.closing);
     if (!reader.isOpen()) return ExtractionOutcome::Unreadable;
     if (!isEmptyOrMissing(stagingDirectory)) return ExtractionOutcome::Failed;
-    // extractFiles checks for a cancel before each file. An archive that contains only directories has no files, so
-    // check here too. An empty archive has no entry before which a cancel could take effect.
+    // extractFiles checks for a cancel only before each file, so check here for an archive that contains only
+    // directories. A cancel takes effect before an entry, so it has no effect on an archive without entries.
     if (stop.cancelRequested && mz_zip_reader_get_num_files(&reader.archive()) > 0) return ExtractionOutcome::Failed;
     const ArchivePlan plan = planArchive(reader.archive(), stagingDirectory);
     createDirectories(plan.files);
     if (!extractFiles(reader, archivePath, plan, stop) || plan.endsAtBadEntry) return ExtractionOutcome::Failed;
     makeEditorExecutable(stagingDirectory);
-    // Sync before the swap deletes the old editor. Otherwise the new files could be empty after a power failure.
+    // Sync before replaceEditor deletes the old editor. Otherwise the new files could be empty after a power failure.
     return syncFiles(pathsOf(plan.files)) ? ExtractionOutcome::Done : ExtractionOutcome::Failed;
 }

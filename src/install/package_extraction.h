@@ -10,7 +10,7 @@
 enum class ExtractionOutcome {
     Done,
     Unreadable, // not a zip archive; nothing was written
-    Failed,     // cancelled, unsafe name, damaged entry, or staging directory not empty; extracted files stay there
+    Failed,     // cancelled, unsafe name, damaged entry, write error, or staging directory not empty; files are kept
 };
 
 // Extracts all files of the archive and syncs them to disk. Skips entries whose name is empty or ends in "/": a

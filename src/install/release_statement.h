@@ -1,8 +1,8 @@
 #pragma once
 
-// The release statement: a small text file, signed and dated by the publisher, about one package file. Its address is
-// <authenticity url>/<sha256 of the package file>.txt. It is ASCII and has exactly these lines in this order. Each line
-// ends with one line feed.
+// Parses and checks a release statement: a small text file, signed and dated by the publisher, about one package file.
+// Its address is <authenticity url>/<sha256 of the package file>.txt. The text is ASCII and has exactly these lines in
+// this order. Each line ends with one line feed.
 //
 //   release-statement-v1
 //   version: 1.4.2
@@ -50,7 +50,7 @@ struct ReleaseStatement {
     std::vector<std::string> signatures; // 64 bytes each
 };
 
-// Parses a statement. False if the text does not have exactly the form above.
+// Parses a statement. False if the text does not have exactly the form at the top of this file.
 [[nodiscard]] bool parseReleaseStatement(std::string_view text, ReleaseStatement& release);
 
 struct StatementNumbers {
@@ -66,7 +66,7 @@ struct StatementNumbers {
 // bytes.
 [[nodiscard]] bool isSignedByAny(const ReleaseStatement& release, const std::vector<std::string>& keys);
 
-// Returns the keys in a configuration text. Returns none if one of them is invalid or if there are more than four.
+// Decodes the keys of ArtifactAuthenticity::keys. Returns no keys if one is invalid or if there are more than four.
 [[nodiscard]] std::vector<std::string> parsePublisherKeys(const std::string& text);
 
 // The version from the manifest, and the values computed from the package on disk.
@@ -74,9 +74,10 @@ struct PackageIdentity {
     std::string version;
     std::int64_t size = 0;
     std::string sha256;
-    std::string plaintextSha256; // or kNoPlaintext
+    std::string plaintextSha256; // kNoPlaintext if the package is not encrypted
 };
 
-// Checks a statement for this package. Returns a message for the user, or an empty text if the package is genuine.
+// Checks whether the statement is signed by one of `keys`, is for `package` and is valid at `nowSeconds`. Returns an
+// empty text if all of this is true, otherwise a message for the user.
 [[nodiscard]] std::string judgeReleaseStatement(std::string_view text, const std::vector<std::string>& keys,
                                                 const PackageIdentity& package, std::int64_t nowSeconds);

@@ -1,6 +1,6 @@
 #pragma once
 
-// Stops an update run. The frame thread sets the fields, the install worker reads them.
+// Stops an update run. The main thread sets the fields, the install worker reads them.
 
 #include <atomic>
 
@@ -10,8 +10,8 @@ struct UpdateCancellation {
     // The worker checks it during the download, before each entry of the archive, and while it waits for another
     // launcher.
     std::atomic<bool> cancelRequested = false;
-    // The launcher closes. The worker then also stops in the middle of a hash or an entry, and stops retrying to
-    // replace the editor. close() sets it.
+    // True when the launcher closes. The worker then also stops in the middle of a hash or an entry, and stops retrying
+    // to replace the editor.
     std::atomic<bool> closing = false;
     HttpAbort transfer; // package download; a cancel aborts it
     HttpAbort requests; // manifest and statement; only closing aborts them
@@ -25,7 +25,7 @@ struct UpdateCancellation {
         requests.abort();
         cancel();
     }
-    void clearCancel() { // only while no worker runs
+    void clearCancel() { // call it only while no worker runs
         cancelRequested = false;
         transfer = HttpAbort();
     }

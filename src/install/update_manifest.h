@@ -1,12 +1,12 @@
 #pragma once
 
-// The update manifest: one JSON object at the configured address. It contains the version to install and the address of
-// its package.
+// Fetches and parses the update manifest, one JSON object at the configured address. The manifest names the version to
+// install and the address of its package.
 //
-//   version            text, required; compared byte by byte, never as older or newer
+//   version            text, required; compared for equality only, so an older version is installed too
 //   url                text, required; https address of the package
-//   sha256             of the package file, lower-case hexadecimal; if absent, the package's hash is not verified
-//   plaintext_sha256   of the decrypted archive; if absent, the archive's hash is not verified
+//   sha256             SHA-256 of the package file, lower-case hexadecimal; not verified if absent
+//   plaintext_sha256   SHA-256 of the decrypted archive, lower-case hexadecimal; not verified if absent
 //   encryption.key     the container's key in base64; absent if the package is not encrypted
 //
 // A member of another type counts as absent. All other members are ignored. Any thread.

@@ -95,12 +95,12 @@ void writeMarker(const std::string& version) {
 }
 
 UpdateEvent installPackage(const UpdateRun& run, const UpdateManifest& manifest, const std::string& packagePath) {
-    // On the same volume as the editor, so that it can be renamed.
+    // The staging directory is on the editor's volume, so that a rename can move it.
     const std::string staging = (fs::path(managedEditorDirectory()).parent_path() / "editor-staging").string();
-    std::error_code ignored; // the extraction notices a staging directory that is not empty
+    std::error_code ignored; // extractArchive fails if the staging directory is not empty
     fs::remove_all(staging, ignored);
     fs::create_directories(staging, ignored);
-    // bringPackage has compared the manifest's checksum with the digest of the file.
+    // The manifest's checksum is the file's digest: bringPackage has compared them.
     PackageDigests digests{manifest.sha256, {}};
     std::string decryptedPath;
     if (isEncryptedPackage(packagePath)) {
@@ -108,7 +108,7 @@ UpdateEvent installPackage(const UpdateRun& run, const UpdateManifest& manifest,
         std::string cause;
         GrowingFileSha256 plaintext(decryptedPath, &run.stop.closing);
         const auto onWritten = [&](std::uint64_t size) { plaintext.grewTo(size); };
-        // If the decryption fails, the decrypted file stays. After any other result it is removed below.
+        // If the decryption fails, the decrypted file stays on the disk. Otherwise it is removed below.
         if (!decryptPackage(packagePath, decryptedPath, manifest.encryptionKey, cause, onWritten))
             return {UpdateEvent::DecryptionFailed, manifest.version, cause};
         digests.plaintext = plaintext.finish();
@@ -117,7 +117,7 @@ UpdateEvent installPackage(const UpdateRun& run, const UpdateManifest& manifest,
     if (!decryptedPath.empty()) fs::remove(decryptedPath, ignored);
     if (end.kind == UpdateEvent::ExtractionFailed) {
         fs::remove_all(staging, ignored);
-        // If the user cancelled during the entry that failed, report a cancel instead of a failure.
+        // If the user has cancelled, report the cancel, even if the extraction failed for another reason.
         if (run.stop.cancelRequested) return {UpdateEvent::InstallCancelled, manifest.version};
     }
     if (end.kind != UpdateEvent::Installed) return end;
@@ -126,7 +126,7 @@ UpdateEvent installPackage(const UpdateRun& run, const UpdateManifest& manifest,
     return end;
 }
 
-// Runs the steps after the manifest. The run changes files only from here on.
+// Runs the steps that follow the manifest. Before these steps, the run changes no files.
 UpdateEvent updateFromManifest(const UpdateRun& run, const UpdateManifest& manifest, PackageTransfer& transfer) {
     const fs::path downloads(run.downloadsDirectory);
     std::error_code ignored; // if the directory is missing, the download reports it

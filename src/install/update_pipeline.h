@@ -1,10 +1,10 @@
 #pragma once
 
-// One update run, from the manifest to the installed editor. Blocking; install worker only. It shares no data with
-// other threads except `UpdateRun::stop`.
+// Runs one update, from the manifest to the installed editor. Blocking; install worker only. The run shares no data
+// with other threads except `UpdateRun::stop`.
 //
-// While the run changes files, it holds two file locks, so that a second launcher waits. It always takes them in the
-// same order: first the lock in the downloads directory, then the lock next to the staging directory.
+// While the run changes files, it holds two file locks, so that a second launcher waits. It always takes the locks in
+// the same order: first the lock in the downloads directory, then the lock next to the staging directory.
 
 #include <functional>
 #include <string>

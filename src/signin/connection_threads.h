@@ -1,7 +1,8 @@
 #pragma once
 
-// The threads that serve the connections of the loopback listener. Each open connection has its own thread, so that a
-// silent connection does not delay the others. The number of threads is limited; further connections wait for a thread.
+// Serves the connections of the loopback listener on several threads. Each open connection has its own thread, so that
+// a silent connection does not delay the others. The number of threads is limited; further connections wait for a
+// thread.
 
 #include <condition_variable>
 #include <cstddef>
@@ -15,11 +16,11 @@
 
 class ConnectionThreads : public httplib::TaskQueue {
   public:
-    // Accept thread only. False if no thread can serve the connection. The server then closes it.
+    // Accept thread only. Returns false if no thread can serve the connection; the server then closes the connection.
     bool enqueue(std::function<void()> connection) override;
 
-    // Accept thread only. Serves the connections that still wait, then joins all threads. Each waiting connection owns
-    // a socket, which the stopped server closes without a response.
+    // Accept thread only. Serves the connections that still wait, because each one owns a socket that must be closed.
+    // Then joins all threads.
     void shutdown() override;
 
   private:

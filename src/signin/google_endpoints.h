@@ -1,7 +1,7 @@
 #pragma once
 
-// The addresses of Google's services. The launcher links google_endpoints.cpp with the real hosts. The sandbox and the
-// tests link another definition. No setting can change the addresses at run time. Any thread.
+// Returns the addresses of Google's services. The launcher links google_endpoints.cpp with the real hosts. The sandbox
+// and the tests link another definition. No setting can change the addresses at run time. Any thread.
 
 #include <string>
 

@@ -58,12 +58,12 @@ void reportRedirect(SignInMailbox& mailbox, const SignInAttempt& attempt, const 
 } // namespace
 
 struct LoopbackListener::Running {
-    BoundedServer server; // time limits, because any program on the machine may connect and stay silent
+    BoundedServer server; // limits each connection's time: any program on the machine may connect and stay silent
     std::thread acceptThread;
-    std::atomic<bool> acceptEnded = false; // also set when accept fails: the library then leaves its loop
+    std::atomic<bool> acceptEnded = false; // true after the accept loop has ended, also because of a failed accept
 
     // Waits until the accept loop runs, then stops the server. False if the loop did not start within the limit.
-    // httplib::Server::stop() does nothing before the loop runs, and the join would then never return.
+    // httplib::Server::stop() does nothing before the loop runs, and acceptThread.join() would then never return.
     bool stopWithin(milliseconds limit) {
         const auto deadline = steady_clock::now() + limit;
         while (!server.is_running() && !acceptEnded) {

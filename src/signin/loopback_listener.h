@@ -1,7 +1,7 @@
 #pragma once
 
-// The plain HTTP listener on 127.0.0.1 that receives the browser's redirect. The system chooses its port. Its one route
-// is GET "/". The response is the same page after success and after failure. Frame thread only.
+// Receives the browser's redirect with a plain HTTP server on 127.0.0.1. The system chooses the port. The one route is
+// GET "/". The response is the same page after success and after failure. Main thread only.
 //
 // Browsers open spare connections and keep them, and any program on the machine may connect and stay silent. So each
 // connection has its own thread (connection_threads.h) and a time limit (bounded_server.h), and stop() does not wait

@@ -1,7 +1,7 @@
 #pragma once
 
-// One attempt to sign in. The frame thread owns the record; listener and worker get copies. It is never written to
-// disk.
+// One attempt to sign in. The main thread owns the record; listener and worker get copies. The record is never written
+// to disk.
 
 #include <cstdint>
 #include <string>

@@ -16,8 +16,8 @@
 
 namespace {
 
-constexpr std::size_t kVerifierBytes = 48; // 64 characters
-constexpr std::size_t kStateBytes = 16;    // 22 characters
+constexpr std::size_t kVerifierBytes = 48; // 64 characters in Base64
+constexpr std::size_t kStateBytes = 16;    // 22 characters in Base64
 
 std::string redirectUriFor(int port) {
     return "http://127.0.0.1:" + std::to_string(port);
@@ -111,8 +111,8 @@ void SignInFlow::pollSignIn() {
     state = SignInState::SignedIn;
 }
 
-// Stops the listener, which sets its port to 0. A code that arrived before cancelSignIn is still exchanged, with this
-// port in its redirect URI.
+// Stops the listener and puts its port, which is then 0, into the attempt's redirect URI. If a code has arrived before
+// cancelSignIn, pollSignIn still exchanges it, with port 0 in the redirect URI.
 void SignInFlow::stopListener() {
     listener_.stop();
     attempt_.redirectUri = redirectUriFor(listener_.port());
@@ -151,7 +151,7 @@ void SignInFlow::signOut() {
 
 void SignInFlow::startWorker(const std::string& code, const std::string& refreshToken, bool isRefresh,
                              const std::string& redirectUri) {
-    joinWorker(); // a worker that restores a session may still run
+    joinWorker(); // the worker that restores a session may still run
     SignInWork work;
     work.mailbox = mailbox_;
     work.clientId = clientId_;

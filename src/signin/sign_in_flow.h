@@ -3,9 +3,9 @@
 // Signs the user in with a Google account in the system's browser. It uses an authorization code with PKCE (RFC 7636),
 // a redirect to a loopback listener (RFC 8252), and a worker thread that requests tokens and user information.
 //
-// Frame thread only. Other threads report to a mailbox, which pollSignIn empties at the start of each frame.
-// startSignIn, cancelSignIn, signOut, restoreSession and the destructor abort the worker's requests and join it.
-// `state` and `errorMessage` show failures.
+// Main thread only. Other threads report to a mailbox, which pollSignIn empties at the start of each frame.
+// startSignIn, cancelSignIn, signOut, restoreSession and the destructor abort the worker's requests and join the
+// worker. `state` and `errorMessage` show failures.
 
 #include <cstdint>
 #include <memory>
@@ -55,9 +55,9 @@ class SignInFlow {
     const std::string clientId_;
     const std::string clientSecret_;
     LauncherSettings* const settings_;
-    SignInAttempt attempt_; // the current one
+    SignInAttempt attempt_; // the current attempt
     std::shared_ptr<SignInMailbox> mailbox_;
     LoopbackListener listener_;
-    HttpAbort workerAbort_;    // of the current worker
+    HttpAbort workerAbort_;    // aborts the requests of the current worker
     std::thread workerThread_; // stays joinable after it has ended, until the next operation joins it
 };

@@ -1,10 +1,11 @@
 #pragma once
 
-// Passes the results of other threads to the frame thread during a sign-in. It locks its own mutex, for a few
-// assignments, never during I/O. Shared pointers own it, so that a thread that outlives its attempt can still report.
+// Passes the results of other threads to the main thread during a sign-in. The mailbox locks its own mutex, for a few
+// assignments, never during I/O. Shared pointers own the mailbox, so that a thread that outlives its attempt can still
+// report.
 //
-// Each attempt has a number, its generation. The frame thread starts a new generation when it abandons an attempt. The
-// mailbox drops reports with an older generation.
+// Each attempt has a number, its generation. The main thread starts a new generation when it starts or abandons an
+// attempt. The mailbox drops reports with an older generation.
 
 #include <cstdint>
 #include <mutex>
@@ -13,7 +14,7 @@
 struct SignInResult {
     bool hasResult = false; // false: no result has arrived
     bool success = false;
-    bool fromRestore = false; // the worker restored a stored session
+    bool fromRestore = false; // the worker tried to restore a stored session
     std::string userName;
     std::string userEmail;
     std::string refreshToken; // empty if Google sent none, or if a session was restored
@@ -27,7 +28,7 @@ class SignInMailbox {
         SignInResult result;
     };
 
-    // --- frame thread ---
+    // --- main thread ---
 
     // Starts the next generation and returns it. Discards a code or result that has arrived.
     [[nodiscard]] std::uint32_t startAttempt();
@@ -37,8 +38,8 @@ class SignInMailbox {
 
     void discardResult();
 
-    // Accepts reports of the listener of this generation only. With 0, or after take() has returned a code, the mailbox
-    // drops the reports of all listeners.
+    // From now on, accepts listener reports of this generation only. Accepts no listener reports after openFor(0), and
+    // none after take() has returned a code.
     void openFor(std::uint32_t generation);
 
     // Returns the code and the result that have arrived, and clears both.
@@ -46,11 +47,11 @@ class SignInMailbox {
 
     // --- any thread ---
 
-    // For listeners. A later code replaces an earlier one. A failure does not remove a code.
+    // The listener calls these functions. A later code replaces an earlier one. A failure does not remove a code.
     void reportCode(std::uint32_t generation, const std::string& code);
     void reportFailure(std::uint32_t generation, const std::string& message);
 
-    // For workers.
+    // The worker calls this function.
     void reportResult(std::uint32_t generation, SignInResult result);
 
   private:

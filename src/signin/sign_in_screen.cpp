@@ -1,5 +1,5 @@
-// The sign-in screen: a panel with the welcome text and either the "Sign in" button or a spinner with "Cancel", and a
-// picture to the right of the panel.
+// Draws the sign-in screen: a panel with the welcome text and either the "Sign in" button or a spinner with "Cancel",
+// and a picture to the right of the panel.
 
 #include <algorithm>
 #include <chrono>
@@ -26,8 +26,8 @@ constexpr float kPanelShare = 0.4f; // of the window's width
 constexpr float kMarginShare = 0.16f;
 constexpr float kMinMargin = 56.0f;
 constexpr float kMaxColumn = 320.0f;
-constexpr float kTextTopShare = 0.44f; // slightly above the middle
-constexpr float kLineGap = 4.0f;       // not scaled
+constexpr float kTextTopShare = 0.44f; // of the free height: slightly above the middle
+constexpr float kLineGap = 4.0f;       // in pixels at every scale
 constexpr float kSubtitleGap = 16.0f;
 constexpr float kControlHeight = 44.0f;
 constexpr float kSignInGap = 24.0f;
@@ -46,7 +46,7 @@ constexpr ImU32 kPictureShade = IM_COL32(0, 0, 0, 0x28);
 constexpr ImU32 kCaption = IM_COL32(0xFA, 0xFA, 0xFA, 0xF5);
 constexpr ImU32 kSubcaption = IM_COL32(0xBE, 0xBE, 0xC3, 0xDC);
 
-constexpr std::chrono::milliseconds kPictureWait{2}; // each frame waits this long for the decoder
+constexpr std::chrono::milliseconds kPictureWait{2}; // the longest time that a frame waits for the decoder
 
 struct Column {
     float left, width;
@@ -69,9 +69,10 @@ void drawPicture(ImDrawList* drawList, ImTextureData* picture, ImVec2 min, ImVec
                      "Made with VOLO");
 }
 
-// Draws "Support" with an arrow at the bottom of the panel. It becomes brighter under the pointer. It has no action.
+// Draws "Support" with an arrow at the bottom of the panel. The label becomes brighter under the pointer. A click on
+// it does nothing.
 void drawSupportLabel(ImDrawList* drawList, float panelLeft, float panelWidth, float windowBottom) {
-    constexpr float kArrowThickness = 1.6f; // not scaled
+    constexpr float kArrowThickness = 1.6f; // in pixels at every scale
     ImFont* font = uiThemeFont(16.0f);
     const char* label = "Support";
     const ImVec2 text = uiThemeTextSize(font, label);
@@ -102,7 +103,7 @@ void drawSignedOutControls(ImDrawList* drawList, SignInFlow& signIn, Column colu
         enterPressed()) {
         signIn.startSignIn();
     }
-    if (signIn.errorMessage.empty()) return; // read after startSignIn: it may have failed just now
+    if (signIn.errorMessage.empty()) return; // check after startSignIn, which may just have failed
     uiThemeTextWrapped(drawList, uiThemeFont(13.0f),
                        {column.left, buttonTop + uiThemePx(kControlHeight) + uiThemePx(kErrorGap)},
                        uiThemeDestructive(), signIn.errorMessage, column.width, kLineGap);
@@ -130,7 +131,7 @@ void drawSigningInControls(ImDrawList* drawList, SignInFlow& signIn, Column colu
 } // namespace
 
 void LauncherApp::drawSignInScreen() {
-    if (!backgroundLoadTried && ImGui::GetFrameCount() > 1) { // not in the first frame, so that it appears early
+    if (!backgroundLoadTried && ImGui::GetFrameCount() > 1) { // not in the first frame: show the window early
         backgroundLoadTried = true;
         loadBackgroundTexture();
     }

@@ -1,8 +1,8 @@
 #pragma once
 
-// The requests to Google that follow the browser's redirect or restore a session. They exchange a code or a stored
-// refresh token for an access token, and request the account's name and e-mail address. Blocking HTTPS; sign-in worker
-// only. This code writes no file and no log.
+// Sends the requests to Google that follow the browser's redirect or restore a session. They exchange a code or a
+// stored refresh token for an access token, and request the account's name and e-mail address. Blocking HTTPS; sign-in
+// worker only. This code writes no file and no log.
 
 #include <memory>
 #include <string>
@@ -30,7 +30,7 @@ struct SignInWork {
     std::shared_ptr<SignInMailbox> mailbox;
     std::string clientId;
     std::string clientSecret;
-    std::string code;         // empty when restoring
+    std::string code;         // empty when a session is restored
     std::string refreshToken; // empty for a browser sign-in
     bool isRefresh = false;   // true: restore the stored session
     HttpAbort abort;          // ends the worker's requests
