@@ -1,7 +1,7 @@
 #pragma once
 
 // Prepares the real launcher for a screenshot. The launcher uses new folders in a home folder, whose path is visible in
-// the screenshots. It is linked with the tests' recording replacement of the operating system.
+// the screenshots. Its calls of the operating system go to tests/support/recording_system.h.
 
 #include <filesystem>
 #include <string>

@@ -1,8 +1,8 @@
 #pragma once
 
 // A strict OAuth 2.0 and OpenID Connect provider on loopback, over TLS, with the same interface as Google's:
-//   GET  /o/oauth2/v2/auth   consent page with a button
-//   GET  /consent?...        request of the button; the response is the redirect
+//   GET  /o/oauth2/v2/auth   consent page with the buttons "Allow" and "Deny"
+//   GET  /consent?...        request of a button; the response is the redirect to the launcher
 //   POST /token              exchanges a code or a refresh token for tokens
 //   GET  /v1/userinfo        name and e-mail address for a bearer token
 // It checks client credentials, PKCE S256, the exact redirect URI of the code, single-use codes that expire after a
@@ -56,7 +56,7 @@ class IdentityProvider {
     // Creates and returns a valid refresh token, as after an earlier sign-in.
     [[nodiscard]] std::string issueRefreshToken();
 
-    // Accepts a token that an earlier provider has issued.
+    // Makes a refresh token valid that the provider of an earlier run has issued.
     void acceptRefreshToken(const std::string& token);
     void revokeRefreshTokens();
 
