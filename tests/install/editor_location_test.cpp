@@ -21,7 +21,8 @@ TEST(EditorLocation, IsTheFirstFileAtMostTwoLevelsAboveTheLauncher) {
         EXPECT_EQ(findEditorNearLauncher(), path);
     }
     EXPECT_EQ(fs::path(findManagedEditor()), fs::path(here + "/editor/editor.exe"));
-    recordingSystem().launcherDirectory.clear(); // unknown: the current directory is not searched instead
+    // If the launcher's directory is unknown, the current directory must not be searched instead.
+    recordingSystem().launcherDirectory.clear();
     const fs::path before = fs::current_path();
     fs::current_path(here);
     EXPECT_EQ(findEditorNearLauncher(), "");
