@@ -1,8 +1,9 @@
-// A library for LD_PRELOAD. It measures the frames of a program with a GLFW window. A frame is the time between two
+// Measures the frames of a program with a GLFW window, as a library for LD_PRELOAD. A frame is the time between two
 // waits for events. The environment variable VOLO_FRAMES is the path of the output file. Its first line is written when
-// the first frame is shown: the time of the monotonic clock, and the processor time that the process has used, both in
-// microseconds. This first frame comes after VOLO_EMPTY_FRAMES empty ones (default: 1, the launcher's empty window). On
-// exit, one line per frame follows: the processor microseconds of the thread, and the wall-clock microseconds.
+// the first frame with content is shown: the time of the monotonic clock, and the processor time that the process has
+// used, both in microseconds. VOLO_EMPTY_FRAMES empty frames come before this frame (default: 1, the launcher's empty
+// window). On exit, one line per frame follows: the processor microseconds of the frame's thread, and the wall-clock
+// microseconds.
 
 #include <cstdio>
 #include <cstdlib>

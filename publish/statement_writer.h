@@ -33,7 +33,7 @@ struct StatementRequest {
 };
 
 struct StatementReport {
-    bool offerNeedsAction = false; // launchers refuse the offered release now or within site::kWarningDays
+    bool offerNeedsAction = false; // launchers refuse the offered release now, or will within site::kWarningDays
     std::vector<std::string> lines;
     std::vector<std::string> warnings;
 };

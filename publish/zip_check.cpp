@@ -18,7 +18,7 @@
 
 namespace {
 
-constexpr unsigned kMadeOnUnix = 3;        // upper byte of "version made by"
+constexpr unsigned kMadeOnUnix = 3;        // a value of the upper byte of "version made by"
 constexpr std::size_t kMaxPartBytes = 255; // the longest name of a file or folder on both platforms
 
 bool isUtf8(std::string_view text) {

@@ -21,7 +21,7 @@ class ChildProcess {
     // signal that ended the child. Returns nullopt if the child still runs.
     [[nodiscard]] std::optional<int> waitFor(std::chrono::milliseconds time);
 
-    void end(); // requests the child's end, and kills it 3 s later if it still runs
+    void end(); // asks the child to end, and kills it 3 s later if it still runs
 
   private:
 #ifdef _WIN32

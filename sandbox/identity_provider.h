@@ -5,8 +5,9 @@
 //   GET  /consent?...        request of a button; the response is the redirect to the launcher
 //   POST /token              exchanges a code or a refresh token for tokens
 //   GET  /v1/userinfo        name and e-mail address for a bearer token
-// It checks client credentials, PKCE S256, the exact redirect URI of the code, single-use codes that expire after a
-// minute, refresh tokens and bearer tokens. Faults can be changed while it runs. Any thread.
+// The provider checks client credentials, PKCE S256, the exact redirect URI of the code, refresh tokens and bearer
+// tokens. A code can be used once and expires after a minute. Faults can be changed while the provider runs. Any
+// thread.
 
 #include <memory>
 #include <string>

@@ -10,7 +10,7 @@
 
 #include "sandbox/certificate_authority.h"
 
-// One accepted connection after its TLS handshake. Only its script uses it, on the connection's own thread. When the
+// One accepted connection after its TLS handshake. Only the script uses it, on the connection's own thread. When the
 // script returns, the server sends close_notify and FIN, unless the script has ended the connection itself.
 class TlsConnection {
   public:

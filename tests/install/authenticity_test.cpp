@@ -79,7 +79,7 @@ TEST(ReleaseStatement, EveryFieldIsChecked) {
 TEST(ReleaseStatement, HasOneForm) {
     const std::string good = signatureOf(kBody);
     const std::string other = signatureOf(kBody, kOtherKeys);
-    std::string strayBits = good; // the last digit before the padding holds bits that decoding drops
+    std::string strayBits = good; // changes bits that a lenient decoder ignores, in the last digit before the padding
     strayBits[strayBits.size() - 4]++;
     EXPECT_EQ(judge(kBody + other + other + other + good), "");
     EXPECT_EQ(judge(kBody + other), kUnsigned);

@@ -17,7 +17,7 @@ const char kTampered[] = "Authentication tag verification failed: artifact has b
 
 class Container : public testing::Test {
   protected:
-    // Returns the failure text.
+    // Decrypts a package. Returns the failure text; empty on success.
     std::string decrypt(const std::string& bytes, const std::string& keyText = toBase64(kKey)) {
         folder.write("package", bytes);
         return decryptFile("package", "out", keyText);

@@ -65,7 +65,7 @@ TEST(PackageDownload, ReusesAPackageOnlyWhenItsChecksumMatches) {
         {other, "", "Installed: Installed — version 2.0 [Installed]", std::string(300000, 'n')},
         {other, R"("sha256":"",)", "Installed: Installed — version 2.0 []", "other"}, // no checksum: not verified
         {kPackage, R"("sha256":"ABCDEF",)", "Failed: The downloaded package failed its checksum verification. [Failed]",
-         ""}, // upper case never matches
+         ""}, // an upper-case checksum never matches
     };
     for (const auto& c : cases) {
         InstallWorld world;

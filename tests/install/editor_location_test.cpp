@@ -11,7 +11,7 @@ TEST(EditorLocation, IsTheFirstFileAtMostTwoLevelsAboveTheLauncher) {
     const TemporaryFolder folder;
     const std::string here = (folder / "a/b/c").string();
     recordingSystem().launcherDirectory = here;
-    fs::create_directories(here + "/editor.exe"); // a directory with the name of the file
+    fs::create_directories(here + "/editor.exe"); // a directory with this name is not an editor
     folder.write("editor.exe", "three levels up");
     EXPECT_EQ(findEditorNearLauncher(), "");
     fs::remove(here + "/editor.exe");

@@ -1,5 +1,5 @@
-// Tests of the install stage: what each outcome (installed, failed, cancelled, closed) leaves on disk and in the rows
-// of the Downloads screen; and that a run waits while another launcher installs.
+// Tests what each outcome of an install run (installed, failed, cancelled, closed) leaves on disk and in the rows of
+// the Downloads screen, and that a run waits while another launcher installs.
 
 #include <thread>
 
@@ -151,7 +151,7 @@ TEST(InstallLocks, ARunWaitsForAnotherLauncherAndThenLooksAgain) {
         const fs::path ownLock = world.downloads / "zantor_editor.lock";
         ASSERT_TRUE(eventually([&] { return world.requestCount() == 1 && fs::exists(ownLock); }));
         EXPECT_EQ(world.state().statusMessage(), "Checking for updates…");
-        world.installOldEditor(); // by the other launcher: version 1.0
+        world.installOldEditor(); // version 1.0, as if the other launcher had installed it
         lock.reset();
         EXPECT_EQ(world.finish(), "Installed: Installed — version 1.0 []");
         world.expectOldEditor({}, false);

@@ -60,7 +60,7 @@ TEST_F(OpenProject, RefusesASecondClickForTwoSecondsEvenAfterAFailedStart) {
     EXPECT_EQ(app->noticeText, kAlreadyOpen);
     EXPECT_EQ(system.launches.size(), 1u);
     setRecordedTime(kNow + 2);
-    app->openProjectRow(3); // past the end
+    app->openProjectRow(3); // there is no row 3: nothing happens
     app->openProjectRow(1);
     EXPECT_EQ(app->noticeText, "");
     EXPECT_EQ(listed(), (Names{"b", "c", "a"}));

@@ -1,6 +1,6 @@
 #pragma once
 
-// Defines the differences between the platforms that the expectations of tests need.
+// Contains the differences between Linux and Windows that tests need for their expectations.
 
 #include <string>
 

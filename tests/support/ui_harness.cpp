@@ -64,7 +64,7 @@ UiHarness::UiHarness() {
 
     ImGui::GetCurrentContext()->TestEngineHookItems = true;
     ImGui::GetIO().ConfigInputTrickleEventQueue = false;
-    ImGui::GetIO().ConfigFlags |= ImGuiConfigFlags_NavEnableKeyboard; // as the host does
+    ImGui::GetIO().ConfigFlags |= ImGuiConfigFlags_NavEnableKeyboard; // as UiHost does
     resize(1180.0f, 740.0f);
     uiThemeInitialize(&integration);
 }

@@ -138,7 +138,7 @@ TEST_F(Http, StatusLineOfAnyLengthIsSafeOnAWorkersStack) {
 TEST_F(Http, EndlessBodyEndsAtTheLimitOrByEitherCallback) {
     const TlsServer server(TrustedAuthority::loopback(), [](TlsConnection& connection) {
         connection.readRequest();
-        connection.write("HTTP/1.1 200 OK\r\nContent-Length: 1000000000000000\r\n\r\n"); // more than any memory
+        connection.write("HTTP/1.1 200 OK\r\nContent-Length: 1000000000000000\r\n\r\n"); // does not fit into memory
         while (connection.write(std::string(10000, 'x'))) {
         }
     });

@@ -64,7 +64,7 @@ TEST_F(LinuxProcesses, EditorOfARelativeNameInheritsNothing) {
     sigaddset(&blocked, SIGTERM);
     ::pthread_sigmask(SIG_BLOCK, &blocked, &old);
     auto* const pipeHandler = std::signal(SIGPIPE, SIG_IGN);
-    launch(editor.string(), "", "/"); // its name is relative to the launcher's working directory
+    launch(editor.string(), "", "/"); // the name is relative to this process's working directory, not to "/"
     std::signal(SIGPIPE, pipeHandler);
     ::pthread_sigmask(SIG_SETMASK, &old, nullptr);
     ::close(leak);
