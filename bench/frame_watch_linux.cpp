@@ -1,8 +1,9 @@
-// Measures the frames of a program with a GLFW window, into which it is preloaded. A frame is the time between two
-// waits for events. As soon as the first frame is shown, the file that VOLO_FRAMES names gets its time in microseconds
-// of the monotonic clock, and the processor microseconds of the process until then. VOLO_EMPTY_FRAMES frames before it
-// do not count (default: 1, the launcher's empty window). On exit a line per frame follows: processor microseconds of
-// the frame's thread, and wall-clock microseconds.
+// Measures the frames of a program with a GLFW window, as a library for LD_PRELOAD. A frame is the time between two
+// waits for events. The environment variable VOLO_FRAMES is the path of the output file. Its first line is written when
+// the first frame with content is shown: the time of the monotonic clock, and the processor time that the process has
+// used, both in microseconds. VOLO_EMPTY_FRAMES empty frames come before this frame (default: 1, the launcher's empty
+// window). On exit, one line per frame follows: the processor microseconds of the frame's thread, and the wall-clock
+// microseconds.
 
 #include <cstdio>
 #include <cstdlib>
@@ -57,7 +58,7 @@ class FrameWatch {
 
   private:
     Frame began_;
-    int emptyShows_ = 0; // still to come
+    int emptyShows_ = 0; // number of empty frames that are still to be shown
     std::FILE* file_ = nullptr;
     std::vector<Frame> frames_;
 };

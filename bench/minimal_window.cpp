@@ -1,5 +1,5 @@
-// The smallest program that shows a GLFW window with Dear ImGui in it: bench/compare compares the launcher's start with
-// its start. The window is as large as the launcher's.
+// Shows a GLFW window with Dear ImGui in it and does nothing else. The window is as large as the launcher's.
+// bench/compare compares the launcher's start with the start of this program.
 
 #include <GLFW/glfw3.h>
 #include <imgui.h>

@@ -2,11 +2,11 @@
 //
 //   volo-bench hash FILE                        prints the SHA-256
 //   volo-bench open CONTAINER ARCHIVE KEY       decrypts a package
-//   volo-bench extract ARCHIVE FOLDER
-//   volo-bench download URL FILE
-//   volo-bench install MANIFEST_URL FOLDER      a whole update run of a launcher in this folder
-//   volo-bench frames PROJECTS                  prints the processor milliseconds of a frame of the Projects screen in
-//                                               the slowest sort order
+//   volo-bench extract ARCHIVE FOLDER           extracts an archive
+//   volo-bench download URL FILE                downloads a package
+//   volo-bench install MANIFEST_URL FOLDER      runs a whole update of a launcher in FOLDER
+//   volo-bench frames PROJECTS                  prints the processor milliseconds of the median frame of the Projects
+//                                               screen with PROJECTS projects, in the slowest sort order
 //
 // Exit status: 0 done, 1 the work failed, 2 wrong usage.
 
@@ -97,7 +97,7 @@ double medianFrame(UiHarness& launcher) {
 
 bool frames(const Arguments& arguments) {
     UiHarness launcher;
-    uiThemeShutdown(); // the harness has initialised it without a font
+    uiThemeShutdown(); // the harness has initialised the theme without a font
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe");
     launcher.integration.fontPath = program.parent_path() / "Roboto-Medium.ttf";
     uiThemeInitialize(&launcher.integration);
@@ -105,7 +105,7 @@ bool frames(const Arguments& arguments) {
     std::vector<ProjectEntry> projects;
     const int count = std::atoi(arguments[0].c_str());
     for (int number = 0; number < count; ++number) {
-        // Neighbours in the list differ early and late in their names, so that a sort compares both.
+        // Scatter the numbers in the names, so that the list is not sorted by name already.
         projects.push_back(launcher.makeProject("Project " + std::to_string(number * 7919 % 100003), 1000000 - number));
         projects.back().editorVersion = "2." + std::to_string(number % 10);
         projects.back().favorite = number % 5 == 0;

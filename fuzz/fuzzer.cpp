@@ -1,4 +1,4 @@
-// The libFuzzer program. The environment variable VOLO_FUZZ_TARGET names the target.
+// Passes the inputs of libFuzzer to the target that the environment variable VOLO_FUZZ_TARGET names.
 
 #include <cstddef>
 #include <cstdint>

@@ -1,4 +1,5 @@
-// volo_fuzz_replay CORPUS: passes every file of the corpus to the target that its folder is named after.
+// volo_fuzz_replay CORPUS: passes every file in CORPUS/<target> to the target of this name. Fails if a target has no
+// file.
 
 #include <cstdio>
 #include <filesystem>

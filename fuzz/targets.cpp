@@ -45,7 +45,7 @@ TemporaryFolder& folder() {
     return one;
 }
 
-// Cuts the input at the first zero byte: most texts come from readers that give two of them.
+// Splits the input at its first zero byte, for targets that need two texts.
 std::pair<std::string, std::string> twoTexts(std::string_view input) {
     const std::size_t end = std::min(input.find('\0'), input.size());
     return {std::string(input.substr(0, end)), std::string(input.substr(std::min(end + 1, input.size())))};
@@ -59,7 +59,8 @@ void address(std::string_view input) {
 }
 
 void settings(std::string_view input) {
-    // The list gets as many entries as the file says, so a large number would only show the limit of the memory.
+    // Skip an input with a size of five or more digits. The settings create as many list entries as the file states, so
+    // a large size would only exhaust the memory.
     for (std::size_t at = input.find("size"); at != std::string_view::npos; at = input.find("size", at + 1)) {
         const std::size_t digits = std::min(input.find_first_of("0123456789", at), input.size());
         if (std::min(input.find_first_not_of("0123456789", digits), input.size()) - digits > 4) return;
@@ -148,7 +149,7 @@ void archive(std::string_view input) {
         require(entry.is_directory() || (entry.is_regular_file() && !entry.is_symlink()), "an archive makes no links");
 }
 
-// A request to the listener, and a read that ends when the listener answers or closes.
+// Sends a request to the listener. Then reads until the listener closes the connection or sends nothing for 500 ms.
 void request(std::string_view input) {
     const auto mailbox = std::make_shared<SignInMailbox>();
     const std::uint32_t generation = mailbox->startAttempt();

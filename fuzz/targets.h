@@ -1,7 +1,7 @@
 #pragma once
 
-// Each target passes arbitrary bytes to one reader of the launcher, and aborts when the result breaks a promise of the
-// reader. One thread at a time.
+// Each target passes arbitrary bytes to one function of the launcher, and aborts the process if the result breaks a
+// guarantee of this function. Run only one target at a time.
 
 #include <map>
 #include <string>
@@ -9,5 +9,5 @@
 
 using FuzzTarget = void (*)(std::string_view input);
 
-// By name. Each name has a folder of seeds in fuzz/corpus.
+// Returns all targets by name. Each target has a folder with its name in fuzz/corpus, which contains its seed inputs.
 [[nodiscard]] const std::map<std::string, FuzzTarget>& fuzzTargets();

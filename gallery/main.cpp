@@ -35,7 +35,8 @@ std::string pictureName(const Scene& scene, const StageSetting& setting) {
     return scene.name + std::string(size);
 }
 
-// Draws all screenshots. Returns their number, or nullopt if one could not be drawn.
+// Draws the scenes that `options.only` selects, with one window size and scale. Returns the number of pictures, or
+// nullopt if one could not be drawn.
 std::optional<int> drawAll(Offscreen& canvas, const StageSetting& setting, const Options& options) {
     const int width = static_cast<int>(std::lround(setting.width * setting.scale));
     const int height = static_cast<int>(std::lround(setting.height * setting.scale));
@@ -61,7 +62,7 @@ std::optional<int> drawAll(Offscreen& canvas, const StageSetting& setting, const
 
 } // namespace
 
-// An exception, such as a full disk, ends the program.
+// An exception, for example because of a full disk, ends the program.
 // NOLINTNEXTLINE(bugprone-exception-escape)
 int main(int count, char** arguments) {
     Options options;

@@ -20,10 +20,11 @@ class Offscreen {
     [[nodiscard]] bool open(std::string& errorText);
     [[nodiscard]] bool resize(int widthPx, int heightPx);
 
-    // Attach the renderer to the current Dear ImGui context, and detach it. Its textures exist between the two calls.
+    // Attach the renderer to the current Dear ImGui context, and detach it. The renderer's textures exist between these
+    // two calls.
     static void attach();
     static void detach();
-    static void takeTextures(); // call it instead of draw() for a frame that is not drawn: uploads its textures
+    static void takeTextures(); // uploads the textures of a frame; call it for each frame that is not drawn
 
     void draw(ImDrawData& frame, const float* clearColour) const;
     [[nodiscard]] bool save(const std::filesystem::path& file) const; // as PNG

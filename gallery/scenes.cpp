@@ -1,4 +1,4 @@
-// The list of scenes: every screen in every state that a user can see.
+// Lists the scenes: every screen in every state that a user can see.
 
 #include <vector>
 
@@ -43,7 +43,7 @@ void openCreatePopup(Stage& stage) {
     stage.frames(3);
 }
 
-// Presses keys one after the other. The first one makes the focus ring visible.
+// Presses keys one after the other. The first key press makes the focus ring visible.
 void pressKeys(Stage& stage, std::initializer_list<ImGuiKey> keys) {
     stage.frames(2);
     for (const ImGuiKey key : keys)

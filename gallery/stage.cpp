@@ -68,7 +68,7 @@ void Stage::writeConfiguration(const std::string& text, const char* name) const 
 LauncherApp& Stage::startConfigured() {
     writeConfiguration(R"({"google_client_id": "client", "google_client_secret": "secret"})");
     LauncherApp& started = start();
-    started.updateCheckStarted = true; // no real update: the scenes set the state of an update
+    started.updateCheckStarted = true; // prevents a real update, because the scenes set the state of the update
     return started;
 }
 

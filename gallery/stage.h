@@ -1,7 +1,7 @@
 #pragma once
 
 // Prepares the real launcher for a screenshot. The launcher uses new folders in a home folder, whose path is visible in
-// the screenshots. It is linked with the tests' recording replacement of the operating system.
+// the screenshots. tests/support/recording_system.h replaces the operating system.
 
 #include <filesystem>
 #include <string>

@@ -1,7 +1,7 @@
 #pragma once
 
-// Writes the package file of a release from its zip archive: either an unchanged copy, or sealed in the launcher's
-// encrypted container (install/package_container.h). Blocking, 64 KiB at a time; any thread.
+// Writes the package file of a release from its zip archive: either as an unchanged copy, or sealed in the launcher's
+// encrypted container (install/package_container.h). Blocking; reads 64 KiB at a time. Any thread.
 
 #include <cstdint>
 #include <string>
@@ -11,8 +11,8 @@
 // The maximum number of bytes that AES-GCM may encrypt with one nonce.
 inline constexpr std::uint64_t kMaxSealedBytes = (std::uint64_t{1} << 36) - 32;
 
-// The hashes are those of the copied bytes. If the zip changes during the copy, they differ from the hash computed
-// before.
+// The hashes are computed while the package is written. If the zip has changed since the caller hashed it,
+// `plaintextSha256` differs from the caller's hash.
 struct WrittenPackage {
     std::uint64_t size = 0;
     std::string sha256;

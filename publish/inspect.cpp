@@ -70,7 +70,7 @@ class Inspection {
     }
 
     // Checks a package or container and sets `plaintextSha256` to the hash of a container's contents. Without a
-    // manifest there is no key, so the contents are not checked.
+    // manifest there is no key, so a container's contents are not checked.
     bool inspectPackageFile(const std::string& path, const std::string& sha256, const PublishedManifest* published,
                             std::string& plaintextSha256) {
         const bool sealed = isEncryptedPackage(path);

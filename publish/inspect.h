@@ -9,7 +9,7 @@
 
 struct InspectRequest {
     std::string path;
-    std::string manifestPath; // for a package; empty: manifest.json in its folder, if it is for this package
+    std::string manifestPath; // of a package; empty: manifest.json in its folder, unless that is for another package
     std::string keys;         // public keys, as in the launcher's configuration; empty: signatures are not checked
     std::int64_t nowSeconds = 0;
 };

@@ -20,7 +20,8 @@ namespace {
 using KeyPair = std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)>;
 using Memory = std::unique_ptr<BIO, decltype(&BIO_free)>;
 
-// A callback that gives OpenSSL no passphrase. Without it, OpenSSL asks for one at the terminal if a key is encrypted.
+// A callback that gives OpenSSL no passphrase. Without this callback, OpenSSL asks for a passphrase at the terminal if
+// a key is encrypted.
 int noPassphrase(char*, int, int, void*) {
     return -1;
 }

@@ -240,8 +240,8 @@ CLI::App* addInspect(CLI::App& app, Arguments& arguments) {
     return command;
 }
 
-// Checks rules for combinations of options that CLI11 cannot check. Returns a message, or an empty text if all are
-// kept.
+// Checks the combinations of options that CLI11 cannot check. Returns a message for the user; empty if the combination
+// is allowed.
 std::string usageProblem(const Arguments& arguments) {
     const StatementRequest& request = arguments.statement;
     const bool chooses = request.all || request.offered || !request.versions.empty() || !request.packages.empty();

@@ -7,7 +7,8 @@
 #include <functional>
 #include <string>
 
-// Called often, on the working thread, with the name of the step and the number of bytes done so far. May be empty.
+// A callback for the progress of a step: its name, the bytes done so far, and the total bytes. It is called often, on
+// the thread that does the work. It may be empty.
 using Progress = std::function<void(const char* step, std::uint64_t done, std::uint64_t total)>;
 
 // Returns a text such as "writing the package: 512 of 2048 MiB, 25%, 30 s left".

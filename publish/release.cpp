@@ -47,7 +47,8 @@ std::string manifestText(const PublishedManifest& published) {
     return std::string(buffer.GetString(), buffer.GetSize()) + "\n";
 }
 
-// One attempt to publish. If the attempt is incomplete, the destructor removes its files.
+// One attempt to publish. If the attempt fails, the destructor removes the files that it wrote and restores the
+// statement that it replaced.
 class Publication {
   public:
     Publication(const ReleaseRequest& request, const std::vector<PublisherKey>& keys, ReleaseResult& result,
@@ -217,8 +218,8 @@ class Publication {
         return true;
     }
 
-    // Reads statement and package from disk before the manifest offers them: another program or a failing disk may have
-    // changed them.
+    // Reads the statement and the package from the disk before the manifest offers them, because another program or a
+    // failing disk may have changed them.
     bool readBack() {
         std::string text;
         if (!readSmallFile(result_.statementPath, statement::kMaxBytes, text) || text != statementText_)

@@ -39,14 +39,14 @@ struct ReleaseResult {
 // Checks the archive, then writes package, statement and manifest in this order. Each file is replaced in one step, so
 // that a reader of the directory always sees a complete release, the old or the new one. If the release is already
 // offered, only its statement is renewed. Without `force`, refuses a version that was published with other bytes or was
-// withdrawn, a plain archive that is published as another version, and a directory of another platform.
+// withdrawn, an unencrypted archive that was published as another version, and a directory of another platform.
 // On failure, or while another run changes the directory, returns false and sets `failureText` to a message for the
-// user. Then the old release is still offered, and no file of the failed attempt remains.
+// user. In this case the old release is still offered, and no file of the failed attempt remains.
 [[nodiscard]] bool publishRelease(const ReleaseRequest& request, const std::vector<PublisherKey>& keys,
                                   ReleaseResult& result, std::string& failureText);
 
-// Returns why a version is refused; empty if it is accepted. Launchers write the version to a marker file and trim it
-// when they read the file. A version that would differ after that is refused.
+// Returns why a version is refused; empty if it is accepted. For example, a version with a blank at its end is refused:
+// launchers write the version to a marker file and remove such blanks when they read the file.
 [[nodiscard]] std::string versionProblem(const std::string& version);
 
 // Returns why an address is refused as the base of the published addresses; empty if it is accepted.

@@ -3,7 +3,7 @@
 // The published directory of one platform: static files that any web server or object store can serve. Blocking; any
 // thread.
 //
-//   manifest.json                       the offered release; replaced in one step, after its files are written
+//   manifest.json                       the offered release; replaced in one step, after the package and the statement
 //   editor-<version>-<hash>.zip         a package as a plain archive; never changes after it is written
 //   editor-<version>-<hash>.container   a package sealed in a container; never changes after it is written
 //   statements/<sha256>.txt             the release statement of the package file with this hash
@@ -40,7 +40,8 @@ inline constexpr int kMaxDays = static_cast<int>(statement::kMaxLifetimeSeconds 
 // Lets all users read a file or folder, so that a web server can read it even if the umask forbids that.
 void makeReadable(const std::string& path);
 
-// Creates a readable folder and its missing parents. Failures are ignored, because the first write in it then fails.
+// Creates a readable folder and its missing parents. Ignores failures, because the first write to the folder then
+// fails.
 void makeReadableFolders(const std::string& path);
 
 // Prevents other runs from changing the directory while `lock` exists. Removes the temporary files of killed runs.
@@ -65,7 +66,7 @@ struct PublishedStatement {
     StatementNumbers numbers;
 
     [[nodiscard]] const std::string& field(statement::Field name) const { return release.fields[name]; }
-    // Returns the hash of the zip archive, also if it is sealed.
+    // Returns the hash of the zip archive, even if the archive is sealed in a container.
     [[nodiscard]] const std::string& archiveSha256() const;
     [[nodiscard]] bool isWithdrawn() const { return field(statement::Status) != statement::kStatusOk; }
     [[nodiscard]] std::string label() const; // version and first digits of the hash, for messages
@@ -73,8 +74,8 @@ struct PublishedStatement {
 [[nodiscard]] bool parseStatementText(const std::string& path, const std::string& text, PublishedStatement& found,
                                       std::string& failureText);
 
-// Reads all statements of a site, sorted by version. If their folder does not exist, there are none. False if a file is
-// not a statement.
+// Reads all statements of a site, sorted by version. If the statements' folder does not exist, there are none. False if
+// a file in this folder is not a valid statement.
 [[nodiscard]] bool readStatements(const std::string& siteDirectory, std::vector<PublishedStatement>& statements,
                                   std::string& failureText);
 

@@ -17,7 +17,7 @@ inline constexpr std::int64_t kWarningDays = 10; // warn this many days before a
 // Returns a warning if the statement expires within kWarningDays; otherwise an empty text.
 [[nodiscard]] std::string expiryWarning(const PublishedStatement& published, std::int64_t nowSeconds);
 
-// Returns a warning if launchers cannot install the offered release now or within kWarningDays. The text says what the
-// publisher must do. Empty if nothing is to be done.
+// Returns a warning if launchers refuse the offered release now, or will refuse it within kWarningDays. The text says
+// what the publisher must do. Returns an empty text if the publisher need not do anything.
 [[nodiscard]] std::string offerWarning(const std::string& siteDirectory, const PublishedManifest& offer,
                                        const PublishedStatement* published, std::int64_t nowSeconds);

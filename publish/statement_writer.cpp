@@ -66,7 +66,8 @@ bool choose(const StatementRequest& request, const std::vector<PublishedStatemen
     return true;
 }
 
-// Returns the new text of one statement. Empty, with a message in `failureText`, if it must not or cannot be signed.
+// Returns the new text of one statement. If the statement must not or cannot be signed, returns an empty text and sets
+// `failureText`.
 std::string renewedText(const StatementRequest& request, const PublishedStatement& published,
                         const std::vector<std::string>& trusted, const std::vector<PublisherKey>& keys,
                         std::string& failureText) {

@@ -18,7 +18,7 @@
 
 namespace {
 
-constexpr unsigned kMadeOnUnix = 3;        // upper byte of "version made by"
+constexpr unsigned kMadeOnUnix = 3;        // a value of the upper byte of "version made by"
 constexpr std::size_t kMaxPartBytes = 255; // the longest name of a file or folder on both platforms
 
 bool isUtf8(std::string_view text) {
@@ -33,7 +33,8 @@ bool isUtf8(std::string_view text) {
 bool isWindowsPart(const std::string& part) {
     static constexpr std::array<std::string_view, 4> kDevices = {"con", "prn", "aux", "nul"};
     static constexpr std::array<std::string_view, 2> kNumberedDevices = {"com", "lpt"};
-    static constexpr std::array<std::string_view, 3> kRaisedDigits = {"\xC2\xB9", "\xC2\xB2", "\xC2\xB3"}; // 1, 2, 3
+    // The superscript digits 1, 2 and 3.
+    static constexpr std::array<std::string_view, 3> kRaisedDigits = {"\xC2\xB9", "\xC2\xB2", "\xC2\xB3"};
     const auto forbidden = [](char byte) {
         return static_cast<unsigned char>(byte) < 0x20 || std::string_view("<>\"|?*").find(byte) != std::string::npos;
     };
@@ -91,7 +92,7 @@ class ArchiveCheck {
         if (!isSafeEntryName(name)) return "the launcher refuses its name (absolute, or with a colon or a part \"..\")";
         if (entry.m_is_encrypted) return "it is encrypted";
         if (!entry.m_is_supported) return "its compression method is neither stored nor deflated";
-        if (name.empty() || name.back() == '/') return {}; // the launcher skips these
+        if (name.empty() || name.back() == '/') return {}; // the launcher skips folders and entries without a name
         if (entry.m_is_directory) return "it is marked as a folder but its name does not end in \"/\"";
         if (isLink(entry)) return "it is a link, which the launcher would unpack as a plain file";
         std::string wrong = placeFile(name);

@@ -1,7 +1,7 @@
 #pragma once
 
-// Checks whether the launcher can install an archive. Does the same with each entry as the launcher, but writes no
-// files. Blocking; any thread.
+// Checks whether the launcher can install an archive. Treats each entry as the launcher does, but writes no files.
+// Blocking; any thread.
 
 #include <cstddef>
 #include <cstdint>

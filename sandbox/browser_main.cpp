@@ -1,5 +1,6 @@
-// The sandbox's xdg-open. It opens a web address, presses Allow on the consent page and follows the redirect. Any other
-// target is only logged. VOLO_SANDBOX_BROWSER_LOG is the path of the log, which has one line per event.
+// This program replaces the user's browser (on Linux: xdg-open) in the sandbox. It opens a web address, presses Allow
+// on the consent page and follows the redirect. Any other target is only logged. VOLO_SANDBOX_BROWSER_LOG is the path
+// of the log, which has one line per event.
 
 #include <chrono>
 #include <cstddef>
@@ -15,7 +16,7 @@
 namespace {
 
 constexpr auto kPollInterval = std::chrono::milliseconds(50);
-constexpr auto kReadingTime = std::chrono::seconds(1); // lets a spectator see the launcher wait
+constexpr auto kReadingTime = std::chrono::seconds(1); // so that a person sees how the launcher waits
 
 std::string environmentText(const char* name) {
     const char* value = std::getenv(name);

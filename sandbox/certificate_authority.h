@@ -10,7 +10,7 @@ struct ServerCertificateRequest {
     std::vector<std::string> dnsNames;    // subject alternative names
     std::vector<std::string> ipAddresses; // subject alternative names
     std::string commonName;
-    int validFromDays = -1; // relative to now; if both are negative, the certificate has expired
+    int validFromDays = -1; // relative to now; if validToDays is negative too, the certificate has expired
     int validToDays = 30;
     bool selfSigned = false; // not signed by the authority
 };

@@ -1,7 +1,7 @@
 #pragma once
 
-// Runs the launcher as a child process of the sandbox, and the system functions for this. One source per platform. Use
-// it on one thread.
+// Runs the launcher as a child process of the sandbox, and contains the sandbox's other operating-system functions. One
+// source per platform. Use it on one thread.
 
 #include <chrono>
 #include <optional>
@@ -17,11 +17,11 @@ class ChildProcess {
     // Starts the child, which inherits environment and output. False if it cannot be started.
     [[nodiscard]] bool start(const std::string& executable);
 
-    // Waits at most `time` for the end of the child. Returns its exit status, or 128 plus the number of the signal that
-    // ended it. Returns nullopt if it still runs.
+    // Waits at most `time` for the end of the child. Returns the child's exit status, or 128 plus the number of the
+    // signal that ended the child. Returns nullopt if the child still runs.
     [[nodiscard]] std::optional<int> waitFor(std::chrono::milliseconds time);
 
-    void end(); // requests the child's end, and kills it 3 s later if it still runs
+    void end(); // asks the child to end, and kills it 3 s later if it still runs
 
   private:
 #ifdef _WIN32

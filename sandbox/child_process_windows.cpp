@@ -17,8 +17,8 @@ namespace fs = std::filesystem;
 
 std::atomic<bool> interruptCame{false};
 
-// Returns the job in which all children and their children run. Windows ends them when the job's last handle is closed,
-// at the latest when this program ends.
+// Returns the job object in which all children and their children run. Windows ends these processes when the last
+// handle of the job object is closed, at the latest when this program ends.
 HANDLE job() {
     static const HANDLE made = [] {
         const HANDLE one = CreateJobObjectW(nullptr, nullptr);

@@ -1,6 +1,6 @@
 #pragma once
 
-// HTTP/1.1 messages of the sandbox's servers. Any thread.
+// Parses requests and writes responses for the sandbox's servers, in HTTP/1.1. Any thread.
 
 #include <cstddef>
 #include <map>

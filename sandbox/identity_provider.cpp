@@ -40,7 +40,7 @@ std::string s256Challenge(const std::string& verifier) {
     unsigned char encoded[48];
     EVP_Digest(verifier.data(), verifier.size(), digest, nullptr, EVP_sha256(), nullptr);
     EVP_EncodeBlock(encoded, digest, sizeof digest);
-    std::string text(reinterpret_cast<const char*>(encoded), 43); // the 44th is padding
+    std::string text(reinterpret_cast<const char*>(encoded), 43); // the 44th character is padding
     for (char& character : text) {
         if (character == '+') character = '-';
         if (character == '/') character = '_';
@@ -98,7 +98,8 @@ bool hasScope(const std::string& scopes, const std::string& scope) {
     return (" " + scopes + " ").find(" " + scope + " ") != std::string::npos;
 }
 
-// An authorization request. It is stored until the user has pressed a button, then together with its code.
+// An authorization request. It is in `requests` until the user presses a button of the consent page. If the user allows
+// the sign-in, it is then in `codes` until the code is redeemed.
 struct Grant {
     std::string redirectUri;
     std::string state;
@@ -122,7 +123,7 @@ struct IdentityProvider::Service {
     std::set<std::string> accessTokens;
     std::set<std::string> seenSecrets; // codes and verifiers, each valid only once
 
-    TlsServer server; // the last member, so that its threads end before the others are destroyed
+    TlsServer server; // the last member, so that its threads end before the other members are destroyed
 
     std::string answer(TlsConnection& connection, const HttpRequest& request);
 

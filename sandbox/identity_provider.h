@@ -1,12 +1,13 @@
 #pragma once
 
 // A strict OAuth 2.0 and OpenID Connect provider on loopback, over TLS, with the same interface as Google's:
-//   GET  /o/oauth2/v2/auth   consent page with a button
-//   GET  /consent?...        request of the button; the response is the redirect
+//   GET  /o/oauth2/v2/auth   consent page with the buttons "Allow" and "Deny"
+//   GET  /consent?...        request of a button; the response is the redirect to the launcher
 //   POST /token              exchanges a code or a refresh token for tokens
 //   GET  /v1/userinfo        name and e-mail address for a bearer token
-// It checks client credentials, PKCE S256, the exact redirect URI of the code, single-use codes that expire after a
-// minute, refresh tokens and bearer tokens. Faults can be changed while it runs. Any thread.
+// The provider checks client credentials, PKCE S256, the exact redirect URI of the code, refresh tokens and bearer
+// tokens. A code can be used once and expires after a minute. Faults can be changed while the provider runs. Any
+// thread.
 
 #include <memory>
 #include <string>
@@ -56,7 +57,7 @@ class IdentityProvider {
     // Creates and returns a valid refresh token, as after an earlier sign-in.
     [[nodiscard]] std::string issueRefreshToken();
 
-    // Accepts a token that an earlier provider has issued.
+    // Makes a refresh token valid that the provider of an earlier run has issued.
     void acceptRefreshToken(const std::string& token);
     void revokeRefreshTokens();
 

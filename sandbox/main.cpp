@@ -187,10 +187,10 @@ class Sandbox {
 };
 
 bool Sandbox::prepare(std::string& failureText) {
-    const fs::path shipped = launcherDirectory(); // this program is in the same folder
+    const fs::path shipped = launcherDirectory(); // the folder of this program and of the shipped launcher
     const fs::path staged = shipped.parent_path() / "sandbox";
     std::error_code ignored;
-    fs::remove_all(places_.site, ignored); // a release of an earlier run contains another address
+    fs::remove_all(places_.site, ignored); // a release of an earlier run contains that run's server address
     if (!makePlaces(places_, failureText)) return false;
     if (!authority_.writeRoot(places_.authority.string())) {
         failureText = "cannot write " + places_.authority.string();

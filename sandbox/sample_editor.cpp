@@ -1,5 +1,5 @@
-// The sample editor that the sandbox's launcher installs and opens: a window that shows its project file. Like the real
-// editor, it runs in the folder of its executable, with the project file as its only argument.
+// Shows a project file in a window. This is the sample editor that the sandbox's launcher installs and starts. Like the
+// real editor, it runs in the folder of its executable, with the project file as its only argument.
 
 #include <cstdio>
 #include <filesystem>

@@ -1,5 +1,5 @@
-// The endpoints that the sandbox and the tests link: an identity provider on loopback, at the port in an environment
-// variable. The shipped launcher links google_endpoints.cpp instead.
+// Returns the endpoints of an identity provider on loopback, at the port in an environment variable. The sandbox's
+// launcher and the tests link this file. The shipped launcher links google_endpoints.cpp instead.
 
 #include <cstdlib>
 

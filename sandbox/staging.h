@@ -6,7 +6,7 @@
 //   <root>/apps/volo/launcher/   the launcher, its font, picture and configuration, and the editor that it installs
 //   <root>/home/                 the user's home: AppData (Launcher.conf), Documents (projects)
 //   <root>/bin/                  the browser; on Linux its name is xdg-open and this folder is the first on PATH
-//   <root>/runtime/              XDG_RUNTIME_DIR, so that a real launcher and this one do not share a guard
+//   <root>/runtime/              XDG_RUNTIME_DIR; separates the single-instance guard from an installed launcher's
 //   <root>/site/                 the published directory
 //   <root>/authority.pem         the only certificate authority that the launcher trusts
 //

@@ -116,7 +116,7 @@ int listenAt(socket_t listener, int port) {
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t size = sizeof address;
 #ifndef _WIN32
-    const int yes = 1; // allows to bind a port again directly after its last server has ended
+    const int yes = 1; // so that a port can be bound again directly after its last server has ended
     setsockopt(listener, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
 #endif
     const bool listens = bind(listener, reinterpret_cast<sockaddr*>(&address), size) == 0 &&

@@ -1,7 +1,7 @@
 #pragma once
 
-// A TLS server on 127.0.0.1. A script serves each connection and chooses each byte, so that it can also send responses
-// that a correct HTTP server never sends.
+// A TLS server on 127.0.0.1. A script serves each connection. It chooses every byte, so it can send responses that a
+// correct HTTP server never sends.
 
 #include <functional>
 #include <memory>
@@ -10,12 +10,12 @@
 
 #include "sandbox/certificate_authority.h"
 
-// One accepted connection after its TLS handshake. Only its script uses it, on the connection's own thread. When the
+// One accepted connection after its TLS handshake. Only the script uses it, on the connection's own thread. When the
 // script returns, the server sends close_notify and FIN, unless the script has ended the connection itself.
 class TlsConnection {
   public:
-    // Reads a request: its head and the body with the length in Content-Length. If the client closes earlier, returns
-    // what has arrived.
+    // Reads a request: its head, and a body of the length in Content-Length. If the client closes the connection before
+    // the end of the request, returns what has arrived.
     std::string readRequest();
 
     // False if the client has closed the connection or the server is being destroyed.
@@ -40,8 +40,8 @@ class TlsServer {
   public:
     using Script = std::function<void(TlsConnection&)>;
 
-    // Starts to listen. If `port` is 0, the system chooses the port. The script runs once for each connection, on
-    // several threads at the same time. It starts after the handshake. If the identity has no certificate, there is no
+    // Starts to listen. If `port` is 0, the system chooses the port. The script runs once for each connection, on the
+    // connection's own thread. It starts after the handshake. If the identity has no certificate, there is no
     // handshake: the script starts at once and can only pause, stall, reset or close.
     TlsServer(const ServerIdentity& identity, Script script, int port = 0);
     ~TlsServer(); // shuts down the open connections and joins their threads

@@ -44,7 +44,7 @@ struct UpdateServer::Service {
     UpdateServerFaults faults;
     std::vector<std::string> events;
 
-    TlsServer server; // the last member, so that its threads end before the others are destroyed
+    TlsServer server; // the last member, so that its threads end before the other members are destroyed
 };
 
 UpdateServer::Service::Service(const ServerIdentity& identity, std::string servedDirectory)
@@ -80,7 +80,7 @@ void UpdateServer::Service::answer(TlsConnection& connection) {
     if (connection.write(httpHead(200, static_cast<std::size_t>(size), type))) send(connection, file, size, with);
 }
 
-// Sends the body. A fault can make it end before all bytes of the Content-Length are sent.
+// Sends the body. A fault can end the body before all bytes of the Content-Length are sent.
 void UpdateServer::Service::send(TlsConnection& connection, std::ifstream& file, std::int64_t size,
                                  const UpdateServerFaults& with) {
     for (std::int64_t position = 0; position < size;) {

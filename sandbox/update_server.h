@@ -1,7 +1,7 @@
 #pragma once
 
-// The update server. It serves a directory of static files over TLS on loopback and can simulate faults. Faults can be
-// changed while it runs; a change applies to later requests. Any thread.
+// Serves a directory of static files over TLS on loopback, as the update server, and can simulate faults. Faults can be
+// changed while the server runs; a change applies to later requests. Any thread.
 
 #include <cstdint>
 #include <map>

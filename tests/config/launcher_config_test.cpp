@@ -14,7 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The messages start with these words.
+// The expected messages start with these words.
 constexpr char kMissing[] = "launcher_config.json was not found";
 constexpr char kInvalid[] = "launcher_config.json is not valid";
 constexpr char kExample[] = "Running from launcher_config.example.json.";

@@ -100,7 +100,7 @@ TEST_F(Settings, ProjectLinesCountInAnySectionAndNewestComesFirst) {
         EXPECT_EQ(loaded(text).projects(), projects) << text;
 }
 
-// A directory stands for a file without read permission, which the superuser could read.
+// The test uses a directory as the unreadable file, because the superuser can read a file without read permission.
 TEST_F(Settings, FirstSaveKeepsAnUnreadableFileUnderAnotherName) {
     folder_.write("ZANTOR/Launcher.conf.unreadable", "older");
     folder_.write("ZANTOR/Launcher.conf/inside", "kept");

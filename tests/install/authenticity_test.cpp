@@ -18,7 +18,7 @@ const std::string kMalformed = "the release statement is malformed.";
 const std::string kUnsigned = "the release is not signed by a trusted key.";
 const std::string kDifferent = "the release statement is for a different package.";
 
-// Valid for a day before and a day after kNow.
+// Returns a statement that is valid from one day before kNow to one day after it.
 std::string statementFor(const PackageIdentity& package) {
     return writeStatement(package, "ok", kNow - kDay, 2, kKeys);
 }
@@ -59,7 +59,7 @@ TEST(ReleaseStatement, EveryFieldIsChecked) {
         {"111\n", {"112\n", "\n"}, kDifferent},
         {": -\n", {": " + std::string(64, '2') + "\n"}, kDifferent},
         {"status: ok", {"status: ok ", "status: "}, "this release was withdrawn by its publisher."},
-        {notAfter, {endsAt(kNow + 91 * kDay)}, ""}, // 92 days after its beginning
+        {notAfter, {endsAt(kNow + 91 * kDay)}, ""}, // 92 days after not-before, the longest lifetime
         {notAfter, {endsAt(kNow + 91 * kDay + 1), endsAt(kNow - kDay)}, kMalformed},
     };
     for (const auto& [line, replacements, verdict] : cases) {
@@ -68,7 +68,8 @@ TEST(ReleaseStatement, EveryFieldIsChecked) {
             EXPECT_EQ(judge(body + signatureOf(body)), verdict) << body;
         }
     }
-    const std::string check = " Check this computer's date and time."; // a day of tolerance for its clock
+    // The launcher tolerates a clock that is wrong by one day.
+    const std::string check = " Check this computer's date and time.";
     EXPECT_EQ(judge(kGood, kNow - 2 * kDay), "");
     EXPECT_EQ(judge(kGood, kNow - 2 * kDay - 1), "the release statement is not valid yet." + check);
     EXPECT_EQ(judge(kGood, kNow + 2 * kDay), "");
@@ -78,7 +79,7 @@ TEST(ReleaseStatement, EveryFieldIsChecked) {
 TEST(ReleaseStatement, HasOneForm) {
     const std::string good = signatureOf(kBody);
     const std::string other = signatureOf(kBody, kOtherKeys);
-    std::string strayBits = good; // the last digit before the padding holds bits that decoding drops
+    std::string strayBits = good; // changes bits that a lenient decoder ignores, in the last digit before the padding
     strayBits[strayBits.size() - 4]++;
     EXPECT_EQ(judge(kBody + other + other + other + good), "");
     EXPECT_EQ(judge(kBody + other), kUnsigned);
@@ -103,7 +104,8 @@ TEST(ReleaseStatement, TakesOneToFourUsableKeys) {
         EXPECT_TRUE(parsePublisherKeys(unusable).empty()) << unusable;
 }
 
-// An attacker with the update server can replace package, checksum and key together, but not the statement.
+// An attacker who controls the update server can replace package, checksum and key together, but cannot sign a
+// statement for the new package.
 TEST(ArtifactAuthenticity, AFailedCheckStopsTheInstallWithTheOldEditorInPlace) {
     const std::string archive = makeZip({{"editor.exe", "new"}});
     const std::string contentKey(32, 'k');

@@ -17,7 +17,7 @@ const char kTampered[] = "Authentication tag verification failed: artifact has b
 
 class Container : public testing::Test {
   protected:
-    // Returns the failure text.
+    // Decrypts a package. Returns the failure text; empty on success.
     std::string decrypt(const std::string& bytes, const std::string& keyText = toBase64(kKey)) {
         folder.write("package", bytes);
         return decryptFile("package", "out", keyText);
@@ -44,7 +44,7 @@ TEST_F(Container, IsSealedWithItsOwnNonceAndOpens) {
         EXPECT_EQ(readFileBytes(folder / "out"), std::string(size, 'p'));
     }
     EXPECT_EQ(nonces.size(), 3u);
-    if (kOnWindows) return; // it has no sparse file of this size
+    if (kOnWindows) return; // the large file below would not be sparse
     const std::string large = folder.write("large", "").string();
     std::filesystem::resize_file(large, kMaxSealedBytes + 1); // a sparse file
     WrittenPackage ignored;
@@ -63,7 +63,7 @@ TEST_F(Container, EveryChangedByteButTheReservedOneFails) {
                                      : kTampered;
         EXPECT_EQ(decrypt(bytes), want) << i;
     }
-    // The plaintext is written before the tag is checked, and stays.
+    // The plaintext is written before the tag is checked. It stays on the disk after the failure.
     EXPECT_EQ(decrypt(good, toBase64(std::string(32, 'x'))), kTampered);
     EXPECT_EQ(readFileBytes(folder / "out").size(), 200u);
 }
@@ -76,7 +76,7 @@ TEST_F(Container, EveryOtherLengthFails) {
         EXPECT_EQ(decrypt(bytes), length == good.size() ? "" : length < 48 ? tooSmall : kWrongSize) << length;
     }
     std::string bytes = good.substr(0, 48);
-    bytes.replace(12, 8, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xD0"); // plus 48 it would overflow to 0
+    bytes.replace(12, 8, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xD0"); // a payload size that overflows to 0 if 48 is added
     EXPECT_EQ(decrypt(bytes), kWrongSize);
     bytes[8] = 2;
     EXPECT_EQ(decrypt(bytes), kUnsupported) << "the format is checked before the size";

@@ -1,4 +1,4 @@
-// The transfer of a package: only a complete and verified file gets the final name.
+// Tests the transfer of a package: only a complete and verified file gets the final name.
 
 #include <algorithm>
 #include <atomic>
@@ -40,7 +40,7 @@ TEST(PackageDownload, CompletesWithEveryFramingOfTheBody) {
         world.release("1+x", kPackage);
         world.serve("/package", bytes);
         world.folder.write("downloads/zantor_editor_1_x.zip.part", "of an earlier run" + kPackage);
-        state.requestCancel(); // while nothing runs: the next run is not cancelled
+        state.requestCancel(); // no run is active: this must not cancel the next run
         EXPECT_EQ(world.run(), "Installed: Installed — version 1+x [Installed]");
         const DownloadRecord row = state.downloadsSnapshot().at(0);
         EXPECT_EQ(row.totalBytes, announced);
@@ -48,7 +48,7 @@ TEST(PackageDownload, CompletesWithEveryFramingOfTheBody) {
         EXPECT_EQ(row.downloadedBytes, state.downloadedBytes());
         EXPECT_TRUE(announced == 0 || row.downloadedBytes == size);
         EXPECT_EQ(treeOf(world.downloads), (Tree{{"zantor_editor_1_x.zip", kPackage}}));
-        for (const int index : {1, -1, 0}) // no row, no row, the row and its file
+        for (const int index : {1, -1, 0}) // rows 1 and -1 do not exist; row 0 is removed together with its file
             state.removeDownload(index);
         EXPECT_EQ(treeOf(world.downloads), Tree{});
         EXPECT_EQ(world.run(), "Installed: Installed — version 1+x []");
@@ -63,9 +63,9 @@ TEST(PackageDownload, ReusesAPackageOnlyWhenItsChecksumMatches) {
     } cases[] = {
         {kPackage, "", "Installed: Installed — version 2.0 []", std::string(300000, 'n')},
         {other, "", "Installed: Installed — version 2.0 [Installed]", std::string(300000, 'n')},
-        {other, R"("sha256":"",)", "Installed: Installed — version 2.0 []", "other"}, // nothing to verify
+        {other, R"("sha256":"",)", "Installed: Installed — version 2.0 []", "other"}, // no checksum: not verified
         {kPackage, R"("sha256":"ABCDEF",)", "Failed: The downloaded package failed its checksum verification. [Failed]",
-         ""}, // upper case never matches
+         ""}, // an upper-case checksum never matches
     };
     for (const auto& c : cases) {
         InstallWorld world;
@@ -80,7 +80,7 @@ TEST(PackageDownload, ReusesAPackageOnlyWhenItsChecksumMatches) {
 TEST(PackageDownload, AnUnusableDownloadsDirectoryLeavesTheRowDownloading) {
     for (const bool atTheEnd : {false, true}) {
         InstallWorld world(kPackage);
-        // A directory that is not empty takes the place of the file.
+        // A directory that is not empty has the name of the file, so the file cannot be created.
         world.folder.write(std::string("downloads/zantor_editor_2.0.zip") + (atTheEnd ? "" : ".part") + "/occupied",
                            "x");
         EXPECT_EQ(world.run(), atTheEnd ? "Failed: Could not finalize the downloaded package. [Downloading]"
@@ -94,7 +94,7 @@ TEST(PackageDownload, CancelEndsATransferThatDripsOrIsSilent) {
     for (const std::string& fields : {std::string("Content-Length: 1000000\r\n"), std::string(), kChunked}) {
         const bool counts = fields.starts_with("Content-Length");
         const bool drips = fields != kChunked; // the chunked body never begins
-        std::atomic<int> written = 0;          // outlives the server
+        std::atomic<int> written = 0;          // declared before `world`, because it must outlive the server in it
         InstallWorld world(kPackage);
         world.installOldEditor();
         world.serve("/package", [&](TlsConnection& connection) {
@@ -140,7 +140,8 @@ TEST(PackageDownload, ClosingDoesNotWaitForASilentServer) {
     }
 }
 
-// A hash that is given up must not look like a wrong checksum, which deletes the package.
+// Closing the launcher stops the computation of the hash. This must not count as a wrong checksum, because a package
+// with a wrong checksum is deleted.
 TEST(PackageDownload, ClosingDuringTheHashKeepsThePackage) {
     InstallWorld world(kPackage);
     const fs::path package = world.folder.write("downloads/zantor_editor_2.0.zip", "");

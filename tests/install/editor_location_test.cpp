@@ -11,7 +11,7 @@ TEST(EditorLocation, IsTheFirstFileAtMostTwoLevelsAboveTheLauncher) {
     const TemporaryFolder folder;
     const std::string here = (folder / "a/b/c").string();
     recordingSystem().launcherDirectory = here;
-    fs::create_directories(here + "/editor.exe"); // a directory with the name of the file
+    fs::create_directories(here + "/editor.exe"); // a directory with this name is not an editor
     folder.write("editor.exe", "three levels up");
     EXPECT_EQ(findEditorNearLauncher(), "");
     fs::remove(here + "/editor.exe");
@@ -21,7 +21,8 @@ TEST(EditorLocation, IsTheFirstFileAtMostTwoLevelsAboveTheLauncher) {
         EXPECT_EQ(findEditorNearLauncher(), path);
     }
     EXPECT_EQ(fs::path(findManagedEditor()), fs::path(here + "/editor/editor.exe"));
-    recordingSystem().launcherDirectory.clear(); // unknown: the current directory is not searched instead
+    // If the launcher's directory is unknown, the current directory must not be searched instead.
+    recordingSystem().launcherDirectory.clear();
     const fs::path before = fs::current_path();
     fs::current_path(here);
     EXPECT_EQ(findEditorNearLauncher(), "");

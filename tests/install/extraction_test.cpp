@@ -1,4 +1,5 @@
-// Archives: what is written, what is refused, and that nothing is ever written outside the staging directory.
+// Tests the extraction of archives: what it writes, what it refuses, and that it never writes outside the staging
+// directory.
 
 #include <gtest/gtest.h>
 #include <miniz.h>
@@ -19,8 +20,9 @@ ExtractionOutcome extract(const std::string& archive, const TemporaryFolder& fol
     return extractArchive(folder.write("archive", archive).string(), (folder / "deep/in/staging").string(), {});
 }
 
-// Extracts an archive of three entries, of which the second has this name, and expects the second to be refused or to
-// become `second`. A name that Windows cannot store may fail the package there, but must not do harm.
+// Extracts an archive of three entries; the second entry has the given name. Expects that the extraction stops at the
+// second entry, or that this entry becomes `second`. If `isForWindows` is false, Windows cannot store the name. Then
+// the extraction may fail on Windows, but it must not write outside the staging directory.
 void expectEntry(const std::string& name, bool accepted, const Tree& second, bool isForWindows = true) {
     SCOPED_TRACE(name);
     const TemporaryFolder folder;
@@ -62,14 +64,14 @@ TEST(PackageExtraction, KeepsOddNamesThatStayInside) {
     expectEntry("empty directory/", true, {});
     expectEntry("", true, {});
     if (kOnWindows) return;
-    std::string longest; // for the buffer of the zip library
+    std::string longest; // the longest name that fits into the zip library's buffer
     while (longest.size() < 511 - 100)
         longest += std::string(99, 'n') + '/';
     longest += std::string(511 - longest.size(), 'n');
     EXPECT_EQ(extract(makeZip({{longest, "x"}}), TemporaryFolder()), ExtractionOutcome::Done);
     EXPECT_EQ(extract(makeZip({{longest + "n", "x"}}), TemporaryFolder()), ExtractionOutcome::Failed);
     expectEntry("a\\b", true, {{"a\\b", "2"}});
-    expectEntry("a\\", true, {{"a\\", "2"}}); // a file, not a directory
+    expectEntry("a\\", true, {{"a\\", "2"}}); // on Linux this is the name of a file, not of a directory
 }
 
 TEST(PackageExtraction, ReadsEntriesOfEverySizeAndNoDamagedOne) {
@@ -85,12 +87,13 @@ TEST(PackageExtraction, ReadsEntriesOfEverySizeAndNoDamagedOne) {
     entry = {"text", ""};
     entry.claimedCrc = 1;
     EXPECT_EQ(extract(makeZip({entry}), folder), ExtractionOutcome::Failed) << "data is missing";
-    // The checksum takes several bytes per step: every remainder.
+    // The CRC is computed several bytes at a time, so test sizes with every remainder.
     for (std::size_t size = 0; size < 40; ++size)
         EXPECT_EQ(extract(makeZip({{"text", text.substr(0, size)}}), folder), ExtractionOutcome::Done);
 }
 
-// Files whose names meet on some file system are extracted in order, so that the later one wins.
+// If two names can be the same path on some file system, the files are extracted in the order of the archive, so that
+// the later file replaces the earlier one.
 TEST(PackageExtraction, OnlyMeetingNamesNeedOrder) {
     const auto needsOrder = [](const std::string& first, const std::string& second) {
         const std::string bytes = makeZip({{first, "1"}, {"other", "x"}, {second, "2"}});

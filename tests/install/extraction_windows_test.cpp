@@ -9,7 +9,7 @@
 
 namespace fs = std::filesystem;
 
-// As a virus scanner does with a new file.
+// The test holds a file of the editor open, as a virus scanner does.
 TEST(WindowsExtraction, TheSwapWaitsForAnotherProgramThatHoldsAFile) {
     InstallWorld world(makeZip({{"editor.exe", "new"}}));
     world.installOldEditor();

@@ -1,4 +1,4 @@
-// The manifest stage of a run, and starting a run.
+// Tests the manifest stage of a run, and the start of a run.
 
 #include <atomic>
 
@@ -16,14 +16,14 @@ TEST(UpdateManifestText, TakesTextsAndNothingElse) {
     const std::string deep(200000, '[');
     const std::string start = R"({"version":"1","url":"u")";
     const std::pair<std::string, std::string> cases[] = {
-        {R"({"version":"","version":"1","url":"u"})", missing}, // of duplicates the first counts
+        {R"({"version":"","version":"1","url":"u"})", missing}, // of two equal keys, the first counts
         {start + R"(,"x":)" + deep + std::string(deep.size(), ']') + "}", ""},
         {start + R"(,"sha256":7,"encryption":"k"})", ""},
         {"\xEF\xBB\xBF " + start + R"(,"encryption":{"key":[]}} )", ""},
         {start, invalid},
         {"[]", invalid},
         {deep, invalid},
-        {start + R"(,"x":")" + std::string(600000, ',') + "\"}", invalid}, // as many values would need much memory
+        {start + R"(,"x":")" + std::string(600000, ',') + "\"}", invalid}, // more commas than the parser accepts
     };
     for (const auto& [body, failure] : cases) {
         UpdateManifest manifest;
@@ -99,7 +99,7 @@ TEST(UpdateCheck, ComparesVersionsByteForByteAfterThePackageAddress) {
     EXPECT_EQ(world.run(), "Installed: Installed — version 1.0  [Installed Installed]") << "another version";
 }
 
-// The first worker reports its failure shortly before it ends. A retry may come in between.
+// A worker reports its failure shortly before its thread ends. The user may start a retry in between.
 TEST(InstallState, ARetryStartsOneWorkerAndJoinIfFinishedDoesNotWaitForIt) {
     InstallWorld world;
     std::atomic<int> requests = 0;
@@ -113,8 +113,8 @@ TEST(InstallState, ARetryStartsOneWorkerAndJoinIfFinishedDoesNotWaitForIt) {
     world.state().startUpdate();
     ASSERT_TRUE(eventually([&] { return world.state().status() == EditorInstallStatus::Failed; }));
     world.state().startUpdate();
-    world.state().startUpdate();    // the run is busy: nothing starts
-    world.state().joinIfFinished(); // must not wait until the server gives up
+    world.state().startUpdate();    // a run is active: no other starts
+    world.state().joinIfFinished(); // must not wait for the server's answer
     EXPECT_EQ(world.state().statusMessage(), "Checking for updates…");
     released = true;
     world.finish();

@@ -1,7 +1,7 @@
 #pragma once
 
-// What an install run needs: a launcher's directory, a downloads directory, and an update server with a trusted
-// certificate. Used by the test's own thread.
+// Prepares what an install run needs: a launcher's directory, a downloads directory, and an update server with a
+// trusted certificate. Use it on the test's own thread.
 
 #include <chrono>
 #include <filesystem>
@@ -23,7 +23,7 @@
 #include "support/tls_server.h"
 #include "support/trusted_authority.h"
 
-// The content of an editor directory with the marker of this version.
+// Adds the marker file of this version to the content of an editor directory.
 inline Tree withMarker(Tree tree, const std::string& version) {
     tree[".zantor_editor_version"] = asTextFile(version + "\n");
     return tree;
@@ -32,14 +32,14 @@ inline Tree withMarker(Tree tree, const std::string& version) {
 class InstallWorld {
   public:
     TemporaryFolder folder;
-    // Three levels down: the launcher searches two levels up.
+    // Three levels below `folder`, because the launcher searches for an editor up to two levels above its directory.
     const std::filesystem::path launcher = folder / "some" / "wo anders" / "Läuncher 日本";
     const std::filesystem::path downloads = folder / "downloads";
     const std::filesystem::path editor = launcher / "editor";
     const std::filesystem::path staging = launcher / "editor-staging";
     std::string manifestUrl; // change it before the first run
 
-    // The server offers version 2.0 if there is a package.
+    // If `package` is not empty, the server offers it as version 2.0.
     explicit InstallWorld(const std::string& package = {}) {
         manifestUrl = url("/manifest");
         std::filesystem::create_directories(launcher);
@@ -64,7 +64,8 @@ class InstallWorld {
     }
     [[nodiscard]] std::size_t requestCount() const { return server_.requests().size(); }
 
-    // Serves the package, and a manifest with its checksum. `extraMembers` come first in the manifest and win.
+    // Serves the package, and a manifest with the package's checksum. `extraMembers` are at the start of the manifest,
+    // so that they replace the members with the same names.
     void release(const std::string& version, const std::string& package, const std::string& extraMembers = {}) {
         serve("/package", httpAnswer(200, package));
         serve("/manifest", httpAnswer(200, "{" + extraMembers + "\"version\":\"" + version + "\",\"url\":\"" +
@@ -76,7 +77,8 @@ class InstallWorld {
             folder.write(editor / name, bytes);
     }
 
-    // Expects the old editor, these files in the downloads directory, and an empty staging directory or none.
+    // Expects the old editor and these files in the downloads directory. Expects an empty staging directory if
+    // `stagingStays` is true, otherwise none.
     void expectOldEditor(const Tree& downloaded, bool stagingStays) const {
         EXPECT_EQ(treeOf(editor),
                   withMarker({{"editor.exe", "old"}, {"data", "<directory>"}, {"data/model.bin", "old"}}, "1.0"));
@@ -91,12 +93,13 @@ class InstallWorld {
     }
     void close() { state_.reset(); } // as the launcher does when its window closes
 
-    // Returns what the user sees at the end: "Failed: Install cancelled. [Failed Installed]", newest row first.
+    // Runs an update. Returns what the user sees at the end, such as "Failed: Install cancelled. [Failed Installed]".
+    // The brackets contain the states of the download rows, newest row first.
     std::string run() {
         state().startUpdate();
         return finish();
     }
-    // The same for a run that has been started.
+    // Waits for the end of a run that has been started. Returns the same as run().
     std::string finish() {
         static const char* const kStatus[] = {"Idle",      "Checking",         "Downloading", "Installing",
                                               "Installed", "InstalledOffline", "Failed"};

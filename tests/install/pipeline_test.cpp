@@ -1,5 +1,5 @@
-// Tests of the install stage: what each outcome (installed, failed, cancelled, closed) leaves on disk and in the rows
-// of the Downloads screen; and that a run waits while another launcher installs.
+// Tests what each outcome of an install run (installed, failed, cancelled, closed) leaves on disk and in the rows of
+// the Downloads screen, and that a run waits while another launcher installs.
 
 #include <thread>
 
@@ -94,7 +94,7 @@ TEST(InstallPipeline, AlternatingVersionsLeaveNoResidue) {
         world.folder.write(world.downloads / name, "of a run that was killed");
     world.folder.write("downloads/another.zip.part", "not ours");
     const std::string plaintextSha256 = R"("plaintext_sha256":")" + sha256Hex(kArchive) + "\",";
-    const std::string container = sealContainer(kArchive, kContentKey); // once: each seal has a nonce of its own
+    const std::string container = sealContainer(kArchive, kContentKey); // sealed once: each call uses a new nonce
     for (int round = 0; round < 4; ++round) {
         const bool sealed = round % 2 == 1;
         const std::string version = sealed ? "1.9/β" : "2.0";
@@ -113,7 +113,7 @@ TEST(InstallPipeline, CancelBeforeAnEntryFailsEveryRowOfTheVersion) {
         entries.push_back({"data/" + std::to_string(i), "x"});
     InstallWorld world;
     world.release("1.9", kArchive);
-    world.run(); // a row of another version
+    world.run(); // adds a row of another version
     fs::remove_all(world.editor);
     world.installOldEditor();
     world.release("2.0", "no archive");
@@ -136,7 +136,7 @@ TEST(InstallPipeline, ClosingInterruptsAnEntryAndKeepsTheOldEditor) {
     world.expectOldEditor({{"zantor_editor_2.0.zip", package}}, false);
 }
 
-// Another launcher that installs at the same time is a lock that somebody else holds.
+// The test takes a lock, as another launcher does while it installs.
 TEST(InstallLocks, ARunWaitsForAnotherLauncherAndThenLooksAgain) {
     for (const std::string name :
          {"downloads/zantor_editor.lock", "some/wo anders/Läuncher 日本/editor-staging.lock"}) {
@@ -147,11 +147,11 @@ TEST(InstallLocks, ARunWaitsForAnotherLauncherAndThenLooksAgain) {
         auto lock = std::make_unique<FileLock>();
         ASSERT_EQ(lock->tryToTake(path), FileLock::Result::Taken);
         world.state().startUpdate();
-        // A run makes this file after it has compared the versions.
+        // A run creates this lock file after it has compared the versions.
         const fs::path ownLock = world.downloads / "zantor_editor.lock";
         ASSERT_TRUE(eventually([&] { return world.requestCount() == 1 && fs::exists(ownLock); }));
         EXPECT_EQ(world.state().statusMessage(), "Checking for updates…");
-        world.installOldEditor(); // by the other launcher: version 1.0
+        world.installOldEditor(); // version 1.0, as if the other launcher had installed it
         lock.reset();
         EXPECT_EQ(world.finish(), "Installed: Installed — version 1.0 []");
         world.expectOldEditor({}, false);

@@ -1,4 +1,4 @@
-// What only a POSIX system can show: file modes, a full disk, directories without write permission.
+// Tests what only a POSIX system can show: file modes, a full disk, directories without write permission.
 #ifndef _WIN32
 
 #include <csignal>
@@ -18,7 +18,7 @@ static const std::string kArchive = makeZip({{"editor.exe", std::string(300000, 
 
 TEST(PackageExtraction, KeepsUnixModesAndMakesEveryEditorExecutable) {
     ZipEntry foreign = unixEntry("foreign", "x", 0100755);
-    foreign.madeBy = 20; // not Unix: the attributes are no mode
+    foreign.madeBy = 20; // not made on Unix, so the attributes do not contain a mode
     const std::pair<ZipEntry, unsigned> cases[] = {
         {unixEntry("tool", "x", 0100755), 0755},
         {unixEntry("secret", "x", 0100400), 0600},
@@ -59,7 +59,7 @@ TEST(PackageDownload, AFullDiskFailsTheTransfer) {
 
 TEST(InstallPipeline, LeavesNoThreadAndNoOpenFile) {
     InstallWorld world(kArchive);
-    const auto use = [&] { // of the second run, when the test's server has all its threads
+    const auto use = [&] { // runs an update, then counts the threads and the open files
         world.release("2.0", kArchive);
         EXPECT_TRUE(world.run().starts_with("Installed"));
         fs::remove_all(world.editor);
@@ -67,7 +67,7 @@ TEST(InstallPipeline, LeavesNoThreadAndNoOpenFile) {
         return std::pair{std::distance(fs::directory_iterator("/proc/self/task", noProc), {}),
                          std::distance(fs::directory_iterator("/proc/self/fd", noProc), {})};
     };
-    use();
+    use(); // not counted, because the test's server creates threads during the first run
     const auto before = use();
     EXPECT_TRUE(eventually([&] { return use() == before; }));
 }
@@ -80,7 +80,7 @@ static int recordSync(int file, long call) {
     if (onSync) onSync(fs::read_symlink("/proc/self/fd/" + std::to_string(file)));
     return static_cast<int>(syscall(call, file));
 }
-// They take the place of the C library's functions in this program.
+// In this program, these two functions replace those of the C library.
 extern "C" int fsync(int file) {
     return recordSync(file, SYS_fsync);
 }
@@ -114,7 +114,7 @@ TEST(InstallPipeline, ReplacesAnEditorThatIsALinkAndKeepsItsTarget) {
     EXPECT_FALSE(fs::is_symlink(world.editor));
 }
 
-// The old editor cannot be deleted, as when a process holds its files: first nothing of it, then one directory.
+// The old editor cannot be deleted: in the first round nothing of it, in the second round one of its directories.
 TEST(InstallPipeline, AFailedSwapLeavesNoStagingAndNoHalfEditor) {
     if (geteuid() != 0) GTEST_SKIP() << "needs root, to become a user who may not delete";
     for (const bool nothingCanGo : {true, false}) {

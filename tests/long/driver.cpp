@@ -1,14 +1,14 @@
-// Runs one operation of the launcher on files in a folder, for the scripts of this directory, which kill it or let its
+// Runs one operation of the launcher on files in a folder. The scripts of this directory kill this program or let its
 // system calls fail.
 //
-//   volo_long_driver install ROOT VERSION   one update run, against a server of its own that offers this version
+//   volo_long_driver install ROOT VERSION   runs one update; a server in this program offers VERSION
 //   volo_long_driver settings ROOT COUNT    loads Launcher.conf, lists COUNT projects, and saves it
 //   volo_long_driver create ROOT NAME       creates a project in ROOT/projects
-//   volo_long_driver matrix [PART]          meets servers that misbehave; prints a line for each, see matrix.cpp
+//   volo_long_driver matrix [PART]          runs the launcher against servers that misbehave; see matrix.cpp
 //   volo_long_driver cycles|rounds COUNT    starts and closes COUNT launchers; see soak.cpp
 //
-// The exit status is 0 if the operation reported success. All system calls of the first three come from the main
-// thread.
+// The exit status is 0 if the operation reported success. The scripts trace the main thread only. The first three
+// operations make all system calls that change their files on this thread.
 
 #include <cstddef>
 #include <cstdint>
@@ -26,7 +26,7 @@
 #include "support/tls_server.h"
 #include "support/trusted_authority.h"
 
-GoogleEndpoints googleEndpoints() { // the token endpoint serves two fetches, of which a run changes one
+GoogleEndpoints googleEndpoints() { // Code and Renewal share an endpoint; at most one of them has a port of its own
     const int code = fetchPorts[static_cast<std::size_t>(Fetch::Code)];
     const int renewal = fetchPorts[static_cast<std::size_t>(Fetch::Renewal)];
     const int userInfo = fetchPorts[static_cast<std::size_t>(Fetch::UserInfo)];
@@ -36,8 +36,8 @@ GoogleEndpoints googleEndpoints() { // the token endpoint serves two fetches, of
 
 namespace {
 
-// A package whose every file tells its version. A name with "~" keeps the extraction in one thread, so that the calls
-// come in the same order in every run.
+// Returns a package in which each file contains the version. A name with "~" makes the launcher extract on one thread,
+// so that the system calls have the same order in every run.
 std::string packageOf(const std::string& version) {
     std::vector<ZipEntry> entries;
     for (const char* name :

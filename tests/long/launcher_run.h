@@ -1,7 +1,7 @@
 #pragma once
 
-// A launcher without a window, and a server for its six requests, for the runs that start many launchers in one
-// process. Main thread, except the server's answers.
+// Runs a launcher without a window, and a server for the launcher's six requests. matrix.cpp and soak.cpp start many
+// launchers in one process with it. Main thread; only the answers run on the server's threads.
 
 #include <array>
 #include <atomic>
@@ -66,14 +66,14 @@ class LauncherRun : public UiHarness {
                               kServerTime, 30, keys_);
     }
 
-    // Sends one request to another port, and the others to the good server.
+    // Directs one request to `port`, and all other requests to the server of this object.
     void direct(Fetch fetch, int port) const {
         for (std::atomic<int>& one : fetchPorts)
             one = server_.port();
         fetchPorts[static_cast<std::size_t>(fetch)] = port;
     }
 
-    // Starts a launcher without an editor. Without a session it starts a sign-in.
+    // Starts a launcher without an editor. If `withSession` is false, also starts a sign-in and allows it.
     void launch(bool withSession) {
         for (const char* left : {"editor", "downloads"})
             std::filesystem::remove_all(launcher / left);
@@ -127,7 +127,7 @@ class LauncherRun : public UiHarness {
     TlsServer server_;
 };
 
-// What this process uses. On Windows only the memory, and its maximum since the start.
+// The resources that this process uses. On Windows, only the memory is measured.
 struct Resources {
     long descriptors = 0, threads = 0, kib = 0, peakKib = 0;
 };

@@ -1,5 +1,5 @@
-// Servers that misbehave, for each request of the launcher: what the user sees, how long "Cancel", "Sign out" and
-// closing take meanwhile, and how much memory the launcher needs.
+// Runs the launcher against servers that misbehave, for each of its requests. Checks what the user sees, how long
+// "Cancel", "Sign out" and closing take meanwhile, and how much memory the launcher needs.
 
 #include <algorithm>
 #include <chrono>
@@ -21,8 +21,9 @@ constexpr long kMostKib = 64 * 1024;
 enum class Right { Never, Package, Always }; // the fetches that succeed
 enum class Tls { Yes, Foreign, No };         // Foreign: with another host's certificate. No: without a handshake
 
-// The answer is a text with these marks: @L the length of the right body, @B the right body, @D drips the rest for
-// longer than a small answer may take, @E repeats the rest endlessly, @R resets, @S stalls. No text: nobody listens.
+// `text` is the answer, with these marks: @L is the length of the right body, @B is the right body, @D sends the rest
+// slowly, for longer than a small answer may take, @E repeats the rest endlessly, @R resets the connection, @S stalls.
+// If `text` is empty, the connection is refused.
 struct Behaviour {
     const char* name;
     Right right;
@@ -71,7 +72,7 @@ std::vector<Behaviour> behaviours() {
     return all;
 }
 
-// 80 MiB or what the client takes of it. A client that kept them in memory would need too much of it.
+// Sends up to 80 MiB, until the client closes the connection. A client that keeps 80 MiB in memory exceeds kMostKib.
 void writeEndlessly(TlsConnection& connection, const std::string& piece) {
     std::string block;
     while (block.size() < 16000)
@@ -80,7 +81,7 @@ void writeEndlessly(TlsConnection& connection, const std::string& piece) {
     }
 }
 
-// In 4 s. In this run a small answer may take 2 s.
+// Sends the text in about 4 s. finish() sets a read time-out with which a small answer may take 2 s.
 void drip(TlsConnection& connection, const std::string& text) {
     const std::size_t size = text.size() / 40 + 1;
     for (std::size_t at = 0; at < text.size(); at += size)
@@ -132,10 +133,10 @@ void Matrix::check(bool good, const Behaviour& behaviour, Fetch fetch, const std
 
 void Matrix::begin(Fetch fetch) {
     launch(fetch != Fetch::Code);
-    app->updateCheckStarted = fetch > Fetch::Statement; // true: no update during a sign-in
+    app->updateCheckStarted = fetch > Fetch::Statement; // true: no update starts, only the sign-in is tested
 }
 
-// Lets the launcher meet the server until it succeeds or fails by itself.
+// Runs the launcher against the server until the update or sign-in succeeds or fails by itself. Checks the outcome.
 void Matrix::finish(const Behaviour& behaviour, Fetch fetch) {
     setLongestReadTimeout(1);
     begin(fetch);
@@ -151,13 +152,13 @@ void Matrix::finish(const Behaviour& behaviour, Fetch fetch) {
     app.reset();
 }
 
-// Ends the fetch while the server behaves so. Returns how long the end takes.
+// Closes the launcher, cancels or signs out while the server misbehaves. Returns how long this takes.
 milliseconds Matrix::interrupt(Fetch fetch, bool close) {
     setLongestReadTimeout(300);
     reached_ = 0;
     begin(fetch);
     (void)eventually([&] { return !isBusy() || reached_ > 0; });
-    std::this_thread::sleep_for(milliseconds(50)); // so that the client waits inside the answer
+    std::this_thread::sleep_for(milliseconds(50)); // so that the client is in the middle of the answer
     const auto start = steady_clock::now();
     if (close) {
         app.reset();
@@ -182,7 +183,7 @@ void Matrix::runFetch(const Behaviour& behaviour, Fetch fetch) {
     });
     direct(fetch, behaviour.text.empty() ? 1 : server.port());
 #ifndef _WIN32
-    std::ofstream("/proc/self/clear_refs") << 5; // forgets the peak of the memory
+    std::ofstream("/proc/self/clear_refs") << 5; // resets the recorded peak of the memory
 #endif
     const long atRest = resources().kib;
     finish(behaviour, fetch);

@@ -1,4 +1,5 @@
-// Many launchers one after the other in one process. Nothing may be left of them: no descriptor, no thread, no memory.
+// Starts many launchers one after the other in one process. They must leave nothing behind: no descriptor, no thread,
+// no memory.
 
 #include <chrono>
 #include <cstdio>
@@ -30,7 +31,7 @@ int draw(int limit) {
     return static_cast<int>(chance() % static_cast<unsigned>(limit));
 }
 
-// Answers well two times of three.
+// Sends the right answer in two of three cases. Otherwise resets, stays silent or sends the right answer slowly.
 void answerAtRandom(TlsConnection& connection, const std::string& body) {
     const int kind = draw(9);
     if (kind == 0) return connection.reset();
@@ -40,7 +41,8 @@ void answerAtRandom(TlsConnection& connection, const std::string& body) {
         if (!connection.write({byte}) || !connection.pause(5)) return;
 }
 
-// What the process uses after the first tenth of a run must suffice for the rest.
+// True if the process now uses more descriptors, more threads or much more memory than `before`, which was measured
+// after the first tenth of the run.
 bool hasGrown(const Resources& before) {
     Resources now;
     const bool grown = !eventually([&] {
@@ -52,7 +54,7 @@ bool hasGrown(const Resources& before) {
     return grown || now.kib > before.kib + kMostGrowthKib;
 }
 
-// Installs a version, opens the project, and exits.
+// Installs a version, opens the project, and closes the launcher. Returns true if all this succeeds.
 bool cycle(LauncherRun& run, int number) {
     run.version = number;
     setRecordedTime(LauncherRun::kServerTime + 3 * number); // a second click within 2 s does nothing
@@ -74,15 +76,15 @@ bool clickItem(LauncherRun& run, const std::string& item) {
     return true;
 }
 
-// Clicks on its way through the launcher, with random gaps. Returns the number of clicks, or -1 if the launcher does
-// not close.
+// Clicks a random selection of items, with random pauses, and closes the launcher. Returns the number of clicks, or -1
+// if the launcher does not close.
 int round(LauncherRun& run) {
     run.launch(draw(2) == 0);
     int clicks = 0;
     for (const char* item : {"Sign in", "Cancel", "Sign in", "allow", "Installs", "Cancel download", "Retry",
                              "Check for updates", "Cancel row", "Retry row", "Delete row", "Sign out"}) {
         if (draw(4) == 0) continue;
-        if (std::string(item) == "Cancel row") run.app->activeTab = LauncherTab::Downloads; // no click leads there
+        if (std::string(item) == "Cancel row") run.app->activeTab = LauncherTab::Downloads; // not in the sidebar
         for (int wait = draw(3) == 0 ? 50 : draw(5); wait > 0 && run.isBusy(); --wait)
             std::this_thread::sleep_for(milliseconds(draw(10)));
         run.frame();

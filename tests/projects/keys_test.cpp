@@ -1,4 +1,4 @@
-// The launcher under the keyboard: the Projects screen, its popups, and the sign-in screen.
+// Tests the keyboard on the Projects screen, in its popups, and on the sign-in screen.
 
 #include "projects_fixture.h"
 
@@ -76,7 +76,7 @@ TEST_F(Keys, AndTheMouseDoNotDisturbEachOther) {
 }
 
 TEST_F(Keys, TypingStartsASearchWhoseHitsDownAndEnterReach) {
-    for (const char* typed : {"b", ".", "z"}) // each in a frame of its own, the field is not active in the first ones
+    for (const char* typed : {"b", ".", "z"}) // one per frame; the field is not active yet in the first frames
         type(typed);
     EXPECT_STREQ(app->searchText, "b.z");
     EXPECT_EQ(shown(), Names{"b"});

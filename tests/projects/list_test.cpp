@@ -1,4 +1,4 @@
-// The order and the search of the project list.
+// Tests the order and the search of the project list.
 
 #include <algorithm>
 
@@ -13,12 +13,12 @@ using Indices = std::vector<std::int32_t>;
 
 TEST_F(ProjectOrder, FollowsTheSortControlsAndTheSearch) {
     using enum ProjectSortColumn;
-    app->settings->setProjects({{"Alpha", "/foo", "", "", 80}, // equals "alpha" by name, and is older
+    app->settings->setProjects({{"Alpha", "/foo", "", "", 80}, // same name as "alpha" without case, and older
                                 {"alpha", "/foo", "windows Y", "", 90, true},
                                 {"abcd", "/foo", "", "volo d", 70},
                                 {"abc", "/bar", "Linux", "VOLO 2.0", 60},
                                 {"\xC3\xBC", "/bar", "", "", 50, true}, // bytes compare as unsigned
-                                {"_", "/bar", "", "9", 40}});           // before letters, which fold to lower case
+                                {"_", "/bar", "", "9", 40}});           // before all letters, which fold to lower case
     const struct {
         ProjectSortColumn column;
         bool ascending, starredFirst;
@@ -36,7 +36,7 @@ TEST_F(ProjectOrder, FollowsTheSortControlsAndTheSearch) {
         {EditorVersion, true, false, "", "", {5, 3, 2, 1, 0, 4}},
         {EditorVersion, true, false, "", "2.0", {5, 1, 0, 3, 4, 2}},
     };
-    app->displayedBefore = {5, 4, 3, 99}; // 99: removed since the last frame
+    app->displayedBefore = {5, 4, 3, 99}; // 99: index of a project that was removed since the last frame
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::PrintToString(c.rows));
         app->sortColumn = c.column;
@@ -45,7 +45,7 @@ TEST_F(ProjectOrder, FollowsTheSortControlsAndTheSearch) {
         copyToBuffer(c.search, app->searchText);
         folder.write("launcher/here/editor/.zantor_editor_version", c.editorVersion);
         EXPECT_EQ(displayedProjects(*app, defaultEditorLabel(*app)), c.rows);
-        app->displayedBefore = c.rows; // the next case must not depend on it
+        app->displayedBefore = c.rows; // must not influence the next case
         Indices byRule = filterProjects(projects(), searchTerms(c.search));
         std::stable_sort(byRule.begin(), byRule.end(), [&](std::int32_t a, std::int32_t b) {
             return ProjectSortOrder{*app}(projects().at(std::size_t(a)), projects().at(std::size_t(b)));

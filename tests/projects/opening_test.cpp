@@ -1,4 +1,4 @@
-// Opening, adding and creating projects.
+// Tests opening, adding and creating projects.
 
 #include "install/editor_location.h"
 #include "projects_fixture.h"
@@ -19,7 +19,7 @@ TEST_F(EditorSearch, PrefersTheVariableThenTheChosenFolderThenTheNearestOne) {
     std::filesystem::remove(editor);
     app->settings->setInstallPath((folder / "chosen").string());
     system.environment["ZANTOR_DIR"] = (folder / "variable").string();
-    // Each place takes precedence over those before it.
+    // Each place takes precedence over the places before it.
     for (const char* place : {"launcher/editor.exe", "launcher/here/editor/bin/editor.exe", "chosen/editor.exe",
                               "variable/bin/editor.exe"}) {
         const std::string executable = folder.write(place, "").string();
@@ -60,7 +60,7 @@ TEST_F(OpenProject, RefusesASecondClickForTwoSecondsEvenAfterAFailedStart) {
     EXPECT_EQ(app->noticeText, kAlreadyOpen);
     EXPECT_EQ(system.launches.size(), 1u);
     setRecordedTime(kNow + 2);
-    app->openProjectRow(3); // past the end
+    app->openProjectRow(3); // there is no row 3: nothing happens
     app->openProjectRow(1);
     EXPECT_EQ(app->noticeText, "");
     EXPECT_EQ(listed(), (Names{"b", "c", "a"}));
@@ -152,7 +152,7 @@ TEST_F(CreateProject, RefusesABadNameBeforeABadLocation) {
 TEST_F(CreateProject, WritesTheProjectFileAndListsTheProjectFirst) {
     const std::string location = (folder / "l").string(), name = "  Übung.";
     const std::filesystem::path projectFolder = folder / "l" / name;
-    std::filesystem::create_directories(projectFolder); // an empty folder is used
+    std::filesystem::create_directories(projectFolder); // an existing empty folder is accepted
     app->noticeText = "old notice";
     app->beginNewProject();
     EXPECT_EQ(app->newProjectLocation, (folder / "documents/VOLO Projects").string());

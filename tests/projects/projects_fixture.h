@@ -13,13 +13,13 @@ struct ProjectsTest : testing::Test, UiHarness {
     using Names = std::vector<std::string>;
 
     ProjectsTest() {
-        startSignedIn("https://127.0.0.1:1/manifest").updateCheckStarted = true; // nothing starts a run by itself
+        startSignedIn("https://127.0.0.1:1/manifest").updateCheckStarted = true; // prevents the automatic update
         app->settings->setProjects({makeProject("c", 30), makeProject("b", 20), makeProject("a", 10)});
         frames(2);
     }
     [[nodiscard]] const std::vector<ProjectEntry>& projects() const { return app->settings->projects(); }
 
-    // The names in the stored order, and the names of the visible rows from top to bottom.
+    // listed() returns the names in the stored order, shown() the names of the visible rows from top to bottom.
     [[nodiscard]] Names listed() const {
         Names names;
         for (const ProjectEntry& entry : projects())

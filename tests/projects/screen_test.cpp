@@ -1,4 +1,4 @@
-// The Projects screen under the mouse.
+// Tests the mouse on the Projects screen.
 
 #include "projects_fixture.h"
 
@@ -31,7 +31,7 @@ TEST_F(SearchBox, ThatHidesEveryProjectOffersToClearItself) {
     ASSERT_TRUE(click(kRoot, {"empty_projects", "Clear search"}));
     EXPECT_STREQ(app->searchText, "");
     app->settings->setProjects({});
-    copyToBuffer("zzz", app->searchText); // hides none: there are none
+    copyToBuffer("zzz", app->searchText); // hides no project, because the list is empty
     frame();
     ASSERT_TRUE(click(kRoot, {"empty_projects", "Import projects"}));
     EXPECT_TRUE(projects().empty()) << "the dialog was cancelled";
@@ -53,7 +53,7 @@ TEST_F(Row, OpensOnAClickButNotOnAClickOnItsStar) {
     moveTo(row);
     press(ImGuiMouseButton_Left);
     moveTo(star);
-    release(ImGuiMouseButton_Left); // a press that slips onto the star opens nothing, not even later
+    release(ImGuiMouseButton_Left); // pressed on the row, released on the star: must not open the project, even later
     moveTo(row);
     clickAt(star);
     EXPECT_TRUE(storedProjects().at(1).favorite);
@@ -66,7 +66,7 @@ TEST_F(Row, OpensOnAClickButNotOnAClickOnItsStar) {
 
 struct Menu : ProjectsTest {
     bool open(int row, const char* item = "##project_row") {
-        frames(2); // a menu that was open before closes
+        frames(2); // an earlier menu needs these frames to close
         return click(kProjectList, {row, item}, ImGuiMouseButton_Right) && menuEntry("Remove From List");
     }
     bool choose(int row, const char* entry, const char* item = "##project_row") {
@@ -97,7 +97,7 @@ TEST_F(Menu, OfAMissingProjectOffersNothingThatNeedsItsFolder) {
     EXPECT_TRUE(projects()[1].favorite);
 }
 
-// The frame that removes a project draws the rows below it with their old indices.
+// In the frame that removes a project, the rows below it are still drawn with their old indices.
 TEST_F(Menu, RemovesEveryRowAndDeletesNothing) {
     app->sortColumn = ProjectSortColumn::Name;
     for (const Names& left : {Names{"b", "a"}, {"a"}, {}}) {

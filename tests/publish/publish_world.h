@@ -1,7 +1,7 @@
 #pragma once
 
-// A publisher's workplace: an archive, keys that are made when a test names them, a directory to publish, and a fixed
-// time.
+// Prepares what a publisher needs: an archive, a directory to publish, a fixed time, and keys that are created when a
+// test first names them.
 
 #include <cstdint>
 #include <stdexcept>
@@ -38,7 +38,7 @@ class PublishWorld {
     }
     [[nodiscard]] std::string publicKey(const std::string& name) const { return keys({name}).front().publicKey(); }
 
-    // The failure text, or empty.
+    // Publishes the archive. Returns the failure text; empty on success.
     std::string publish() {
         std::string failure;
         result = {};
@@ -58,7 +58,8 @@ class PublishWorld {
         return published.manifest;
     }
 
-    // The launcher's verdict on the statement of a package with one pinned key; empty when it accepts.
+    // Returns the verdict of a launcher with one pinned key on the published statement of a package. Empty if the
+    // launcher accepts the package.
     std::string verdict(const std::string& sha256, const std::string& keyName = "first",
                         std::int64_t now = kNow) const {
         const std::string path = statementPath(site, sha256);

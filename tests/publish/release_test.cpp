@@ -67,7 +67,7 @@ TEST(Release, APlainArchiveHasOneVersionOnly) {
     world.request.version = "2";
     EXPECT_NE(world.publish().find("as version 1.4.2"), std::string::npos);
     world.request.force = true;
-    // Another program damages the package while it is being published.
+    // Simulate another program that damages the package while it is being published.
     world.request.progress = [&](const char* step, std::uint64_t, std::uint64_t) {
         if (step != std::string("writing the package")) return;
         for (const auto& file : fs::directory_iterator(world.folder / "site"))
@@ -85,7 +85,7 @@ TEST(Release, PublishingAgainChangesOnlyTheStatement) {
     for (const bool encrypt : {true, false}) {
         PublishWorld world;
         world.request.encrypt = encrypt;
-        world.request.baseUrl += "/"; // ignored
+        world.request.baseUrl += "/"; // a slash at the end is ignored
         ASSERT_EQ(world.publish(), "");
         const Tree before = treeOf(world.site);
         EXPECT_EQ(before.size(), 4u) << "manifest, package, statement and its folder";
@@ -104,7 +104,7 @@ TEST(Release, PublishingAgainChangesOnlyTheStatement) {
         EXPECT_EQ(world.publish(), "");
         EXPECT_FALSE(world.result.packageKept);
         EXPECT_EQ(world.manifest().encryptionKey == oldKey, !encrypt) << "every package has a key of its own";
-        if (encrypt) { // and so is one that the manifest's key does not open
+        if (encrypt) { // a package that the manifest's key does not open is written again too
             std::string manifest = readFileBytes(world.result.manifestPath);
             const std::size_t key = manifest.find("\"key\": \"") + 8;
             world.folder.write("site/manifest.json", manifest.replace(key, 4, "AAAA"));

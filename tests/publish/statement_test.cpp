@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Three releases, published 20 days after each other; the last is on offer.
+// Publishes three releases, 20 days apart. The manifest offers the last one.
 class Statements : public testing::Test {
   protected:
     void SetUp() override {
@@ -27,10 +27,10 @@ class Statements : public testing::Test {
             ASSERT_EQ(world.publishBytes(makeZip({{"editor.exe", version}})), "");
             hashes[version] = world.manifest().sha256;
         }
-        request.nowSeconds = kNow + 40 * kDay; // the first has expired, the second ends in 10 days
+        request.nowSeconds = kNow + 40 * kDay; // the first statement has expired, the second expires in 10 days
     }
 
-    // The failure text, or empty.
+    // Renews or withdraws the requested statements. Returns the failure text; empty on success.
     std::string run(const std::vector<std::string>& keyNames = {"first"}) {
         report = {};
         std::string failure;
@@ -63,18 +63,19 @@ TEST_F(Statements, AreRenewedUnlessTheyHaveExpired) {
     EXPECT_EQ(verdict("3", "first", 94), kExpired);
     request.all = false;
     request.versions = {"1"};
-    request.days = 93; // launchers refuse longer terms than 92 days
+    request.days = 93; // launchers refuse lifetimes longer than 92 days
     EXPECT_NE(run(), "");
     request.days = 30;
     EXPECT_EQ(run(), "");
     EXPECT_EQ(verdict("1"), "");
 }
 
-// The first has expired, the second ends in 10 days; neither matters while the third is on offer.
+// The first statement has expired and the second expires in 10 days. Neither calls for action, because the manifest
+// offers the third release.
 TEST_F(Statements, OfTheReleaseOnOfferCallForActionInTime) {
     EXPECT_EQ(run({}), "");
     EXPECT_FALSE(report.offerNeedsAction);
-    for (const int days : {20, 31}) { // 10 days before its end, and after it
+    for (const int days : {20, 31}) { // 10 days before the third statement expires, and after it has expired
         request.nowSeconds = kNow + (40 + days) * kDay;
         EXPECT_EQ(run({}), "");
         EXPECT_TRUE(report.offerNeedsAction) << days;
@@ -130,7 +131,7 @@ TEST_F(Statements, WithdrawAReleaseForGood) {
     EXPECT_EQ(verdict("2"), kWithdrawn);
     EXPECT_EQ(verdict("3"), kWithdrawn);
     EXPECT_TRUE(report.offerNeedsAction);
-    // Neither renewing nor publishing again offers it by accident.
+    // Neither renewing the statements nor publishing again without `force` offers the withdrawn release again.
     request.revoke = false;
     EXPECT_NE(run(), "");
     request.versions.clear();

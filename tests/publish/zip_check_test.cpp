@@ -19,7 +19,7 @@ const ZipEntry kEditor{"editor.exe", "the editor"};
 
 class ArchiveCheck : public testing::Test {
   protected:
-    // The failure text, or empty.
+    // Checks an archive. Returns the failure text; empty if the archive is accepted.
     std::string check(const std::string& bytes, PackagePlatform platform = PackagePlatform::Linux) {
         std::string failure;
         summary = {};
@@ -32,7 +32,7 @@ class ArchiveCheck : public testing::Test {
     ArchiveSummary summary;
 };
 
-// An archive of two entries; the central header of the second has `bytes` at `offset`.
+// Returns an archive of two entries. The central directory header of the second entry has `bytes` at `offset`.
 std::string patched(std::size_t offset, const std::string& bytes) {
     std::string archive = makeZip({kEditor, {"data", std::string(500, 'd'), true}});
     archive.replace(archive.rfind("PK\1\2") + offset, bytes.size(), bytes);
@@ -47,7 +47,7 @@ TEST_F(ArchiveCheck, RefusesWhatWouldFailOrUnpackIntoSomethingElse) {
     damaged.claimedCrc = 1;
     ZipEntry big{"data", "d"};
     big.zip64 = true;
-    std::string emptied = with(big); // a compressed size of 0, and another size
+    std::string emptied = with(big); // the next line sets only the compressed size to 0
     emptied[emptied.rfind("PK\1\2") + 46 + 4 + 4 + 8] = 0;
     const std::pair<std::string, std::string> cases[] = {
         {"PK\3\4 and so on", "not a readable zip"},

@@ -1,4 +1,4 @@
-// The provider is strict: a lenient one would hide faults of the launcher's sign-in.
+// Tests that the identity provider is strict, because a lenient one would hide faults of the launcher's sign-in.
 
 #include "sandbox/identity_provider.h"
 
@@ -16,7 +16,7 @@ namespace {
 const std::string kConsentQuery =
     "client_id=sandbox-client&redirect_uri=http://127.0.0.1:1&response_type=code&scope=openid%20email%20profile&state=s"
     "&code_challenge=E9Melhoa2OwvFrEMTJguCHaoeK1t8URWbuGJSstw-cM&code_challenge_method=S256&access_type=offline";
-const std::string kTokenForm = // the code follows; challenge and verifier are those of RFC 7636, B
+const std::string kTokenForm = // tests append the code; challenge and verifier come from RFC 7636, appendix B
     "client_id=sandbox-client&client_secret=sandbox-secret&redirect_uri=http://127.0.0.1:1"
     "&code_verifier=dBjftJeZ4CVP-mB92K27uhbUJU1p1r_wW1gFWFOEjXk&grant_type=authorization_code&code=";
 constexpr char kForm[] = "application/x-www-form-urlencoded";

@@ -1,4 +1,4 @@
-// Which screen is shown, how the screens scale, and what the Downloads screen offers.
+// Tests which screen is shown, how the screens scale, and what the Downloads screen offers.
 
 #include <algorithm>
 #include <array>
@@ -36,7 +36,7 @@ TEST_F(Routing, TheScreenFollowsTheStateOfTheSignIn) {
     start();
     const struct {
         SignInState state;
-        const char* item; // on no other screen
+        const char* item; // the only one of the three items that this screen has
     } cases[] = {
         {SignInState::SignedOut, "Sign in"},
         {SignInState::SigningIn, "Cancel"},
@@ -174,7 +174,7 @@ TEST(Picture, IsCroppedAndNotDistorted) {
     }
 }
 
-// The Downloads screen with the given rows.
+// Shows the Downloads screen with the given rows.
 struct Downloads : testing::Test, UiHarness {
     void show(std::vector<DownloadRecord> rows) {
         InstallProgress progress;

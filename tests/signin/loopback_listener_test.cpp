@@ -1,4 +1,4 @@
-// The listener against browsers, other programs and clients that stall.
+// Tests the listener with browsers, other programs and clients that stall.
 
 #include "signin/loopback_listener.h"
 
@@ -26,7 +26,8 @@ class Listener : public testing::Test {
         ASSERT_TRUE(listener_->start(mailbox_, {generation_, "state-1", "", "", ""}));
     }
 
-    // The code that arrived, then the failure in brackets. Empties the mailbox and lets the listener go on.
+    // Returns the code that arrived, then the failure in brackets. Empties the mailbox and opens it again for the
+    // current attempt.
     std::string reported() {
         const auto [code, result] = mailbox_->take();
         mailbox_->openFor(generation_);
@@ -46,7 +47,7 @@ class Listener : public testing::Test {
 
 TEST_F(Listener, EveryRequestGetsItsAnswerAndTheFirstRuleThatApplies) {
     start();
-    httplib::Server other; // the library's default socket options share a port
+    httplib::Server other; // cpp-httplib's default socket options let two servers share a port
     EXPECT_FALSE(other.bind_to_port("127.0.0.1", listener_->port())) << "another program can get the answer";
     const struct {
         const char* target;
@@ -101,7 +102,7 @@ TEST_F(Listener, RequestThatEndsAfterTheStopReportsNothing) {
     std::deque<LoopbackConnection> late;
     for (int i = 0; i < 8; ++i)
         late.emplace_back(listener_->port()).send("GET /?state=state-1&code=late HTTP/1.1\r\nHost: x\r\n");
-    ASSERT_TRUE(get("/favicon.ico")); // by now the server reads the late requests
+    ASSERT_TRUE(get("/favicon.ico")); // after this answer, the listener is reading the late requests
     listener_->stop();
     for (LoopbackConnection& connection : late)
         connection.send("\r\n");

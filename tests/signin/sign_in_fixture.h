@@ -1,7 +1,7 @@
 #pragma once
 
-// A sign-in flow against a strict identity provider on loopback. The recording operating system keeps the addresses
-// that the flow opens in the browser.
+// Runs a sign-in flow against a strict identity provider on loopback. The recording operating system keeps the
+// addresses that the flow opens in the browser.
 
 #include <chrono>
 #include <filesystem>
@@ -34,10 +34,10 @@ class SignInTest : public testing::Test {
 
     void TearDown() override {
         flow_.reset();
-        EXPECT_TRUE(eventually([] { return unfinishedRequests() == 0; })); // they read the environment
+        EXPECT_TRUE(eventually([] { return unfinishedRequests() == 0; })); // because requests read the environment
     }
 
-    // The launcher's next run: the settings are read from disk again.
+    // Simulates the next run of the launcher: reads the settings from disk again.
     void startNextRun() {
         flow_.reset();
         settings_ = std::make_unique<LauncherSettings>();
@@ -52,17 +52,17 @@ class SignInTest : public testing::Test {
         settings_->save();
     }
 
-    // Token, name and address that the next run would find.
+    // Returns the refresh token, name and e-mail address that the next run would find.
     static std::string storedSession() {
         LauncherSettings onDisk;
         (void)onDisk.load();
         return onDisk.refreshToken() + "|" + onDisk.userName() + "|" + onDisk.userEmail();
     }
 
-    // The address that the flow opened last.
+    // Returns the web address that the flow opened last.
     static std::string openedUrl() { return recordingSystem().openedUrls.back(); }
 
-    // The user allows the sign-in, or not, in the browser that the flow opened last.
+    // Opens this address in the sandbox's browser, in which the user allows or denies the sign-in.
     BrowserVisit visit(bool allow = true) { return signInWithBrowser(openedUrl(), trust_.rootFile(), allow); }
 
     void pollUntil(SignInState expected) {
@@ -78,5 +78,5 @@ class SignInTest : public testing::Test {
                                {.userName = "Ada \"L\" \xC3\xBC", .userEmail = "ada@sandbox.test"}};
     ScopedEnvironment port_{"VOLO_SANDBOX_IDENTITY_PORT", std::to_string(provider_.port())};
     std::unique_ptr<LauncherSettings> settings_;
-    std::unique_ptr<SignInFlow> flow_; // destroyed first: its worker uses the others
+    std::unique_ptr<SignInFlow> flow_; // destroyed first, because its worker uses the other members
 };

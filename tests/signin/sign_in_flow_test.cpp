@@ -1,4 +1,4 @@
-// Whole sign-ins, and what an abandoned one leaves behind.
+// Tests whole sign-ins, and what an abandoned sign-in leaves behind.
 
 #include <chrono>
 #include <memory>
@@ -86,7 +86,7 @@ TEST_F(SignIn, ResultOfAnAbandonedAttemptIsDropped) {
             const auto start = std::chrono::steady_clock::now();
             signOut ? flow_->signOut() : flow_->cancelSignIn();
             EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20)) << "waited for the answer";
-            flow_->pollSignIn(); // the worker has been joined
+            flow_->pollSignIn(); // must find no result; the worker has been joined
             EXPECT_EQ(flow_->state, SignInState::SignedOut);
             EXPECT_EQ(flow_->errorMessage, "");
             EXPECT_EQ(storedSession(), signOut ? "||" : stored);

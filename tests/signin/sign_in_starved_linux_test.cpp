@@ -1,4 +1,4 @@
-// A sign-in without descriptors or randomness.
+// Tests a sign-in without free descriptors, and one without random bytes.
 
 #define OPENSSL_SUPPRESS_DEPRECATED // RAND_set_rand_method is the only way to make RAND_bytes fail
 

@@ -1,4 +1,4 @@
-// The exact requests to Google, and the outcome of every answer.
+// Tests the exact requests to Google, and the outcome of every answer.
 
 #include "signin/token_requests.h"
 
@@ -24,7 +24,8 @@ constexpr char kRejected[] = "Google rejected the sign-in (token endpoint return
 
 class TokenRequests : public testing::Test {
   protected:
-    // Runs the worker against one server that is both endpoints and writes these bytes; empty: it hangs up.
+    // Runs the worker against one server that has both endpoints and sends these answers. If an answer is empty, the
+    // server closes the connection instead.
     SignInResult run(bool isRefresh, const std::string& tokenAnswer, const std::string& userAnswer) {
         const TlsServer google(TrustedAuthority::loopback(), [&](TlsConnection& connection) {
             const std::string request = connection.readRequest();

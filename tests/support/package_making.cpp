@@ -42,7 +42,7 @@ std::string makeZip(const std::vector<ZipEntry>& entries) {
         const std::string sizes64 = littleEndian(entry.data.size(), 8) + littleEndian(stored.size(), 8);
         const std::string sizes32 =
             entry.zip64 ? std::string(8, '\xFF') : littleEndian(stored.size(), 4) + littleEndian(entry.data.size(), 4);
-        // Version needed, flags, method, time, date, checksum, sizes: the same in both headers.
+        // Both headers contain these fields: version needed, flags, method, time, date, checksum, sizes.
         const std::string common = littleEndian(entry.zip64 ? 45 : 20, 4) + littleEndian(entry.deflated ? 8 : 0, 2) +
                                    littleEndian(0x5B210000, 4) + littleEndian(entry.claimedCrc.value_or(crc), 4) +
                                    sizes32;

@@ -1,7 +1,8 @@
 #pragma once
 
-// Editor packages for tests. Archives are written byte by byte, so that a test can also write them wrong. Containers
-// and signatures come from the publisher's own code, which tests/publish/program_test.py checks with independent tools.
+// Makes editor packages for tests. Archives are written byte by byte, so that a test can also make invalid archives.
+// Containers and signatures come from the publisher's own code, which tests/publish/program_test.py checks with
+// independent tools.
 
 #include <cstdint>
 #include <optional>
@@ -21,7 +22,7 @@ struct ZipEntry {
     std::optional<std::uint32_t> claimedCrc = std::nullopt;
 };
 
-// An entry as an archiver on Unix writes it; `mode` includes the file type.
+// Returns an entry as an archiver on Unix writes it. `mode` includes the file type.
 ZipEntry unixEntry(const std::string& name, const std::string& data, std::uint32_t mode);
 
 std::string makeZip(const std::vector<ZipEntry>& entries);
@@ -32,6 +33,6 @@ std::string toBase64(const std::string& bytes);
 // `key` has 32 bytes.
 std::string sealContainer(const std::string& plaintext, const std::string& key);
 
-// The publisher's keys in the files <name>.key of the folder. The first call makes the files.
+// Returns the publisher's keys from the files <name>.key in `folder`. Creates the files that do not exist.
 std::vector<PublisherKey> publisherKeys(const std::vector<std::string>& names = {"first"},
                                         const TemporaryFolder& folder = TemporaryFolder());

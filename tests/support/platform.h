@@ -1,6 +1,6 @@
 #pragma once
 
-// Differences between the platforms, so that the tests can use the same expectations for the rest.
+// Contains the differences between Linux and Windows that tests need for their expectations.
 
 #include <string>
 
@@ -12,7 +12,7 @@ inline constexpr bool kOnWindows = false;
 inline constexpr char kPlatformName[] = "linux";
 #endif
 
-// Returns the bytes of a text after it was written in text mode.
+// Returns the bytes of a file to which `text` was written in text mode.
 inline std::string asTextFile(const std::string& text) {
     if (!kOnWindows) return text;
     std::string lines;

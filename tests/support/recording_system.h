@@ -16,7 +16,7 @@ struct RecordedLaunch {
 };
 
 struct RecordingSystem {
-    // Answers.
+    // The answers, set by a test.
     std::string launcherDirectory, userDataDirectory, userDocumentsDirectory;
     std::map<std::string, std::string> environment;
     bool editorRunning = false;

@@ -1,6 +1,6 @@
 #pragma once
 
-// A Dear ImGui context without a window. It does for the textures of a frame what a renderer would do.
+// Creates a Dear ImGui context without a window. takeTextures() updates the textures of a frame as a renderer does.
 
 #include <imgui.h>
 
@@ -20,7 +20,7 @@ class UiFrames {
     UiFrames(const UiFrames&) = delete;
     UiFrames& operator=(const UiFrames&) = delete;
 
-    // Builds a frame in which `draw` draws the background. Its textures stay pending.
+    // Builds a frame in which `draw` draws the background. The frame's textures stay pending until takeTextures().
     template<typename Draw>
     const ImDrawData& build(const Draw& draw) {
         ImGui::NewFrame();

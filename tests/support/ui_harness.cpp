@@ -12,16 +12,16 @@ namespace {
 
 struct SubmittedItem {
     ImRect rect;
-    std::string label; // of Dear ImGui's own widgets
+    std::string label; // only Dear ImGui's own widgets have one
     bool disabled = false;
 };
 
 std::map<ImGuiID, SubmittedItem> theItems; // of the last frame
 
-// 0: not submitted in the last frame.
+// Returns the identifier of an item; 0 if the item was not submitted in the last frame.
 ImGuiID identify(const char* window, IdPath path) {
     for (const ImGuiWindow* candidate : ImGui::GetCurrentContext()->Windows) {
-        const std::string_view name = candidate->Name; // that of a child ends in "_" and its identifier
+        const std::string_view name = candidate->Name; // a child window's name ends in "_" and the child's identifier
         if (name != window && !name.starts_with(std::string(window) + "_")) continue;
         ImGuiID id = candidate->ID;
         for (const auto& step : path) {
@@ -64,7 +64,7 @@ UiHarness::UiHarness() {
 
     ImGui::GetCurrentContext()->TestEngineHookItems = true;
     ImGui::GetIO().ConfigInputTrickleEventQueue = false;
-    ImGui::GetIO().ConfigFlags |= ImGuiConfigFlags_NavEnableKeyboard; // as the host does
+    ImGui::GetIO().ConfigFlags |= ImGuiConfigFlags_NavEnableKeyboard; // as UiHost does
     resize(1180.0f, 740.0f);
     uiThemeInitialize(&integration);
 }

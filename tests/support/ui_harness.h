@@ -1,7 +1,8 @@
 #pragma once
 
-// Runs the real launcher without a window, on the recording system. A test asks for frames one by one and feeds mouse
-// and keyboard input. It finds items by their identifiers, so that it clicks "Sign in" and not a point.
+// Runs the real launcher without a window, with the operating system of recording_system.h. A test builds frames one by
+// one and sends mouse and keyboard input. It finds items by their identifiers, so that it can click "Sign in" without
+// knowing a position.
 
 #include <functional>
 #include <initializer_list>
@@ -25,7 +26,7 @@ inline constexpr const char* kDownloadList = "##ZantorLauncher/##DownloadList";
 inline constexpr const char* kCreatePopup = "Create a new project";
 inline constexpr const char* kErrorPopup = "Cannot open project";
 
-// The arguments of the ImGui::PushID calls around an item, then that of its ImGui::GetID.
+// The arguments of the ImGui::PushID calls around an item, then the argument of the item's own ImGui::GetID call.
 using IdPath = std::initializer_list<std::variant<const char*, int>>;
 
 class UiHarness {
@@ -46,10 +47,10 @@ class UiHarness {
         return folder.write("launcher/here/bin/editor.exe", "editor");
     }
     [[nodiscard]] ProjectEntry makeProject(const std::string& name,
-                                           std::int64_t lastOpened) const; // with its file on disk
-    [[nodiscard]] std::vector<ProjectEntry> storedProjects() const;        // as Launcher.conf has them
+                                           std::int64_t lastOpened) const; // also writes the project file
+    [[nodiscard]] std::vector<ProjectEntry> storedProjects() const;        // reads them from Launcher.conf
 
-    void resize(float width, float height, float scale = 1.0f) { // units
+    void resize(float width, float height, float scale = 1.0f) { // width and height are unscaled pixels
         ImGui::GetIO().DisplaySize = {width * scale, height * scale};
         uiThemeSetScale(scale);
     }
@@ -59,8 +60,8 @@ class UiHarness {
             frame();
     }
 
-    // The rectangle of an item in the last frame, or nothing if it was not submitted. A window is named by the start of
-    // its name. A menu entry is found by its label.
+    // Return the rectangle of an item in the last frame, or nullopt if the item was not submitted. `window` is the
+    // start of the window's name. A menu entry is found by its label.
     [[nodiscard]] std::optional<ImRect> rect(const char* window, IdPath path) const;
     [[nodiscard]] std::optional<ImRect> menuEntry(const std::string& label, bool* disabled = nullptr) const;
     [[nodiscard]] bool popupOpen(const char* name) const {
@@ -69,7 +70,7 @@ class UiHarness {
     }
     [[nodiscard]] bool focused(const char* window, IdPath path) const; // has the focus ring
 
-    // Each runs a frame for every event. The clicks on items return false if the item is not there.
+    // Each of these functions runs a frame for every event. The clicks on items return false if the item is not there.
     bool click(const char* window, IdPath path, ImGuiMouseButton button = ImGuiMouseButton_Left) {
         return click(rect(window, path), button);
     }

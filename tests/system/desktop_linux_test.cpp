@@ -1,4 +1,4 @@
-// Directories, dialogs and the desktop's opener, with scripts of the test as the only programs on PATH.
+// Tests directories, dialogs and the desktop's opener. The only programs on PATH are scripts of the test.
 
 #include <chrono>
 #include <cstdint>
@@ -24,13 +24,13 @@ namespace fs = std::filesystem;
 
 class Desktop : public testing::Test {
   protected:
-    // A program that records its name and arguments, then runs a shell command.
+    // Creates a program that records its name and arguments, then runs a shell command.
     void program(const std::string& name, const std::string& then) {
         const fs::path file = folder_.write("bin/" + name, "#!/bin/sh\nprintf '%s|' " + name + " \"$@\" >> '" +
                                                                (folder_ / "record").string() + "'\n" + then + "\n");
         fs::permissions(file, fs::perms::owner_all);
     }
-    // Everything that ran.
+    // Returns the names and arguments of all programs that ran.
     [[nodiscard]] std::string record() const { return readFileBytes(folder_ / "record"); }
 
     TemporaryFolder folder_;

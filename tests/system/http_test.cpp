@@ -1,4 +1,4 @@
-// The client against servers on loopback that misbehave.
+// Tests the HTTPS client against servers on loopback that misbehave.
 
 #include "system/http.h"
 
@@ -20,7 +20,7 @@ namespace {
 
 TEST(HttpsUrl, IsSplitOrRefused) {
     const struct {
-        std::string url, parts; // no parts: refused
+        std::string url, parts; // parts are empty: the URL is refused
     } cases[] = {
         {"https://host", "host 443 /"},
         {"https://host:443/a?b=c#d", "host 443 /a?b=c#d"},
@@ -119,7 +119,7 @@ TEST_F(Http, AbortEndsARequestInEveryPhase) {
         });
         expectEnd(answer, server.port(), [&] { return answering.load(); });
     }
-    httplib::Server silent; // connects, but never answers the handshake
+    httplib::Server silent; // clients can connect, but it never answers the TLS handshake
     expectEnd("handshake", silent.bind_to_any_port("127.0.0.1"), [] { return true; });
 }
 
@@ -138,7 +138,7 @@ TEST_F(Http, StatusLineOfAnyLengthIsSafeOnAWorkersStack) {
 TEST_F(Http, EndlessBodyEndsAtTheLimitOrByEitherCallback) {
     const TlsServer server(TrustedAuthority::loopback(), [](TlsConnection& connection) {
         connection.readRequest();
-        connection.write("HTTP/1.1 200 OK\r\nContent-Length: 1000000000000000\r\n\r\n"); // more than any memory
+        connection.write("HTTP/1.1 200 OK\r\nContent-Length: 1000000000000000\r\n\r\n"); // does not fit into memory
         while (connection.write(std::string(10000, 'x'))) {
         }
     });

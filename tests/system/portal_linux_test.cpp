@@ -24,10 +24,10 @@ struct Reply {
     unsigned version = 4;
     unsigned response = 0;
     const char* uri = "";
-    std::string asked = {}; // the values of the call; filled in by the portal
+    std::string asked = {}; // the values of the call; set by the fake portal
 };
 
-// The values of a call, each followed by "|".
+// Returns the values of a call, each followed by "|".
 std::string valuesOf(sd_bus_message* call) {
     char* text = nullptr;
     std::size_t size = 0;
@@ -70,7 +70,7 @@ class Portal : public testing::Test {
         if (daemon_ > 0) ::kill(daemon_, SIGTERM);
     }
 
-    // Shows a dialog while a portal on the bus gives this reply.
+    // Shows a dialog while a fake portal on the bus gives this reply. Returns the user's choice.
     std::string ask(bool chooseFolder, Reply& reply) {
         sd_bus* bus = nullptr;
         sd_bus_new(&bus);
@@ -108,7 +108,7 @@ TEST_F(Portal, GivesTheChoiceAndLeavesTheRestToZenity) {
         {true, {4, 0, "file:///a%20b/%C3%BC"}, "/a b/\xC3\xBC", asked},
         {true, {4, 1, ""}, "", asked},
         {true, {4, 2, ""}, "/from-zenity", asked},
-        {true, {2, 0, "file:///p"}, "/from-zenity", ""}, // this version knows no folders
+        {true, {2, 0, "file:///p"}, "/from-zenity", ""}, // version 2 of the portal cannot choose folders
         {false,
          {2, 0, "file:///p"},
          "/p",

@@ -1,7 +1,7 @@
 #pragma once
 
-// Copies of the test child as real processes. Other tests on the machine may run an editor for a moment, so the tests
-// wait until none runs.
+// Starts copies of the test child (programs/test_child.cpp) as real processes. Other tests on the machine may run an
+// editor for a moment, so the tests wait until no editor runs.
 
 #include <filesystem>
 #include <map>
@@ -40,7 +40,7 @@ class Processes : public testing::Test {
         EXPECT_TRUE(launchEditorProcess(executable, argument, directory, errorText)) << errorText;
     }
 
-    // What a child wrote about itself. Waits for the next child that does.
+    // Waits for the next report that a child writes about itself, and returns the report.
     [[nodiscard]] Report nextReport() const {
         std::filesystem::path file;
         EXPECT_TRUE(eventually([&] {
@@ -66,7 +66,7 @@ class Processes : public testing::Test {
         return holding;
     }
 
-    // Children that start later end at once.
+    // Makes all children end. Children that start later end at once.
     void letChildrenEnd() const { folder_.write("until", ""); }
 
     void endChildren() const {

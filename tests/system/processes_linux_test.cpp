@@ -41,7 +41,7 @@ TEST_F(LinuxProcesses, EditorIsSeenByItsFileAndByItsFirstArgument) {
     };
     for (const auto& [file, arguments, seen] : cases) {
         ASSERT_EQ(spawnDetached(arguments, "", childNamed(file)), 0);
-        (void)nextReport(); // it runs
+        (void)nextReport(); // waits until the child runs
         EXPECT_TRUE(eventually([seen = seen] { return isEditorRunning() == seen; })) << file;
         if (seen) endChildren();
     }
@@ -64,7 +64,7 @@ TEST_F(LinuxProcesses, EditorOfARelativeNameInheritsNothing) {
     sigaddset(&blocked, SIGTERM);
     ::pthread_sigmask(SIG_BLOCK, &blocked, &old);
     auto* const pipeHandler = std::signal(SIGPIPE, SIG_IGN);
-    launch(editor.string(), "", "/"); // its name is relative to the launcher's working directory
+    launch(editor.string(), "", "/"); // the name is relative to this process's working directory, not to "/"
     std::signal(SIGPIPE, pipeHandler);
     ::pthread_sigmask(SIG_SETMASK, &old, nullptr);
     ::close(leak);
@@ -79,7 +79,7 @@ TEST_F(LinuxProcesses, EditorOfARelativeNameInheritsNothing) {
 TEST_F(LinuxProcesses, TwoHundredStartsLeaveNothingBehind) {
     letChildrenEnd();
     const std::string editor = childNamed("editor.exe");
-    launch(editor); // the sanitizers keep a thread from the first start
+    launch(editor); // during the first start, the sanitizers create a thread that they keep
     ASSERT_TRUE(eventually(hasNoChildren));
     const std::ptrdiff_t descriptors = entryCount("/proc/self/fd"), threads = entryCount("/proc/self/task");
     for (int i = 0; i < 200; ++i)

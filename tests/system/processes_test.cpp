@@ -1,4 +1,4 @@
-// Starting editors, seeing them, and the single-instance guard.
+// Tests the start and the detection of editors, and the single-instance guard.
 
 #include <utility>
 
@@ -8,7 +8,7 @@
 TEST_F(Processes, EditorIsSeenByItsNameInAnyCase) {
     for (const auto& [name, seen] : {std::pair("myeditor.exe", false), {"EdItOr.ExE", true}}) {
         launch(childNamed(name));
-        (void)nextReport(); // it runs
+        (void)nextReport(); // waits until the child runs
         EXPECT_TRUE(eventually([seen = seen] { return isEditorRunning() == seen; })) << name;
     }
 }

@@ -1,4 +1,4 @@
-// Handles, and text conversions.
+// Tests what an editor inherits, the name of the guard, text conversions, and the user's folders.
 
 #include <cstdint>
 #include <filesystem>
@@ -15,7 +15,7 @@ using WindowsProcesses = Processes;
 
 TEST_F(WindowsProcesses, EditorGetsNoConsoleAndNoHandleOfTheLauncher) {
     SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
-    // The last handle has a number that the child does not use itself.
+    // So many handles are opened that the child has no handle of its own with the number of the last one.
     std::vector<HANDLE> events(500);
     for (HANDLE& event : events)
         event = CreateEventW(&inheritable, TRUE, FALSE, nullptr);

@@ -9,7 +9,7 @@
 
 namespace {
 
-// The argument as CommandLineToArgvW splits the command line, which differs from the C runtime.
+// Returns the first argument as CommandLineToArgvW parses it. The C runtime parses the command line differently.
 std::string systemArgument() {
     int count = 0;
     wchar_t** arguments = CommandLineToArgvW(GetCommandLineW(), &count);
