@@ -352,7 +352,6 @@ void uiThemeReveal(ImDrawList* drawList, ImVec2 min, ImVec2 max) {
     if (left <= 0.0f) return;
     const auto alpha = static_cast<ImU32>(255.0f * left * left);
     drawList->AddRectFilled(min, max, (palette::kBackground & ~IM_COL32_A_MASK) | alpha << IM_COL32_A_SHIFT);
-    for (const ImGuiWindow* child :
-         ImGui::GetCurrentWindow()->DC.ChildWindows) // children are drawn above the rectangle
+    for (const ImGuiWindow* child : ImGui::GetCurrentWindow()->DC.ChildWindows) // children are above the rectangle
         uiThemeFade(child->DrawList, 1.0f - left * left);
 }
