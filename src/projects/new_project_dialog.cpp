@@ -1,5 +1,5 @@
-// The logic of the popup "Create a new project": its initial values, and what its button does. project_on_disk.cpp
-// makes the folder and the file.
+// Implements the logic of the popup "Create a new project": its initial values, and the action of its button.
+// project_on_disk.cpp makes the folder and the file.
 
 #include <filesystem>
 

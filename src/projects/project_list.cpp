@@ -7,8 +7,8 @@
 
 namespace {
 
-// Returns the same as tolower in the "C" locale. It is defined here so that the compiler can inline it: a search
-// calls it for each byte of all names and paths in every frame.
+// Returns the same as tolower in the "C" locale. The compiler can inline this function, but not tolower. A search calls
+// it for each byte of all names and paths in every frame.
 constexpr char folded(char letter) {
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
 }

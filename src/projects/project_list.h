@@ -1,6 +1,6 @@
 #pragma once
 
-// Rules for ordering and labelling the project list. Pure functions, except that isProjectMissing reads the
+// Orders and labels the entries of the project list. All functions are pure, except isProjectMissing, which reads the
 // file system. Any thread.
 
 #include <string>
@@ -9,7 +9,7 @@
 
 #include "projects/project_entry.h"
 
-// Sorts into the stored order, newest first. Entries with the same time keep their order.
+// Sorts by lastOpened, newest first. The stored list has this order. Entries with the same time keep their order.
 void sortByLastOpened(std::vector<ProjectEntry>& projects);
 
 // True if `a` comes before `b`. Compares byte by byte and treats A to Z as lower case. A prefix comes before the longer

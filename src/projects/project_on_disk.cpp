@@ -36,14 +36,14 @@ std::string createProjectOnDisk(const std::string& location, const std::string& 
     const std::filesystem::path file = folder / (name + kExtension);
     const std::filesystem::path unfinished = folder / (name + kExtension + ".tmp");
     {
-        std::ofstream stream(unfinished, std::ios::trunc); // text mode: the platform's line ends
+        std::ofstream stream(unfinished, std::ios::trunc); // text mode, to get the platform's line ends
         if (!stream) {
             error = "Could not create the .zantorproj project file.";
             return {};
         }
         stream << "ZantorProject:\n  Name: " << name << "\n  FormatVersion: 1\n";
     }
-    (void)syncFile(pathText(unfinished)); // else the renamed file could be empty after a power failure
+    (void)syncFile(pathText(unfinished)); // without it, the renamed file could be empty after a power failure
     std::filesystem::rename(unfinished, file, status);
     if (status) {
         error = "Could not save the .zantorproj project file.";

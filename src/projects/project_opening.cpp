@@ -14,7 +14,8 @@
 
 namespace {
 
-// For this time after a start the launcher assumes that an editor runs, because it may not be in the process list yet.
+// For this time after it has started an editor, the launcher assumes that the editor runs: the process list may not
+// contain it yet.
 constexpr std::int64_t kLaunchGraceSeconds = 2;
 
 constexpr const char* kEditorAlreadyOpen = "VOLO Editor is already open.";

@@ -33,7 +33,8 @@ struct SortKey {
     bool favorite;
 };
 
-// The rows of this frame as the last frame ordered them, then the new rows. In most frames nothing is left to sort.
+// Returns the rows of this frame: first those that the last frame showed, in its order, then the new ones. In most
+// frames they are then already sorted.
 std::vector<std::int32_t> orderedAsBefore(const std::vector<std::int32_t>& indices,
                                           const std::vector<std::int32_t>& before, std::size_t projectCount) {
     std::vector<bool> pending(projectCount);
@@ -103,7 +104,7 @@ bool ProjectSortOrder::operator()(const ProjectEntry& a, const ProjectEntry& b) 
         const bool before = lessIgnoringCase(textA, textB), after = lessIgnoringCase(textB, textA);
         if (before != after) return app.sortAscending ? before : after;
     }
-    return a.lastOpened > b.lastOpened; // newest first in both directions of the column
+    return a.lastOpened > b.lastOpened; // newest first, even if sortAscending is true
 }
 
 std::vector<std::int32_t> displayedProjects(const LauncherApp& app, const std::string& editorLabel) {
@@ -119,7 +120,7 @@ std::vector<std::int32_t> displayedProjects(const LauncherApp& app, const std::s
         const int order = a.text.compare(b.text);
         if (order != 0) return ascending ? order < 0 : order > 0;
         if (a.lastOpened != b.lastOpened) return a.lastOpened > b.lastOpened;
-        return a.index < b.index; // stable, whatever the order before
+        return a.index < b.index; // equal rows keep the stored order, not that of the last frame
     };
     if (!std::is_sorted(keys.begin(), keys.end(), isBefore)) std::sort(keys.begin(), keys.end(), isBefore);
     std::transform(keys.begin(), keys.end(), indices.begin(), [](const SortKey& key) { return key.index; });

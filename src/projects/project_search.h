@@ -12,7 +12,7 @@
 // Splits a search text at spaces and tabs. Converts A to Z to lower case.
 [[nodiscard]] std::vector<std::string> searchTerms(std::string_view text);
 
-// Returns the indices of the entries that contain each term in their name or path, in list order. Terms must be in
-// lower case.
+// Returns the indices of the entries that match all terms, in list order. An entry matches a term if its name or its
+// path contains the term. Terms must be in lower case.
 [[nodiscard]] std::vector<std::int32_t> filterProjects(const std::vector<ProjectEntry>& projects,
                                                        const std::vector<std::string>& terms);

@@ -1,5 +1,6 @@
-// The keys of the Projects screen: typing starts a search; Enter, Ctrl+C and Delete act on a row. shell/shell_keys.cpp
-// handles the keys that work on all screens, and projects_screen.cpp the keys inside the search field.
+// Handles the keys of the Projects screen: typing starts a search; Enter, Ctrl+C and Delete act on a row.
+// shell/shell_keys.cpp handles the keys that work on all screens, and projects_screen.cpp the keys inside the search
+// field.
 
 #include <algorithm>
 #include <string>
@@ -18,7 +19,7 @@ void LauncherApp::handleRowKeys(const ProjectRows& rows, RowRequest& request) {
     copyOnCtrlC(pathOf(request.focusedIndex));
     if (!ImGui::Shortcut(ImGuiKey_Delete)) return;
     request.removeIndex = request.focusedIndex;
-    // Move the focus to the next row. If the last row was removed, move it to the row above.
+    // Move the focus to the next row. If the removed row is the last one, move the focus to the row above.
     auto row = std::find(rows.indices.begin(), rows.indices.end(), request.focusedIndex);
     if (row + 1 != rows.indices.end()) {
         projectToFocus = pathOf(row[1]);

@@ -1,4 +1,4 @@
-// The Projects screen: its layout, its title line with search box and buttons, and its notice.
+// Draws the Projects screen: computes its layout, and draws its title line with search box and buttons, and its notice.
 // projects_table_screen.cpp draws the table.
 
 #include "projects/projects_screen.h"
@@ -100,7 +100,7 @@ void LauncherApp::drawProjectsScreen() {
 
     ProjectRows rows;
     rows.editorLabel = looks.ask([this] { return defaultEditorLabel(*this); });
-    // Compute the rows after the search box: a search text that was cleared in this frame then hides no rows.
+    // Compute the rows after drawSearchBox, which may change the search text, so that they match the new text.
     rows.indices = displayedProjects(*this, rows.editorLabel);
     displayedBefore = rows.indices;
     rows.openFirst = searchKey == SearchKey::Enter && !searchTerms(searchText).empty();
@@ -138,7 +138,7 @@ LauncherApp::SearchKey LauncherApp::drawSearchBox(const ProjectsLayout& at) {
     drawList->AddRectFilled(min, max, kSearchFill, uiThemePx(palette::kRounding));
 
     const ImGuiID id = ImGui::GetID(kSearchField);
-    // While the field is active, InputText edits a copy of the text and writes it back. So reload that copy.
+    // While the field is active, InputText edits its own copy of the text and writes it back. So clear that copy too.
     const auto clearSearch = [&] {
         searchText[0] = '\0';
         if (ImGuiInputTextState* editing = ImGui::GetInputTextState(id)) editing->ReloadUserBufAndMoveToEnd();
@@ -171,7 +171,7 @@ LauncherApp::SearchKey LauncherApp::drawSearchBox(const ProjectsLayout& at) {
     drawTextField(kSearchField, "Search", searchText, sizeof searchText);
     const bool active = ImGui::IsItemActive();
     if (active && std::exchange(searchStartedByTyping, false)) {
-        ImGui::GetInputTextState(id)->ClearSelection(); // or the next character would replace the first ones
+        ImGui::GetInputTextState(id)->ClearSelection(); // so that the next character does not replace the first ones
     }
     ImGui::PopStyleColor(static_cast<int>(hiddenFrame.size()));
     ImGui::PopStyleVar();

@@ -1,6 +1,6 @@
 #pragma once
 
-// Records and constants that the two sources of the Projects screen share. Main thread only.
+// Declares records and constants that the sources of the Projects screen share. Main thread only.
 
 #include <cstdint>
 #include <string>
@@ -32,17 +32,18 @@ struct LauncherApp::ProjectRows {
     std::int32_t focusIndex = -1;      // the row that gets the keyboard focus in this frame; -1: none
 };
 
-// Requests of the rows in one frame; -1 means none. The list changes only after the last row is drawn, so that the
-// indices stay valid.
+// What the user requested on the rows in this frame, as list indices; -1: none. The list changes only after the last
+// row is drawn, so that the indices stay valid.
 struct LauncherApp::RowRequest {
     std::int32_t openIndex = -1;
     std::int32_t removeIndex = -1;
-    std::int32_t focusedIndex = -1; // the row with the keyboard focus, also when its star or dots have it
+    std::int32_t focusedIndex = -1; // the row with the keyboard focus on itself, its star or its dots
 };
 
 inline constexpr char kNewProjectLabel[] = "+ New project";
 
-// Positions of the columns. Values below 1 are fractions of the table's inner width, the others are unscaled pixels.
+// Positions and sizes in the table. Values below 1 are fractions of the table's inner width, all others are unscaled
+// pixels.
 inline constexpr float kPlatformColumn = 0.58f;
 inline constexpr float kEditorColumn = 0.76f;
 inline constexpr float kStarColumn = 22.0f;

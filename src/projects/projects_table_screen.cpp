@@ -1,4 +1,4 @@
-// The table of the Projects screen: its header, its rows with star and menu, and the text that is shown without rows.
+// Draws the table of the Projects screen: the header, the rows with star and menu, and a text if there are no rows.
 
 #include <algorithm>
 #include <cmath>
@@ -65,15 +65,15 @@ HitArea hitArea(const char* identifier, const ImRect& rectangle) {
     return hitArea(ImGui::GetID(identifier), rectangle.Min, rectangle.Max);
 }
 
-// Handles the mouse on a row outside its star and dots. `takesMouse` is false while the pointer is on one of these, so
-// that a click on the star does not open the project.
+// Handles the mouse on a row outside its star and its dots (the menu button). `takesMouse` is false while the pointer
+// is on the star or the dots, so that a click on them does not open the project.
 HitArea rowArea(ImGuiID id, const ImRect& rectangle, bool takesMouse) {
     HitArea row;
     row.focused = uiThemeFocusShows(id);
     if (takesMouse || row.focused) {
         row.clicked = ImGui::ButtonBehavior(rectangle, id, &row.hovered, &row.held);
     } else if (ImGui::GetActiveID() == id && !ImGui::IsMouseDown(ImGuiMouseButton_Left)) {
-        ImGui::ClearActiveID(); // the button was pressed on the row and released on a control
+        ImGui::ClearActiveID(); // the mouse button was released on the star or the dots
     }
     if (!takesMouse) {
         row.hovered = ImGui::IsWindowHovered(ImGuiHoveredFlags_AllowWhenBlockedByActiveItem) &&
@@ -98,7 +98,7 @@ void drawCentred(ImDrawList* drawList, float fontSize, float centreX, float top,
     uiThemeText(drawList, font, {std::floor(centreX - uiThemeTextSize(font, text).x * 0.5f), top}, colour, text);
 }
 
-// An outlined cube seen from a corner.
+// Draws the outlines of a cube that is seen from a corner.
 void drawCube(ImDrawList* drawList, ImVec2 centre) {
     const float reach = uiThemePx(30.0f);
     constexpr float across = 0.8660254f;

@@ -22,7 +22,7 @@ LauncherApp::LauncherApp()
 // `signIn`, then `settings`, which `signIn` uses.
 LauncherApp::~LauncherApp() {
     if (backgroundTexture == nullptr) return;
-    // Only in tests the context still exists. In the launcher the host has already destroyed it.
+    // The Dear ImGui context still exists only in tests. In the launcher the host has already destroyed it.
     if (ImGui::GetCurrentContext() != nullptr) ImGui::UnregisterUserTexture(backgroundTexture);
     backgroundTexture->DestroyPixels();
     IM_DELETE(backgroundTexture);

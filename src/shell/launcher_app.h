@@ -62,8 +62,8 @@ class LauncherApp {
     bool sortStarredFirst = false;
     ProjectSortColumn sortColumn = ProjectSortColumn::LastOpened;
     bool sortAscending = true;
-    std::vector<std::int32_t> displayedBefore; // the rows of the last frame, which are nearly in order for the next
-    std::string projectToFocus;                // path of the project whose row gets the keyboard focus next; or empty
+    std::vector<std::int32_t> displayedBefore; // list indices of the last frame's rows, in display order
+    std::string projectToFocus;                // path of the project whose row gets the keyboard focus; empty: none
 
     // The popups. Code anywhere in a frame sets a request flag. drawProjectDialogs opens the popup and clears the flag.
     bool createProjectRequested = false;

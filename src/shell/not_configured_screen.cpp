@@ -1,4 +1,5 @@
-// The screen without a usable configuration: one card with a message that explains what is missing. It has no controls.
+// Draws the screen that is shown if there is no usable configuration: one card with a message that explains what is
+// missing. The screen has no controls.
 
 #include <imgui_internal.h>
 

@@ -1,4 +1,5 @@
-// The two modal popups. They are opened and drawn in the root window, so that their identifiers are always the same.
+// Draws the two modal popups. They are opened and drawn in the root window, so that their identifiers are always the
+// same.
 
 #include <string>
 

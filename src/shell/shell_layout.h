@@ -1,6 +1,6 @@
 #pragma once
 
-// Titles and metrics that the screens of the signed-in shell share. Metrics are unscaled pixels.
+// Defines titles and metrics that the screens of the signed-in shell share. Metrics are unscaled pixels.
 
 inline constexpr char kProjectsTitle[] = "Projects"; // shown in the sidebar and on the screen
 inline constexpr char kInstallsTitle[] = "Installs";

@@ -1,4 +1,4 @@
-// The left-hand column of the signed-in shell: navigation at the top, the user's card at the bottom.
+// Draws the left-hand column of the signed-in shell: navigation at the top, the user's card at the bottom.
 
 #include <imgui_internal.h>
 

@@ -15,8 +15,8 @@ struct EditedText {
     std::size_t limit; // in bytes
 };
 
-// Handles the events of a text field. While a text is pasted, the field may grow beyond the limit. Then this function
-// removes the surplus before the caret, which is the end of the pasted text.
+// Handles the events of a text field. A paste may make the text longer than the limit. In that case this function
+// removes the surplus before the caret, which is at the end of the pasted text.
 int onTextEvent(ImGuiInputTextCallbackData* data) {
     EditedText& edited = *static_cast<EditedText*>(data->UserData);
     const std::size_t length = static_cast<std::size_t>(data->BufTextLen);

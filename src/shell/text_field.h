@@ -1,7 +1,7 @@
 #pragma once
 
-// Buffers of fixed size for UTF-8 text, and the text fields that edit them. A text that is too long is cut between two
-// characters.
+// Draws text fields that edit UTF-8 text in buffers of fixed size, and copies text into such buffers. A text that is
+// too long is cut between two characters.
 
 #include <cstddef>
 #include <string_view>
@@ -16,8 +16,8 @@ void copyToBuffer(std::string_view text, char (&buffer)[size]) {
     buffer[text.copy(buffer, wholeCharacters(text, size - 1))] = '\0';
 }
 
-// Draws ImGui::InputTextWithHint for a buffer of `size` bytes. A pasted text is cut to fit; in Dear ImGui 1.92 a paste
-// that does not fit inserts nothing. True in the frame of a change. Main thread only, inside a frame.
+// Draws ImGui::InputTextWithHint for a buffer of `size` bytes. Cuts a pasted text to fit; Dear ImGui 1.92 itself would
+// insert nothing if the whole text does not fit. True in the frame of a change. Main thread only, inside a frame.
 bool drawTextField(const char* label, const char* hint, char* buffer, std::size_t size);
 
 // Makes a text field active in the next frame and selects its text. With `keepCaret` it selects nothing, and the caret

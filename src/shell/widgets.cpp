@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr float kTitleDrop = 2.0f; // below the top of the content
+constexpr float kTitleDrop = 2.0f; // distance of the title below kContentTop
 
 struct ButtonLook {
     ImU32 normal, hovered, held;
@@ -105,8 +105,8 @@ void drawStarIcon(ImDrawList* drawList, ImVec2 centre, float radius, ImU32 colou
     for (int i = 0; i < 10; ++i)
         corners[i] = centre + kStar[i] * radius;
     if (filled) {
-        // Fill without anti-aliasing, or the edges between the triangles become visible. The outline below smooths the
-        // star's edges.
+        // Fill without anti-aliasing, because anti-aliased triangles show the edges between them. The outline below
+        // smooths the star's own edges.
         const ImDrawListFlags smooth =
             std::exchange(drawList->Flags, drawList->Flags & ~ImDrawListFlags_AntiAliasedFill);
         for (int i = 0; i < 10; ++i)

@@ -1,8 +1,8 @@
 #pragma once
 
-// Small widgets that the screens share. They are drawn at absolute screen positions and have no state. They register
-// with Dear ImGui only for hit testing and keyboard navigation. Positions and sizes are scaled pixels; font sizes are
-// not scaled. Main thread only, inside a frame.
+// Draws small widgets that the screens share. They are drawn at absolute screen positions and have no state. They
+// register with Dear ImGui only for hit testing and keyboard navigation. Positions and sizes are scaled pixels; font
+// sizes are not scaled. Main thread only, inside a frame.
 
 #include <string>
 
@@ -15,7 +15,8 @@ inline constexpr char kRetryLabel[] = "Retry";
 [[nodiscard]] bool drawPrimaryButton(const char* label, ImVec2 position, ImVec2 size, float fontSize);
 [[nodiscard]] bool drawSecondaryButton(const char* label, ImVec2 position, ImVec2 size, float fontSize);
 
-// Draws a bar for a fraction from 0 to 1. Up to 0.001 the bar is empty; above 1 it is full. A small fraction is a dot.
+// Draws a bar for a fraction from 0 to 1. Up to 0.001 the bar is empty; above 1 it is full. A small fraction is drawn
+// as a dot.
 void drawProgressBar(ImDrawList* drawList, ImVec2 min, ImVec2 max, float fraction);
 
 void drawStarIcon(ImDrawList* drawList, ImVec2 centre, float radius, ImU32 colour, bool filled);
@@ -34,7 +35,7 @@ struct HitArea {
     bool clicked = false;
     bool hovered = false;
     bool held = false;
-    bool focused = false; // draw the focus ring
+    bool focused = false; // true: draw the focus ring
 };
 
 // Adds a clickable rectangle to the window. Draws nothing.

@@ -20,7 +20,7 @@ namespace {
 
 constexpr int kHookPeriodMs = 30;
 
-// Reads the output of the dialog program until the program closes it. Calls the hook while it waits.
+// Reads the output of the dialog program until the program closes it. Calls the dialog hook during the wait.
 std::string readToEnd(int descriptor, pid_t dialog) {
     std::string text;
     char buffer[4096];
@@ -53,12 +53,12 @@ DialogOutcome runDialog(const std::vector<std::string>& arguments, std::string& 
     }
     if (!WIFEXITED(status) || WEXITSTATUS(status) > 1) return DialogOutcome::Unavailable;
     if (WEXITSTATUS(status) == 1) choice.clear();
-    if (choice.ends_with('\n')) choice.pop_back(); // remove only one: the path itself may end in a line feed
+    if (choice.ends_with('\n')) choice.pop_back(); // remove only one line feed: the path itself may end in one
     return DialogOutcome::Answered;
 }
 
-// Shows the dialog with the desktop portal, else with GNOME's zenity, else with KDE's kdialog. Returns the chosen path,
-// or an empty text.
+// Shows the dialog of the desktop portal, of GNOME's zenity or of KDE's kdialog: the first one that works. Returns the
+// chosen path, or an empty text after a cancel. If none works, sets currentDialogProblem and returns an empty text.
 std::string askUser(bool chooseFolder, const std::string& title, const std::string& start,
                     const std::vector<std::string>& zenity, const std::vector<std::string>& kdialog) {
     std::error_code unknown;

@@ -15,8 +15,8 @@
 
 namespace {
 
-// Calls the hook, which discards the clicks on the launcher's window that arrived while the dialog was open: the
-// dialog's message loop delivers them too.
+// Calls the dialog hook after a dialog has closed. The dialog's message loop delivers clicks on the launcher's window
+// to the launcher. The hook discards these clicks.
 void callHook() {
     if (currentDialogHook) currentDialogHook(0);
 }
@@ -44,7 +44,8 @@ std::string pickProjectFile(const std::string& /*title*/, const std::string& ini
     wchar_t path[4096] = L"";
     std::wcsncpy(path, widenBytes(initialPath).c_str(), std::size(path) - 1);
 
-    // OPENFILENAMEW expects pairs of texts. Each text ends with a zero, and one more zero ends the list.
+    // OPENFILENAMEW expects a list of labels and patterns. A zero ends each text. A second zero ends the list; the
+    // wstring has it after its last character.
     std::wstring filter = widenBytes(kProjectFilterText);
     filter += L'\0' + widenBytes(kProjectFilterPattern) + L'\0';
 

@@ -1,7 +1,7 @@
 #pragma once
 
-// File operations that the standard library does not have: syncs, and detection of files that another program uses.
-// Blocking; any thread. One source per platform.
+// Adds file operations that the standard library does not have: syncs, and detection of files that another program
+// uses. Blocking; any thread. One source per platform.
 
 #include <string>
 #include <system_error>

@@ -29,7 +29,7 @@ bool syncFiles(const std::vector<std::string>& files) {
     return std::all_of(files.begin(), files.end(), syncOne);
 }
 
-// io_error: libstdc++ 12 reports a sharing violation of MoveFileEx as EIO.
+// The check includes io_error, because libstdc++ 12 reports a sharing violation of MoveFileEx as EIO.
 bool isFileInUse(const std::error_code& error) {
     return error == std::errc::permission_denied || error == std::errc::io_error ||
            error == std::errc::directory_not_empty || error == std::errc::device_or_resource_busy;

@@ -1,13 +1,13 @@
 #pragma once
 
-// A lock on a file that excludes other processes. Blocking; any thread. One source per platform.
+// Locks a file against other processes. Accesses the disk; any thread. One source per platform.
 
 #include <cstdint>
 #include <string>
 
-// An exclusive lock on a file. The operating system releases it when the process ends, also after a crash. The lock
-// file is created if it is missing. It is never removed: otherwise two processes could lock two files with the same
-// name.
+// An exclusive lock on a file. The operating system releases the lock when the process ends, even after a crash. The
+// lock file is created if it is missing. It is never removed: after a removal, two processes could lock two different
+// files with the same name.
 class FileLock {
   public:
     FileLock() = default;
@@ -20,7 +20,7 @@ class FileLock {
         Held,       // another process or another FileLock holds it; try again
         Impossible, // the file cannot be created, or its file system has no locks
     };
-    // Does not wait.
+    // Tries once. Does not wait until the lock is free.
     [[nodiscard]] Result tryToTake(const std::string& path);
 
   private:

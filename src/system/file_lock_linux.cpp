@@ -9,7 +9,7 @@
 FileLock::~FileLock() {
     if (file_ < 0) return;
     const int file = static_cast<int>(file_);
-    ::flock(file, LOCK_UN); // close() alone keeps the lock while a child between fork and exec shares it
+    ::flock(file, LOCK_UN); // close() alone keeps the lock if a child between fork and exec has the descriptor
     ::close(file);
 }
 

@@ -5,7 +5,7 @@
 #include <windows.h>
 
 FileLock::~FileLock() {
-    if (file_ != -1) CloseHandle(reinterpret_cast<HANDLE>(file_)); // releases the lock too
+    if (file_ != -1) CloseHandle(reinterpret_cast<HANDLE>(file_)); // this also releases the lock
 }
 
 FileLock::Result FileLock::tryToTake(const std::string& path) {

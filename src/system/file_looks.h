@@ -1,7 +1,7 @@
 #pragma once
 
-// Remembers what a frame has read from the disk. While nothing else happens, asking again costs less than a new frame.
-// Main thread.
+// Remembers what the last frame has read from the disk. While there is no input, the frame loop reads the same again:
+// if nothing has changed, it need not build a new frame, which would cost more. Main thread.
 
 #include <algorithm>
 #include <functional>
@@ -22,7 +22,7 @@ class FileLooks {
         return answer;
     }
 
-    // Asks all questions again, until one has another answer.
+    // Asks the questions again. True at the first answer that differs from the remembered one.
     [[nodiscard]] bool answersChanged() const {
         return std::ranges::any_of(asked_, [](const auto& asked) { return asked.first() != asked.second; });
     }

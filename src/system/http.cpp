@@ -25,8 +25,8 @@ int readTimeoutOf(const HttpsServer& server) {
     return server.readTimeoutSeconds > 0 ? std::min(server.readTimeoutSeconds, longest) : longest;
 }
 
-// Returns OpenSSL's context of a client. cpp-httplib 0.53.1 has tls_context() for it and deprecates ssl_context().
-// Older versions have only ssl_context().
+// Returns the client's OpenSSL context. cpp-httplib 0.53.1 has tls_context() for it and deprecates ssl_context(). Older
+// versions have only ssl_context().
 template<class Client>
 SSL_CTX* tlsContext(const Client& client) {
     if constexpr (requires { client.tls_context(); }) {
@@ -36,8 +36,8 @@ SSL_CTX* tlsContext(const Client& client) {
     }
 }
 
-// Makes OpenSSL check the host against the certificate's alternative names. cpp-httplib 0.18.7 alone also accepts a
-// matching common name when no alternative name matches.
+// Makes OpenSSL compare the host only with the certificate's alternative names. Without this, cpp-httplib 0.18.7
+// accepts a matching common name even if no alternative name matches.
 bool requireHostInCertificate(SSL_CTX* context, const std::string& host) {
     X509_VERIFY_PARAM* rules = SSL_CTX_get0_param(context);
     X509_VERIFY_PARAM_set_hostflags(rules, X509_CHECK_FLAG_NEVER_CHECK_SUBJECT);
@@ -45,7 +45,8 @@ bool requireHostInCertificate(SSL_CTX* context, const std::string& host) {
            X509_VERIFY_PARAM_set1_host(rules, host.data(), host.size()) == 1;
 }
 
-// Encodes the fields as a form, so that all versions of cpp-httplib send the same bytes: 0.53.1 writes a space as "+".
+// Encodes the fields as a form. cpp-httplib's own encoder is not used, because its output depends on the version:
+// 0.53.1 writes a space as "+".
 std::string formBody(HttpFields fields) {
     std::sort(fields.begin(), fields.end());
     std::string body;
@@ -70,7 +71,7 @@ httplib::Request newRequest(const char* method, const std::string& path, const H
     httplib::Request request;
     request.method = method;
     request.path = path;
-    for (const auto& header : headers) // cpp-httplib 0.53.1 inserts no range
+    for (const auto& header : headers) // insert() of cpp-httplib 0.53.1 accepts no range
         request.headers.insert(header);
     // cpp-httplib 0.18.7 sends no User-Agent in requests with a content receiver.
     request.headers.emplace("User-Agent", std::string("cpp-httplib/") + CPPHTTPLIB_VERSION);
@@ -86,8 +87,8 @@ HttpsAnswer send(HttpExchange& exchange, const HttpsServer& server, const httpli
     client.set_socket_options([&exchange](socket_t socket) { exchange.watch(static_cast<std::intptr_t>(socket)); });
     HttpsAnswer answer;
     if (!client.is_valid() || !requireHostInCertificate(tlsContext(client), server.host)) return answer;
-    // cpp-httplib 0.18.7 ends each request with a sleep of 100 ms, in which it waits for the server's close_notify. The
-    // whole answer has been read by then, so OpenSSL closes without that exchange.
+    // cpp-httplib 0.18.7 ends each request with a sleep of 100 ms, in which it waits for the server's close_notify. A
+    // quiet shutdown skips this wait. It loses no data, because the whole answer has been read by then.
     SSL_CTX_set_quiet_shutdown(tlsContext(client), 1);
     const httplib::Result result = client.send(request);
     if (!result) return answer;

@@ -22,9 +22,9 @@ class HttpAbort {
   public:
     HttpAbort();
 
-    // Ends all running and future requests that use this state, without a response. A running request ends within 100
-    // ms, also during a name lookup, a connection attempt or a TLS handshake. An abort is final: use a new object for
-    // new requests.
+    // Ends all running and future requests that use this state, without a response. The call of a running request
+    // returns within 100 ms, even during a name lookup, a connection attempt or a TLS handshake. An abort is final: use
+    // a new object for new requests.
     void abort();
 
     [[nodiscard]] bool isAborted() const;
@@ -37,23 +37,24 @@ class HttpAbort {
 };
 
 // Returns the number of requests whose thread still runs. The thread of an aborted request may still wait for a name
-// server. If the number is not 0, main must exit with std::_Exit, because these threads still use static objects.
+// server. If the number is not 0 at the end of main, main must exit with std::_Exit, because these threads use static
+// objects.
 [[nodiscard]] int unfinishedRequests();
 
-// Sets the longest read time-out of later requests, which is 300 seconds at the start. Test programs set a shorter one,
-// so that they need not wait for servers that stay silent. Any thread.
+// Sets the longest read time-out of later requests. Before the first call it is 300 seconds. Test programs set a
+// shorter one, so that their requests to silent servers end sooner. Any thread.
 void setLongestReadTimeout(int seconds);
 
 struct HttpsServer {
     std::string host;
     int port = 443;
-    int readTimeoutSeconds = 0; // 0: the longest read time-out
+    int readTimeoutSeconds = 0; // setLongestReadTimeout limits it; 0: use that limit
     HttpAbort abort = {};
 };
 
 // The result of a request. `answered` is false if there was no complete response: no connection, TLS or certificate
-// failure, time-out, or truncated body. Otherwise callers must check that `status` is 200 before they use the body.
-// httpsGet and httpsPostForm end after twice the read time-out at the latest. httpsDownload has no such limit.
+// failure, time-out, or truncated body. If it is true, callers must check that `status` is 200 before they use the
+// body. httpsGet and httpsPostForm end after twice the read time-out at the latest. httpsDownload has no such limit.
 struct HttpsAnswer {
     bool answered = false;
     int status = 0;
@@ -62,8 +63,8 @@ struct HttpsAnswer {
 
 using HttpFields = std::vector<std::pair<std::string, std::string>>;
 
-// The maximum size of a body in memory. A longer body ends the request early. Then `answered` is true, `status` is set,
-// and `body` contains more than `bodyLimit` bytes, but not the whole body.
+// The default of `bodyLimit`, the maximum size of a body in memory. A longer body ends the request early. In that case
+// `answered` is true, `status` is set, and `body` contains more than `bodyLimit` bytes, but perhaps not the whole body.
 inline constexpr std::size_t kDefaultBodyLimit = 4u << 20;
 
 [[nodiscard]] HttpsAnswer httpsGet(const HttpsServer& server, const std::string& path, const HttpFields& headers = {},
@@ -75,7 +76,7 @@ inline constexpr std::size_t kDefaultBodyLimit = 4u << 20;
 // Sends a GET request and passes the body to `receive` in pieces. The result's `body` stays empty. `receive` also gets
 // the body of a response whose status is not 200, so check the status afterwards. The callbacks run on another thread
 // while the caller waits. A callback that returns false ends the request; then `answered` is false. `progress` gets the
-// number of bytes so far and the Content-Length. It may never be called for a response without Content-Length.
+// number of bytes so far and the Content-Length. If the response has no Content-Length, there may be no such calls.
 [[nodiscard]] HttpsAnswer httpsDownload(const HttpsServer& server, const std::string& path,
                                         const std::function<bool(const char* data, std::size_t size)>& receive,
                                         const std::function<bool(std::int64_t received, std::int64_t total)>& progress);

@@ -25,7 +25,7 @@ std::atomic<int> unfinished = 0;
 } // namespace
 
 struct HttpAbort::State {
-    std::mutex mutex; // guards `aborted` and the exchanges that use this state
+    std::mutex mutex; // guards `aborted` and fields of the exchanges that use this state
     std::condition_variable changed;
     bool aborted = false;
 };
@@ -71,8 +71,8 @@ HttpsAnswer HttpExchange::run(const HttpAbort& abort, std::chrono::seconds limit
         return {};
     }
     HttpsAnswer answer = exchange->wait(limit);
-    // The request's thread may still run, because it waits for a peer or a name server. Then a second thread shuts its
-    // connection down until it ends.
+    // The request's thread may still wait for a peer or a name server. In that case a second thread shuts the
+    // connection down, again and again, until the request has finished.
     if (!exchange->endWithin(milliseconds(0))) {
         (void)startThread(kSmallStackBytes, [exchange] {
             while (!exchange->endWithin(kShutDownPeriod)) {
@@ -122,7 +122,7 @@ HttpsAnswer HttpExchange::wait(std::chrono::seconds limit) {
 }
 
 // Shuts the connection down and waits until the request has finished. False if it has not finished within `limit`.
-// Callers repeat it, because on Windows a call before the connection is established has no effect.
+// Callers repeat the call, because on Windows a shutdown before the connection is established has no effect.
 bool HttpExchange::endWithin(milliseconds limit) {
     std::unique_lock<std::mutex> lock(state_->mutex);
     if (!finished_) shutDownSocket(socket_);

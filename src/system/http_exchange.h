@@ -30,8 +30,8 @@ class HttpExchange {
     // Sets the socket that an abort shuts down. Call it before each attempt to connect.
     void watch(std::intptr_t socket);
 
-    // Runs a callback of the caller and returns its result. If the caller has already returned, returns false without
-    // running it.
+    // Runs a callback of run's caller and returns its result. If run has already returned, does not run the callback
+    // and returns false.
     [[nodiscard]] bool deliver(const std::function<bool()>& callback);
 
   private:
@@ -40,11 +40,11 @@ class HttpExchange {
     [[nodiscard]] bool endWithin(std::chrono::milliseconds limit);
 
     const std::shared_ptr<HttpAbort::State> state_; // its mutex guards the four fields below
-    std::intptr_t socket_;                          // a duplicate, because the library may close its own at any time
+    std::intptr_t socket_;                          // a duplicate, because cpp-httplib may close its socket at any time
     bool ending_ = false;
     bool finished_ = false;
     HttpsAnswer answer_;
 
-    std::mutex deliveryMutex_; // held while a callback of the caller runs
+    std::mutex deliveryMutex_; // held while a callback of run's caller runs
     bool callerLeft_ = false;
 };

@@ -8,10 +8,12 @@
 
 namespace {
 
-// A value takes up to 45 bytes of memory, so 4 MiB of "[" or "0," would take more than 80 MB (measured).
+// Limits the memory of a parsed text: a value takes up to 45 bytes, so without a limit 4 MiB of "[" or "0," would take
+// more than 80 MB (measured).
 constexpr std::ptrdiff_t kMaxValues = 500000;
 
-// True if the text may contain more values than this. Counts the bytes that begin a value; those in texts count too.
+// True if the text may contain more than kMaxValues values. Counts commas and opening brackets, including those inside
+// strings.
 bool hasTooManyValues(std::string_view text) {
     return std::ranges::count_if(text, [](char byte) { return byte == ',' || byte == '[' || byte == '{'; }) >
            kMaxValues;
@@ -21,7 +23,8 @@ bool hasTooManyValues(std::string_view text) {
 
 bool parseJsonObject(std::string_view text, rapidjson::Document& document) {
     if (hasTooManyValues(text)) return false;
-    // EncodedInputStream skips a byte order mark. The parser stops at a zero byte, so check also that it has read all.
+    // EncodedInputStream skips a byte order mark. The parser stops at a zero byte without an error, so Tell() must show
+    // that it has read the whole text.
     rapidjson::MemoryStream bytes(text.data(), text.size());
     rapidjson::EncodedInputStream<rapidjson::UTF8<>, rapidjson::MemoryStream> stream(bytes);
     document.ParseStream<rapidjson::kParseIterativeFlag, rapidjson::UTF8<>>(stream);

@@ -1,7 +1,7 @@
 #pragma once
 
-// Operating-system services that the standard library does not have. Each platform has its own sources, and each
-// program links one set. The tests of the screens link a replacement that records the calls.
+// Declares operating-system services that the standard library does not have. Each platform has its own sources, and a
+// program links those of its platform. The tests of the screens link a replacement that records the calls.
 //
 // Any thread, except the two dialogs: call them on the frame thread only, which they block until the user has chosen.
 // No function keeps state or throws. Texts are UTF-8. An empty text means "none".
@@ -43,15 +43,15 @@
 // be listed.
 [[nodiscard]] bool isEditorRunning();
 
-// Starts the editor as a process that outlives the launcher. `argument` is its one argument; empty: no argument. If
-// `workingDirectory` is empty, the editor gets the launcher's. On failure returns false and sets `errorText` to a
-// message for the user.
+// Starts the editor as a process that can outlive the launcher. `argument` is its only argument; empty: no argument. If
+// `workingDirectory` is empty, the editor gets the launcher's working directory. On failure returns false and sets
+// `errorText` to a message for the user.
 [[nodiscard]] bool launchEditorProcess(const std::string& executable, const std::string& argument,
                                        const std::string& workingDirectory, std::string& errorText);
 
 // --- the desktop ---------------------------------------------------------------------------------------------------
 
-// Opens a target with the program that the desktop associates with it. Failures are not reported.
+// Opens a file, a folder or a URL with the program that the desktop associates with it. Failures are not reported.
 void shellOpen(const std::string& target, const std::string& parameters);
 
 // Does nothing if `url` is empty.

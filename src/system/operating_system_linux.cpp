@@ -14,7 +14,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Returns the user's configuration directory. The XDG base directory rules say that a relative path is ignored.
+// Returns the user's configuration directory. Ignores a relative XDG_CONFIG_HOME, as the XDG base directory rules
+// require.
 fs::path configHome() {
     fs::path configured = getEnvironmentString("XDG_CONFIG_HOME");
     if (configured.is_absolute()) return configured;

@@ -1,6 +1,6 @@
 #pragma once
 
-// Percent-encoding of RFC 3986. Any thread.
+// Implements the percent-encoding of RFC 3986. Any thread.
 
 #include <string>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// Small functions that differ between the platforms. Any thread.
+// Declares small functions that each platform implements in its own way. Any thread.
 
 #include <cstddef>
 #include <ctime>

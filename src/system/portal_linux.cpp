@@ -18,7 +18,7 @@ constexpr char kObject[] = "/org/freedesktop/portal/desktop";
 constexpr char kInterface[] = "org.freedesktop.portal.FileChooser";
 constexpr char kServiceLeft[] = "type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',"
                                 "arg0='org.freedesktop.portal.Desktop'";
-constexpr char kToken[] = "volo"; // identifies the request; constant, because each connection makes only one
+constexpr char kToken[] = "volo"; // identifies the request; constant, because each connection makes one request
 constexpr std::uint32_t kFirstVersionWithFolders = 3;
 constexpr std::uint64_t kCallTimeoutUs = 10'000'000; // long, because the bus may have to start the portal
 constexpr std::uint64_t kHookPeriodUs = 30'000;
@@ -34,7 +34,8 @@ struct PortalAnswer {
     std::string uri;
 };
 
-// Reads the response signal: a number and a dictionary. The dictionary's member "uris" is a list with the chosen file.
+// Reads the response signal, which contains a response code and a dictionary. The dictionary's entry "uris" is a list
+// whose first element is the chosen file.
 int readResponse(sd_bus_message* message, void* data, sd_bus_error* /*error*/) {
     auto& answer = *static_cast<PortalAnswer*>(data);
     answer.hasArrived = true;
@@ -87,7 +88,8 @@ bool openDialog(sd_bus* bus, const std::string& title, const std::string& folder
     return complete && sd_bus_call(bus, created, 0, nullptr, nullptr) >= 0;
 }
 
-// Subscribes to the signal with the response. The path of the signal's object contains our bus name and the token.
+// Subscribes to two signals: the response, and the one that arrives when the portal leaves the bus. The object path of
+// the response contains the launcher's bus name and the token.
 bool subscribe(sd_bus* bus, PortalAnswer& answer) {
     const char* uniqueName = nullptr;
     if (sd_bus_get_unique_name(bus, &uniqueName) < 0) return false;
@@ -124,7 +126,7 @@ std::string pathOf(const std::string& uri) {
 DialogOutcome askPortal(const std::string& title, const std::string& folder, bool chooseFolder, std::string& choice) {
     sd_bus* opened = nullptr;
     if (sd_bus_open_user(&opened) < 0) return DialogOutcome::Unavailable;
-    PortalAnswer answer; // declared before the bus, whose callbacks write it
+    PortalAnswer answer; // declared before `bus`, so that it outlives the callbacks, which write to it
     const Bus bus(opened, &sd_bus_flush_close_unref);
     sd_bus_set_method_call_timeout(opened, kCallTimeoutUs);
     std::uint32_t version = 0;

@@ -1,6 +1,6 @@
 #pragma once
 
-// Files that only their owner may read, for data such as tokens. Any thread.
+// Writes files that only their owner may read, for data such as tokens. Any thread.
 
 #include <string>
 

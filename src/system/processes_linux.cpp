@@ -27,9 +27,9 @@ std::string firstText(const fs::path& processFile) {
     return text;
 }
 
-// True if a process is an editor and not a zombie. Its `stat` file is "4711 (name) S ..."; the name may contain
-// parentheses. A process can change this name, so the name in its command line counts too. Under Wine the command line
-// starts with a Windows path.
+// True if a process is an editor and not a zombie. Its `stat` file starts with its identifier, name and state, for
+// example "4711 (name) S". The name may contain parentheses. A process can change this name, so the program name in its
+// command line is also compared. Under Wine the command line starts with a Windows path.
 bool isLivingEditor(const fs::path& process) {
     const std::string stat = firstText(process / "stat");
     const std::size_t open = stat.find('(');

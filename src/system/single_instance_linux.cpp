@@ -13,7 +13,7 @@
 
 namespace {
 
-// Opens the lock file in a directory that all sessions of the user share, because they also share the settings.
+// Opens the lock file in a directory that all sessions of the user share, because the sessions share the settings.
 int openLockFile() {
     for (const std::string& folder : {getEnvironmentString("XDG_RUNTIME_DIR"), userDataDirectory()}) {
         if (folder.empty()) continue;
@@ -26,12 +26,12 @@ int openLockFile() {
 
 } // namespace
 
-// The lock file is never removed. Otherwise two instances could lock two files with the same name.
+// The lock file is never removed: after a removal, two instances could lock two different files with the same name.
 struct SingleInstanceGuard::Lock {
     explicit Lock(int descriptor)
         : file(descriptor) {}
     ~Lock() {
-        ::flock(file, LOCK_UN); // close() alone keeps the lock while a child between fork and exec shares it
+        ::flock(file, LOCK_UN); // close() alone keeps the lock if a child between fork and exec has the descriptor
         ::close(file);
     }
     Lock(const Lock&) = delete;

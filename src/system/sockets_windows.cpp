@@ -5,7 +5,8 @@
 
 #include <winsock2.h>
 
-// Without this option another socket with SO_REUSEADDR could bind the port and receive its connections.
+// Sets SO_EXCLUSIVEADDRUSE. Without it, another socket with SO_REUSEADDR could bind the port and receive its
+// connections.
 void keepPortExclusive(std::intptr_t socket) {
     const BOOL yes = TRUE;
     ::setsockopt(static_cast<SOCKET>(socket), SOL_SOCKET, SO_EXCLUSIVEADDRUSE, reinterpret_cast<const char*>(&yes),
@@ -19,8 +20,8 @@ std::intptr_t duplicateSocket(std::intptr_t socket) {
                                                    WSA_FLAG_OVERLAPPED | WSA_FLAG_NO_HANDLE_INHERIT));
 }
 
-// Also calls CancelIoEx: after shutdown() alone, a thread stays in WSAPoll() or recv() until the peer sends data or
-// closes the connection (seen in Wine 8).
+// Calls CancelIoEx in addition to shutdown(). With shutdown() alone, a thread stays in WSAPoll() or recv() until the
+// peer sends data or closes the connection (seen in Wine 8).
 void shutDownSocket(std::intptr_t socket) {
     ::shutdown(static_cast<SOCKET>(socket), SD_BOTH);
     ::CancelIoEx(reinterpret_cast<HANDLE>(socket), nullptr);
@@ -43,7 +44,8 @@ std::ptrdiff_t receiveWithin(std::intptr_t socket, char* bytes, std::size_t size
     return isReady(socket, POLLRDNORM, limit) ? ::recv(static_cast<SOCKET>(socket), bytes, intSize(size), 0) : -1;
 }
 
-// A full send buffer does not block for long, because cpp-httplib sets a time-out for send() on each accepted socket.
+// send() blocks if the send buffer becomes full, but not for long: cpp-httplib sets a time-out for send() on each
+// accepted socket.
 std::ptrdiff_t sendWithin(std::intptr_t socket, const char* bytes, std::size_t size, std::chrono::milliseconds limit) {
     return isReady(socket, POLLWRNORM, limit) ? ::send(static_cast<SOCKET>(socket), bytes, intSize(size), 0) : -1;
 }

@@ -17,8 +17,8 @@ struct SpawnResult {
 // for the process.
 [[nodiscard]] SpawnResult spawnProgram(const std::vector<std::string>& arguments, int outputDescriptor);
 
-// Starts a program in a new session, with /dev/null as input and output. It may outlive the launcher; if it ends first,
-// a thread reaps it. If `workingDirectory` is empty, it gets the launcher's. `executable` is the file to start; empty
-// means `arguments[0]`. Returns 0 or an errno.
+// Starts a program in a new session, with /dev/null as input and output. The program may outlive the launcher. If it
+// ends before the launcher, a thread reaps it. If `workingDirectory` is empty, the program gets the launcher's working
+// directory. `executable` is the file to start; empty: `arguments[0]`. Returns 0 or an errno.
 [[nodiscard]] int spawnDetached(const std::vector<std::string>& arguments, const std::string& workingDirectory,
                                 const std::string& executable = {});

@@ -1,6 +1,6 @@
 #pragma once
 
-// Texts for the user that are the same on every platform.
+// Contains texts for the user that are the same on every platform.
 
 #include <string>
 

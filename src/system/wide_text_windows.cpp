@@ -23,7 +23,8 @@ std::string narrowUnits(const wchar_t* units) {
     return text;
 }
 
-// Doubles only the backslashes before a quotation mark, including those before the closing one.
+// Doubles the backslashes directly before a quotation mark, including the closing quotation mark. Copies all other
+// backslashes unchanged.
 std::wstring quoteCommandLineArgument(const std::string& text) {
     std::wstring quoted = L"\"";
     std::size_t backslashes = 0;

@@ -1,7 +1,7 @@
 #pragma once
 
-// Converts text for the wide-character functions of Windows. It is simple on purpose and preserves only ASCII: a path
-// with other characters does not find its file. Any thread.
+// Converts text for the wide-character functions of Windows. The conversion is simple on purpose and preserves only
+// ASCII: a file whose path has other characters is not found. Any thread.
 
 #include <string>
 

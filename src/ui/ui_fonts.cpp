@@ -19,7 +19,7 @@ constexpr std::size_t kMaxFontFileBytes = 64u << 20;
 constexpr std::size_t kMaxSystemFonts = 16;
 
 // The size of Roboto's em square divided by its line height. System fonts are scaled by their em square, so that their
-// characters are as high as Roboto's even if the font has another line height.
+// characters are as high as Roboto's even if their line heights differ.
 constexpr float kEmShare = 2048.0f / 2400.0f;
 
 struct SizedFont {
@@ -45,8 +45,8 @@ Fonts fonts;
 
 // --- glyphs on whole pixels ------------------------------------------------------------------------------------------
 
-// Loads a glyph and moves its baseline to a whole pixel of the size in which it is drawn. Dear ImGui 1.92 puts it on a
-// whole pixel of the size for which it is baked. If the two sizes differ, the text would be blurred.
+// Loads a glyph and moves its baseline to a whole pixel of the size in which the glyph is drawn. Dear ImGui 1.92 itself
+// moves the baseline to a whole pixel of the baked size, so the text is blurred if the two sizes differ.
 bool loadAlignedGlyph(ImFontAtlas* atlas, ImFontConfig* config, ImFontBaked* baked, void* data, ImWchar character,
                       ImFontGlyph* glyph, float* advance) {
     const float drawn = baked->RasterizerDensity / ImGui::GetIO().DisplayFramebufferScale.y; // drawn size / baked size
@@ -69,8 +69,8 @@ const ImFontLoader* alignedLoader() {
 // --- characters that the font file lacks -----------------------------------------------------------------------------
 
 // Prepares a system font so that it is scaled by its em square. Dear ImGui 1.92's stb loader scales a merged font by
-// its size divided by the reference font's size. If both sizes are negative, it scales the em square, otherwise the
-// line height.
+// its size divided by the reference font's size. Both sizes are negative here, because the loader then scales the em
+// square. If they are positive, it scales the line height.
 bool initializeFace(FallbackFace& face) {
     ImFontConfig reference;
     reference.SizePixels = -1.0f;
@@ -161,8 +161,8 @@ ImFont* addFont(float pixels) {
         config.FontDataSize = fonts.fileBytes;
         config.FontLoader = alignedLoader();
         font = fonts.atlas->AddFont(&config);
-        // Set the owner after AddFont, which copies the data if the atlas does not own it. The first font owns the
-        // file; the others use the same data.
+        // Set the flag after AddFont, which copies the data if the flag is false. The atlas frees the file with the
+        // first font; the other fonts use the same data.
         font->Sources[0]->FontDataOwnedByAtlas = fonts.sized.empty();
     } else {
         config.PixelSnapH = true;

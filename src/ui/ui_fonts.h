@@ -13,7 +13,7 @@
 // Reads the font file. `path` is UTF-8. If it is empty or the file is unusable, Dear ImGui's built-in font is used.
 void fontsInitialize(const std::string& path, float scale);
 void fontsShutdown();                            // does not destroy the fonts: the context's atlas owns them
-void fontsSetScale(float scale);                 // resizes all fonts that fontAt has returned, at once
+void fontsSetScale(float scale);                 // at once resizes all fonts that fontAt has returned
 [[nodiscard]] ImFont* fontAt(float nominalSize); // the font's LegacySize is nominalSize × scale
 
 // True if the file is TrueType or OpenType and contains all tables that the rasteriser reads, none of them truncated.

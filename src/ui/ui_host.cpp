@@ -23,7 +23,7 @@ namespace {
 constexpr const char* kPlacementFile = "Launcher.window";
 constexpr double kFootLineSeconds = 8.0;
 
-std::atomic<bool> woken = false; // since the last wait
+std::atomic<bool> woken = false; // true if wake was called since the last wait
 
 } // namespace
 
@@ -81,7 +81,7 @@ bool UiHost::beginFrame() {
     }
     ImGui::GetIO().DeltaTime = pacer.frameStarted(glfwGetTime());
     uiThemeNewFrame();
-    // Dear ImGui spreads queued input over several frames. These frames must not come at the idle pace.
+    // Dear ImGui spreads queued input over several frames. These frames must follow without an idle wait.
     if (window.context->InputEventsQueue.Size > 0) pacer.noteEvent();
     deltaSeconds = ImGui::GetIO().DeltaTime;
     return true;

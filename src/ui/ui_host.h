@@ -1,13 +1,13 @@
 #pragma once
 
-// The window: GLFW, OpenGL 3 and Dear ImGui in one object. Main thread only, except wake.
+// Runs the window: GLFW, OpenGL 3 and Dear ImGui in one object. Main thread only, except wake.
 //
 // The host decides when frames are built and presented. While something moves or input arrives, it builds frames at the
-// display's rate. When a new frame equals the one on the screen and nothing is pending, beginFrame waits for events and
-// presentFrame presents nothing. Worker threads end the wait with wake. The wait ends after one second. Then beginFrame
-// calls isAtRest, which the application sets. If it returns true, beginFrame waits again. Otherwise a frame begins, so
-// that changes on disk become visible. A frame after a wait without events does not query the window system. For an
-// iconified window, frames are not presented.
+// display's rate. presentFrame presents nothing if the frame equals the one on the screen. After several equal frames
+// without input, beginFrame waits for events, for one second at most. Worker threads end the wait with wake. After a
+// wait without events, beginFrame calls isAtRest, which the application sets. If it returns true, beginFrame waits
+// again. Otherwise a frame begins, so that changes on disk become visible. A frame after a wait without events does not
+// query the window system. For an iconified window, frames are not presented.
 
 #include <cstdint>
 #include <functional>
@@ -30,7 +30,7 @@ struct UiHostDesc {
 class UiHost {
   public:
     UiHost();  // makes no call to the window system
-    ~UiHost(); // also works without shutdown
+    ~UiHost(); // closes the window if shutdown has not been called
     UiHost(const UiHost&) = delete;
     UiHost& operator=(const UiHost&) = delete;
 
@@ -38,7 +38,7 @@ class UiHost {
     [[nodiscard]] bool initialize(const UiHostDesc& desc, std::string& errorText);
 
     [[nodiscard]] bool beginFrame();                           // false: end the loop
-    [[nodiscard]] float dpiScale() const;                      // screen coordinates per unit, with the user's zoom
+    [[nodiscard]] float dpiScale() const;                      // screen coordinates per unscaled pixel, with the zoom
     [[nodiscard]] bool presentFrame(const float* clearColour); // red, green, blue, alpha; false: end the loop
     void shutdown();                                           // saves the window's placement
 
@@ -59,7 +59,8 @@ class UiHost {
     // Shows a line of text at the bottom of the window for 8 s. Does nothing if `text` is empty.
     void say(const std::string& text);
 
-    // Called after a wait without events. True: beginFrame waits again instead of starting a frame. Optional.
+    // beginFrame calls it after a wait without events. If it returns true, beginFrame waits again instead of starting a
+    // frame. Optional.
     std::function<bool()> isAtRest;
 
     // The folder of the file with the window's saved placement, in UTF-8. Set it before initialize. If it is empty, the

@@ -17,6 +17,6 @@ struct SystemFont {
     int faceIndex = 0; // index of the face in a font collection
 };
 
-// Returns the outline font that has the character and matches best. Null if the system has none. The first call may
-// take tens of milliseconds.
+// Returns an outline font that has the character: if there are several, the one most similar to the launcher's font.
+// Null if there is none. The first call may take tens of milliseconds.
 [[nodiscard]] std::unique_ptr<SystemFont> findSystemFont(std::uint32_t character);

@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr int kCandidates = 12; // try only the most similar fonts: a desktop has hundreds
+constexpr int kCandidates = 12; // try only the most similar fonts: a desktop has hundreds of fonts
 
 struct MappedFont : SystemFont {
     ~MappedFont() override { ::munmap(const_cast<unsigned char*>(file.data()), file.size()); }
@@ -74,8 +74,8 @@ std::unique_ptr<SystemFont> findSystemFont(std::uint32_t character) {
             continue;
         ++tried;
         FcPatternGetInteger(fonts->fonts[i], FC_INDEX, 0, &faceIndex);
-        // Remove the upper half of the index: it selects an instance of a variable font, but stb_truetype can only draw
-        // the default instance.
+        // Clear the upper 16 bits of the index: they select an instance of a variable font, but stb_truetype can only
+        // draw the default instance.
         if (auto font = mapFont(reinterpret_cast<const char*>(path), faceIndex & 0xFFFF)) return font;
     }
     return nullptr;

@@ -23,7 +23,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Windows' own fallback fonts, the most similar first. They are searched before the other installed fonts.
+// Windows' own fallback fonts, those most similar to Roboto first. They are searched before all other installed fonts.
 constexpr std::array kPreferred = {L"segoeui.ttf",  L"arial.ttf",    L"msyh.ttc",    L"YuGothM.ttc", L"meiryo.ttc",
                                    L"malgun.ttf",   L"msjh.ttc",     L"Nirmala.ttc", L"Nirmala.ttf", L"LeelawUI.ttf",
                                    L"seguisym.ttf", L"seguihis.ttf", L"ebrima.ttf",  L"gadugi.ttf",  L"mmrtext.ttf"};

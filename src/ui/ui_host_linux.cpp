@@ -19,8 +19,8 @@
 
 #include "ui/ui_host_platform.h"
 
-// glfw3native.h also declares these functions. Here they are weak, because a GLFW that is built only for Wayland does
-// not have them.
+// Declares two functions of glfw3native.h as weak symbols, because a GLFW that is built only for Wayland does not have
+// them.
 extern "C" __attribute__((weak)) Display* glfwGetX11Display();
 extern "C" __attribute__((weak)) Window glfwGetX11Window(GLFWwindow* window);
 
@@ -131,10 +131,10 @@ int fastContextApi() {
 
 void darkenTitleBar(GLFWwindow* /*window*/) {} // window managers of X11 and Wayland choose the colours
 
-// Emits the D-Bus signal of the Unity launcher, which the docks of several desktops support. Does not wait for a reply.
-// Does nothing without a session bus.
+// Emits the D-Bus signal Update of com.canonical.Unity.LauncherEntry, which the docks of several desktops support. Does
+// not wait for a reply. Does nothing without a session bus.
 void showTaskbarProgress(GLFWwindow* /*window*/, int percent) {
-    static sd_bus* bus = nullptr; // never closed, because docks then remove the progress
+    static sd_bus* bus = nullptr; // never closed, because docks remove the progress of a closed connection
     static bool tried = false;
     if (!std::exchange(tried, true) && sd_bus_open_user(&bus) < 0) bus = nullptr;
     if (bus == nullptr) return;

@@ -1,4 +1,4 @@
-// The window's size, scale, zoom and position.
+// Computes, applies and saves the window's size, scale, zoom and position.
 
 #include <algorithm>
 #include <cmath>
@@ -21,8 +21,8 @@ float UiHost::Window::contentScale() const {
     float monitor = 1.0f;
     float ignored = 1.0f;
     glfwGetWindowContentScale(handle, &monitor, &ignored);
-    // On Wayland and macOS, the window's size in screen coordinates is already divided by the monitor's scale. Divide
-    // the scale by the same factor there, which is the framebuffer's width divided by the window's.
+    // On Wayland and macOS, the window's size in screen coordinates is already divided by the monitor's scale. So
+    // divide the scale by the same factor: the framebuffer's width divided by the window's. On other systems it is 1.
     int width = 0;
     int framebufferWidth = 0;
     int unused = 0;

@@ -1,6 +1,6 @@
 #pragma once
 
-// Functions of the host that differ between window systems. Main thread only.
+// Declares the functions of the host that differ between window systems. Main thread only.
 
 #include <cstdint>
 
@@ -10,8 +10,8 @@ struct GLFWwindow;
 // built for one of them only.
 void chooseWindowSystem();
 
-// Returns the context API of GLFW that opens a window fastest: EGL on Linux, where Mesa's GLX takes 70 ms more, the
-// native one on Windows. It may be missing: then use GLFW_NATIVE_CONTEXT_API.
+// Returns the context API of GLFW that opens a window fastest. On Linux this is EGL, because Mesa's GLX takes 70 ms
+// more. On Windows it is the native API. If no window can be created with it, use GLFW_NATIVE_CONTEXT_API.
 [[nodiscard]] int fastContextApi();
 
 // Makes the title bar dark. Call it before the window becomes visible. Does nothing on X11 and Wayland, where the

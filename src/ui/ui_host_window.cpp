@@ -133,11 +133,11 @@ bool UiHost::Window::createContext(std::string& errorText) {
     io.IniFilename = nullptr;
     io.LogFilename = nullptr;
     io.ConfigFlags |= ImGuiConfigFlags_NavEnableKeyboard;
-    io.ConfigDebugHighlightIdConflicts = false; // some buttons have the same label and therefore identifier
+    io.ConfigDebugHighlightIdConflicts = false; // some buttons have equal labels and therefore equal identifiers
     io.ConfigErrorRecoveryEnableTooltip = false;
     context->ConfigNavWindowingKeyNext = context->ConfigNavWindowingKeyPrev = ImGuiKey_None; // there is only one window
 
-    watchEvents(); // before the backend, which then calls these callbacks too
+    watchEvents(); // call it before the backend: the backend's callbacks then call ours
     platformReady = ImGui_ImplGlfw_InitForOpenGL(handle, true);
     rendererReady = platformReady && ImGui_ImplOpenGL3_Init(shaderVersion);
     if (!rendererReady) errorText = "could not start the graphics device: OpenGL 3 is missing";
@@ -158,7 +158,7 @@ UiHost::Window::~Window() {
 
 // --- painting --------------------------------------------------------------------------------------------------------
 
-// Makes the window visible and clears it. Otherwise it would show old graphics memory until the first frame is ready.
+// Makes the window visible and clears it. Without the clear it would show old graphics memory until the first frame.
 void UiHost::Window::show() {
     float background[4];
     uiThemeBackgroundFloat(background);
@@ -184,7 +184,8 @@ bool UiHost::Window::isUntouched() const {
            ImGui::GetTime() >= footLineUntil;
 }
 
-// Repaints the last image after damage. If the window was resized, the image keeps its size in the top left corner.
+// Repaints the last image after damage. If the window was resized, the image keeps its old size and is in the top left
+// corner.
 void UiHost::Window::repaintDamage() {
     if (!pacer.takeDamage()) return;
     int width = 0;
@@ -197,7 +198,7 @@ void UiHost::Window::repaintDamage() {
 void LastImage::keep(const ImDrawData& shown, std::span<const float, 4> clearColour) {
     forget();
     frame = shown;
-    frame.Textures = nullptr; // the renderer has already taken them
+    frame.Textures = nullptr; // the renderer has already processed them
     for (ImDrawList*& list : frame.CmdLists)
         list = list->CloneOutput();
     std::ranges::copy(clearColour, clear.begin());
@@ -220,7 +221,7 @@ void UiHost::Window::noteEvent(GLFWwindow* source) {
 }
 
 // Passes the pointer's position to Dear ImGui with each click. The GLFW backend of Dear ImGui 1.92 clears the position
-// when the window loses the focus and sets it only when the pointer moves. A click before that would hit nothing.
+// when the window loses the focus and sets it only when the pointer moves. A click without a move would hit nothing.
 void UiHost::Window::notePointer(GLFWwindow* source) {
     double x = 0.0;
     double y = 0.0;

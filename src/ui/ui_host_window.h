@@ -1,6 +1,6 @@
 #pragma once
 
-// The private part of UiHost: the GLFW window, the Dear ImGui context and its backends, and the window's saved
+// Declares the private part of UiHost: the GLFW window, the Dear ImGui context and its backends, and the window's saved
 // placement. Main thread only. Only the sources of UiHost include this header.
 
 #include <array>
@@ -54,13 +54,13 @@ struct UiHost::Window {
 
     ~Window();
     [[nodiscard]] bool open(std::string& errorText);
-    [[nodiscard]] bool isUntouched() const; // true if neither an event nor a timer of ours changes the next frame
+    [[nodiscard]] bool isUntouched() const; // true if neither an event nor a timer changes the next frame
     void repaintDamage();
     void draw(ImDrawData& frame, std::span<const float, 4> clear) const;
     void followScale();
     void rememberPlacement();
-    void rememberSettledPlacement(); // saves a change after half a second without further changes
-    void zoomBy(int steps);          // 0: set to 100%
+    void rememberSettledPlacement(); // saves a change half a second after the last change
+    void zoomBy(int steps);          // 0 steps: sets the zoom to 100%
     static void notePointer(GLFWwindow* source);
 
   private:

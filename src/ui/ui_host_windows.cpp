@@ -17,8 +17,8 @@ int fastContextApi() {
 void darkenTitleBar(GLFWwindow* window) {
     const HWND handle = glfwGetWin32Window(window);
     const BOOL dark = TRUE;
-    // DWMWA_USE_IMMERSIVE_DARK_MODE, which older headers do not define. Windows 10 before version 2004 uses the
-    // value 19.
+    // The value of DWMWA_USE_IMMERSIVE_DARK_MODE, which older headers do not define. In Windows 10 before version 2004
+    // the value is 19.
     constexpr DWORD kUseDarkMode = 20;
     if (FAILED(DwmSetWindowAttribute(handle, kUseDarkMode, &dark, sizeof dark)))
         DwmSetWindowAttribute(handle, kUseDarkMode - 1, &dark, sizeof dark);

@@ -1,6 +1,6 @@
 #pragma once
 
-// The window's icon in the sizes that desktops use. The build generates the source file from assets/icon.svg.
+// Provides the window's icon in the sizes that desktops use. The build generates the source file from assets/icon.svg.
 
 #include <vector>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// Data that the host passes to the theme layer and to tests.
+// Contains the data that the host passes to the theme layer and to tests.
 
 #include <cstdint>
 #include <string>

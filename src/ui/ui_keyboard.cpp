@@ -63,7 +63,7 @@ bool uiThemeFocusRingOfItem() {
     return true;
 }
 
-// Sets the flag before BeginChild, which combines it with the flags in its argument.
+// Sets the flag for the next BeginChild, which combines it with the flags in its argument.
 void uiThemeJoinNavigation() {
     ImGuiNextWindowData& next = ImGui::GetCurrentContext()->NextWindowData;
     next.HasFlags |= ImGuiNextWindowDataFlags_HasChildFlags;

@@ -1,13 +1,13 @@
 #pragma once
 
-// Additions to Dear ImGui's keyboard handling. None of them changes what the mouse does. Main thread only; inside a
-// frame, except uiThemeNewFrame.
+// Extends Dear ImGui's keyboard handling. Does not change what the mouse does. Main thread only; inside a frame, except
+// uiThemeNewFrame.
 
 #include <imgui.h>
 
-// Call instead of ImGui::NewFrame. Dear ImGui 1.92 puts the release of a modifier into the frame in which another key
-// is pressed. A shortcut that a remote desktop or a dictation program presses and releases at once would lose its
-// modifier. This function keeps such a release for the next frame.
+// Call it instead of ImGui::NewFrame. A remote desktop or a dictation program may press and release a shortcut at once.
+// Dear ImGui 1.92 then processes the release of the modifier in the same frame as the press of the other key, so the
+// shortcut has no modifier. This function keeps the release for the next frame.
 void uiThemeNewFrame();
 
 // True if the item has the keyboard focus and the user navigates by keyboard.
@@ -17,7 +17,8 @@ void uiThemeNewFrame();
 // ring inside the rectangle, for items that fill a clipped region.
 void uiThemeFocusRing(ImDrawList* drawList, ImVec2 min, ImVec2 max, float radius, float distance = 2.0f);
 
-// Draws the ring around the last item if the item has the focus. True if it was drawn. For Dear ImGui's own widgets.
+// Draws the focus ring around the last item if uiThemeFocusShows is true for it. Returns true if it has drawn the ring.
+// Use it for Dear ImGui's own widgets.
 bool uiThemeFocusRingOfItem();
 
 // Call it before ImGui::BeginChild. Tab and the arrow keys then also move between the child's items and the items of

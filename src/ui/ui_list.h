@@ -1,8 +1,8 @@
 #pragma once
 
-// A list of rows that scrolls. Its scroll bar does not make the rows narrower: it is drawn to the right of the list, in
-// the parent window. Tab and the arrow keys also move between the rows and the items of the parent window. Main thread
-// only, inside a frame.
+// Draws a list of rows that scrolls. The scroll bar does not make the rows narrower: it is drawn to the right of the
+// list, in the parent window. Tab and the arrow keys can move the focus from the rows to the items of the parent window
+// and back. Main thread only, inside a frame.
 
 #include <imgui.h>
 

@@ -42,7 +42,7 @@ std::uint64_t frameFingerprint(const ImDrawData& frame, std::span<const float, 4
         digest.add(list->IdxBuffer);
         for (const ImDrawCmd& command : list->CmdBuffer) {
             digest.add(command.ClipRect);
-            digest.add(command.TexRef._TexData); // also needed: _TexID is set only when the texture is uploaded
+            digest.add(command.TexRef._TexData); // needed because _TexID is set only when the texture is uploaded
             digest.add(command.TexRef._TexID);
             digest.add(command.VtxOffset);
             digest.add(command.IdxOffset);

@@ -28,13 +28,13 @@ class FramePacer {
 
     void noteEvent() { awake_ = kSettleFrames; } // call it after input or a change of the window
     void noteDamage();                           // call it if the window's content was lost
-    [[nodiscard]] bool takeDamage();             // returns and clears the damage; true: repaint
+    [[nodiscard]] bool takeDamage();             // returns true if there is damage, and clears it
     void setIconified(bool iconified);
 
     // If idle() is true, wait up to idleWaitSeconds for an event. Otherwise build the next frame after secondsUntilDue,
     // with or without events. secondsUntilDue is 0 if vertical sync has already waited long enough.
     [[nodiscard]] bool idle() const { return iconified_ || awake_ == 0; }
-    [[nodiscard]] bool hasNoEvents() const { return awake_ == 0; } // no events since the last frames were equal
+    [[nodiscard]] bool hasNoEvents() const { return awake_ == 0; } // no event since the frames stopped changing
     [[nodiscard]] double idleWaitSeconds() const { return timersRun_ ? kTimerWaitSeconds : kIdleWaitSeconds; }
     [[nodiscard]] double secondsUntilDue(double now) const;
 

@@ -1,7 +1,8 @@
 #pragma once
 
-// Colours and metrics that several sources use. A colour or metric of only one screen is defined at the top of the
-// screen's source. Colours are packed in Dear ImGui's order (alpha, blue, green, red). Metrics are unscaled pixels.
+// Defines the colours and metrics that several sources use. A colour or metric of only one screen is defined at the top
+// of the screen's source. Colours are packed in Dear ImGui's order (alpha, blue, green, red). Metrics are unscaled
+// pixels.
 
 #include <imgui.h>
 

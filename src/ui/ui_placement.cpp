@@ -99,7 +99,7 @@ WindowPlacement fitPlacement(const WindowPlacement& wanted, std::span<const Scre
         return overlap(wanted.x, wanted.width, area.x, area.width) *
                overlap(wanted.y, wanted.height, area.y, area.height);
     };
-    const ScreenArea& area = *std::ranges::max_element(areas, {}, shown); // if several are equal, the first
+    const ScreenArea& area = *std::ranges::max_element(areas, {}, shown); // if several areas are equal, the first one
     WindowPlacement fitted = wanted;
     fitted.width = std::clamp(wanted.width, std::min(minimum.width, area.width), area.width);
     fitted.height = std::clamp(wanted.height, std::min(minimum.height, area.height), area.height);

@@ -30,7 +30,7 @@ struct ScreenArea { // the area of a monitor without task bars, in screen coordi
     bool operator==(const ScreenArea&) const = default;
 };
 
-struct WindowFrame { // sizes of title bar and borders, which a window's position and size do not include
+struct WindowFrame { // widths of the borders and the title bar, which the window's position and size do not include
     int left = 0;
     int top = 0;
     int right = 0;

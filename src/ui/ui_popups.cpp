@@ -12,7 +12,7 @@
 namespace {
 
 constexpr ImVec2 kMenuPadding = {16.0f, 13.0f};
-constexpr ImVec2 kMenuSpacing = {16.0f, 14.0f}; // the highlight of an entry is larger by half of it on each side
+constexpr ImVec2 kMenuSpacing = {16.0f, 14.0f}; // half of it extends an entry's highlight on each side
 constexpr ImVec2 kModalPadding = {20.0f, 18.0f};
 constexpr ImVec2 kModalTitlePadding = {20.0f, 12.0f};
 constexpr ImVec2 kModalSpacing = {8.0f, 8.0f};
@@ -35,8 +35,8 @@ void fadeIn(const ImGuiWindow& window) {
     uiThemeFade(window.DrawList, opacity);
 }
 
-// Moves a modal popup back into the viewport after one of the two has changed its size. Without such a change the user
-// may drag it anywhere.
+// Moves a modal popup back into the viewport after the popup or the viewport has changed its size. Does nothing else,
+// so that the user may drag the popup anywhere.
 void keepInside(ImGuiWindow* popup) {
     static ImVec2 checkedViewport, checkedSize;
     const ImGuiViewport& viewport = *ImGui::GetMainViewport();
@@ -65,7 +65,7 @@ bool uiThemeBeginModal(const char* name) {
     ImGui::PushStyleVar(ImGuiStyleVar_WindowPadding, uiThemePx(kModalPadding));
     ImVec2 titlePadding = uiThemePx(kModalTitlePadding);
     titlePadding.x -=
-        ImGui::GetStyle().WindowBorderSize; // because Dear ImGui 1.92 adds it to the title, but not to the content
+        ImGui::GetStyle().WindowBorderSize; // Dear ImGui 1.92 adds the border to the title, but not to the content
     ImGui::PushStyleVar(ImGuiStyleVar_FramePadding, titlePadding);
     const bool open = ImGui::BeginPopupModal(name, nullptr, ImGuiWindowFlags_AlwaysAutoResize);
     ImGui::PopStyleVar(2);
@@ -83,8 +83,8 @@ void uiThemeEndPopup() {
 }
 
 // Draws a menu entry with a rounded highlight. MenuItem's own highlight (Dear ImGui 1.92) has sharp corners, so it is
-// made transparent. The rounded one is drawn on a lower channel, because only MenuItem tells whether the entry is
-// hovered.
+// made transparent. Whether the entry is hovered is known only after MenuItem has drawn the text. So the rounded
+// highlight is drawn after the text, but on a lower channel, which puts it behind the text.
 bool uiThemeMenuItem(const char* label, bool enabled) {
     ImDrawList* drawList = ImGui::GetWindowDrawList();
     drawList->ChannelsSplit(2);

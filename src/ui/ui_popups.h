@@ -1,6 +1,6 @@
 #pragma once
 
-// Popups in the theme's look. Main thread only, inside a frame.
+// Draws popups in the theme's look. Main thread only, inside a frame.
 
 #include <string_view>
 
@@ -8,9 +8,9 @@
 
 struct ImRect;
 
-// Use these instead of ImGui::BeginPopup and ImGui::BeginPopupModal. They set the theme's spacing and fade the popup
-// in. A modal popup stays inside the window when the window becomes smaller. If the result is true, end the popup with
-// uiThemeEndPopup.
+// Use these functions instead of ImGui::BeginPopup and ImGui::BeginPopupModal. They set the theme's spacing and fade
+// the popup in. A modal popup stays inside the window when the window becomes smaller. If the result is true, end the
+// popup with uiThemeEndPopup.
 [[nodiscard]] bool uiThemeBeginMenu(const char* name);
 [[nodiscard]] bool uiThemeBeginModal(const char* name); // has the size of its content; `name` is its title
 void uiThemeEndPopup();
@@ -21,7 +21,8 @@ void uiThemeParagraph(std::string_view text, ImU32 colour, float width);
 // Shows a tooltip for an item of the current window after the pointer has been on it for half a second.
 void uiThemeTooltip(ImGuiID item, const ImRect& rectangle, std::string_view text);
 
-// True if the pointer is on an item whose tooltip is not shown yet. Then a frame must follow even without an event.
+// True if the pointer is on an item whose tooltip is not shown yet. In that case a frame must follow even if no event
+// arrives.
 [[nodiscard]] bool uiThemeTooltipWaits();
 
 // Draws a line of text at the bottom of the window, above everything else. It reacts to no input.

@@ -21,8 +21,8 @@ float widthOf(ImFont* font, std::string_view text) {
     return font->CalcTextSizeA(font->LegacySize, FLT_MAX, 0.0f, text.data(), text.data() + text.size()).x;
 }
 
-// Returns how many bytes of a word that is too long to put on one line: up to the last separator that fits, otherwise
-// all characters that fit. At least one character.
+// Returns how many bytes of a word that is wider than a line go on the first line. The line ends after a separator, but
+// only if it then has at least a third of the bytes that fit. Otherwise it takes all characters that fit, at least one.
 std::size_t bytesThatFit(ImFont* font, std::string_view word, float width) {
     std::size_t fits = 0;
     while (fits < word.size()) {

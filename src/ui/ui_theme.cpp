@@ -14,7 +14,7 @@
 namespace {
 
 constexpr float kPi = 3.14159265f;
-constexpr int kPillSegments = 16; // for half a circle
+constexpr int kPillSegments = 16; // lines that approximate a half circle
 
 struct Theme {
     float scale = 1.0f;
@@ -133,14 +133,14 @@ void applyDefaultFont() {
 
 } // namespace
 
-// --- once, and once per frame ----------------------------------------------------------------------------------------
+// --- set-up, and calls of each frame ---------------------------------------------------------------------------------
 
 void uiThemeInitialize(UiIntegration* integration) {
     theme.ticked = false;
     theme.seconds = 0.0f;
     fontsInitialize(integration ? integration->fontPath : std::string{}, theme.scale);
     applyDefaultFont();
-    ImGui::GetIO().ConfigWindowsMoveFromTitleBarOnly = true; // the windows to move are popups
+    ImGui::GetIO().ConfigWindowsMoveFromTitleBarOnly = true; // only popups can be moved
 }
 
 void uiThemeShutdown() {
@@ -276,7 +276,8 @@ void uiThemeText(ImDrawList* drawList, ImFont* font, ImVec2 position, ImU32 colo
     drawList->AddText(font, font->LegacySize, position, colour, text.data(), text.data() + text.size());
 }
 
-// Draws each glyph itself, because AddText starts at whole pixels. Gaps of a quarter pixel would become uneven.
+// Draws each glyph without AddText, which rounds the position to whole pixels: gaps of a quarter pixel would become
+// uneven.
 void uiThemeTextTracked(ImDrawList* drawList, ImFont* font, ImVec2 position, ImU32 colour, std::string_view text,
                         float tracking) {
     const ImVec2 start{std::floor(position.x), std::floor(position.y)};
@@ -351,6 +352,6 @@ void uiThemeReveal(ImDrawList* drawList, ImVec2 min, ImVec2 max) {
     if (left <= 0.0f) return;
     const auto alpha = static_cast<ImU32>(255.0f * left * left);
     drawList->AddRectFilled(min, max, (palette::kBackground & ~IM_COL32_A_MASK) | alpha << IM_COL32_A_SHIFT);
-    for (const ImGuiWindow* child : ImGui::GetCurrentWindow()->DC.ChildWindows) // drawn above the rectangle
+    for (const ImGuiWindow* child : ImGui::GetCurrentWindow()->DC.ChildWindows) // children are above the rectangle
         uiThemeFade(child->DrawList, 1.0f - left * left);
 }

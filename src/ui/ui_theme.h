@@ -1,7 +1,7 @@
 #pragma once
 
-// The look of the launcher: colours, metrics, fonts and shapes. ui_palette.h has the values. Main thread only, inside a
-// frame of the current Dear ImGui context unless stated otherwise.
+// Defines the look of the launcher: colours, metrics, fonts and shapes. ui_palette.h has the values. Main thread only,
+// inside a frame of the current Dear ImGui context unless stated otherwise.
 //
 // Colours are in Dear ImGui's packed order (alpha in the top byte, then blue, green, red). Positions, sizes and radii
 // are in scaled pixels. "Units" are unscaled pixels; uiThemePx scales them. Font sizes are unscaled; uiThemeFont scales
@@ -14,11 +14,11 @@
 
 struct UiIntegration;
 
-// --- once, and once per frame ----------------------------------------------------------------------------------------
+// --- set-up, and calls of each frame ---------------------------------------------------------------------------------
 
 void uiThemeInitialize(UiIntegration* integration); // call before the first frame; loads the font
 void uiThemeShutdown();                             // call before the context is destroyed
-void uiThemeSetScale(float scale);                  // takes effect at once, also for fonts
+void uiThemeSetScale(float scale);                  // takes effect at once; resizes the fonts
 void uiThemeTick(float deltaSeconds);               // advances the clock of uiThemeReveal
 void uiThemeApplyStyle();                           // sets the style of Dear ImGui's own widgets
 
@@ -39,7 +39,7 @@ void uiThemeBackgroundFloat(float* colour); // red, green, blue, alpha
 // so that edges stay sharp.
 [[nodiscard]] float uiThemePx(float units);
 [[nodiscard]] ImVec2 uiThemePx(ImVec2 units);
-[[nodiscard]] ImVec2 uiThemeWholePixels(ImVec2 point); // rounds a position that was computed with a fraction
+[[nodiscard]] ImVec2 uiThemeWholePixels(ImVec2 point); // rounds both coordinates
 [[nodiscard]] float uiThemeWindowRounding();           // 0, because the system draws the window's frame
 
 // Returns a font whose own size (LegacySize) is `nominalSize` at the current scale, not rounded. Valid until the next
@@ -47,8 +47,8 @@ void uiThemeBackgroundFloat(float* colour); // red, green, blue, alpha
 [[nodiscard]] ImFont* uiThemeFont(float nominalSize);
 [[nodiscard]] float uiThemeFontSize(ImFont* font); // LegacySize, in pixels
 
-// Returns the top position of a line of text that is centred between `top` and `bottom`, in pixels. Texts of different
-// sizes get the same baseline; without the correction here, rounding could move it by a pixel.
+// Returns the top position of a line of text that is centred between `top` and `bottom`, in pixels. Corrects the
+// rounding of Dear ImGui, which could otherwise move the baseline by a pixel, depending on the text's size.
 [[nodiscard]] float uiThemeTextTop(ImFont* font, float top, float bottom);
 
 // Returns the size of a text in the font's own size. If `wrapWidth` is above 0, the text is wrapped with wrapText.
