@@ -59,10 +59,16 @@ bool UiHost::beginFrame() {
     Window& window = *window_;
     FramePacer& pacer = window.pacer;
     if (pacer.idle()) {
+        bool nothingHappened = true;
         do {
-            glfwWaitEventsTimeout(pacer.idleWaitSeconds());
-            window.rememberSettledPlacement();
-        } while (!woken.exchange(false) && window.isUntouched() && isAtRest && isAtRest());
+            const double end = glfwGetTime() + pacer.idleWaitSeconds();
+            // The wait also ends early for events that change no frame: GLFW 3.4 animates the pointer on Wayland.
+            do {
+                glfwWaitEventsTimeout(std::max(end - glfwGetTime(), 0.0));
+                window.rememberSettledPlacement();
+                nothingHappened = !woken.exchange(false) && window.isUntouched();
+            } while (nothingHappened && glfwGetTime() < end);
+        } while (nothingHappened && isAtRest && isAtRest());
     } else {
         double wait = pacer.secondsUntilDue(glfwGetTime());
         while (wait > 0.0) {
