@@ -57,7 +57,8 @@ class PackageOutput {
     std::uint64_t size_ = 0;
 };
 
-// Passes the bytes of a file to `take` and computes their hash. Stops if `take` returns false.
+// Passes the bytes of a file to `take` and computes their hash. If `take` returns false, stops, returns false and sets
+// `failureText`.
 [[nodiscard]] bool readChunks(const std::string& path,
                               const std::function<bool(const unsigned char* bytes, std::size_t count)>& take,
                               std::string& sha256, std::string& failureText, const char* step,

@@ -76,7 +76,8 @@ inline constexpr std::size_t kDefaultBodyLimit = 4u << 20;
 // Sends a GET request and passes the body to `receive` in pieces. The result's `body` stays empty. `receive` also gets
 // the body of a response whose status is not 200, so check the status afterwards. The callbacks run on another thread
 // while the caller waits. A callback that returns false ends the request; then `answered` is false. `progress` gets the
-// number of bytes so far and the Content-Length. If the response has no Content-Length, there may be no such calls.
+// number of bytes so far and the Content-Length. If the response has no Content-Length, `progress` may
+// never be called.
 [[nodiscard]] HttpsAnswer httpsDownload(const HttpsServer& server, const std::string& path,
                                         const std::function<bool(const char* data, std::size_t size)>& receive,
                                         const std::function<bool(std::int64_t received, std::int64_t total)>& progress);

@@ -56,7 +56,7 @@ struct WindowFrame { // widths of the borders and the title bar, which the windo
 [[nodiscard]] WindowPlacement fitPlacement(const WindowPlacement& wanted, std::span<const ScreenArea> areas,
                                            const ScreenArea& minimum);
 
-// Returns the zoom in percent after `steps` steps in (positive) or out (negative). The result is at most `most`.
+// Returns the zoom in percent after `steps` steps in (positive) or out (negative), from 80 to `most`.
 [[nodiscard]] int stepZoom(int zoom, int steps, int most);
 
 // Returns the largest zoom, from 100 to 200, at which a window of the smallest size fits into one of the areas.

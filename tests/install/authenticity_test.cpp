@@ -68,7 +68,8 @@ TEST(ReleaseStatement, EveryFieldIsChecked) {
             EXPECT_EQ(judge(body + signatureOf(body)), verdict) << body;
         }
     }
-    // The launcher tolerates a clock that is wrong by one day.
+    // kGood is valid from one day before to one day after kNow. The launcher tolerates a clock that is wrong by another
+    // day.
     const std::string check = " Check this computer's date and time.";
     EXPECT_EQ(judge(kGood, kNow - 2 * kDay), "");
     EXPECT_EQ(judge(kGood, kNow - 2 * kDay - 1), "the release statement is not valid yet." + check);

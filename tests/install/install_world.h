@@ -99,7 +99,7 @@ class InstallWorld {
         state().startUpdate();
         return finish();
     }
-    // Waits for the end of a run that has been started. Returns the same as run().
+    // Waits for the end of a run that has been started. Returns the text that run() describes.
     std::string finish() {
         static const char* const kStatus[] = {"Idle",      "Checking",         "Downloading", "Installing",
                                               "Installed", "InstalledOffline", "Failed"};

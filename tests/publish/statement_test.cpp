@@ -30,7 +30,8 @@ class Statements : public testing::Test {
         request.nowSeconds = kNow + 40 * kDay; // the first statement has expired, the second expires in 10 days
     }
 
-    // Renews or withdraws the requested statements. Returns the failure text; empty on success.
+    // Runs renewStatements with `request`, and signs with the keys of these names. Returns the failure text; empty on
+    // success.
     std::string run(const std::vector<std::string>& keyNames = {"first"}) {
         report = {};
         std::string failure;
