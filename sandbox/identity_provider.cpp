@@ -255,7 +255,7 @@ std::string IdentityProvider::Service::redeemCode(const HttpRequest& request) {
 }
 
 std::string IdentityProvider::Service::answerToken(const HttpRequest& request) {
-    const std::string fault = faultAnswer(faults.tokenStatus, faults.tokenBody, "token fault");
+    std::string fault = faultAnswer(faults.tokenStatus, faults.tokenBody, "token fault");
     if (!fault.empty()) return fault;
     if (request.header("content-type") != "application/x-www-form-urlencoded") {
         return refuse(400, "invalid_request", "not a form");
@@ -295,7 +295,7 @@ std::string IdentityProvider::Service::answerUserInfo(const HttpRequest& request
     if (!authorization.starts_with("Bearer ") || !accessTokens.contains(authorization.substr(7))) {
         return refuse(401, "invalid_token", "unknown access token");
     }
-    const std::string fault = faultAnswer(faults.userInfoStatus, faults.userInfoBody, "userinfo fault");
+    std::string fault = faultAnswer(faults.userInfoStatus, faults.userInfoBody, "userinfo fault");
     if (!fault.empty()) return fault;
     events.emplace_back("userinfo");
     std::vector<std::pair<const char*, std::string>> members = {{"sub", "100000000000000000001"}};

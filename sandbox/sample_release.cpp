@@ -30,7 +30,7 @@ bool packEditor(const std::string& archive, const std::string& editor, const std
 
 // Changes the first character of a member's value in the manifest. The value stays well-formed.
 bool alterManifest(const std::string& path, std::string_view member, std::string& failureText) {
-    constexpr std::size_t kLongestManifest = 64 * 1024;
+    constexpr std::size_t kLongestManifest = 65536;
     std::string text;
     if (!readSmallFile(path, kLongestManifest, text)) return false;
     const std::string begin = "\"" + std::string(member) + "\": \"";

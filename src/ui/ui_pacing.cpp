@@ -16,7 +16,7 @@ class Digest {
     }
     template<typename T>
     void add(const T& value) {
-        add(&value, sizeof value);
+        add(&value, sizeof(T));
     }
     template<typename T>
     void add(const ImVector<T>& values) {
