@@ -167,7 +167,7 @@ class Inspection {
         if (!parseHttpsUrl(manifest.url, host, port, urlPath))
             return fail(request_.path + ": the package URL is not a valid https:// URL.");
         if (manifest.sha256.empty())
-            report_.warnings.push_back("The manifest has no sha256: launchers do not verify the package.");
+            report_.warnings.emplace_back("The manifest has no sha256: launchers do not verify the package.");
         const fs::path directory = fs::path(request_.path).parent_path();
         const std::string package = (directory / fs::path(urlPath).filename()).string();
         std::error_code error;
@@ -191,7 +191,7 @@ class Inspection {
         std::error_code error;
         if (!fs::exists(path, error)) {
             if (!keys_.empty()) return fail("No release statement is published for this package.");
-            report_.warnings.push_back("No release statement of this package is in the folder of the manifest.");
+            report_.warnings.emplace_back("No release statement of this package is in the folder of the manifest.");
             return true;
         }
         std::string text;

@@ -102,7 +102,7 @@ class ArchiveCheck {
     // Returns the path of the editor's executable. Empty if the archive has none where the launcher searches.
     [[nodiscard]] std::string foundEditor() const {
         for (const std::string& place : editorExecutablePlaces({})) {
-            const std::string name = std::filesystem::path(place).generic_string();
+            std::string name = std::filesystem::path(place).generic_string();
             if (files_.contains(name)) return name;
         }
         return {};
@@ -218,7 +218,7 @@ bool checkArchive(const std::string& zipPath, PackagePlatform platform, ArchiveS
     const mz_uint count = mz_zip_reader_get_num_files(&archive);
     for (mz_uint index = 0; index < count && wrong.empty(); ++index) {
         wrong = check.checkEntry(index);
-        if (!wrong.empty()) wrong = entryLabel(archive, index) + ": " + wrong + ".";
+        if (!wrong.empty()) wrong.insert(0, entryLabel(archive, index) + ": ").append(".");
     }
     mz_zip_reader_end(&archive);
     const std::string editor = check.foundEditor();

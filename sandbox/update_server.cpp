@@ -15,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::int64_t kChunk = 64 * 1024;
+constexpr std::int64_t kChunk = 65536;
 
 bool isHeld(const UpdateServerFaults& with, const char* what) {
     std::error_code ignored;

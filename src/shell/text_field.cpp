@@ -19,12 +19,12 @@ struct EditedText {
 // removes the surplus before the caret, which is at the end of the pasted text.
 int onTextEvent(ImGuiInputTextCallbackData* data) {
     EditedText& edited = *static_cast<EditedText*>(data->UserData);
-    const std::size_t length = static_cast<std::size_t>(data->BufTextLen);
+    const auto length = static_cast<std::size_t>(data->BufTextLen);
     if (data->EventFlag == ImGuiInputTextFlags_CallbackResize) {
         edited.text.resize(length);
         data->Buf = edited.text.data();
     } else if (length > edited.limit) {
-        const std::size_t caret = static_cast<std::size_t>(data->CursorPos);
+        const auto caret = static_cast<std::size_t>(data->CursorPos);
         const std::size_t surplus = std::min(length - edited.limit, caret);
         const std::size_t keep = wholeCharacters({data->Buf, caret}, caret - surplus);
         data->DeleteChars(static_cast<int>(keep), static_cast<int>(caret - keep));
