@@ -16,7 +16,7 @@ class Digest {
     }
     template<typename T>
     void add(const T& value) {
-        add(&value, sizeof(T));
+        add(&value, sizeof(T)); // NOLINT(bugprone-sizeof-expression): digests of pointers use their addresses
     }
     template<typename T>
     void add(const ImVector<T>& values) {
