@@ -29,6 +29,7 @@
 #include "install/update_pipeline.h"
 #include "support/ui_harness.h"
 #include "system/platform.h"
+#include "system/url.h"
 #include "ui/ui_theme.h"
 
 namespace {

@@ -29,6 +29,7 @@
 #include "system/http.h"
 #include "system/json.h"
 #include "system/sockets.h"
+#include "system/url.h"
 
 namespace fs = std::filesystem;
 

@@ -12,6 +12,7 @@
 #include "publish/statement_expiry.h"
 #include "publish/zip_check.h"
 #include "system/http.h"
+#include "system/url.h"
 
 namespace fs = std::filesystem;
 

@@ -16,6 +16,7 @@
 #include "publish/container_writer.h"
 #include "publish/statement_writer.h"
 #include "system/http.h"
+#include "system/url.h"
 
 namespace fs = std::filesystem;
 

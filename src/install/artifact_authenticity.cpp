@@ -7,6 +7,7 @@
 #include "install/release_statement.h"
 #include "system/http.h"
 #include "system/operating_system.h"
+#include "system/url.h"
 
 bool verifyArtifactAuthenticity(const ArtifactAuthenticity& pinned, const std::string& version,
                                 const std::string& packagePath, const std::string& decryptedPath,

@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "system/json.h"
+#include "system/url.h"
 
 bool isManifestUrlConfigured(const std::string& url) {
     return !url.empty() && url.find("YOUR_") == std::string::npos;

@@ -15,6 +15,7 @@
 #include "install/update_manifest.h"
 #include "system/disk.h"
 #include "system/http.h"
+#include "system/url.h"
 
 namespace fs = std::filesystem;
 

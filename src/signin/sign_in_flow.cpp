@@ -12,7 +12,7 @@
 #include "signin/google_endpoints.h"
 #include "signin/token_requests.h"
 #include "system/operating_system.h"
-#include "system/percent_encoding.h"
+#include "system/url.h"
 
 namespace {
 

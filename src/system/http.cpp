@@ -12,7 +12,7 @@
 #include <openssl/x509v3.h>
 
 #include "system/http_exchange.h"
-#include "system/percent_encoding.h"
+#include "system/url.h"
 
 namespace {
 

@@ -12,11 +12,6 @@
 #include <utility>
 #include <vector>
 
-// Splits an https URL. `path` includes query and fragment; it is "/" if the URL has no path. `port` is 443 if the URL
-// has no port. Returns false for another scheme, a port outside 1 to 65535, user information, a bracketed address or an
-// empty host. The outputs are then undefined.
-[[nodiscard]] bool parseHttpsUrl(const std::string& url, std::string& host, int& port, std::string& path);
-
 // Ends requests from another thread. Copies share one state: keep one copy and pass another to the request. Any thread.
 class HttpAbort {
   public:

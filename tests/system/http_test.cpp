@@ -15,6 +15,7 @@
 #include "support/platform.h"
 #include "support/tls_server.h"
 #include "support/trusted_authority.h"
+#include "system/url.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
+#include "system/url.h"
+
 #include <cstdlib>
 #include <string_view>
-
-#include "system/http.h"
 
 bool parseHttpsUrl(const std::string& url, std::string& host, int& port, std::string& path) {
     constexpr std::string_view scheme = "https://";
@@ -21,4 +21,20 @@ bool parseHttpsUrl(const std::string& url, std::string& host, int& port, std::st
     if (portText.empty() || portText.find_first_not_of("0123456789") != std::string::npos) return false;
     port = std::atoi(portText.c_str());
     return port >= 1 && port <= 65535 && !host.empty();
+}
+
+std::string percentEncode(const std::string& text) {
+    static constexpr char kHex[] = "0123456789ABCDEF";
+    static constexpr std::string_view kUnreserved =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_.~";
+    std::string encoded;
+    for (const char character : text) {
+        if (kUnreserved.find(character) != std::string_view::npos) {
+            encoded += character;
+        } else {
+            const auto byte = static_cast<unsigned char>(character);
+            encoded += {'%', kHex[byte >> 4], kHex[byte & 15]};
+        }
+    }
+    return encoded;
 }
