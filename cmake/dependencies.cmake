@@ -22,7 +22,7 @@ if(NOT WIN32)
   find_package(PkgConfig REQUIRED)
   pkg_check_modules(LIBSYSTEMD REQUIRED IMPORTED_TARGET libsystemd) # for its D-Bus client
   if(glfw3_VERSION VERSION_GREATER_EQUAL 3.4) # it supports X11 and Wayland in one library
-    pkg_check_modules(WAYLAND REQUIRED IMPORTED_TARGET wayland-client)
+    pkg_check_modules(WAYLAND REQUIRED IMPORTED_TARGET wayland-client xcursor)
   endif()
 else()
   # A static OpenSSL needs ws2_32. cpp-httplib reads the certificate store through crypt32.

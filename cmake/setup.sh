@@ -17,8 +17,8 @@ fi
 
 volo_build_packages=(
   build-essential cmake ninja-build pkg-config git ca-certificates dpkg-dev libssl-dev libglfw3-dev libgl-dev
-  libwayland-dev libfontconfig-dev libx11-dev libsystemd-dev libdeflate-dev rapidjson-dev libstb-dev libcli11-dev
-  fonts-roboto-unhinted librsvg2-bin imagemagick
+  libwayland-dev libfontconfig-dev libx11-dev libxcursor-dev libsystemd-dev libdeflate-dev rapidjson-dev libstb-dev
+  libcli11-dev fonts-roboto-unhinted librsvg2-bin imagemagick
 )
 # Programs and drivers that a running launcher uses: dialogs, xdg-open, the OpenGL driver.
 volo_desktop_packages=(zenity xdg-utils libgl1-mesa-dri libegl1)

@@ -62,7 +62,7 @@ bool UiHost::beginFrame() {
         bool nothingHappened = true;
         do {
             const double end = glfwGetTime() + pacer.idleWaitSeconds();
-            // The wait also ends early for events that change no frame: GLFW 3.4 animates the pointer on Wayland.
+            // The wait also ends early for events that change no frame: GLFW 3.4 animates pointers on Wayland.
             do {
                 glfwWaitEventsTimeout(std::max(end - glfwGetTime(), 0.0));
                 window.rememberSettledPlacement();
@@ -83,6 +83,7 @@ bool UiHost::beginFrame() {
     // Without an event, size, scale, cursor and focus have not changed, so the frame need not query the window system.
     if (!pacer.hasNoEvents()) {
         window.followScale();
+        window.showPointer();
         ImGui_ImplGlfw_NewFrame();
     }
     ImGui::GetIO().DeltaTime = pacer.frameStarted(glfwGetTime());

@@ -1,7 +1,10 @@
 #include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <filesystem>
+#include <initializer_list>
 #include <memory>
+#include <span>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -13,6 +16,7 @@
 #include <X11/Xutil.h>
 #include <systemd/sd-bus.h>
 #if defined(GLFW_PLATFORM)
+#include <X11/Xcursor/Xcursor.h>
 #include <dlfcn.h>
 #include <wayland-client.h>
 #endif
@@ -104,6 +108,29 @@ bool libdecorHasPlugin() {
                                  [](const fs::directory_entry& entry) { return entry.path().extension() == ".so"; });
 }
 
+// Makes a pointer of the theme's picture for the first name that the theme has. Null if it has none of them.
+GLFWcursor* pointerFromTheme(std::initializer_list<const char*> names) {
+    constexpr int kUsualSize = 16; // that of GLFW
+    const char* chosen = std::getenv("XCURSOR_SIZE");
+    const int size = chosen != nullptr && std::atoi(chosen) > 0 ? std::atoi(chosen) : kUsualSize;
+    for (const char* name : names) {
+        const std::unique_ptr<XcursorImage, decltype(&XcursorImageDestroy)> picture(
+            XcursorLibraryLoadImage(name, std::getenv("XCURSOR_THEME"), size), &XcursorImageDestroy);
+        if (!picture) continue;
+        std::vector<unsigned char> pixels;
+        for (const XcursorPixel pixel : std::span(picture->pixels, std::size_t{picture->width} * picture->height)) {
+            const unsigned alpha = pixel >> 24; // Xcursor has multiplied the colours by it
+            for (const unsigned shift : {16u, 8u, 0u})
+                pixels.push_back(static_cast<unsigned char>(
+                    alpha == 0 ? 0 : std::min(255u, ((pixel >> shift & 255u) * 255u + alpha / 2) / alpha)));
+            pixels.push_back(static_cast<unsigned char>(alpha));
+        }
+        const GLFWimage image{static_cast<int>(picture->width), static_cast<int>(picture->height), pixels.data()};
+        return glfwCreateCursor(&image, static_cast<int>(picture->xhot), static_cast<int>(picture->yhot));
+    }
+    return nullptr;
+}
+
 bool hasXServer() {
     Display* display = XOpenDisplay(nullptr);
     if (display == nullptr) return false;
@@ -111,8 +138,6 @@ bool hasXServer() {
     return true;
 }
 #endif
-
-} // namespace
 
 // Without a title bar the window can be neither moved nor closed with the mouse. Under a compositor without a seat,
 // such as Weston with its headless backend, glfwInit of GLFW 3.4 crashes on Wayland; on X11 it fails with a message.
@@ -123,6 +148,66 @@ void chooseWindowSystem() {
     const bool hasTitleBar = compositor.decoratesWindows || libdecorHasPlugin();
     if (!compositor.hasSeat || (!hasTitleBar && hasXServer())) glfwInitHint(GLFW_PLATFORM, GLFW_PLATFORM_X11);
 #endif
+}
+
+// Lets Xlib keep the table of the compose keys in the user's cache folder. Otherwise Xlib parses it at every start,
+// which takes 24 ms. Xlib does not use the cache for root. Programs that the launcher starts do not get the variable.
+class ComposeKeyCache {
+  public:
+    ComposeKeyCache() {
+        namespace fs = std::filesystem;
+        const char* home = std::getenv("HOME");
+        const char* caches = std::getenv("XDG_CACHE_HOME");
+        fs::path folder;
+        if (caches != nullptr && fs::path(caches).is_absolute()) {
+            folder = caches;
+        } else if (home != nullptr && *home != '\0') {
+            folder = fs::path(home) / ".cache";
+        }
+        if (folder.empty() || std::getenv(kVariable) != nullptr) return;
+        folder /= "volo-launcher/compose-keys";
+        std::error_code error;
+        fs::create_directories(folder, error);
+        if (!error) isSet_ = setenv(kVariable, folder.c_str(), 0) == 0;
+    }
+    ~ComposeKeyCache() {
+        if (isSet_) unsetenv(kVariable);
+    }
+    ComposeKeyCache(const ComposeKeyCache&) = delete;
+    ComposeKeyCache& operator=(const ComposeKeyCache&) = delete;
+
+  private:
+    static constexpr const char* kVariable = "XCOMPOSECACHE";
+    bool isSet_ = false;
+};
+
+} // namespace
+
+bool startWindowSystem() {
+    const ComposeKeyCache cache;
+    chooseWindowSystem();
+    return glfwInit() == GLFW_TRUE;
+}
+
+GLFWcursor* stillPointer(ImGuiMouseCursor cursor) {
+#if defined(GLFW_PLATFORM)
+    if (glfwGetPlatform() != GLFW_PLATFORM_WAYLAND) return nullptr;
+    static GLFWcursor* const arrow = pointerFromTheme({"default", "left_ptr"});
+    static GLFWcursor* const hand = pointerFromTheme({"pointer", "hand2"});
+    static GLFWcursor* const text = pointerFromTheme({"text", "xterm"});
+    switch (cursor) {
+    case ImGuiMouseCursor_Arrow:
+        return arrow;
+    case ImGuiMouseCursor_Hand:
+        return hand;
+    case ImGuiMouseCursor_TextInput:
+        return text;
+    default:
+        break;
+    }
+#endif
+    static_cast<void>(cursor);
+    return nullptr;
 }
 
 int fastContextApi() {

@@ -4,11 +4,20 @@
 
 #include <cstdint>
 
+#include <imgui.h>
+
+struct GLFWcursor;
 struct GLFWwindow;
 
-// Chooses between Wayland and X11. Call it before glfwInit. Does nothing on Windows and with GLFW before 3.4, which is
-// built for one of them only.
-void chooseWindowSystem();
+// Calls glfwInit. With GLFW 3.4 it chooses between Wayland and X11 first; older versions are built for one of them.
+// Call it before other threads start, because on Linux it changes the environment for a moment. False if glfwInit
+// failed.
+[[nodiscard]] bool startWindowSystem();
+
+// Returns a pointer with a single picture, for a window whose pixels are not scaled. Null: use the backend's pointer.
+// Only for Wayland: GLFW 3.4 sets the pictures of the user's theme anew every 50 ms, because themes give this delay
+// even to pictures that do not move. The process then never rests while the pointer is over the window.
+[[nodiscard]] GLFWcursor* stillPointer(ImGuiMouseCursor cursor);
 
 // Returns the context API of GLFW that opens a window fastest. On Linux this is EGL, because Mesa's GLX takes 70 ms
 // more. On Windows it is the native API. If no window can be created with it, use GLFW_NATIVE_CONTEXT_API.

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <GLFW/glfw3.h>
@@ -59,8 +60,7 @@ double secondsPerFrame() {
 
 bool UiHost::Window::open(std::string& errorText) {
     glfwSetErrorCallback(nullptr); // errors are read with takeError instead
-    chooseWindowSystem();
-    glfwStarted = glfwInit() == GLFW_TRUE;
+    glfwStarted = startWindowSystem();
     if (!glfwStarted) {
         errorText = "could not open the window: " + takeError();
         return false;
@@ -193,6 +193,14 @@ void UiHost::Window::repaintDamage() {
     glfwGetWindowSize(handle, &width, &height);
     lastImage.frame.DisplaySize = {static_cast<float>(width), static_cast<float>(height)};
     draw(lastImage.frame, lastImage.clear);
+}
+
+// Shows the pointer that Dear ImGui asks for, if its backend should not do so. Call it before the backend's frame.
+void UiHost::Window::showPointer() {
+    GLFWcursor* pointer = contentScale() <= 1.0f ? stillPointer(ImGui::GetMouseCursor()) : nullptr;
+    int& flags = ImGui::GetIO().ConfigFlags;
+    flags = pointer ? flags | ImGuiConfigFlags_NoMouseCursorChange : flags & ~ImGuiConfigFlags_NoMouseCursorChange;
+    if (pointer != std::exchange(shownPointer, pointer) && pointer) glfwSetCursor(handle, pointer);
 }
 
 void LastImage::keep(const ImDrawData& shown, std::span<const float, 4> clearColour) {

@@ -17,6 +17,7 @@
 #include "ui/ui_pacing.h"
 #include "ui/ui_placement.h"
 
+struct GLFWcursor;
 struct GLFWwindow;
 
 // A copy of the frame on the screen, for repaints. Dear ImGui reuses a frame's draw lists when the next frame begins.
@@ -43,9 +44,10 @@ struct UiHost::Window {
 
     FramePacer pacer;
     LastImage lastImage;
-    int zoom = 100;                  // percent
-    double placementChangedAt = 0.0; // time of the last change, by glfwGetTime; 0: the change has been saved
-    int progressPercent = -1;        // in the task bar; -1: none
+    GLFWcursor* shownPointer = nullptr; // null: the backend's
+    int zoom = 100;                     // percent
+    double placementChangedAt = 0.0;    // time of the last change, by glfwGetTime; 0: the change has been saved
+    int progressPercent = -1;           // in the task bar; -1: none
     std::string footLine;
     double footLineUntil = 0.0;     // by ImGui::GetTime
     bool behindDialog = false;      // true while repaintBehindDialog polls for events
@@ -57,6 +59,7 @@ struct UiHost::Window {
     [[nodiscard]] bool isUntouched() const; // true if neither an event nor a timer changes the next frame
     void repaintDamage();
     void draw(ImDrawData& frame, std::span<const float, 4> clear) const;
+    void showPointer();
     void followScale();
     void rememberPlacement();
     void rememberSettledPlacement(); // saves a change half a second after the last change

@@ -8,7 +8,13 @@
 #include <dwmapi.h>
 #include <shobjidl.h>
 
-void chooseWindowSystem() {}
+bool startWindowSystem() {
+    return glfwInit() == GLFW_TRUE;
+}
+
+GLFWcursor* stillPointer(ImGuiMouseCursor /*cursor*/) {
+    return nullptr;
+}
 
 int fastContextApi() {
     return GLFW_NATIVE_CONTEXT_API;
