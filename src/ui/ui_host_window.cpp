@@ -54,6 +54,26 @@ double secondsPerFrame() {
     return fastest >= 30 ? 0.9 / fastest : 1.0 / 60.0;
 }
 
+// Removes the first rectangle of a frame if clearing the window has the same effect: it covers the whole window in the
+// colour of the clear. A software rasteriser needs almost half of a frame's time for it.
+void dropBackdrop(ImDrawData& frame, std::span<const float, 4> clear) {
+    constexpr unsigned kIndices = 6;
+    if (frame.CmdLists.empty() || frame.CmdLists[0]->CmdBuffer.empty()) return;
+    ImDrawList& list = *frame.CmdLists[0];
+    ImDrawCmd& first = list.CmdBuffer[0];
+    if (first.IdxOffset != 0 || first.VtxOffset != 0 || first.UserCallback || first.ElemCount < kIndices) return;
+    const ImVec2 max = frame.DisplayPos + frame.DisplaySize;
+    const ImU32 colour = ImGui::ColorConvertFloat4ToU32({clear[0], clear[1], clear[2], 1.0f});
+    const ImDrawVert* corners = list.VtxBuffer.Data; // Dear ImGui draws a rectangle from four corners, clockwise
+    constexpr ImDrawIdx kOrder[kIndices] = {0, 1, 2, 0, 2, 3};
+    if (!std::equal(kOrder, kOrder + kIndices, list.IdxBuffer.Data) || corners[0].pos != frame.DisplayPos ||
+        corners[2].pos != max)
+        return;
+    if (!std::all_of(corners, corners + 4, [colour](const ImDrawVert& corner) { return corner.col == colour; })) return;
+    first.IdxOffset += kIndices;
+    first.ElemCount -= kIndices;
+}
+
 } // namespace
 
 // --- opening and closing ---------------------------------------------------------------------------------------------
@@ -175,6 +195,7 @@ void UiHost::Window::draw(ImDrawData& frame, std::span<const float, 4> clear) co
     glViewport(0, 0, width, height);
     glClearColor(clear[0], clear[1], clear[2], clear[3]);
     glClear(GL_COLOR_BUFFER_BIT);
+    dropBackdrop(frame, clear);
     ImGui_ImplOpenGL3_RenderDrawData(&frame);
     glfwSwapBuffers(handle);
 }

@@ -156,7 +156,7 @@ TEST(PackageDownload, ClosingDuringTheHashKeepsThePackage) {
 TEST(GrowingFileSha256, IsTheDigestOfTheWholeFile) {
     const TemporaryFolder folder;
     const std::string path = (folder / "growing").string();
-    for (const std::size_t size : {0, 1, 262144, 262145, 1000000}) {
+    for (const std::size_t size : {0U, 1U, 262144U, 262145U, 1000000U}) {
         const std::string bytes(size, 'x');
         GrowingFileSha256 digest(path);
         {
