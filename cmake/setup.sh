@@ -87,6 +87,7 @@ volo_configure() {
     options+=(-DVOLO_WINDOWS_LIBRARIES="$libraries")
   fi
   if command -v ccache >/dev/null; then
+    export CCACHE_SLOPPINESS=pch_defines,time_macros # otherwise ccache does not cache sources with a precompiled header
     options+=(-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
   fi
   (cd "$volo_root" && cmake --preset "$preset" "${options[@]}" > "$volo_cache/configure-$preset.log" 2>&1) ||
