@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <string_view>
@@ -22,7 +23,9 @@ constexpr char kToken[] = "volo"; // identifies the request; constant, because e
 constexpr std::uint32_t kFirstVersionWithFolders = 3;
 constexpr std::uint64_t kCallTimeoutUs = 10'000'000; // long, because the bus may have to start the portal
 constexpr std::uint64_t kHookPeriodUs = 30'000;
+constexpr std::chrono::milliseconds kShortestDialog{500}; // a user needs longer to read and close a dialog
 
+// GTK's portal also ends with kFailed if the user closes the dialog with Escape or at its title bar.
 enum Response : std::uint32_t { kChosen = 0, kCancelled = 1, kFailed = 2 };
 
 using Bus = std::unique_ptr<sd_bus, decltype(&sd_bus_flush_close_unref)>;
@@ -30,6 +33,7 @@ using Message = std::unique_ptr<sd_bus_message, decltype(&sd_bus_message_unref)>
 
 struct PortalAnswer {
     bool hasArrived = false;
+    bool serviceLeft = false;
     std::uint32_t response = kFailed;
     std::string uri;
 };
@@ -59,7 +63,7 @@ int readResponse(sd_bus_message* message, void* data, sd_bus_error* /*error*/) {
 }
 
 int readServiceLeft(sd_bus_message* /*message*/, void* data, sd_bus_error* /*error*/) {
-    static_cast<PortalAnswer*>(data)->hasArrived = true;
+    static_cast<PortalAnswer*>(data)->serviceLeft = true;
     return 0;
 }
 
@@ -133,17 +137,20 @@ DialogOutcome askPortal(const std::string& title, const std::string& folder, boo
     const int known =
         sd_bus_get_property_trivial(opened, kService, kObject, kInterface, "version", nullptr, 'u', &version);
     if (known < 0 || (chooseFolder && version < kFirstVersionWithFolders)) return DialogOutcome::Unavailable;
+    const auto asked = std::chrono::steady_clock::now();
     if (!subscribe(opened, answer) || !openDialog(opened, title, folder, chooseFolder)) {
         return DialogOutcome::Unavailable;
     }
-    while (!answer.hasArrived) {
+    while (!answer.hasArrived && !answer.serviceLeft) {
         const int processed = sd_bus_process(opened, nullptr);
         if (processed < 0) return DialogOutcome::Unavailable;
         if (processed > 0) continue;
         if (currentDialogHook) currentDialogHook(0);
         (void)sd_bus_wait(opened, kHookPeriodUs);
     }
-    if (answer.response != kChosen && answer.response != kCancelled) return DialogOutcome::Unavailable;
+    if (!answer.hasArrived) return DialogOutcome::Unavailable;
+    const bool failedAtOnce = answer.response == kFailed && std::chrono::steady_clock::now() - asked < kShortestDialog;
+    if (failedAtOnce) return DialogOutcome::Unavailable;
     choice = answer.response == kChosen ? pathOf(answer.uri) : std::string();
     return DialogOutcome::Answered;
 }

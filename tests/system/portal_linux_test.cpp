@@ -1,5 +1,6 @@
 // Tests the file dialog of the desktop portal. The test starts a private D-Bus daemon and runs a fake portal on it.
 
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -24,6 +25,7 @@ struct Reply {
     unsigned version = 4;
     unsigned response = 0;
     const char* uri = "";
+    std::chrono::milliseconds dialogTime{0};
     std::string asked = {}; // the values of the call; set by the fake portal
 };
 
@@ -52,6 +54,7 @@ int answer(sd_bus_message* call, void* data, sd_bus_error* /*error*/) {
     sender.replace(sender.find('.'), 1, "_");
     const std::string request = "/org/freedesktop/portal/desktop/request/" + sender + "/volo";
     sd_bus_reply_method_return(call, "o", request.c_str());
+    std::this_thread::sleep_for(reply.dialogTime);
     return sd_bus_emit_signal(sd_bus_message_get_bus(call), request.c_str(), "org.freedesktop.portal.Request",
                               "Response", "ua{sv}", reply.response, 2, "x", "s", "y", "uris", "as", 1, reply.uri);
 }
@@ -107,8 +110,9 @@ TEST_F(Portal, GivesTheChoiceAndLeavesTheRestToZenity) {
     } cases[] = {
         {true, {4, 0, "file:///a%20b/%C3%BC"}, "/a b/\xC3\xBC", asked},
         {true, {4, 1, ""}, "", asked},
-        {true, {4, 2, ""}, "/from-zenity", asked},
-        {true, {2, 0, "file:///p"}, "/from-zenity", ""}, // version 2 of the portal cannot choose folders
+        {true, {4, 2, ""}, "/from-zenity", asked},                     // the portal could not show a dialog
+        {true, {4, 2, "", std::chrono::milliseconds(600)}, "", asked}, // the user closed it with Escape
+        {true, {2, 0, "file:///p"}, "/from-zenity", ""},               // version 2 of the portal cannot choose folders
         {false,
          {2, 0, "file:///p"},
          "/p",
