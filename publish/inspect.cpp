@@ -66,8 +66,12 @@ class Inspection {
             if (named) return fail(request_.manifestPath + " is for another package.");
             known = false;
         }
-        std::string plaintextSha256;
-        return inspectPackageFile(request_.path, sha256, known ? &published : nullptr, plaintextSha256);
+        PackageIdentity found;
+        found.version = known ? published.manifest.version : std::string();
+        found.size = static_cast<std::int64_t>(fs::file_size(request_.path, error));
+        found.sha256 = sha256;
+        return inspectPackageFile(request_.path, sha256, known ? &published : nullptr, found.plaintextSha256) &&
+               inspectStatementOf(found, fs::path(request_.path).parent_path().string(), false);
     }
 
     // Checks a package or container and sets `plaintextSha256` to the hash of a container's contents. Without a
@@ -184,13 +188,15 @@ class Inspection {
             return fail(package + " does not match sha256 in the manifest.");
         if (!inspectPackageFile(package, found.sha256, &published, found.plaintextSha256)) return false;
         if (found.plaintextSha256.empty()) found.plaintextSha256 = statement::kNoPlaintext;
-        return inspectStatementOf(found, directory.string());
+        return inspectStatementOf(found, directory.string(), true);
     }
 
-    bool inspectStatementOf(const PackageIdentity& package, const std::string& directory) {
+    // Checks the statement of a package. What is not known of the package is not compared.
+    bool inspectStatementOf(PackageIdentity package, const std::string& directory, bool expected) {
         const std::string path = statementPath(directory, package.sha256);
         std::error_code error;
         if (!fs::exists(path, error)) {
+            if (!expected) return true;
             if (!keys_.empty()) return fail("No release statement is published for this package.");
             report_.warnings.emplace_back("No release statement of this package is in the folder of the manifest.");
             return true;
@@ -199,6 +205,8 @@ class Inspection {
         PublishedStatement published;
         if (!loadStatement(path, text, published)) return false;
         say(path + ": the statement of this package, until " + utcDate(published.numbers.notAfter));
+        if (package.version.empty()) package.version = published.field(statement::Version);
+        if (package.plaintextSha256.empty()) package.plaintextSha256 = published.field(statement::PlaintextSha256);
         return judge(path, text, published, package);
     }
 

@@ -15,6 +15,7 @@ struct InspectRequest {
 };
 
 // Checks a package, container, manifest or statement. A manifest is checked together with the package and the statement
-// in its folder. A container is decrypted with the key in its manifest, without writing a file. On failure returns
-// false and sets `failureText` to a message for the user; `report` then contains what was found before the failure.
+// in its folder, a package or container together with its statement, if its folder has one. A container is decrypted
+// with the key in its manifest, without writing a file. On failure returns false and sets `failureText` to a message
+// for the user; `report` then contains what was found before the failure.
 [[nodiscard]] bool inspectFile(const InspectRequest& request, StatementReport& report, std::string& failureText);

@@ -174,6 +174,7 @@ TEST_F(Statements, AreInspectedTogetherWithTheirPackages) {
         {manifest, "plaintext_sha256\": \"", "0000", package, "do not match plaintext_sha256"},
         {manifest, "\"key\": \"", "AAAA", package, "tampered"},
         {statement, "version: ", "4", statement, kUnsigned},
+        {statement, "version: ", "4", package, kUnsigned},
     };
     for (const auto& [file, after, bytes, inspected, words] : forgeries) {
         const std::string good = readFileBytes(file);
