@@ -21,7 +21,8 @@ def protections_of_elf(program):
         "non-executable stack": re.search(r"GNU_STACK .* RW ", header),
         "stack protector": "__stack_chk_fail" in symbols,
         "fortified functions": re.search(r"__(memcpy|sprintf|snprintf|vsnprintf|fread|read|recv)_chk", symbols),
-        "stack clash protection": re.search(r"or[bwlq]?\s+\$0x0,(0x[0-9a-f]+)?\(%rsp", code),
+        "stack clash protection": re.search(  # GCC tests each page with "or", clang with "mov"
+            r"sub\s+\$0x1000,%rsp\n.*\s(or|mov)[bwlq]?\s+\$0x0,(0x[0-9a-f]+)?\(%rsp", code),
         "control-flow protection": code.count("endbr64") > 100,  # no note: Debian 12's crt1.o lacks it
     }
     if "X86-64" not in header:
