@@ -6,24 +6,21 @@
 
 namespace {
 
-InstallLocks::Waiting wait(FileLock& lock, const std::filesystem::path& path, const UpdateCancellation& stop) {
-    InstallLocks::Waiting waiting = InstallLocks::Waiting::No;
+// Returns false if the user cancelled before the lock was free.
+bool wait(FileLock& lock, const std::filesystem::path& path, const UpdateCancellation& stop) {
     while (lock.tryToTake(path.string()) == FileLock::Result::Held) {
-        if (stop.cancelRequested) return InstallLocks::Waiting::Cancelled;
-        waiting = InstallLocks::Waiting::Yes;
+        if (stop.cancelRequested) return false;
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
-    return waiting;
+    return true;
 }
 
 } // namespace
 
-InstallLocks::Waiting InstallLocks::take(const std::string& downloadsDirectory, const std::string& editorDirectory,
-                                         const UpdateCancellation& stop) {
+bool InstallLocks::take(const std::string& downloadsDirectory, const std::string& editorDirectory,
+                        const UpdateCancellation& stop) {
     const std::filesystem::path downloads(downloadsDirectory);
     const std::filesystem::path editor(editorDirectory);
-    const Waiting first = wait(downloads_, downloads / "zantor_editor.lock", stop);
-    if (first == Waiting::Cancelled) return first;
-    const Waiting second = wait(staging_, editor.parent_path() / "editor-staging.lock", stop);
-    return second == Waiting::No ? first : second;
+    return wait(downloads_, downloads / "zantor_editor.lock", stop) &&
+           wait(staging_, editor.parent_path() / "editor-staging.lock", stop);
 }

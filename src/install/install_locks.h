@@ -11,13 +11,10 @@
 // The destructor releases the locks.
 class InstallLocks {
   public:
-    enum class Waiting { No, Yes, Cancelled };
-
-    // Takes both locks, always in the same order. Waits while another launcher holds one; a cancel ends the wait. Does
-    // without a lock whose file cannot be created or locked. Returns Waiting::Yes if it had to wait: the other launcher
-    // may have changed the editor in the meantime.
-    [[nodiscard]] Waiting take(const std::string& downloadsDirectory, const std::string& editorDirectory,
-                               const UpdateCancellation& stop);
+    // Takes both locks, always in the same order. Waits while another launcher holds one. Does without a lock whose
+    // file cannot be created or locked. Returns false if the user cancelled during the wait.
+    [[nodiscard]] bool take(const std::string& downloadsDirectory, const std::string& editorDirectory,
+                            const UpdateCancellation& stop);
 
   private:
     FileLock downloads_;

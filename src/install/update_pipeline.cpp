@@ -133,9 +133,9 @@ UpdateEvent updateFromManifest(const UpdateRun& run, const UpdateManifest& manif
     std::error_code ignored; // if the directory is missing, the download reports it
     fs::create_directories(downloads, ignored);
     InstallLocks locks;
-    const InstallLocks::Waiting waiting = locks.take(run.downloadsDirectory, managedEditorDirectory(), run.stop);
-    if (waiting == InstallLocks::Waiting::Cancelled) return {UpdateEvent::WaitCancelled};
-    if (waiting == InstallLocks::Waiting::Yes && isUpToDate(manifest)) return {UpdateEvent::UpToDate, manifest.version};
+    if (!locks.take(run.downloadsDirectory, managedEditorDirectory(), run.stop)) return {UpdateEvent::WaitCancelled};
+    // Another launcher may have installed the version since this run compared the versions.
+    if (isUpToDate(manifest)) return {UpdateEvent::UpToDate, manifest.version};
 
     transfer.packagePath = packagePathIn(run.downloadsDirectory, manifest.version);
     const UpdateEvent::Kind brought = bringPackage(run, manifest, transfer);
