@@ -26,7 +26,6 @@
 #include "signin/loopback_listener.h"
 #include "support/recording_system.h"
 #include "support/temporary_folder.h"
-#include "system/http.h"
 #include "system/json.h"
 #include "system/sockets.h"
 #include "system/url.h"

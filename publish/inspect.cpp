@@ -11,7 +11,6 @@
 #include "publish/site.h"
 #include "publish/statement_expiry.h"
 #include "publish/zip_check.h"
-#include "system/http.h"
 #include "system/url.h"
 
 namespace fs = std::filesystem;

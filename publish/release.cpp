@@ -15,7 +15,6 @@
 #include "install/package_container.h"
 #include "publish/container_writer.h"
 #include "publish/statement_writer.h"
-#include "system/http.h"
 #include "system/url.h"
 
 namespace fs = std::filesystem;
